@@ -1,0 +1,37 @@
+# How every target of this project is compiled.
+
+set(CMAKE_CXX_STANDARD 20)
+set(CMAKE_CXX_STANDARD_REQUIRED ON)
+set(CMAKE_CXX_EXTENSIONS OFF)
+set(CMAKE_POSITION_INDEPENDENT_CODE ON)
+set(CMAKE_CXX_VISIBILITY_PRESET hidden)
+set(CMAKE_VISIBILITY_INLINES_HIDDEN ON)
+set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
+
+if(NOT CMAKE_BUILD_TYPE AND NOT CMAKE_CONFIGURATION_TYPES)
+    set(CMAKE_BUILD_TYPE Release CACHE STRING "Build type" FORCE)
+endif()
+
+find_program(VELK_CCACHE ccache)
+if(VELK_CCACHE AND NOT CMAKE_CXX_COMPILER_LAUNCHER)
+    set(CMAKE_CXX_COMPILER_LAUNCHER "${VELK_CCACHE}")
+endif()
+
+add_library(velk_compile INTERFACE)
+target_compile_options(velk_compile INTERFACE
+    -Wall -Wextra -Wpedantic -Wconversion -Wshadow -Wnon-virtual-dtor -Wold-style-cast -Woverloaded-virtual
+    -Wcast-align -Wnull-dereference -Wformat=2 -Wimplicit-fallthrough -Werror)
+target_include_directories(velk_compile INTERFACE "${PROJECT_SOURCE_DIR}")
+
+if(VELK_SANITIZERS)
+    set(VELK_SANITIZER_FLAGS "-fsanitize=${VELK_SANITIZERS}" -fno-sanitize-recover=all -fno-omit-frame-pointer)
+    target_compile_options(velk_compile INTERFACE ${VELK_SANITIZER_FLAGS})
+    target_link_options(velk_compile INTERFACE ${VELK_SANITIZER_FLAGS})
+endif()
+
+# A static library of one folder: velk_library(NAME SOURCES a.cpp ... LINK other ...)
+function(velk_library name)
+    cmake_parse_arguments(ARG "" "" "SOURCES;LINK" ${ARGN})
+    add_library(${name} STATIC ${ARG_SOURCES})
+    target_link_libraries(${name} PUBLIC velk_interfaces ${ARG_LINK} PRIVATE velk_compile)
+endfunction()

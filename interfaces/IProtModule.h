@@ -1,0 +1,21 @@
+#pragma once
+
+#include "interfaces/IInterface.h"
+
+class IInterfaceFactory;
+
+/** The module as a whole. Slots: 0 to 4 IInterface, 5 Init, 6 Close, 7 GetLastError. */
+class IProtModule : public IInterface {
+public:
+    /**
+     * Acquires the host's services from @p host, which must stay valid until the matching Close().
+     * Further calls are only counted. False when a required service is missing: see GetLastError().
+     */
+    virtual bool Init(IInterfaceFactory* host) = 0;
+
+    /** Undoes one Init(); the last one releases the host's services. */
+    virtual void Close() = 0;
+
+    /** Why Init() failed; empty when it never did. Valid until the next Init(). */
+    virtual char const* GetLastError() const = 0;
+};
