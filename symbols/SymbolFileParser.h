@@ -1,0 +1,60 @@
+#pragma once
+
+#include "symbols/SymbolFileFormat.h"
+#include "symbols/SymbolFileReader.h"
+#include "symbols/SymbolList.h"
+#include "symbols/TypeTable.h"
+#include "symbols/YieldHook.h"
+
+#include <cstdint>
+#include <cstdio>
+
+namespace _VELK {
+
+/**
+ * Turns a symbol file (SymbolFileFormat.h) into a list of symbols, one for each variable record, in one pass.
+ *
+ * The file may come from anywhere, so nothing in it is trusted. Corrupted are: a short or unknown header, a missing
+ * section, a section shorter than its header, anything that ends behind the file, more records or dimensions than
+ * the rest of the file could hold, a record that does not lead forward, records that overlap so much that they name
+ * more bytes than the file has, and a variable whose type, or whose type's element type, is not in the file.
+ */
+class SymbolFileParser {
+public:
+    /** @p yield is called after the variable records 0, 100, 200 and so on. */
+    SymbolFileParser(std::FILE* file, YieldHook yield) noexcept;
+
+    /**
+     * Fills @p list, which loses what it held before: count, symbols, texts and projectId.
+     *
+     * False when the file is corrupted; the symbols made until then stay in the list. Throws std::bad_alloc, with
+     * the list in the same state.
+     */
+    bool parse(SymbolListTag& list);
+
+private:
+    bool readFileHeader(SymbolListTag& list);
+    bool findSection(std::uint32_t kind, SectionHeader& section);
+
+    bool readTypes(SectionHeader const& section);
+    bool readTypeRecord(SdbType& type);
+    bool readType(TypeRecord const& record, SdbType& type);
+    bool readTypeExtra(SdbType& type);
+    bool readArrayExtra(SdbType& type);
+
+    bool readVariables(SectionHeader const& section, SymbolListTag& list);
+    bool readVariableRecord(Symbol& symbol, TextPool& texts);
+    bool readVariable(VariableRecord const& record, std::uint64_t start, Symbol& symbol, TextPool& texts);
+    bool nameType(Symbol& symbol, TextPool& texts);
+
+    bool canHold(std::uint64_t count, std::uint64_t bytesEach) const noexcept;
+    bool readBytes(std::uint32_t length, TextPool& pool, std::span<char const>& bytes);
+    bool readText(std::uint16_t length, TextPool& pool, char const*& text);
+
+    SymbolFileReader reader_;
+    YieldHook yield_;
+    SDBTag types_;
+    std::uint64_t bytesToKeep_; ///< how many bytes of names and extras may still be taken from the file
+};
+
+} // namespace _VELK

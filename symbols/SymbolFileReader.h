@@ -1,0 +1,42 @@
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <cstdio>
+#include <span>
+
+namespace _VELK {
+
+/**
+ * Reads a seekable file through a buffer of its own, so that many small reads and short skips cost no system call.
+ *
+ * Positions count from the start of the file. The file stays the caller's and must outlive the reader.
+ */
+class SymbolFileReader {
+public:
+    /** @p file null or not seekable: the file counts as empty. */
+    explicit SymbolFileReader(std::FILE* file) noexcept;
+
+    std::uint64_t size() const noexcept { return size_; }
+    std::uint64_t position() const noexcept { return bufferStart_ + bufferUsed_; }
+    std::uint64_t remaining() const noexcept { return size_ - position(); }
+
+    /** Fills all of @p bytes and moves behind them; false when the file ends before or cannot be read. */
+    bool read(std::span<std::uint8_t> bytes) noexcept;
+
+    /** Goes to @p target. False, and the position stays, behind the end of the file. The end itself is allowed. */
+    bool seek(std::uint64_t target) noexcept;
+
+private:
+    bool refill() noexcept;
+
+    std::FILE* file_;
+    std::uint64_t size_ = 0;
+    std::uint64_t bufferStart_ = 0; ///< position of the buffer's first byte
+    std::size_t bufferUsed_ = 0;    ///< bytes of the buffer that lie before the position
+    std::size_t bufferFilled_ = 0;
+    std::array<std::uint8_t, 8192> buffer_{};
+};
+
+} // namespace _VELK
