@@ -1,0 +1,27 @@
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <string_view>
+
+/** Reads a dotted IPv4 address. */
+class IPParser {
+public:
+    /**
+     * Reads four decimal numbers below 256 with a dot between them; an empty number is 0.
+     *
+     * On a false result the octets read before the fault are kept.
+     */
+    bool Parse(char const* text);
+
+    /** Octet 0 to 3, the first of the text being 0; 0 outside. All are 0 before the first Parse(). */
+    [[nodiscard]] unsigned char GetOctet(std::size_t index) const;
+
+private:
+    bool parseOctet(std::string_view digits, std::size_t index);
+
+    std::array<unsigned char, 4> octets_{};
+};
+
+/** Reads a dotted address into @p address, first octet most significant; leaves it alone when there is none. */
+void parseIpAddress(char const* text, unsigned int& address);
