@@ -1,0 +1,43 @@
+#pragma once
+
+#include <string>
+
+class CfgParser;
+
+namespace _VELK {
+
+/**
+ * Parameters of one PLC. The members are named after their keys in the configuration string and are read by parse()
+ * in the order in which it lists them; ranges are inclusive.
+ */
+struct NodeParams {
+    std::string prefix;                 ///< alias text of the node
+    int BlockSize = 0;                  ///< bytes of a block frame with its header, without routing header: 128..1460
+    int Timeout = 0;                    ///< wait for the first byte of every expected frame, milliseconds: 100..20000
+    int repeat = 2;                     ///< attempts for one request; none at 0 or less
+    int RoutingLevels = 0;              ///< coupler levels on the way to the PLC: 0..2
+    std::string CouplerLV1;             ///< coupler of routing level 1, for example "0" to "6"
+    int ChannelLV1 = 0;                 ///< channel of routing level 1: 0..19
+    std::string AddressLV1 = "0.0.0.0"; ///< dotted address of routing level 1
+    std::string CouplerLV2;             ///< as for level 1
+    int ChannelLV2 = 0;                 ///< as for level 1
+    std::string AddressLV2 = "0.0.0.0"; ///< as for level 1
+    int nodeId = 0;                     ///< set by ParamManager; not used in the record of the defaults
+    std::string model;                  ///< byte-order model: "Intel" is little-endian, any other text big-endian
+
+    /** Whether multi-byte numbers travel to and from this node most significant byte first. */
+    bool isBigEndian() const;
+
+    /**
+     * Reads the parameters, those of the node @p node or, for -1, the ones that belong to no node.
+     *
+     * Stops at the first failure with the whole message in @p error; what was read until then stays.
+     */
+    bool parse(CfgParser& parser, int node, std::string& error);
+
+private:
+    bool parsePrefix(CfgParser& parser, int node, std::string& error);
+    bool parseRouting(CfgParser& parser, int node, std::string& error);
+};
+
+} // namespace _VELK
