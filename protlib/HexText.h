@@ -1,5 +1,6 @@
 #pragma once
 
+#include <array>
 #include <span>
 #include <string_view>
 
@@ -12,7 +13,7 @@ int HexDigitValue(char digit);
 /** Reads @p bytes.size() bytes. False when @p digits is not twice as long or holds anything but digits. */
 bool DecodeHex(std::string_view digits, std::span<unsigned char> bytes);
 
-/** The two lower-case digits of @p byte, zero-terminated, in @p text. */
-void EncodeHex(unsigned char byte, std::span<char, 2> text);
+/** The two lower-case digits of @p byte. */
+std::array<char, 2> EncodeHex(unsigned char byte);
 
 } // namespace HexTextN

@@ -2,7 +2,6 @@
 
 #include "interfaces/ITag.h"
 
-#include <span>
 #include <string>
 #include <vector>
 
@@ -60,9 +59,9 @@ protected:
     std::vector<std::string> conversions;
 
 private:
-    [[nodiscard]] bool applyTowardsHost(unsigned char* scratch) const;
-    [[nodiscard]] bool applyTowardsPlc(unsigned char* scratch) const;
-    [[nodiscard]] bool applyOne(std::string const& keyword, unsigned char* scratch, bool towardsPlc) const;
+    bool convertTowardsHost(unsigned char const* source, unsigned char* value, unsigned char* destination) const;
+    bool convertTowardsPlc(unsigned char const* source, unsigned char* value, unsigned char* destination) const;
+    bool applyConversion(std::string const& keyword, unsigned char* value, bool towardsPlc) const;
 
     mutable std::string errorText_;
 };

@@ -1,0 +1,202 @@
+#include "protlib/ConfigParser.h"
+
+#include "protlib/TextUtils.h"
+
+#include <algorithm>
+#include <array>
+#include <cctype>
+#include <cstddef>
+#include <string_view>
+#include <utility>
+
+namespace {
+
+constexpr std::string_view kSectionMarker = "CfgVer=1";
+constexpr std::string_view kAnySectionMarker = "CfgVer=";
+constexpr std::string_view kNodeMarker = "Node";
+constexpr std::string_view kNodeSeparator = "::";
+constexpr std::string_view kBlank = "&nbsp;";
+
+bool isWhiteSpace(char character) {
+    return std::isspace(static_cast<unsigned char>(character)) != 0;
+}
+
+bool isDigit(char character) {
+    return character >= '0' && character <= '9';
+}
+
+/** Position of the entry called @p key ("name="): at the start of the text or behind white space. */
+std::string::size_type findKey(std::string const& text, std::string const& key) {
+    auto position = text.find(key);
+    while (position != std::string::npos && position != 0 && !isWhiteSpace(text[position - 1])) {
+        position = text.find(key, position + 1);
+    }
+    return position;
+}
+
+/** "Node3::name" */
+std::string nodeKey(int nodeId, char const* name) {
+    std::array<char, 12> digits{};
+    return std::string(kNodeMarker).append(itoa(nodeId, digits.data(), 10)).append(kNodeSeparator).append(name);
+}
+
+bool isAccepted(CfgParser::parseResult result, bool optional) {
+    return result == CfgParser::kFound || result == CfgParser::kNotApplicable ||
+           (result == CfgParser::kNotFound && optional);
+}
+
+bool report(CfgParser::parseResult result, char const* name, bool optional, std::string& error) {
+    if (isAccepted(result, optional)) {
+        return true;
+    }
+    error = CfgParserN::getErrorString(result, name);
+    return false;
+}
+
+} // namespace
+
+CfgParser::CfgParser(char const* configuration) : text_(configuration == nullptr ? "" : configuration) {
+    auto const marker = text_.find(kSectionMarker);
+    if (marker == std::string::npos) {
+        return;
+    }
+    knownFormat_ = true;
+    auto const begin = marker + kSectionMarker.size();
+    auto const end = text_.find(kAnySectionMarker, begin);
+    text_ = text_.substr(begin, end == std::string::npos ? end : end - begin);
+    collectNodeIds();
+}
+
+void CfgParser::collectNodeIds() {
+    auto node = text_.find(kNodeMarker);
+    while (node != std::string::npos) {
+        auto const number = text_.begin() + static_cast<std::ptrdiff_t>(node + kNodeMarker.size());
+        auto const behind = std::find_if_not(number, text_.end(), isDigit);
+        auto position = static_cast<std::string::size_type>(number - text_.begin());
+        if (std::string_view(behind, text_.end()).starts_with(kNodeSeparator)) {
+            addNodeId(ProtUtilsN::clampToInt(ProtUtilsN::parseInteger(std::string(number, behind).c_str(), 10)));
+            position = static_cast<std::string::size_type>(behind - text_.begin());
+        }
+        node = text_.find(kNodeMarker, position);
+    }
+}
+
+void CfgParser::addNodeId(int nodeId) {
+    if (std::find(nodeIds_.begin(), nodeIds_.end(), nodeId) == nodeIds_.end()) {
+        nodeIds_.push_back(nodeId);
+    }
+}
+
+bool CfgParser::KnownFormat() const {
+    return knownFormat_;
+}
+
+int CfgParser::GetNodeCount() const {
+    return static_cast<int>(nodeIds_.size());
+}
+
+int CfgParser::GetNodeID(int index) const {
+    return index >= 0 && index < GetNodeCount() ? nodeIds_[static_cast<std::size_t>(index)] : 0;
+}
+
+char const* CfgParser::GetParam(char const* name) {
+    if (name == nullptr) {
+        return nullptr;
+    }
+    auto const key = std::string(name).append("=");
+    auto const position = findKey(text_, key);
+    if (position == std::string::npos) {
+        return nullptr;
+    }
+    auto const begin = text_.begin() + static_cast<std::ptrdiff_t>(position + key.size());
+    lastValue_.assign(begin, std::find_if(begin, text_.end(), isWhiteSpace));
+    return lastValue_.c_str();
+}
+
+CfgParser::parseResult CfgParser::getParam(char const* name, int nodeId, std::string& value, int flags) {
+    bool const generalOnly = (flags & kGeneralOnly) != 0;
+    bool const nodeOnly = (flags & kNodeOnly) != 0;
+    if (generalOnly && nodeOnly) {
+        return kInvalidSpecification;
+    }
+    char const* found = nullptr;
+    if (nodeId != kAnyNode) {
+        found = GetParam(nodeKey(nodeId, name).c_str());
+        if (found != nullptr && generalOnly) {
+            return kCannotBePrefixed;
+        }
+    }
+    if (found == nullptr) {
+        found = GetParam(name);
+    }
+    if (nodeId == kAnyNode && nodeOnly && !nodeIds_.empty()) {
+        return found != nullptr ? kCannotBeNodeIndependent : kNotApplicable;
+    }
+    if (found == nullptr) {
+        return kNotFound;
+    }
+    value = found;
+    return kFound;
+}
+
+namespace CfgParserN {
+
+bool parseValue(std::string const& raw, std::string& value) {
+    std::string text;
+    std::string::size_type begin = 0;
+    for (auto end = raw.find(kBlank); end != std::string::npos; end = raw.find(kBlank, begin)) {
+        text.append(raw, begin, end - begin).append(1, ' ');
+        begin = end + kBlank.size();
+    }
+    text.append(raw, begin);
+    value = std::move(text);
+    return true;
+}
+
+std::string getErrorString(CfgParser::parseResult result, char const* name) {
+    auto const* reason = "has unknown error";
+    switch (result) {
+    case CfgParser::kNotFound:
+        reason = "is not found";
+        break;
+    case CfgParser::kIllegalValue:
+        reason = "has illegal value";
+        break;
+    case CfgParser::kCannotBePrefixed:
+        reason = "can't be prefixed";
+        break;
+    case CfgParser::kCannotBeNodeIndependent:
+        reason = "can't be node independent";
+        break;
+    case CfgParser::kInvalidSpecification:
+        reason = "has invalid internal specification";
+        break;
+    default:
+        break;
+    }
+    return std::string("Parser: parameter '").append(name).append("' ").append(reason);
+}
+
+} // namespace CfgParserN
+
+template <>
+bool readParam<std::string>(CfgParser& parser, char const* name, int nodeId, std::string& value, int flags,
+                            bool optional, std::string& error) {
+    std::string raw;
+    auto result = parser.getParam(name, nodeId, raw, flags);
+    if (result == CfgParser::kFound && !CfgParserN::parseValue(raw, value)) {
+        result = CfgParser::kIllegalValue;
+    }
+    return report(result, name, optional, error);
+}
+
+template <>
+bool readParam<int>(CfgParser& parser, char const* name, int nodeId, int& value, int flags, bool optional,
+                    std::string& error) {
+    std::string raw;
+    auto const result = parser.getParam(name, nodeId, raw, flags);
+    if (result == CfgParser::kFound) {
+        value = ProtUtilsN::clampToInt(ProtUtilsN::parseInteger(raw.c_str(), 0));
+    }
+    return report(result, name, optional, error);
+}

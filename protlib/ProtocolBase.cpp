@@ -1,0 +1,267 @@
+#include "protlib/ProtocolBase.h"
+
+#include "interfaces/ITag.h"
+#include "protlib/InterfaceNames.h"
+#include "protlib/NoThrow.h"
+#include "protlib/ScratchBuffer.h"
+#include "protlib/TagBase.h"
+#include "protlib/TagGeometry.h"
+#include "protlib/TextUtils.h"
+
+#include <algorithm>
+#include <cstdint>
+
+using ProtUtilsN::noThrow;
+
+namespace {
+
+constexpr std::size_t kImageOnStack = 64;
+constexpr int kMaxUnusedGap = 0xFFFFFF;
+constexpr std::int64_t kBitsPerByte = 8;
+
+/** How many bits ReadBitBlock() has to deliver for the tag. */
+int bitCountOf(ITag const* tag) {
+    return ProtUtilsN::IsBitType(tag) ? tag->GetVarLength() : ProtUtilsN::clampToInt(tag->PackedLen() * kBitsPerByte);
+}
+
+std::int64_t packedLengthOf(ITag const* const* tags, int count) {
+    std::int64_t sum = 0;
+    for (int i = 0; i < count; ++i) {
+        sum += tags[i]->PackedLen();
+    }
+    return sum;
+}
+
+char const* orEmpty(char const* text) {
+    return text == nullptr ? "" : text;
+}
+
+} // namespace
+
+ProtocolBase::~ProtocolBase() {
+    DeleteTags();
+}
+
+IInterface* ProtocolBase::ConvertTo(char const* name) {
+    bool const isMine = CompareInterface(name, "ProtocolBase") || CompareInterface(name, "IProtocol3") ||
+                        CompareInterface(name, "IProtocol2") || CompareInterface(name, "IProtocol");
+    return isMine ? this : nullptr;
+}
+
+// Tags
+
+ITag* ProtocolBase::CreateTag(char const* address) {
+    ITag* tag = nullptr;
+    bool const isKept = noThrow([&] {
+        tag = CreateTagBase(address);
+        if (tag != nullptr) {
+            tags_.push_back(tag);
+        }
+    });
+    if (isKept) {
+        return tag;
+    }
+    delete tag;
+    SetError(kErrorPort, "Can't allocate Tag");
+    return nullptr;
+}
+
+void ProtocolBase::FreeTag(ITag* tag) {
+    tags_.remove(tag);
+    delete tag;
+}
+
+void ProtocolBase::DeleteTags() noexcept {
+    for (auto* const tag : tags_) {
+        delete tag;
+    }
+    tags_.clear();
+}
+
+// Reading
+
+bool ProtocolBase::Read(ITag const* tag, unsigned char* value) {
+    auto const length = tag->PackedLen();
+    ProtUtilsN::ScratchBuffer<kImageOnStack> image(length);
+    if (!image.available()) {
+        SetError(kErrorRequest, "Can't allocate buffer");
+        return false;
+    }
+    auto* const bytes = image.bytes().data();
+    bool const isRead =
+        CanReadBitBlock(tag) ? ReadBitBlock(tag, bytes, bitCountOf(tag)) : ReadBlock(tag, bytes, length);
+    if (!isRead) {
+        return false;
+    }
+    if (!tag->ConvertVariable(bytes, value, false)) {
+        SetError(kErrorConversion, "read conversion error");
+        return false;
+    }
+    return true;
+}
+
+bool ProtocolBase::CanAddToDatagram(ITag const* const* tags, int count, ITag const* tag) {
+    return CanCoexistInDatagram(tags[0], tag) && MaxDatagramItems(tag) > count &&
+           packedLengthOf(tags, count) + tag->PackedLen() <= MaxDatagramLength(tag);
+}
+
+bool ProtocolBase::ReadDatagramWithStatus(ITag const* const* tags, int count, unsigned char* values,
+                                          idal_error_t* status) {
+    if (!ReadDatagram(tags, count, values)) {
+        return false;
+    }
+    std::fill_n(status, std::max(count, 0), kItemGood);
+    return true;
+}
+
+// Positions
+
+bool ProtocolBase::IsBefore(ITag const* a, ITag const* b) const {
+    return static_cast<unsigned>(a->GetByteOffset()) < static_cast<unsigned>(b->GetByteOffset());
+}
+
+bool ProtocolBase::IsAdjacent(ITag const* a, ITag const* b) const {
+    return ProtUtilsN::getEndingBitExact(b) == ProtUtilsN::getStartingBitExact(a);
+}
+
+// Error and ident
+
+int ProtocolBase::GetLastError() const {
+    return errorCode_;
+}
+
+char const* ProtocolBase::GetLastErrorString() const {
+    return errorText_.c_str();
+}
+
+void ProtocolBase::SetError(int code, char const* text) noexcept {
+    errorCode_ = code;
+    if (!noThrow([&] { errorText_ = orEmpty(text); })) {
+        errorText_.clear();
+    }
+}
+
+void ProtocolBase::SetTagError(TagBase const* tag) noexcept {
+    bool const isStored = noThrow([&] {
+        std::string text = "Tag URI error: ";
+        text.append(orEmpty(tag->GetVarName())).append(" - ").append(tag->GetErrorText());
+        SetError(kErrorRequest, text.c_str());
+    });
+    if (!isStored) {
+        SetError(kErrorRequest, "");
+    }
+}
+
+char const* ProtocolBase::GetIdent() const {
+    return ident_.empty() ? GetName() : ident_.c_str();
+}
+
+void ProtocolBase::SetIdent(char const* ident) {
+    if (!noThrow([&] { ident_ = orEmpty(ident); })) {
+        ident_.clear();
+    }
+}
+
+char const* ProtocolBase::GetNextInstanceName() const {
+    return GetName();
+}
+
+// What a protocol can do only when its driver says so
+
+bool ProtocolBase::Start() {
+    return true;
+}
+
+bool ProtocolBase::Stop() {
+    return true;
+}
+
+bool ProtocolBase::WriteBlock(ITag const* /*tag*/, unsigned char const* /*bytes*/, int /*length*/) {
+    SetError(kErrorState, "Optimized writing not supported");
+    return false;
+}
+
+int ProtocolBase::MaxDatagramItems(ITag const* /*tag*/) const {
+    return 0;
+}
+
+int ProtocolBase::MaxDatagramLength(ITag const* /*tag*/) const {
+    return 0;
+}
+
+bool ProtocolBase::CanCoexistInDatagram(ITag const* /*a*/, ITag const* /*b*/) const {
+    return false;
+}
+
+bool ProtocolBase::ReadDatagram(ITag const* const* /*tags*/, int /*count*/, unsigned char* /*values*/) {
+    return false;
+}
+
+char const* ProtocolBase::GetXml() const {
+    return nullptr;
+}
+
+bool ProtocolBase::IsConverted() const {
+    return false;
+}
+
+int ProtocolBase::Extend(int /*what*/, void* /*argument*/) {
+    return 0;
+}
+
+bool ProtocolBase::MultipleReadSupported() const {
+    return false;
+}
+
+bool ProtocolBase::MultipleRead(IMultiRead* /*request*/) {
+    return false;
+}
+
+bool ProtocolBase::MultipleWriteSupported() const {
+    return false;
+}
+
+bool ProtocolBase::MultipleWrite(IMultiWrite* /*request*/) {
+    return false;
+}
+
+bool ProtocolBase::CanReadBitBlock(ITag const* /*tag*/) const {
+    return false;
+}
+
+bool ProtocolBase::ReadBitBlock(ITag const* /*tag*/, unsigned char* /*bytes*/, int /*bits*/) {
+    return false;
+}
+
+void* ProtocolBase::GetInterface(char const* /*name*/) {
+    return nullptr;
+}
+
+int ProtocolBase::MaxUnusedGap(ITag const* /*tag*/) const {
+    return kMaxUnusedGap;
+}
+
+bool ProtocolBase::NeedsReadBeforeWrite(ITag const* /*tag*/) const {
+    return false;
+}
+
+bool ProtocolBase::CanWriteDatagrams(ITag const* /*tag*/) const {
+    return false;
+}
+
+bool ProtocolBase::CanAddToWriteDatagram(ITag const* const* /*tags*/, int /*count*/, ITag const* /*tag*/) const {
+    return false;
+}
+
+bool ProtocolBase::WriteDatagramWithStatus(ITag const* const* /*tags*/, int /*count*/, unsigned char const* /*values*/,
+                                           idal_error_t* /*status*/) {
+    return false;
+}
+
+bool ProtocolBase::CanWriteBitBlock(ITag const* /*tag*/) const {
+    return false;
+}
+
+bool ProtocolBase::WriteBitBlock(ITag const* /*tag*/, unsigned char const* /*bytes*/, int /*bits*/) {
+    return false;
+}
