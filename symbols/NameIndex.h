@@ -89,12 +89,12 @@ private:
 
     Digest digest(char const* key) const noexcept;
     std::size_t bucketOf(std::uint32_t upperSum) const noexcept;
-    bool isSameName(char const* key, Digest const& digest, char const* other) const noexcept;
-    std::size_t slotFor(char const* key, Digest const& digest) const noexcept;
-    void addNew(char const* key, Digest const& digest, void* value);
+    bool isSameName(char const* key, std::uint32_t upperSum, char const* other) const noexcept;
+    std::size_t slotFor(char const* key, Digest const& digest) const noexcept; ///< the name's slot, else a free one
+    RtsHashNode* appendToChain(char const* key, void* value, std::size_t bucketNumber);
     void makeRoom();
-    static void place(std::vector<Slot>& slots, Slot const& slot) noexcept;
     RtsHashNode* newNode();
+    void addNodeBlock(std::size_t size);
 
     int bucketCount_;
     std::uint8_t copyKeys_;
@@ -102,13 +102,12 @@ private:
 
     CaseTable lower_{};
     CaseTable upper_{};
-    std::uint32_t multiplier_; ///< odd; differs from index to index, so that no file can be made to collide
+    std::uint32_t multiplier_; ///< odd; another for each index, so that no file can be made to collide
     std::size_t nameCount_ = 0;
     std::vector<Slot> slots_; ///< a power of two of them, at most two thirds used
     std::vector<std::unique_ptr<RtsHashNode[]>> nodeBlocks_;
     std::size_t nodesLeft_ = 0; ///< unused nodes at the end of the newest block
-    std::size_t newestBlockSize_ = 0;
-    TextPool keys_; ///< the copied keys
+    TextPool keys_;             ///< the copied keys
 };
 
 } // namespace _VELK

@@ -90,11 +90,11 @@ public:
 
 private:
     bool isKnown(std::uint16_t node) const noexcept { return node < nodeCount_; }
-    void makeIndex();
+    bool makeIndex() noexcept;
 
     std::unique_ptr<std::uint8_t[]> nodeFlags_; ///< one for each node: 1 active, 0 not
     SymbolListTag list_;
-    int nodeCount_;
+    int nodeCount_; ///< negative: no node
     YieldHook yieldToHost_;
 };
 

@@ -6,8 +6,10 @@
 #include "symbols/TypeTable.h"
 #include "symbols/YieldHook.h"
 
+#include <cstddef>
 #include <cstdint>
 #include <cstdio>
+#include <span>
 
 namespace _VELK {
 
@@ -39,17 +41,16 @@ private:
     bool readTypes(SectionHeader const& section);
     bool readTypeRecord(SdbType& type);
     bool readType(TypeRecord const& record, SdbType& type);
-    bool readTypeExtra(SdbType& type);
     bool readArrayExtra(SdbType& type);
 
     bool readVariables(SectionHeader const& section, SymbolListTag& list);
     bool readVariableRecord(Symbol& symbol, TextPool& texts);
-    bool readVariable(VariableRecord const& record, std::uint64_t start, Symbol& symbol, TextPool& texts);
-    bool nameType(Symbol& symbol, TextPool& texts);
+    bool readVariableName(VariableRecord const& record, std::uint64_t start, Symbol& symbol, TextPool& texts);
+    bool describeType(Symbol& symbol, TextPool& texts); ///< fills in what the variable's type says
 
-    bool canHold(std::uint64_t count, std::uint64_t bytesEach) const noexcept;
-    bool readBytes(std::uint32_t length, TextPool& pool, std::span<char const>& bytes);
-    bool readText(std::uint16_t length, TextPool& pool, char const*& text);
+    bool canHold(std::uint64_t count, std::uint64_t bytesEach) const noexcept; ///< whether the file is long enough
+    bool readBytes(std::size_t length, TextPool& pool, std::span<char const>& bytes); ///< a zero follows the bytes
+    bool readText(std::size_t length, TextPool& pool, char const*& text);
 
     SymbolFileReader reader_;
     YieldHook yield_;

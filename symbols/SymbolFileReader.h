@@ -36,7 +36,7 @@ private:
     std::uint64_t bufferStart_ = 0; ///< position of the buffer's first byte
     std::size_t bufferUsed_ = 0;    ///< bytes of the buffer that lie before the position
     std::size_t bufferFilled_ = 0;
-    std::array<std::uint8_t, 8192> buffer_{};
+    std::array<std::uint8_t, 4096> buffer_{};
 };
 
 } // namespace _VELK

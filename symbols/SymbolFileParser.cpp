@@ -1,0 +1,223 @@
+#include "symbols/SymbolFileParser.h"
+
+#include <array>
+
+namespace _VELK {
+
+namespace {
+
+constexpr std::uint32_t kRecordsBetweenYields = 100;
+constexpr char const* kStructuredTypeName = "DATA";
+constexpr char const* kNoTypeName = "NONE";
+
+Symbol placeholderSymbol() noexcept {
+    Symbol symbol;
+    symbol.typeName = kNoTypeName;
+    symbol.typeNumber = kPlaceholderTypeClass;
+    symbol.flags = {0x6E, 0x00};
+    return symbol;
+}
+
+bool isStructured(std::uint32_t typeClass) noexcept {
+    return typeClass == kArrayTypeClass || typeClass == kStructureTypeClass;
+}
+
+std::span<std::uint8_t> bytesOf(std::span<char> text) noexcept {
+    return {reinterpret_cast<std::uint8_t*>(text.data()), text.size()};
+}
+
+} // namespace
+
+SymbolFileParser::SymbolFileParser(std::FILE* file, YieldHook yield) noexcept
+    : reader_(file), yield_(yield), bytesToKeep_(reader_.size()) {}
+
+bool SymbolFileParser::parse(SymbolListTag& list) {
+    list.clear();
+    SectionHeader types;
+    SectionHeader variables;
+    return readFileHeader(list) && findSection(kTypeSectionKind, types) && readTypes(types) &&
+           // From behind the last type: the length of the type section is not used.
+           findSection(kVariableSectionKind, variables) && readVariables(variables, list);
+}
+
+bool SymbolFileParser::readFileHeader(SymbolListTag& list) {
+    std::array<std::uint8_t, kSymbolFileHeaderSize> bytes{};
+    if (!reader_.read(bytes)) {
+        return false;
+    }
+    SymbolFileHeader const header = parseSymbolFileHeader(bytes);
+    if (header.format != kSymbolFileFormat || header.variant > kHighestSymbolFileVariant ||
+        header.headerLength < kSymbolFileHeaderSize || !reader_.seek(header.headerLength)) {
+        return false;
+    }
+    list.projectId = header.projectId;
+    return true;
+}
+
+bool SymbolFileParser::findSection(std::uint32_t kind, SectionHeader& section) {
+    std::array<std::uint8_t, kSectionHeaderSize> bytes{};
+    for (;;) {
+        std::uint64_t const start = reader_.position();
+        if (!reader_.read(bytes)) {
+            return false;
+        }
+        section = parseSectionHeader(bytes);
+        if (section.length < kSectionHeaderSize) {
+            return false;
+        }
+        if (section.kind == kind) {
+            return true;
+        }
+        if (!reader_.seek(start + section.length)) {
+            return false;
+        }
+    }
+}
+
+bool SymbolFileParser::readTypes(SectionHeader const& section) {
+    if (!canHold(section.recordCount, kTypeRecordSize)) {
+        return false;
+    }
+    types_.types.resize(section.recordCount);
+    for (SdbType& type : types_.types) {
+        if (!readTypeRecord(type)) {
+            return false;
+        }
+    }
+    return true;
+}
+
+bool SymbolFileParser::readTypeRecord(SdbType& type) {
+    std::uint64_t const start = reader_.position();
+    std::array<std::uint8_t, kTypeRecordSize> bytes{};
+    if (!reader_.read(bytes)) {
+        return false;
+    }
+    TypeRecord const record = parseTypeRecord(bytes);
+    if (record.isPlaceholder()) {
+        type.typeClass = kPlaceholderTypeClass;
+        return reader_.seek(start + kTypeRecordSize + record.length); // unlike a type, counted from here on purpose
+    }
+    return record.length >= kTypeRecordSize && readType(record, type) && reader_.seek(start + record.length);
+}
+
+bool SymbolFileParser::readType(TypeRecord const& record, SdbType& type) {
+    type.typeClass = record.typeClass;
+    type.size = record.size;
+    if (record.nameLength != 0 && !readText(record.nameLength, types_.texts, type.name)) {
+        return false;
+    }
+    switch (record.typeClass) {
+    case kArrayTypeClass:
+        return readArrayExtra(type);
+    case kStructureTypeClass:
+    case kTypeClass13:
+    case kTypeClass23:
+        return readBytes(kPlainExtraSize, types_.texts, type.extra);
+    default:
+        return true;
+    }
+}
+
+bool SymbolFileParser::readArrayExtra(SdbType& type) {
+    std::array<std::uint8_t, kArrayExtraSize> bytes{};
+    if (!reader_.read(bytes)) {
+        return false;
+    }
+    ArrayExtra const extra = parseArrayExtra(bytes);
+    type.elementType = extra.elementType;
+    return canHold(extra.dimensionCount, kArrayDimensionSize) &&
+           readBytes(extra.dimensionCount * kArrayDimensionSize, types_.texts, type.extra);
+}
+
+bool SymbolFileParser::readVariables(SectionHeader const& section, SymbolListTag& list) {
+    if (!canHold(section.recordCount, kVariableRecordSize)) {
+        return false;
+    }
+    list.symbols = std::make_unique<Symbol[]>(section.recordCount);
+    list.count = section.recordCount;
+    for (std::uint32_t i = 0; i < list.count; ++i) {
+        if (!readVariableRecord(list.symbols[i], list.texts)) {
+            return false;
+        }
+        if (i % kRecordsBetweenYields == 0 && yield_ != nullptr) {
+            yield_();
+        }
+    }
+    return true;
+}
+
+bool SymbolFileParser::readVariableRecord(Symbol& symbol, TextPool& texts) {
+    std::uint64_t const start = reader_.position();
+    std::array<std::uint8_t, kVariableRecordSize> bytes{};
+    if (!reader_.read(bytes)) {
+        return false;
+    }
+    VariableRecord const record = parseVariableRecord(bytes);
+    if (record.isPlaceholder()) {
+        symbol = placeholderSymbol();
+        return record.length >= kVariableRecordSize && reader_.seek(start + record.length);
+    }
+    symbol.typeNumber = record.typeNumber;
+    symbol.area = record.area;
+    symbol.offset = record.offset;
+    symbol.flags = record.flags;
+    return readVariableName(record, start, symbol, texts) && describeType(symbol, texts);
+}
+
+bool SymbolFileParser::readVariableName(VariableRecord const& record, std::uint64_t start, Symbol& symbol,
+                                        TextPool& texts) {
+    if (!record.hasGapBeforeName()) {
+        return readText(record.nameLength, texts, symbol.name);
+    }
+    return record.length != 0 && reader_.seek(reader_.position() + kGapBeforeName) &&
+           readText(record.nameLength, texts, symbol.name) && reader_.seek(start + record.length);
+}
+
+bool SymbolFileParser::describeType(Symbol& symbol, TextPool& texts) {
+    std::vector<SdbType>& types = types_.types;
+    if (symbol.typeNumber >= types.size()) {
+        return false;
+    }
+    SdbType& type = types[symbol.typeNumber];
+    bool const isArray = type.typeClass == kArrayTypeClass;
+    if (isArray && type.elementType >= types.size()) {
+        return false;
+    }
+    symbol.size = type.size;
+    if (type.typeClass == kStructureTypeClass || (isArray && isStructured(types[type.elementType].typeClass))) {
+        symbol.typeName = kStructuredTypeName;
+        return true;
+    }
+    if (type.listText == nullptr) {
+        type.listText = type.name == nullptr ? kNoTypeName : texts.copy(type.name);
+    }
+    symbol.typeName = type.listText;
+    return true;
+}
+
+bool SymbolFileParser::canHold(std::uint64_t count, std::uint64_t bytesEach) const noexcept {
+    return count <= reader_.remaining() / bytesEach;
+}
+
+bool SymbolFileParser::readBytes(std::size_t length, TextPool& pool, std::span<char const>& bytes) {
+    if (length > bytesToKeep_ || length > reader_.remaining()) {
+        return false;
+    }
+    bytesToKeep_ -= length;
+    std::span<char> const piece = pool.take(length + 1);
+    piece.back() = '\0';
+    bytes = piece.first(length);
+    return reader_.read(bytesOf(piece.first(length)));
+}
+
+bool SymbolFileParser::readText(std::size_t length, TextPool& pool, char const*& text) {
+    std::span<char const> bytes;
+    if (!readBytes(length, pool, bytes)) {
+        return false;
+    }
+    text = bytes.data();
+    return true;
+}
+
+} // namespace _VELK
