@@ -50,11 +50,13 @@ public:
     RtsHashTag& operator=(RtsHashTag&&) = delete;
     ~RtsHashTag() = default;
 
-    int bucketCount() const noexcept { return bucketCount_; }
-    bool copiesKeys() const noexcept { return copyKeys_ != 0; }
+    [[nodiscard]] int bucketCount() const noexcept { return bucketCount_; }
+    [[nodiscard]] bool copiesKeys() const noexcept { return copyKeys_ != 0; }
 
     /** First node of a chain, or null when it is empty. @p bucket is 0 to bucketCount() - 1. */
-    RtsHashNode const* chain(int bucket) const noexcept { return buckets_[static_cast<std::size_t>(bucket)].head; }
+    [[nodiscard]] RtsHashNode const* chain(int bucket) const noexcept {
+        return buckets_[static_cast<std::size_t>(bucket)].head;
+    }
 
     /**
      * Adds a name at the end of its chain.
@@ -88,7 +90,7 @@ private:
     };
 
     Digest digest(char const* key) const noexcept;
-    std::size_t bucketOf(std::uint32_t upperSum) const noexcept;
+    [[nodiscard]] std::size_t bucketOf(std::uint32_t upperSum) const noexcept;
     bool isSameName(char const* key, std::uint32_t upperSum, char const* other) const noexcept;
     std::size_t slotFor(char const* key, Digest const& digest) const noexcept; ///< the name's slot, else a free one
     RtsHashNode* appendToChain(char const* key, void* value, std::size_t bucketNumber);

@@ -45,7 +45,7 @@ public:
     void ResetSymIsActive(std::uint16_t node) noexcept;
 
     /** The flag of a node, false for an unknown one. */
-    bool SymIsActive(std::uint16_t node) const noexcept;
+    [[nodiscard]] bool SymIsActive(std::uint16_t node) const noexcept;
 
     /**
      * Loads a symbol file into the list, indexes it and sets the node's flag.
@@ -86,10 +86,10 @@ public:
     static RtsHashNode* UtlHashGet(RtsHashTag* table, char const* key) noexcept;
 
     /** The list, for tools that show it. */
-    SymbolListTag const& symbols() const noexcept { return list_; }
+    [[nodiscard]] SymbolListTag const& symbols() const noexcept { return list_; }
 
 private:
-    bool isKnown(std::uint16_t node) const noexcept { return node < nodeCount_; }
+    [[nodiscard]] bool isKnown(std::uint16_t node) const noexcept { return node < nodeCount_; }
     bool makeIndex() noexcept;
 
     std::unique_ptr<std::uint8_t[]> nodeFlags_; ///< one for each node: 1 active, 0 not

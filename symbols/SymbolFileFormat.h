@@ -68,7 +68,7 @@ struct TypeRecord {
     std::uint32_t size = 0; ///< bytes of a value of this type
     std::uint16_t nameLength = 0;
 
-    bool isPlaceholder() const noexcept { return kind != kTypeRecordKind; }
+    [[nodiscard]] bool isPlaceholder() const noexcept { return kind != kTypeRecordKind; }
 };
 
 /**
@@ -85,13 +85,13 @@ struct VariableRecord {
     std::uint32_t offset = 0; ///< bytes from the start of the area
     std::uint16_t nameLength = 0;
 
-    bool isPlaceholder() const noexcept { return kind != kVariableRecordKind; }
+    [[nodiscard]] bool isPlaceholder() const noexcept { return kind != kVariableRecordKind; }
 
     /**
      * Whether two bytes stand before the name: when the record is more than 28 bytes longer than its name. A name
      * longer than its record counts as such, because the difference is unsigned.
      */
-    bool hasGapBeforeName() const noexcept { return length - nameLength > kLongestOverheadWithoutGap; }
+    [[nodiscard]] bool hasGapBeforeName() const noexcept { return length - nameLength > kLongestOverheadWithoutGap; }
 };
 
 SymbolFileHeader parseSymbolFileHeader(std::span<std::uint8_t const, kSymbolFileHeaderSize> bytes) noexcept;

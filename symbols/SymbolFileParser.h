@@ -48,7 +48,8 @@ private:
     bool readVariableName(VariableRecord const& record, std::uint64_t start, Symbol& symbol, TextPool& texts);
     bool describeType(Symbol& symbol, TextPool& texts); ///< fills in what the variable's type says
 
-    bool canHold(std::uint64_t count, std::uint64_t bytesEach) const noexcept; ///< whether the file is long enough
+    [[nodiscard]] bool canHold(std::uint64_t count,
+                               std::uint64_t bytesEach) const noexcept; ///< whether the file is long enough
     bool readBytes(std::size_t length, TextPool& pool, std::span<char const>& bytes); ///< a zero follows the bytes
     bool readText(std::size_t length, TextPool& pool, char const*& text);
 

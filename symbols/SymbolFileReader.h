@@ -18,9 +18,9 @@ public:
     /** @p file null or not seekable: the file counts as empty. */
     explicit SymbolFileReader(std::FILE* file) noexcept;
 
-    std::uint64_t size() const noexcept { return size_; }
-    std::uint64_t position() const noexcept { return bufferStart_ + bufferUsed_; }
-    std::uint64_t remaining() const noexcept { return size_ - position(); }
+    [[nodiscard]] std::uint64_t size() const noexcept { return size_; }
+    [[nodiscard]] std::uint64_t position() const noexcept { return bufferStart_ + bufferUsed_; }
+    [[nodiscard]] std::uint64_t remaining() const noexcept { return size_ - position(); }
 
     /** Fills all of @p bytes and moves behind them; false when the file ends before or cannot be read. */
     bool read(std::span<std::uint8_t> bytes) noexcept;

@@ -37,7 +37,7 @@ struct SymbolListTag {
     TextPool texts; ///< names and type names of the symbols
 
     /** All symbols, for tools that list them. */
-    std::span<Symbol const> all() const noexcept { return {symbols.get(), count}; }
+    [[nodiscard]] std::span<Symbol const> all() const noexcept { return {symbols.get(), count}; }
 
     /** Releases the symbols, their texts and the index; count and loaded become 0, projectId stays. */
     void clear() noexcept;
