@@ -1,0 +1,65 @@
+# What `cmake --install` puts where.
+#
+#   component driver   lib/velk/libvelk.so                 the module: a plug-in, so not among the shared libraries
+#                      share/doc/velk-driver/              README, documents
+#   component tools    bin/                                what runs on a desk
+#   component dev      include/velk/interfaces/            what a host compiles against
+#                      share/cmake/velk/, share/pkgconfig/ find_package(velk), pkg-config velk
+#                      share/doc/velk-dev/examples/        a minimal host
+#
+# The paths are the same for every machine, and nothing in the component dev depends on one.
+include(CMakePackageConfigHelpers)
+
+set(VELK_MODULE_DIR "lib/velk")
+set(VELK_HEADER_DIR "${CMAKE_INSTALL_INCLUDEDIR}/velk")
+set(VELK_CONFIG_DIR "${CMAKE_INSTALL_DATADIR}/cmake/velk")
+set(VELK_PKGCONFIG_DIR "${CMAKE_INSTALL_DATADIR}/pkgconfig")
+set(generated "${PROJECT_BINARY_DIR}/install")
+
+# ---- driver
+install(TARGETS velk LIBRARY DESTINATION "${VELK_MODULE_DIR}" COMPONENT driver)
+if(TARGET velk_shared_runtime)
+    install(TARGETS velk_shared_runtime LIBRARY DESTINATION "${VELK_MODULE_DIR}/shared-runtime"
+        COMPONENT shared-runtime)
+endif()
+file(GLOB documents CONFIGURE_DEPENDS "${PROJECT_SOURCE_DIR}/README.md" "${PROJECT_SOURCE_DIR}/docs/*.md")
+install(FILES ${documents} "${PROJECT_SOURCE_DIR}/CHANGELOG.md" DESTINATION "${CMAKE_INSTALL_DATADIR}/doc/velk-driver"
+    COMPONENT driver)
+
+# ---- tools: every program of that folder
+if(VELK_BUILD_HOST)
+    get_property(targets DIRECTORY "${PROJECT_SOURCE_DIR}/tools" PROPERTY BUILDSYSTEM_TARGETS)
+    set(VELK_PROGRAMS "")
+    foreach(target IN LISTS targets)
+        get_target_property(type ${target} TYPE)
+        if(type STREQUAL "EXECUTABLE")
+            list(APPEND VELK_PROGRAMS ${target})
+        endif()
+    endforeach()
+    if(VELK_PROGRAMS)
+        velk_check_programs(${VELK_PROGRAMS})
+        install(TARGETS ${VELK_PROGRAMS} RUNTIME DESTINATION "${CMAKE_INSTALL_BINDIR}" COMPONENT tools)
+    endif()
+endif()
+
+# ---- dev
+set_target_properties(velk_interfaces PROPERTIES EXPORT_NAME interfaces)
+target_compile_features(velk_interfaces INTERFACE cxx_std_17)
+install(TARGETS velk_interfaces EXPORT velkTargets COMPONENT dev INCLUDES DESTINATION "${VELK_HEADER_DIR}")
+install(EXPORT velkTargets NAMESPACE velk:: DESTINATION "${VELK_CONFIG_DIR}" COMPONENT dev)
+install(DIRECTORY "${PROJECT_SOURCE_DIR}/interfaces" DESTINATION "${VELK_HEADER_DIR}" COMPONENT dev
+    FILES_MATCHING PATTERN "*.h")
+configure_package_config_file("${PROJECT_SOURCE_DIR}/cmake/package/velkConfig.cmake.in" "${generated}/velkConfig.cmake"
+    INSTALL_DESTINATION "${VELK_CONFIG_DIR}" PATH_VARS VELK_MODULE_DIR NO_SET_AND_CHECK_MACRO)
+write_basic_package_version_file("${generated}/velkConfigVersion.cmake" COMPATIBILITY SameMinorVersion ARCH_INDEPENDENT)
+configure_file("${PROJECT_SOURCE_DIR}/cmake/package/velk.pc.in" "${generated}/velk.pc" @ONLY)
+install(FILES "${generated}/velkConfig.cmake" "${generated}/velkConfigVersion.cmake" DESTINATION "${VELK_CONFIG_DIR}"
+    COMPONENT dev)
+install(FILES "${generated}/velk.pc" DESTINATION "${VELK_PKGCONFIG_DIR}" COMPONENT dev)
+install(DIRECTORY "${PROJECT_SOURCE_DIR}/examples" DESTINATION "${CMAKE_INSTALL_DATADIR}/doc/velk-dev" COMPONENT dev)
+
+# ---- what every package carries
+foreach(component driver tools dev)
+    install(FILES "${PROJECT_SOURCE_DIR}/packaging/copyright"
+        DESTINATION "${CMAKE_INSTALL_DATADIR}/doc/velk-${component}" COMPONENT ${component})
+endforeach()
