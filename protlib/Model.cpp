@@ -1,8 +1,9 @@
 #include "protlib/Model.h"
 
 #include <algorithm>
+#include <utility>
 
-Model::Model(std::string const& name) : name_(name) {}
+Model::Model(std::string name) : name_(std::move(name)) {}
 
 std::string const& Model::getName() const {
     return name_;

@@ -8,7 +8,7 @@
 /** A variant of a PLC ("Intel" or "Motorola" byte order) with its datagram limits and its address spaces. */
 class Model {
 public:
-    explicit Model(std::string const& name);
+    explicit Model(std::string name);
 
     [[nodiscard]] std::string const& getName() const;
 

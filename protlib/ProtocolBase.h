@@ -47,20 +47,21 @@ public:
     int MaxDatagramLength(ITag const* tag) const override;                                 ///< 0
     bool CanCoexistInDatagram(ITag const* a, ITag const* b) const override;                ///< false
     bool ReadDatagram(ITag const* const* tags, int count, unsigned char* values) override; ///< false
-    char const* GetNextInstanceName() const override;                                      ///< GetName()
-    int GetLastError() const override;                                                     ///< 1 until an error is set
-    char const* GetLastErrorString() const override; ///< valid until the next error
+    [[nodiscard]] char const* GetNextInstanceName() const override;                        ///< GetName()
+    [[nodiscard]] int GetLastError() const override;                                       ///< 1 until an error is set
+    [[nodiscard]] char const* GetLastErrorString() const override; ///< valid until the next error
 
     /** The version banner, one item a line: at most @p size bytes, no zero added. Answers the bytes written. */
     int GetInfo(char* text, int size) const override;
 
-    char const* GetXml() const override;   ///< null
-    bool IsConverted() const override;     ///< false
-    char const* GetIdent() const override; ///< GetName() while the ident is empty
+    [[nodiscard]] char const* GetXml() const override;   ///< null
+    [[nodiscard]] bool IsConverted() const override;     ///< false
+    [[nodiscard]] char const* GetIdent() const override; ///< GetName() while the ident is empty
     void SetIdent(char const* ident) override;
 
     /**
-     * Runs one line of the service console.
+     * Runs one line of the service console: "help", "info", "xml", "lasterror", "read <address>",
+     * "write <address> <hexadecimal digits>", "getmaxtm" or "deletetags".
      *
      * The reply is cut at @p size bytes; a zero follows it where there is room. Nothing is written when @p reply is
      * null or @p size is not positive. A command that fails says so in the reply.
@@ -78,9 +79,9 @@ public:
     bool ReadDatagramWithStatus(ITag const* const* tags, int count, unsigned char* values,
                                 idal_error_t* status) override;
 
-    bool MultipleReadSupported() const override;                                 ///< false
+    [[nodiscard]] bool MultipleReadSupported() const override;                   ///< false
     bool MultipleRead(IMultiRead* request) override;                             ///< false
-    bool MultipleWriteSupported() const override;                                ///< false
+    [[nodiscard]] bool MultipleWriteSupported() const override;                  ///< false
     bool MultipleWrite(IMultiWrite* request) override;                           ///< false
     bool CanReadBitBlock(ITag const* tag) const override;                        ///< false
     bool ReadBitBlock(ITag const* tag, unsigned char* bytes, int bits) override; ///< false

@@ -11,15 +11,24 @@
 namespace ProtUtilsN {
 
 /**
+ * Longest scratch buffer in bytes, far above what any PLC can exchange.
+ *
+ * The length comes from a tag address. Without a limit a mistyped one would fill the panel's memory with zeros
+ * before the driver had a chance to refuse it.
+ */
+inline constexpr std::int64_t kLongestScratch = 16 * 1024 * 1024;
+
+/**
  * A zero-filled buffer for the length of one call: on the stack up to @p kOnStack bytes, on the heap above that.
  *
- * Never throws: when the memory cannot be had, or the length is negative, available() is false.
+ * Never throws: when the memory cannot be had, or the length is negative or above kLongestScratch, available() is
+ * false.
  */
 template <std::size_t kOnStack>
 class ScratchBuffer {
 public:
     explicit ScratchBuffer(std::int64_t length) noexcept {
-        if (length < 0 || length > PTRDIFF_MAX) {
+        if (length < 0 || length > kLongestScratch) {
             return;
         }
         auto const size = static_cast<std::size_t>(length);

@@ -26,8 +26,8 @@ void storeLittleEndian(Bytes element, std::uint32_t value) {
 
 std::uint32_t loadLittleEndian(Bytes element) {
     std::uint32_t value = 0;
-    for (auto byte = element.rbegin(); byte != element.rend(); ++byte) {
-        value = value << 8U | *byte;
+    for (auto position = element.size(); position-- > 0;) {
+        value = value << 8U | element[position];
     }
     return value;
 }
