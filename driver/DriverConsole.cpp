@@ -1,0 +1,35 @@
+#include "driver/Protocol_VELK.h"
+#include "protlib/BoundedText.h"
+#include "protlib/NoThrow.h"
+#include "protlib/TextUtils.h"
+
+#include <cstring>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace {
+
+// Advertised only: the driver knows neither command, deliberately.
+constexpr std::string_view kDriverHelp = "setid n - set the server ID to n\ngetid - get the server ID\n";
+
+bool isHelp(char const* command) {
+    std::vector<std::string> words;
+    ProtUtilsN::ParseSubstrings(command, words, ' ');
+    return words.front() == "help";
+}
+
+} // namespace
+
+bool Protocol_VELK::DoCommand(char const* command, char* reply, int size) {
+    if (!ProtocolBase::DoCommand(command, reply, size)) {
+        return false;
+    }
+    if (reply != nullptr && size > 0 && ProtUtilsN::noThrow([&] { return isHelp(command); }, false)) {
+        auto const written = static_cast<int>(strnlen(reply, static_cast<std::size_t>(size)));
+        BoundedText text(reply + written, size - written);
+        text.append(kDriverHelp);
+        text.terminate();
+    }
+    return true;
+}
