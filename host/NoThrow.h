@@ -1,0 +1,22 @@
+#pragma once
+
+#include <type_traits>
+#include <utility>
+
+namespace host {
+
+/**
+ * Runs @p step and answers its result, or @p fallback when it throws.
+ *
+ * Nothing may be thrown into the module: every operation that the module can call runs its body through this.
+ */
+template <typename Step>
+std::invoke_result_t<Step> noThrow(Step&& step, std::invoke_result_t<Step> fallback) noexcept {
+    try {
+        return std::forward<Step>(step)();
+    } catch (...) {
+        return fallback;
+    }
+}
+
+} // namespace host

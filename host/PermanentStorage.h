@@ -1,0 +1,66 @@
+#pragma once
+
+#include "host/Result.h"
+#include "interfaces/HostServices.h"
+
+#include <filesystem>
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace host {
+
+/**
+ * The folder name for an instance: letters, digits, "-", "_" and a "." that is not the first character stay, every
+ * other byte becomes "%" and two hexadecimal digits, so that two instances never share a folder and none leaves
+ * the directory. Nothing for an empty or much too long name.
+ */
+std::optional<std::string> instanceFolder(std::string_view instance);
+
+/** True for the name of a file in a folder: not empty, no "/", neither "." nor "..". */
+bool isPlainFileName(std::string_view name);
+
+/**
+ * Keeps the files of driver instances in a directory of the user's choice, one folder an instance.
+ *
+ * The folders are made when they are first asked for. The module writes its files itself, under the path it gets,
+ * and checks them when it reads them: half a file is refused and fetched again.
+ */
+class PermanentStorage final : public IPermanentStorage {
+public:
+    explicit PermanentStorage(std::filesystem::path directory);
+
+    /** Answers the paths for "IPermanentStorage2". */
+    IInterface* ConvertTo(char const* name) override;
+    char const* GetImpName() const override;
+    int GetImpVersion() const override;
+
+    /**
+     * Makes the folder of an instance and checks that files can be written there.
+     *
+     * Worth a call before the driver starts: it takes a storage without a path for none at all, and then keeps its
+     * files in the working directory.
+     */
+    [[nodiscard]] Outcome prepare(std::string_view instance) const;
+
+private:
+    class Paths final : public IPermanentStorage2 {
+    public:
+        explicit Paths(std::filesystem::path directory);
+        IInterface* ConvertTo(char const* name) override;
+        char const* GetImpName() const override;
+        int GetImpVersion() const override;
+        bool GetFullPath(char const* instance, char const* name, char* path, int size) override;
+
+        [[nodiscard]] Result<std::filesystem::path> folder(std::string_view instance) const;
+
+    private:
+        [[nodiscard]] std::string fullPath(char const* instance, char const* name) const;
+
+        std::filesystem::path directory_;
+    };
+
+    Paths paths_;
+};
+
+} // namespace host

@@ -1,0 +1,37 @@
+#include "host/PortNames.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace host {
+
+namespace {
+
+std::string lowerCase(std::string text) {
+    std::transform(text.begin(), text.end(), text.begin(),
+                   [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; });
+    return text;
+}
+
+} // namespace
+
+PortNames::PortNames() {
+    constexpr int kPorts = 16;
+    for (int port = 1; port <= kPorts; ++port) {
+        set("com" + std::to_string(port), "/dev/ttyS" + std::to_string(port - 1));
+    }
+}
+
+void PortNames::set(std::string const& name, std::string path) {
+    paths_[lowerCase(name)] = std::move(path);
+}
+
+std::optional<std::string> PortNames::path(std::string const& name) const {
+    if (name.find('/') != std::string::npos) {
+        return name;
+    }
+    auto const found = paths_.find(lowerCase(name));
+    return found != paths_.end() ? std::optional(found->second) : std::nullopt;
+}
+
+} // namespace host

@@ -1,0 +1,215 @@
+#include "host/SerialPort.h"
+
+#include "host/Clock.h"
+#include "host/DescriptorLine.h"
+#include "host/FileDescriptor.h"
+#include "host/FrameReader.h"
+#include "host/InterfaceNames.h"
+#include "host/NoThrow.h"
+#include "host/PortDiagnosis.h"
+#include "host/PortLock.h"
+#include "host/PortReport.h"
+#include "host/PseudoTerminal.h"
+#include "host/Rs485.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <fcntl.h>
+#include <optional>
+#include <utility>
+
+namespace host {
+
+// The members end in the opposite order: the exclusive mode has to go before the descriptor does.
+struct SerialPort::Session {
+    Session(FileDescriptor opened, PortLock taken, LineSettings const& settings)
+        : descriptor(std::move(opened)), lock(std::move(taken)), line(descriptor.get()),
+          nanosecondsPerByte(settings.nanosecondsPerByte()) {}
+
+    FileDescriptor descriptor;
+    PortLock lock;
+    DescriptorLine line;
+    std::int64_t nanosecondsPerByte;
+};
+
+namespace {
+
+Result<FileDescriptor> openTerminal(std::string const& path) {
+    FileDescriptor descriptor(::open(path.c_str(), O_RDWR | O_NOCTTY | O_NONBLOCK | O_CLOEXEC));
+    if (!descriptor.isOpen()) {
+        return openFailure(path, errno);
+    }
+    termios settings{};
+    if (tcgetattr(descriptor.get(), &settings) != 0) {
+        return errno == ENOTTY || errno == EINVAL ? notATerminal(path) : settingFailure(path, errno);
+    }
+    return descriptor;
+}
+
+/** The exclusive mode of a pseudo-terminal would outlive a program that is killed, for the other side keeps it. */
+bool wantsExclusiveMode(FileDescriptor const& descriptor) {
+    return !isPseudoTerminal(descriptor.get());
+}
+
+Outcome applySettings(FileDescriptor const& descriptor, std::string const& path, LineSettings const& settings) {
+    termios current{};
+    if (tcgetattr(descriptor.get(), &current) != 0) {
+        return settingFailure(path, errno);
+    }
+    termios const wanted = rawTermios(current, settings);
+    termios actual{};
+    if (tcsetattr(descriptor.get(), TCSANOW, &wanted) != 0 || tcgetattr(descriptor.get(), &actual) != 0) {
+        return settingFailure(path, errno);
+    }
+    std::string const refused = refusedSetting(wanted, actual, isPseudoTerminal(descriptor.get()));
+    if (!refused.empty()) {
+        return hostFailure("the serial port " + path + " does not take over " + refused + " that is configured");
+    }
+    return {};
+}
+
+std::int64_t toMicroseconds(int milliseconds) {
+    return std::int64_t{std::max(0, milliseconds)} * 1000;
+}
+
+} // namespace
+
+SerialPort::SerialPort(std::string path, PortReport& report, Clock& clock)
+    : path_(std::move(path)), report_(report), clock_(clock) {}
+
+SerialPort::~SerialPort() = default;
+
+IInterface* SerialPort::ConvertTo(char const* name) {
+    return isOneOf(name, {"SerialPort", "ISerialPort"}) ? this : nullptr;
+}
+
+char const* SerialPort::GetImpName() const {
+    return "SerialPort";
+}
+
+int SerialPort::GetImpVersion() const {
+    return 100;
+}
+
+int SerialPort::Open(int baud, int parity, int dataBits, int stopBits, int rs485) {
+    return noThrow([&] { return open(baud, parity, dataBits, stopBits, rs485 != 0) ? 1 : 0; }, 0);
+}
+
+void SerialPort::Close() {
+    session_.reset();
+}
+
+int SerialPort::Purge(unsigned char* buffer, int /*reserved1*/, int /*reserved2*/) {
+    if (buffer == nullptr) {
+        return 0;
+    }
+    return noThrow([&] { return purge({buffer, std::size_t{kPurgeRoom}}); }, 0);
+}
+
+int SerialPort::Write(unsigned char const* bytes, int length, int /*reserved*/) {
+    if (bytes == nullptr || length <= 0) {
+        return 0;
+    }
+    return noThrow([&] { return write({bytes, static_cast<std::size_t>(length)}); }, 0);
+}
+
+int SerialPort::Read(unsigned char* buffer, int maximum, int firstByteTimeoutMs, int interCharTimeoutMs, int* count,
+                     int /*reserved*/) {
+    int ignored = 0;
+    int& received = count != nullptr ? *count : ignored;
+    received = 0;
+    std::size_t const room = buffer != nullptr && maximum > 0 ? static_cast<std::size_t>(maximum) : 0;
+    return noThrow([&] { return read({buffer, room}, firstByteTimeoutMs, interCharTimeoutMs, received) ? 1 : 0; }, 0);
+}
+
+bool SerialPort::open(int baud, int parity, int dataBits, int stopBits, bool rs485) {
+    Close();
+    auto const settings = lineSettings(baud, parity, dataBits, stopBits);
+    if (!settings.ok()) {
+        report_.lastError = "the serial port " + path_ + " is not opened: " + settings.failure().text;
+        return false;
+    }
+    auto session = openSession(settings.value(), rs485);
+    if (!session.ok()) {
+        report_.lastError = session.failure().text;
+        return false;
+    }
+    session_ = std::move(session.value());
+    report_ = PortReport{};
+    return true;
+}
+
+Result<std::unique_ptr<SerialPort::Session>> SerialPort::openSession(LineSettings const& settings, bool rs485) {
+    auto opened = openTerminal(path_);
+    if (!opened.ok()) {
+        return opened.failure();
+    }
+    FileDescriptor& descriptor = opened.value();
+    std::optional<PortLock> lock = PortLock::take(descriptor.get(), wantsExclusiveMode(descriptor));
+    if (!lock) {
+        int const error = errno;
+        descriptor.close(); // or this program would be found to be the holder
+        return error == EWOULDBLOCK ? busyPort(path_) : settingFailure(path_, error);
+    }
+    auto session = std::make_unique<Session>(std::move(descriptor), std::move(*lock), settings);
+    if (Outcome const applied = applySettings(session->descriptor, path_, settings); !applied.ok()) {
+        return applied.failure();
+    }
+    if (Outcome const applied = applyRs485(session->descriptor.get(), path_, rs485); !applied.ok()) {
+        return applied.failure();
+    }
+    tcflush(session->descriptor.get(), TCIOFLUSH); // what came in at other settings is noise
+    return session;
+}
+
+int SerialPort::purge(std::span<unsigned char> room) {
+    if (!session_) {
+        return 0;
+    }
+    Transfer const transfer = session_->line.receive(room);
+    if (transfer.fault) {
+        die();
+        return 0;
+    }
+    return static_cast<int>(transfer.count);
+}
+
+int SerialPort::write(std::span<unsigned char const> bytes) {
+    if (!session_) {
+        return 0;
+    }
+    switch (sendFrame(session_->line, clock_, bytes, session_->nanosecondsPerByte)) {
+    case SendResult::Sent:
+        return static_cast<int>(bytes.size());
+    case SendResult::Stuck:
+        report_.lastFault = "the serial port " + path_ + " sends no more bytes";
+        return 0;
+    case SendResult::Fault:
+        break;
+    }
+    die();
+    return 0;
+}
+
+bool SerialPort::read(std::span<unsigned char> room, int firstByteMs, int interCharMs, int& count) {
+    if (!session_) {
+        return false;
+    }
+    ReceivedFrame const frame =
+        readFrame(session_->line, clock_, room, {toMicroseconds(firstByteMs), toMicroseconds(interCharMs)});
+    count = static_cast<int>(frame.count);
+    report_.firstByteAt = frame.firstByteAt;
+    report_.lastByteAt = frame.lastByteAt;
+    if (frame.fault) {
+        die();
+    }
+    return !frame.fault;
+}
+
+void SerialPort::die() {
+    std::string const reason = session_->line.faultText();
+    session_.reset();
+    report_.lastFault = "the serial port " + path_ + " has gone away (" + reason + ")";
+}
+
+} // namespace host
