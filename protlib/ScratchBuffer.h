@@ -16,7 +16,7 @@ namespace ProtUtilsN {
  * The length comes from a tag address. Without a limit a mistyped one would fill the panel's memory with zeros
  * before the driver had a chance to refuse it.
  */
-inline constexpr std::int64_t kLongestScratch = 16 * 1024 * 1024;
+inline constexpr std::int64_t kLongestScratch = std::int64_t{16} * 1024 * 1024;
 
 /**
  * A zero-filled buffer for the length of one call: on the stack up to @p kOnStack bytes, on the heap above that.
