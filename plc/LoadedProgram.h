@@ -1,0 +1,21 @@
+#pragma once
+
+#include "plc/ByteOrder.h"
+#include "plc/Bytes.h"
+#include "plc/Memory.h"
+#include "plc/Program.h"
+#include "plc/ProgramDescription.h"
+
+namespace plc {
+
+/// A program in a station: its variables, its memory with the initial values, its symbol file.
+struct LoadedProgram {
+    Program program;
+    Memory memory;
+    Bytes symbolFile{};
+};
+
+/// Throws DescriptionError.
+[[nodiscard]] LoadedProgram loadProgram(ProgramDescription const& description, ByteOrder order);
+
+} // namespace plc
