@@ -1,0 +1,38 @@
+#pragma once
+
+#include "interfaces/IProtModule.h"
+
+/**
+ * The module as a whole: acquires the host's services for all driver instances and gives them back.
+ *
+ * The services are kept in the variables of protlib/HostServiceVariables.h. No locks: the host calls Init() and
+ * Close() from one thread, and driver instances live between them.
+ */
+class ProtModule final : public IProtModule {
+public:
+    ProtModule() = default;
+    ProtModule(ProtModule const&) = delete;
+    ProtModule& operator=(ProtModule const&) = delete;
+    ProtModule(ProtModule&&) = delete;
+    ProtModule& operator=(ProtModule&&) = delete;
+
+    /** Gives the services back if the host has not closed the module. */
+    ~ProtModule() override;
+
+    /** This object for "ProtModule" and "IProtModule", else null. */
+    IInterface* ConvertTo(char const* name) override;
+    char const* GetImpName() const override { return "ProtModule"; }
+    int GetImpVersion() const override { return 100; }
+
+    bool Init(IInterfaceFactory* host) override;
+    void Close() override;
+    char const* GetLastError() const override { return lastError_; }
+
+private:
+    bool acquireRequired(IInterfaceFactory& host);
+    void releaseAll();
+
+    char const* lastError_ = "";
+    IInterfaceFactory* host_ = nullptr;
+    int initCount_ = 0; // successful Init() calls without their Close()
+};

@@ -1,0 +1,17 @@
+#pragma once
+
+#include "interfaces/IProtocolFactory.h"
+
+/** Creates driver instances. Without state. */
+class ProtocolFactory final : public IProtocolFactory {
+public:
+    /** This object for "ProtocolFactory" and "IProtocolFactory", else null. */
+    IInterface* ConvertTo(char const* name) override;
+    char const* GetImpName() const override { return "ProtFactoryInDLL"; }
+    int GetImpVersion() const override { return 100; }
+
+    /** A driver instance for "VELK", else null. Throws what its construction throws. */
+    IProtocol* CreateProtocol(char const* name) override;
+
+    void DeleteProtocol(IProtocol* protocol) override;
+};
