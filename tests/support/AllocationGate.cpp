@@ -17,6 +17,14 @@ void* Allocate(std::size_t size) noexcept {
     return std::malloc(size == 0 ? 1 : size); // NOLINT(cppcoreguidelines-no-malloc)
 }
 
+void Release(void* memory) noexcept {
+    auto& state = velktest::Allocations();
+    if (state.open && state.pauses == 0 && memory != nullptr) {
+        ++state.freed;
+    }
+    std::free(memory); // NOLINT(cppcoreguidelines-no-malloc)
+}
+
 void* AllocateOrThrow(std::size_t size) {
     void* const memory = Allocate(size);
     if (memory == nullptr) {
@@ -40,20 +48,20 @@ void* operator new[](std::size_t size, std::nothrow_t const& /*tag*/) noexcept {
     return Allocate(size);
 }
 void operator delete(void* memory) noexcept {
-    std::free(memory); // NOLINT(cppcoreguidelines-no-malloc)
+    Release(memory);
 }
 void operator delete[](void* memory) noexcept {
-    std::free(memory); // NOLINT(cppcoreguidelines-no-malloc)
+    Release(memory);
 }
 void operator delete(void* memory, std::size_t /*size*/) noexcept {
-    std::free(memory); // NOLINT(cppcoreguidelines-no-malloc)
+    Release(memory);
 }
 void operator delete[](void* memory, std::size_t /*size*/) noexcept {
-    std::free(memory); // NOLINT(cppcoreguidelines-no-malloc)
+    Release(memory);
 }
 void operator delete(void* memory, std::nothrow_t const& /*tag*/) noexcept {
-    std::free(memory); // NOLINT(cppcoreguidelines-no-malloc)
+    Release(memory);
 }
 void operator delete[](void* memory, std::nothrow_t const& /*tag*/) noexcept {
-    std::free(memory); // NOLINT(cppcoreguidelines-no-malloc)
+    Release(memory);
 }

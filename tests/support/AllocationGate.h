@@ -14,8 +14,9 @@ namespace velktest {
 struct AllocationState {
     bool open = false;
     int pauses = 0;
-    std::size_t seen = 0;      ///< allocations while open
-    std::size_t refuseAt = 0;  ///< the number of the allocation that fails, counted from 1; 0 for none
+    std::size_t seen = 0;     ///< allocations while open
+    std::size_t freed = 0;    ///< releases while open
+    std::size_t refuseAt = 0; ///< the number of the allocation that fails, counted from 1; 0 for none
     bool refuseAllAfter = false;
     bool refused = false;
 };
@@ -37,13 +38,14 @@ public:
 class AllocationGate {
 public:
     explicit AllocationGate(std::size_t refuseAt = 0, bool refuseAllAfter = false) {
-        Allocations() = {true, 0, 0, refuseAt, refuseAllAfter, false};
+        Allocations() = {true, 0, 0, 0, refuseAt, refuseAllAfter, false};
     }
     ~AllocationGate() { Allocations().open = false; }
     AllocationGate(AllocationGate const&) = delete;
     AllocationGate& operator=(AllocationGate const&) = delete;
 
     static std::size_t Seen() { return Allocations().seen; }
+    static std::size_t Freed() { return Allocations().freed; }
     static bool Refused() { return Allocations().refused; }
 };
 

@@ -96,15 +96,18 @@ protected:
         for (auto const* tag : tags) {
             size += static_cast<std::size_t>(tag->GetVarLength());
         }
-        outcome.values.assign(size, 0xCC);
+        outcome.values.assign(size + 1, 0xCC); // one more, so that there is a place even for nothing
         outcome.status.assign(tags.size(), 77);
         outcome.ok = driver->ReadDatagramWithStatus(tags.data(), static_cast<int>(tags.size()), outcome.values.data(),
                                                     outcome.status.data());
+        EXPECT_EQ(outcome.values.back(), 0xCC);
+        outcome.values.pop_back();
         return outcome;
     }
 
     /** Writes host values to the tags; true and all statuses good, or false. */
-    bool Write(std::vector<ITag*> const& tags, Bytes const& values) {
+    bool Write(std::vector<ITag*> const& tags, Bytes values) {
+        values.push_back(0xEE); // so that there is a place even for nothing
         std::vector<idal_error_t> status(tags.size(), 77);
         bool const ok = driver->WriteDatagramWithStatus(tags.data(), static_cast<int>(tags.size()), values.data(),
                                                         status.data());

@@ -109,7 +109,7 @@ private:
 };
 
 /** The host: all services, any of which can be made to lack; a log of what was asked for and given back. */
-class FakeHost : public IInterfaceFactory {
+class FakeHost final : public IInterfaceFactory {
 public:
     FakeScheduler scheduler;
     FakeSerialFactory serial;

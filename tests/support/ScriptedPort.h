@@ -68,6 +68,12 @@ public:
         derailed_ = false;
     }
 
+    /** Leaves out what was not played, where it is not settled whether it is. */
+    void Forget() {
+        script_.clear();
+        derailed_ = false;
+    }
+
     // What was seen.
     std::vector<ReadCall> reads;
     std::vector<Bytes> writes;

@@ -1,0 +1,80 @@
+#include "interfaces/IProtModule.h"
+#include "interfaces/IProtocol.h"
+#include "interfaces/IProtocolFactory.h"
+#include "interfaces/ModuleEntry.h"
+#include "tests/support/AllocationGate.h"
+#include "tests/support/ConfigText.h"
+#include "tests/support/FakeHost.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+
+extern "C" IInterfaceFactory* GetInterfaceFactory();
+
+namespace {
+
+class ProtocolFactoryTest : public ::testing::Test {
+protected:
+    void SetUp() override { ASSERT_TRUE(module->Init(&host)); }
+    void TearDown() override { module->Close(); }
+
+    IProtModule* module = static_cast<IProtModule*>(GetInterfaceFactory()->CreateInterface("IProtModule"));
+    IProtocolFactory* factory =
+        static_cast<IProtocolFactory*>(GetInterfaceFactory()->CreateInterface("IProtocolFactory"));
+    velktest::FakeHost host;
+};
+
+TEST_F(ProtocolFactoryTest, CreatesDistinctInstances) {
+    IProtocol* const first = factory->CreateProtocol("VELK");
+    IProtocol* const second = factory->CreateProtocol("VELK");
+    ASSERT_NE(first, nullptr);
+    ASSERT_NE(second, nullptr);
+    EXPECT_NE(first, second);
+    EXPECT_STREQ(first->GetName(), "VELK");
+    factory->DeleteProtocol(first);
+    EXPECT_STREQ(second->GetName(), "VELK");
+    factory->DeleteProtocol(second);
+}
+
+TEST_F(ProtocolFactoryTest, InstancesKeepTheirStateApart) {
+    IProtocol* const first = factory->CreateProtocol("VELK");
+    IProtocol* const second = factory->CreateProtocol("VELK");
+    first->SetIdent("one");
+    EXPECT_FALSE(first->Config("nonsense"));
+    EXPECT_STREQ(first->GetIdent(), "one");
+    EXPECT_STREQ(second->GetIdent(), "VELK");
+    EXPECT_EQ(first->GetLastError(), -1);
+    EXPECT_EQ(second->GetLastError(), 1);
+    factory->DeleteProtocol(first);
+    factory->DeleteProtocol(second);
+}
+
+TEST_F(ProtocolFactoryTest, KnowsOneNameOnly) {
+    for (char const* name : {"velk", "VELK ", " VELK", "VEL", "VELKX", "", "Protocol_VELK"}) {
+        EXPECT_EQ(factory->CreateProtocol(name), nullptr) << "'" << name << "'";
+    }
+}
+
+TEST_F(ProtocolFactoryTest, DeletingNothingIsHarmless) {
+    factory->DeleteProtocol(nullptr);
+    IProtocol* const protocol = factory->CreateProtocol("VELK");
+    EXPECT_NE(protocol, nullptr);
+    factory->DeleteProtocol(protocol);
+}
+
+TEST_F(ProtocolFactoryTest, DeletingAnInstanceGivesAllItsMemoryBack) {
+    std::string const config = velktest::ConfigText().Node(1, "prefix", "a_name_too_long_to_be_kept_inline").Build();
+    velktest::AllocationGate const gate;
+    IProtocol* const protocol = factory->CreateProtocol("VELK");
+    ASSERT_TRUE(protocol->Config(config.c_str()));
+    for (int i = 0; i < 10; ++i) {
+        ASSERT_NE(protocol->CreateTag("1?PLC_PRG.Counter?M?0?int(swap2,bcd)"), nullptr);
+    }
+    EXPECT_EQ(protocol->CreateTag("not a tag address at all"), nullptr);
+    factory->DeleteProtocol(protocol);
+    EXPECT_GT(velktest::AllocationGate::Seen(), 11U);
+    EXPECT_EQ(velktest::AllocationGate::Seen(), velktest::AllocationGate::Freed());
+}
+
+} // namespace
