@@ -1,6 +1,7 @@
 #pragma once
 
 #include "plc/Bytes.h"
+#include "plc/Descriptor.h"
 #include "plc/Line.h"
 
 #include <chrono>
@@ -13,7 +14,7 @@
 namespace plc {
 
 /**
- * Serves a line over a file descriptor: a pseudo-terminal's master side, a serial port, a socket.
+ * Serves a line over a file descriptor: a pseudo-terminal's master side or a serial port.
  *
  * The descriptor stays the caller's; it is made non-blocking and should be raw (makeRaw()). The line's time is the
  * steady clock since the server was made. run() works in one thread; others reach the line through locked().
@@ -29,28 +30,44 @@ public:
     FdServer(Line& line, int descriptor);
 
     /// Serves until asked to stop. A pseudo-terminal that its client closed is served on: the next client finds it.
+    /// What is sent while there is no client is lost, as on a line that nobody listens to.
     End run(std::stop_token const& stop);
 
-    /// Calls `work(line)` while the server leaves the line alone.
+    /// Calls `work(line)` while the server leaves the line alone. Not from within an observer or a behaviour.
     template <typename Work>
     auto locked(Work&& work) {
+        Waker const waker(*this);
         std::scoped_lock const lock(mutex_);
         return std::forward<Work>(work)(line_);
     }
 
 private:
-    enum class Client : std::uint8_t { kThere, kAway, kGoneForGood };
+    enum class Port : std::uint8_t { kThere, kClientAway, kGone };
 
+    /// Wakes the server at its end, so that it looks at the line again.
+    class Waker {
+    public:
+        explicit Waker(FdServer& server) : server_(server) {}
+        Waker(Waker const&) = delete;
+        Waker& operator=(Waker const&) = delete;
+        ~Waker() { server_.wake(); }
+
+    private:
+        FdServer& server_;
+    };
+
+    void wake() const;
     [[nodiscard]] Micros now() const;
     [[nodiscard]] std::optional<Micros> collectOutput();
-    [[nodiscard]] Client wait(int wakeUp, std::optional<Micros> deadline);
-    [[nodiscard]] Client readInput();
-    [[nodiscard]] Client writeOutput();
-    [[nodiscard]] Client hungUp() const;
+    [[nodiscard]] Port writeOutput();
+    [[nodiscard]] Port wait(std::optional<Micros> deadline, Port port);
+    [[nodiscard]] Port readInput();
+    [[nodiscard]] Port hungUp() const { return pseudoTerminal_ ? Port::kClientAway : Port::kGone; }
 
     Line& line_;
     int descriptor_;
-    bool pseudoTerminal_;
+    bool pseudoTerminal_; ///< the descriptor is the master of one: its clients come and go
+    Descriptor wakeUp_;
     std::mutex mutex_;
     std::chrono::steady_clock::time_point start_;
     Bytes unsent_;

@@ -27,6 +27,18 @@ void checkPair(Framing framing, StationDescription const& left, StationDescripti
     }
 }
 
+/// The description itself, once it is known to make sense.
+LineDescription const& checked(LineDescription const& description) {
+    checkLine(description);
+    return description;
+}
+
+std::optional<Micros> earlier(std::optional<Micros> left, std::optional<Micros> right) {
+    return left && right ? std::min(left, right) : left ? left : right;
+}
+
+} // namespace
+
 void checkLine(LineDescription const& description) {
     auto const& stations = description.stations;
     if (stations.empty() || (description.framing == Framing::kBare && stations.size() > 1)) {
@@ -42,18 +54,6 @@ void checkLine(LineDescription const& description) {
         }
     }
 }
-
-/// The description itself, once it is known to make sense.
-LineDescription const& checked(LineDescription const& description) {
-    checkLine(description);
-    return description;
-}
-
-std::optional<Micros> earlier(std::optional<Micros> left, std::optional<Micros> right) {
-    return left && right ? std::min(left, right) : left ? left : right;
-}
-
-} // namespace
 
 Line::Line(LineDescription const& description, LineObserver* observer)
     : reporter_(observer, checked(description).stations.size()), output_(description.bytesPerSecond),

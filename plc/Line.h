@@ -24,6 +24,9 @@ struct LineDescription {
     std::uint32_t bytesPerSecond = 0; ///< the pace of the bytes to the panel; 0 sends a frame in no time
 };
 
+/// Throws DescriptionError when the line makes no sense. The programs are not looked at.
+void checkLine(LineDescription const& description);
+
 /**
  * The stations' end of a serial line, driven by bytes and by the time that the caller gives.
  *

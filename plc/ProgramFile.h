@@ -3,6 +3,7 @@
 #include "plc/ProgramDescription.h"
 
 #include <filesystem>
+#include <stdexcept>
 #include <string>
 #include <string_view>
 

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "plc/Descriptor.h"
+
 #include <string>
 
 namespace plc {
@@ -9,16 +11,13 @@ class PseudoTerminal {
 public:
     /// Throws std::system_error.
     PseudoTerminal();
-    PseudoTerminal(PseudoTerminal const&) = delete;
-    PseudoTerminal& operator=(PseudoTerminal const&) = delete;
-    ~PseudoTerminal();
 
-    [[nodiscard]] int master() const { return master_; }
+    [[nodiscard]] int master() const { return master_.get(); }
     /// The path of the slave, for example /dev/pts/3.
     [[nodiscard]] std::string const& slaveName() const { return slaveName_; }
 
 private:
-    int master_;
+    Descriptor master_;
     std::string slaveName_;
 };
 

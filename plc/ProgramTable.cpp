@@ -1,0 +1,118 @@
+#include "plc/ProgramTable.h"
+
+#include "plc/LoadedProgram.h"
+#include "plc/Text.h"
+
+#include <algorithm>
+#include <array>
+#include <limits>
+
+namespace plc {
+
+namespace {
+
+constexpr std::array<std::string_view, kAreaCount> kAreaNames{"M", "I", "Q", "3", "4", "5"};
+constexpr std::int64_t kMost16 = 0xFFFF;
+constexpr std::int64_t kMost32 = 0xFFFFFFFF;
+constexpr std::int64_t kLargestArea = 16 * 1024 * 1024;
+constexpr std::int64_t kMostHeaderExtra = 1024;
+
+/// An area by name, or by number for a variable that is only listed.
+std::uint16_t readArea(TomlTable& table) {
+    toml::node const* const area = table.node("area");
+    if (area != nullptr && area->is_integer()) {
+        return static_cast<std::uint16_t>(table.number("area", 0, kMost16).value_or(0));
+    }
+    std::string const name = table.text("area").value_or("M");
+    auto const* const found = std::find(kAreaNames.begin(), kAreaNames.end(), name);
+    if (found == kAreaNames.end()) {
+        table.refuseKey("area", "must be M, I, Q, 3, 4 or 5");
+    }
+    return static_cast<std::uint16_t>(found - kAreaNames.begin());
+}
+
+VariableDescription readVariable(TomlTable& table) {
+    VariableDescription variable;
+    variable.line = table.line();
+    variable.name = table.neededText("name");
+    variable.type = table.neededText("type");
+    variable.area = readArea(table);
+    if (auto const offset = table.number("offset", 0, kMost32)) {
+        variable.offset = static_cast<std::uint32_t>(*offset);
+    }
+    variable.value = table.value("value");
+    variable.flags = static_cast<std::uint16_t>(table.number("flags", 0, kMost16).value_or(0));
+    variable.listedOnly = table.truth("listed_only").value_or(false);
+    return variable;
+}
+
+MemberDescription readMember(TomlTable const& table, toml::node const& node) {
+    toml::array const* const pair = node.as_array();
+    if (pair == nullptr || pair->size() != 2 || !pair->get(0)->is_string() || !pair->get(1)->is_string()) {
+        table.refuse(TomlTable::lineOf(node), R"(a member is written as ["name", "type"])");
+    }
+    return {.name = pair->get(0)->as_string()->get(), .type = pair->get(1)->as_string()->get()};
+}
+
+StructureDescription readStructure(TomlTable& table) {
+    StructureDescription structure{.name = table.neededText("name"), .line = table.line()};
+    toml::node const* const members = table.node("members");
+    if (members == nullptr || !members->is_array()) {
+        table.refuseKey("members", R"(must be a list of ["name", "type"])");
+    }
+    for (toml::node const& member : *members->as_array()) {
+        structure.members.push_back(readMember(table, member));
+    }
+    return structure;
+}
+
+void readAreaSizes(TomlTable& table, ProgramDescription& program) {
+    auto sizes = table.table("area_sizes");
+    if (!sizes) {
+        return;
+    }
+    for (std::size_t i = 0; i < kAreaCount; ++i) {
+        if (auto const size = sizes->number(kAreaNames[i], 0, kLargestArea)) {
+            program.areaSizes[i] = static_cast<std::uint32_t>(*size);
+        }
+    }
+    sizes->finish();
+}
+
+void readForm(TomlTable& table, SymbolFileForm& form) {
+    auto file = table.table("symbol_file");
+    if (!file) {
+        return;
+    }
+    form.variant = static_cast<std::uint32_t>(file->number("variant", 0, 1).value_or(form.variant));
+    form.headerExtra =
+        static_cast<std::uint32_t>(file->number("header_extra", 0, kMostHeaderExtra).value_or(form.headerExtra));
+    form.foreignSections = file->truth("foreign_sections").value_or(form.foreignSections);
+    form.placeholders = file->truth("placeholders").value_or(form.placeholders);
+    form.spacedNames = file->truth("spaced_names").value_or(form.spacedNames);
+    file->finish();
+}
+
+/// Builds the program once, so that what makes no sense is found with its line.
+void tryOut(TomlTable const& table, ProgramDescription const& program) {
+    try {
+        static_cast<void>(loadProgram(program, ByteOrder::kLittle));
+    } catch (DescriptionError const& fault) {
+        table.refuse(fault.line(), fault.what());
+    }
+}
+
+} // namespace
+
+ProgramDescription readProgramTable(TomlTable& table) {
+    ProgramDescription program;
+    program.projectId = static_cast<std::uint32_t>(table.number("project_id", 0, kMost32).value_or(program.projectId));
+    readAreaSizes(table, program);
+    readForm(table, program.symbolFile);
+    table.eachTable("structure", [&](TomlTable& one) { program.structures.push_back(readStructure(one)); });
+    table.eachTable("variable", [&](TomlTable& one) { program.variables.push_back(readVariable(one)); });
+    tryOut(table, program);
+    return program;
+}
+
+} // namespace plc

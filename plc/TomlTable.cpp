@@ -1,0 +1,167 @@
+#include "plc/TomlTable.h"
+
+#include "plc/Text.h"
+
+#include <array>
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+#include <memory>
+
+namespace plc {
+
+namespace {
+
+struct FileCloser {
+    void operator()(std::FILE* file) const { static_cast<void>(std::fclose(file)); }
+};
+
+} // namespace
+
+toml::table parseToml(std::string_view text, std::string_view name) {
+    try {
+        return toml::parse(text, name);
+    } catch (toml::parse_error const& fault) {
+        throw FileError(std::string(name), static_cast<int>(fault.source().begin.line),
+                        std::string(fault.description()));
+    }
+}
+
+std::string readWholeFile(std::string const& file) {
+    std::unique_ptr<std::FILE, FileCloser> const opened(std::fopen(file.c_str(), "rb"));
+    if (!opened) {
+        throw FileError(file, 0, std::strerror(errno));
+    }
+    std::string text;
+    for (std::size_t count = 1; count != 0;) {
+        std::array<char, 4096> piece{};
+        count = std::fread(piece.data(), 1, piece.size(), opened.get());
+        text.append(piece.data(), count);
+    }
+    if (std::ferror(opened.get()) != 0) {
+        throw FileError(file, 0, std::strerror(errno));
+    }
+    return text;
+}
+
+std::optional<std::int64_t> TomlTable::number(std::string_view key, std::int64_t low, std::int64_t high) {
+    toml::node const* const found = node(key);
+    if (found == nullptr) {
+        return std::nullopt;
+    }
+    if (!found->is_integer() || found->as_integer()->get() < low || found->as_integer()->get() > high) {
+        refuseKey(key, textOf("must be a whole number from ", low, " to ", high));
+    }
+    return found->as_integer()->get();
+}
+
+std::optional<double> TomlTable::fraction(std::string_view key) {
+    toml::node const* const found = node(key);
+    if (found == nullptr) {
+        return std::nullopt;
+    }
+    double const fraction = found->is_number() ? found->value_or(-1.0) : -1.0;
+    if (!(fraction >= 0 && fraction <= 1)) {
+        refuseKey(key, "must be a number from 0 to 1");
+    }
+    return fraction;
+}
+
+std::optional<bool> TomlTable::truth(std::string_view key) {
+    toml::node const* const found = node(key);
+    if (found == nullptr) {
+        return std::nullopt;
+    }
+    if (!found->is_boolean()) {
+        refuseKey(key, "must be true or false");
+    }
+    return found->as_boolean()->get();
+}
+
+std::optional<std::string> TomlTable::text(std::string_view key) {
+    toml::node const* const found = node(key);
+    if (found == nullptr) {
+        return std::nullopt;
+    }
+    if (!found->is_string()) {
+        refuseKey(key, "must be a text");
+    }
+    return found->as_string()->get();
+}
+
+std::string TomlTable::neededText(std::string_view key) {
+    auto const found = text(key);
+    if (!found) {
+        refuse(line(), textOf("\"", key, "\" is missing"));
+    }
+    return *found;
+}
+
+std::optional<Value> TomlTable::value(std::string_view key) {
+    toml::node const* const found = node(key);
+    if (found == nullptr) {
+        return std::nullopt;
+    }
+    if (found->is_boolean()) {
+        return Value(found->as_boolean()->get());
+    }
+    if (found->is_integer()) {
+        return Value(found->as_integer()->get());
+    }
+    if (found->is_floating_point()) {
+        return Value(found->as_floating_point()->get());
+    }
+    if (found->is_string()) {
+        return Value(found->as_string()->get());
+    }
+    refuseKey(key, "must be a number, true, false or a text");
+}
+
+toml::node const* TomlTable::node(std::string_view key) {
+    asked_.emplace(key);
+    return table_.get(key);
+}
+
+std::optional<TomlTable> TomlTable::table(std::string_view key) {
+    toml::node const* const found = node(key);
+    if (found == nullptr) {
+        return std::nullopt;
+    }
+    if (!found->is_table()) {
+        refuseKey(key, "must be a table");
+    }
+    return TomlTable(*found->as_table(), file_);
+}
+
+void TomlTable::eachTable(std::string_view key, std::function<void(TomlTable&)> const& each) {
+    toml::node const* const found = node(key);
+    if (found == nullptr) {
+        return;
+    }
+    if (!found->is_array()) {
+        refuseKey(key, "must be a list of tables");
+    }
+    for (toml::node const& element : *found->as_array()) {
+        if (!element.is_table()) {
+            refuse(lineOf(element), textOf("\"", key, "\" must hold tables only"));
+        }
+        TomlTable table(*element.as_table(), file_);
+        each(table);
+        table.finish();
+    }
+}
+
+void TomlTable::finish() const {
+    for (auto const& [key, found] : table_) {
+        if (!asked_.contains(key.str())) {
+            refuse(static_cast<int>(key.source().begin.line), textOf("unknown key \"", key.str(), "\""));
+        }
+    }
+}
+
+void TomlTable::refuseKey(std::string_view key, std::string const& text) const {
+    toml::node const* const found = table_.get(key);
+    refuse(found == nullptr ? line() : lineOf(*found), textOf("\"", key, "\" ", text));
+}
+
+} // namespace plc
