@@ -4,6 +4,7 @@
 #include <bit>
 #include <cctype>
 #include <chrono>
+#include <cstring>
 #include <exception>
 #include <utility>
 
@@ -12,7 +13,8 @@ namespace _VELK {
 namespace {
 
 constexpr std::size_t kSmallestSlotCount = 16;
-constexpr std::size_t kSmallestNodeBlock = 16;
+constexpr std::uint32_t kNodesInBlock = 64;
+constexpr std::size_t kWordSize = 4;
 
 /** The open-addressed table is at most two thirds full, so that a probe soon meets a free slot. */
 bool isTooFull(std::size_t names, std::size_t slots) noexcept {
@@ -43,16 +45,19 @@ std::uint32_t multiplyAndFold(std::uint32_t a, std::uint32_t b) noexcept {
 
 } // namespace
 
-RtsHashTag::RtsHashTag(int bucketCount, bool copyKeys, std::size_t expectedNames)
+RtsHashTag::RtsHashTag(int bucketCount, bool copyKeys, std::uint32_t expectedNames)
     : bucketCount_(std::max(bucketCount, 0)), copyKeys_(copyKeys ? 1 : 0),
       buckets_(std::make_unique<Bucket[]>(static_cast<std::size_t>(bucketCount_))), multiplier_(newMultiplier(this)) {
     for (std::size_t i = 0; i < lower_.size(); ++i) {
         lower_[i] = static_cast<std::uint8_t>(std::tolower(static_cast<int>(i)));
         upper_[i] = static_cast<std::uint8_t>(std::toupper(static_cast<int>(i)));
     }
+    for (std::size_t i = 0; i < lower_.size(); ++i) {
+        equalNamesShareBucket_ = equalNamesShareBucket_ && upper_[i] == upper_[lower_[i]];
+    }
     if (expectedNames != 0) {
         slots_.resize(slotCountFor(expectedNames));
-        addNodeBlock(expectedNames);
+        nodeBlocks_.reserve(expectedNames / kNodesInBlock + 1);
     }
 }
 
@@ -62,16 +67,18 @@ bool RtsHashTag::add(char const* key, void* value) noexcept {
     }
     try {
         makeRoom();
-        Digest const keyDigest = digest(key);
-        Slot& slot = slots_[slotFor(key, keyDigest)];
-        if (slot.node != nullptr) {
+        std::uint32_t const hash = hashOf(key);
+        Slot& slot = slots_[slotFor(key, hash)];
+        if (slot.number != 0) {
             return false;
         }
-        slot.node = appendToChain(copyKeys_ != 0 ? keys_.copy(key) : key, value, bucketOf(keyDigest.upperSum));
-        slot.hash = keyDigest.hash;
-        ++nameCount_;
+        RtsHashNode& node = newNode();
+        node.key = copyKeys_ != 0 ? keys_.copy(key) : key;
+        node.value = value;
+        appendToChain(node);
+        slot = {.hash = hash, .number = ++nameCount_};
         return true;
-    } catch (std::exception const&) {
+    } catch (std::exception const&) { // out of memory
         return false;
     }
 }
@@ -80,89 +87,93 @@ RtsHashNode* RtsHashTag::find(char const* key) const noexcept {
     if (key == nullptr || nameCount_ == 0) {
         return nullptr;
     }
-    return slots_[slotFor(key, digest(key))].node;
+    std::uint32_t const number = slots_[slotFor(key, hashOf(key))].number;
+    return number != 0 ? &nodeAt(number) : nullptr;
 }
 
-RtsHashTag::Digest RtsHashTag::digest(char const* key) const noexcept {
+std::uint32_t RtsHashTag::hashOf(std::string_view key) const noexcept {
     std::uint32_t hash = multiplier_;
-    std::uint32_t upperSum = 0;
-    while (*key != '\0') {
-        std::uint32_t word = 0; // up to four bytes; no byte of a name is 0, so different names give different words
-        for (int i = 0; i < 4 && *key != '\0'; ++i, ++key) {
-            word = word << 8U | lower_[byteOf(*key)];
-            upperSum += upper_[byteOf(*key)];
-        }
+    for (; key.size() >= kWordSize; key.remove_prefix(kWordSize)) {
+        std::uint32_t const word = lower_[byteOf(key[0])] | lower_[byteOf(key[1])] << 8U |
+                                   lower_[byteOf(key[2])] << 16U |
+                                   static_cast<std::uint32_t>(lower_[byteOf(key[3])]) << 24U;
         hash = multiplyAndFold(hash ^ word, multiplier_);
     }
-    return {.hash = hash ^ hash >> 16U, .upperSum = upperSum};
+    std::uint32_t word = 0; // no byte of a name is 0, so that different ends give different words
+    for (char const character : key) {
+        word = word << 8U | lower_[byteOf(character)];
+    }
+    hash = multiplyAndFold(hash ^ word, multiplier_);
+    return hash ^ hash >> 16U;
 }
 
-std::size_t RtsHashTag::bucketOf(std::uint32_t upperSum) const noexcept {
+std::size_t RtsHashTag::bucketOf(char const* key) const noexcept {
+    std::uint32_t upperSum = 0; // wraps like the signed sum that it stands for
+    for (; *key != '\0'; ++key) {
+        upperSum += upper_[byteOf(*key)];
+    }
     std::int32_t const remainder = static_cast<std::int32_t>(upperSum) % bucketCount_;
     return static_cast<std::size_t>(remainder < 0 ? -remainder : remainder);
 }
 
-bool RtsHashTag::isSameName(char const* key, std::uint32_t upperSum, char const* other) const noexcept {
-    std::uint32_t otherUpperSum = upperSum;
-    for (; *key == *other || lower_[byteOf(*key)] == lower_[byteOf(*other)]; ++key, ++other) {
-        if (*key == '\0') {
-            // Equal names are the same only in the same chain; a locale may pair cases one way only.
-            return otherUpperSum == upperSum || bucketOf(otherUpperSum) == bucketOf(upperSum);
+bool RtsHashTag::isSameName(char const* key, char const* other) const noexcept {
+    return std::strcmp(key, other) == 0 ||
+           (isEqualWithoutCase(key, other) &&
+            (equalNamesShareBucket_ || bucketOf(key) == bucketOf(other))); // names are looked for in their own chain
+}
+
+bool RtsHashTag::isEqualWithoutCase(char const* a, char const* b) const noexcept {
+    for (; lower_[byteOf(*a)] == lower_[byteOf(*b)]; ++a, ++b) {
+        if (*a == '\0') {
+            return true;
         }
-        otherUpperSum += upper_[byteOf(*other)];
-        otherUpperSum -= upper_[byteOf(*key)];
     }
     return false;
 }
 
-std::size_t RtsHashTag::slotFor(char const* key, Digest const& digest) const noexcept {
+std::size_t RtsHashTag::slotFor(char const* key, std::uint32_t hash) const noexcept {
     std::size_t const mask = slots_.size() - 1;
-    std::size_t place = digest.hash & mask;
-    while (slots_[place].node != nullptr &&
-           (slots_[place].hash != digest.hash || !isSameName(key, digest.upperSum, slots_[place].node->key))) {
+    std::size_t place = hash & mask;
+    while (slots_[place].number != 0 &&
+           (slots_[place].hash != hash || !isSameName(key, nodeAt(slots_[place].number).key))) {
         place = (place + 1) & mask;
     }
     return place;
 }
 
-RtsHashNode* RtsHashTag::appendToChain(char const* key, void* value, std::size_t bucketNumber) {
-    RtsHashNode* const node = newNode();
-    node->key = key;
-    node->value = value;
-    Bucket& bucket = buckets_[bucketNumber];
-    (bucket.head == nullptr ? bucket.head : bucket.tail->next) = node;
-    bucket.tail = node;
-    return node;
+RtsHashNode& RtsHashTag::nodeAt(std::uint32_t number) const noexcept {
+    return nodeBlocks_[(number - 1) / kNodesInBlock][(number - 1) % kNodesInBlock];
+}
+
+RtsHashNode& RtsHashTag::newNode() {
+    if (nameCount_ / kNodesInBlock == nodeBlocks_.size()) {
+        nodeBlocks_.push_back(std::make_unique<RtsHashNode[]>(kNodesInBlock));
+    }
+    return nodeAt(nameCount_ + 1);
+}
+
+void RtsHashTag::appendToChain(RtsHashNode& node) noexcept {
+    Bucket& bucket = buckets_[bucketOf(node.key)];
+    (bucket.head == nullptr ? bucket.head : bucket.tail->next) = &node;
+    bucket.tail = &node;
 }
 
 void RtsHashTag::makeRoom() {
     if (!isTooFull(nameCount_ + 1, slots_.size())) {
         return;
     }
-    std::vector<Slot> larger(slotCountFor((nameCount_ + 1) * 2));
+    std::vector<Slot> larger(slotCountFor(std::size_t{nameCount_} * 2 + 2));
     std::size_t const mask = larger.size() - 1;
     for (Slot const& slot : slots_) {
-        if (slot.node != nullptr) {
+        if (slot.number != 0) {
             std::size_t place = slot.hash & mask;
-            while (larger[place].node != nullptr) {
+            while (larger[place].number != 0) {
                 place = (place + 1) & mask;
             }
             larger[place] = slot;
         }
     }
     slots_ = std::move(larger);
-}
-
-RtsHashNode* RtsHashTag::newNode() {
-    if (nodesLeft_ == 0) {
-        addNodeBlock(std::max(nameCount_, kSmallestNodeBlock));
-    }
-    return &nodeBlocks_.back()[--nodesLeft_];
-}
-
-void RtsHashTag::addNodeBlock(std::size_t size) {
-    nodeBlocks_.push_back(std::make_unique<RtsHashNode[]>(size));
-    nodesLeft_ = size;
 }
 
 } // namespace _VELK

@@ -6,6 +6,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <memory>
+#include <string_view>
 #include <vector>
 
 namespace _VELK {
@@ -38,11 +39,11 @@ public:
      * @param bucketCount fixed for the life of the index; 0 or less makes one that refuses every name
      * @param copyKeys true: names are copied and owned by the index; false: the caller's pointers are kept and must
      *        stay valid as long as the index
-     * @param expectedNames how many names will be added, to allocate once; more is allowed
+     * @param expectedNames how many names will be added, so that the table need not grow; more is allowed
      *
      * Throws std::bad_alloc.
      */
-    RtsHashTag(int bucketCount, bool copyKeys, std::size_t expectedNames = 0);
+    RtsHashTag(int bucketCount, bool copyKeys, std::uint32_t expectedNames = 0);
 
     RtsHashTag(RtsHashTag const&) = delete;
     RtsHashTag& operator=(RtsHashTag const&) = delete;
@@ -72,31 +73,27 @@ public:
 private:
     using CaseTable = std::array<std::uint8_t, 256>;
 
-    /** What one pass over a name yields. */
-    struct Digest {
-        std::uint32_t hash = 0;     ///< of the lower-case name, for the open-addressed table
-        std::uint32_t upperSum = 0; ///< sum of the upper-case bytes modulo 2^32
-    };
-
     struct Bucket {
         RtsHashNode* head = nullptr;
         RtsHashNode* tail = nullptr;
     };
 
-    /** A place of the open-addressed table; free while node is null. */
+    /** A place of the open-addressed table. */
     struct Slot {
-        std::uint32_t hash = 0;
-        RtsHashNode* node = nullptr;
+        std::uint32_t hash = 0;   ///< of the lower-case name
+        std::uint32_t number = 0; ///< of the name's node, counted from 1; 0 for a free slot
     };
 
-    Digest digest(char const* key) const noexcept;
-    [[nodiscard]] std::size_t bucketOf(std::uint32_t upperSum) const noexcept;
-    bool isSameName(char const* key, std::uint32_t upperSum, char const* other) const noexcept;
-    std::size_t slotFor(char const* key, Digest const& digest) const noexcept; ///< the name's slot, else a free one
-    RtsHashNode* appendToChain(char const* key, void* value, std::size_t bucketNumber);
+    [[nodiscard]] std::uint32_t hashOf(std::string_view key) const noexcept;
+    [[nodiscard]] std::size_t bucketOf(char const* key) const noexcept;
+    [[nodiscard]] bool isSameName(char const* key, char const* other) const noexcept;
+    [[nodiscard]] bool isEqualWithoutCase(char const* a, char const* b) const noexcept;
+    /** The slot that holds a name, else the free one where it belongs. There must be slots. */
+    [[nodiscard]] std::size_t slotFor(char const* key, std::uint32_t hash) const noexcept;
+    [[nodiscard]] RtsHashNode& nodeAt(std::uint32_t number) const noexcept;
+    RtsHashNode& newNode();
+    void appendToChain(RtsHashNode& node) noexcept;
     void makeRoom();
-    RtsHashNode* newNode();
-    void addNodeBlock(std::size_t size);
 
     int bucketCount_;
     std::uint8_t copyKeys_;
@@ -104,12 +101,12 @@ private:
 
     CaseTable lower_{};
     CaseTable upper_{};
-    std::uint32_t multiplier_; ///< odd; another for each index, so that no file can be made to collide
-    std::size_t nameCount_ = 0;
+    bool equalNamesShareBucket_ = true; ///< false in a locale that pairs cases one way only
+    std::uint32_t multiplier_;          ///< odd; another for each index, so that no file can be made to collide
+    std::uint32_t nameCount_ = 0;
     std::vector<Slot> slots_; ///< a power of two of them, at most two thirds used
     std::vector<std::unique_ptr<RtsHashNode[]>> nodeBlocks_;
-    std::size_t nodesLeft_ = 0; ///< unused nodes at the end of the newest block
-    TextPool keys_;             ///< the copied keys
+    TextPool keys_; ///< the copied keys
 };
 
 } // namespace _VELK

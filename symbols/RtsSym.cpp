@@ -125,7 +125,10 @@ bool RtsSym::makeIndex() noexcept {
         auto index = std::make_unique<RtsHashTag>(static_cast<int>(bucketCount), false, list_.count);
         for (std::uint32_t i = 0; i < list_.count; ++i) {
             Symbol& symbol = list_.symbols[i];
-            static_cast<void>(UtlHashAdd(index.get(), symbol.name, &symbol)); // the first symbol of a name wins
+            // The first symbol of a name wins; a name that is not there even so found no memory.
+            if (!UtlHashAdd(index.get(), symbol.name, &symbol) && UtlHashGet(index.get(), symbol.name) == nullptr) {
+                return false;
+            }
             if (i % 2 == 1 && yieldToHost_ != nullptr) {
                 yieldToHost_();
             }
