@@ -25,7 +25,7 @@ struct Protocol_VELK::Line {
     bool routed = false;
     unsigned int lastDataRead = 0; ///< what the port answered to the last read of a response block
 
-    std::size_t headerLength() const { return routed ? _VELK::kRoutingHeaderLength : 0; }
+    [[nodiscard]] std::size_t headerLength() const { return routed ? _VELK::kRoutingHeaderLength : 0; }
 };
 
 unsigned int Protocol_VELK::doProtocolInner2(int requestLength, int* responseLength, _VELK::NodeParams const* node,

@@ -64,11 +64,11 @@ public:
     bool addValue(std::span<unsigned char const> value);
     bool addProjectIdentifier(std::uint32_t identifier);
 
-    int length() const { return static_cast<int>(length_); }
+    [[nodiscard]] int length() const { return static_cast<int>(length_); }
 
 private:
     std::span<unsigned char> take(std::size_t count);
-    bool hasRoom(std::size_t count) const { return count <= buffer_.size() - length_; }
+    [[nodiscard]] bool hasRoom(std::size_t count) const { return count <= buffer_.size() - length_; }
 
     std::span<unsigned char> buffer_;
     std::size_t length_ = 0;
@@ -96,7 +96,7 @@ public:
     std::optional<Value> next(std::size_t length);
 
     /** Whether the reply has been walked to its very end. */
-    bool atEnd() const { return position_ == reply_.size(); }
+    [[nodiscard]] bool atEnd() const { return position_ == reply_.size(); }
 
 private:
     std::span<unsigned char const> reply_;

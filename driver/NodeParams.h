@@ -26,7 +26,7 @@ struct NodeParams {
     std::string model;                  ///< byte-order model: "Intel" is little-endian, any other text big-endian
 
     /** Whether multi-byte numbers travel to and from this node most significant byte first. */
-    bool isBigEndian() const;
+    [[nodiscard]] bool isBigEndian() const;
 
     /**
      * Reads the parameters, those of the node @p node or, for -1, the ones that belong to no node.

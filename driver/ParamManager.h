@@ -23,12 +23,12 @@ public:
     bool parse(char const* configuration);
 
     /** The record of a node, or the defaults when it has none of its own. Never null. */
-    NodeParams const* getNodeParams(int nodeId) const;
+    [[nodiscard]] NodeParams const* getNodeParams(int nodeId) const;
 
-    CommonParams const* getCommonParams() const { return &common_; }
+    [[nodiscard]] CommonParams const* getCommonParams() const { return &common_; }
 
     /** Message of the last failed parse(), empty when none failed. */
-    char const* getLastError() const { return lastError_.c_str(); }
+    [[nodiscard]] char const* getLastError() const { return lastError_.c_str(); }
 
 private:
     std::deque<NodeParams> nodes_;

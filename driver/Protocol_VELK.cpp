@@ -78,7 +78,9 @@ IProtocol* CreateProtocol_VELK() {
     return std::make_unique<Protocol_VELK>().release();
 }
 
-Protocol_VELK::Protocol_VELK() : tableNode_(kNoNode), serialFactory_(static_cast<ISerialFactory*>(piSerialFactory)) {
+Protocol_VELK::Protocol_VELK()
+    : loginParams_(paramManager_.getNodeParams(0)), tableNode_(kNoNode),
+      serialFactory_(static_cast<ISerialFactory*>(piSerialFactory)) {
     registerMemory();
     symbolTable_ = std::make_unique<_VELK::RtsSym>(kNodeCount, &yieldToHost);
 }
@@ -244,9 +246,4 @@ std::uint32_t Protocol_VELK::confirmedProjectIdentifier(int node) const {
 bool Protocol_VELK::usesDefaultAddresses(int node) const {
     NodeState const* const state = nodeState(node);
     return state != nullptr && state->useDefaultAddresses;
-}
-
-bool Protocol_VELK::fail(int code, char const* text) {
-    SetError(code, text);
-    return false;
 }

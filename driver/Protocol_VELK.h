@@ -43,13 +43,13 @@ public:
 
     // Identity
     IInterface* ConvertTo(char const* name) override;
-    char const* GetImpName() const override { return "Protocol_VELK"; }
-    int GetImpVersion() const override { return 100; }
-    char const* GetName() const override { return "VELK"; }
-    char const* GetProtocolName() const override { return "Velk Serial Link"; }
-    int GetProtocolVersion() const override { return 144; }
-    int GetProtocolType() const override { return 277; }
-    char const* GetXml() const override;
+    [[nodiscard]] char const* GetImpName() const override { return "Protocol_VELK"; }
+    [[nodiscard]] int GetImpVersion() const override { return 100; }
+    [[nodiscard]] char const* GetName() const override { return "VELK"; }
+    [[nodiscard]] char const* GetProtocolName() const override { return "Velk Serial Link"; }
+    [[nodiscard]] int GetProtocolVersion() const override { return 144; }
+    [[nodiscard]] int GetProtocolType() const override { return 277; }
+    [[nodiscard]] char const* GetXml() const override;
 
     // Lifecycle
     bool Config(char const* configuration) override;
@@ -109,9 +109,9 @@ public:
     unsigned int readFileFromPLC(char const* plcFileName, char const* localPath, _VELK::NodeParams const* node,
                                  bool bigEndian);
 
-    _VELK::ParamManager const& getParamManager() const { return paramManager_; }
+    [[nodiscard]] _VELK::ParamManager const& getParamManager() const { return paramManager_; }
     MemoryManager& getMemoryManager() { return memoryManager_; }
-    MemoryManager const& getMemoryManager() const { return memoryManager_; }
+    [[nodiscard]] MemoryManager const& getMemoryManager() const { return memoryManager_; }
     _VELK::RtsSym& symbolTable() { return *symbolTable_; }
 
     static constexpr bool isKnownNode(int node) { return node >= 0 && node < kNodeCount; }
@@ -123,17 +123,17 @@ public:
     void declareProject(int node, std::uint32_t identifier);
 
     // State of a node, 0 and false for an unknown one
-    std::uint32_t projectIdentifier(int node) const; ///< of the node's symbol file, or declared; 0 none
-    std::uint32_t confirmedProjectIdentifier(int node) const;
-    bool usesDefaultAddresses(int node) const;
+    [[nodiscard]] std::uint32_t projectIdentifier(int node) const; ///< of the node's symbol file, or declared; 0 none
+    [[nodiscard]] std::uint32_t confirmedProjectIdentifier(int node) const;
+    [[nodiscard]] bool usesDefaultAddresses(int node) const;
 
-    bool isPortOpen() const { return portOpen_; }
-    bool isLoggedIn() const { return loggedIn_; }
-    std::uint32_t loginNode() const { return loginNode_; } ///< 0 when not logged in, but 0 is also a node
-    bool hasCommunicationFault() const { return communicationFault_; }
+    [[nodiscard]] bool isPortOpen() const { return portOpen_; }
+    [[nodiscard]] bool isLoggedIn() const { return loggedIn_; }
+    [[nodiscard]] std::uint32_t loginNode() const { return loginNode_; } ///< 0 when not logged in, but 0 is also a node
+    [[nodiscard]] bool hasCommunicationFault() const { return communicationFault_; }
 
     std::span<unsigned char, kDataLength> txData() { return txData_; }
-    std::span<unsigned char const, kDataLength> rxData() const { return rxData_; }
+    [[nodiscard]] std::span<unsigned char const, kDataLength> rxData() const { return rxData_; }
 
 private:
     /** What the driver knows of one node. */
@@ -152,11 +152,17 @@ private:
     struct Line;
     struct BlockPlace;
 
+    /** Records the reason of a failure; always false. */
+    bool fail(int code, char const* text) {
+        SetError(code, text);
+        return false;
+    }
+
     // Protocol_VELK.cpp
     void registerMemory();
     bool takeLineSettings();
     void releasePort();
-    NodeState const* nodeState(int node) const;
+    [[nodiscard]] NodeState const* nodeState(int node) const;
 
     // EntryPoints.cpp
     bool doReadDatagram(ITag const* const* tags, int count, std::span<unsigned char> image);
@@ -169,7 +175,6 @@ private:
     bool convertToHost(Tag_VELK const& tag, unsigned char const* image, unsigned char* value);
     bool refuseImage(std::int64_t length, bool write);
     void emptyPort();
-    bool fail(int code, char const* text);
 
     // Sequencer.cpp
     bool runList(ListCall& call);
@@ -183,7 +188,7 @@ private:
     bool loadSymbols(ListCall const& call);
     bool fallBackToConfirmedProject(ListCall const& call, char const* reason);
     bool provideSymbolTable(ListCall const& call);
-    bool needsLookup(ListCall const& call) const;
+    [[nodiscard]] bool needsLookup(ListCall const& call) const;
     bool buildRequest(ListCall const& call, int& length);
     bool resolveTag(ListCall const& call, Tag_VELK const& tag);
     bool bindTag(ListCall const& call, Tag_VELK const& tag);
@@ -192,7 +197,7 @@ private:
     bool takeReadReply(ListCall const& call, std::span<unsigned char const> reply);
     bool takeValues(ListCall const& call, std::span<unsigned char const> reply);
     void recoverFromOtherProject(ListCall const& call);
-    bool exchange(int length, _VELK::NodeParams const* node, std::span<unsigned char const>& reply);
+    bool exchange(int length, _VELK::NodeParams const& node, std::span<unsigned char const>& reply);
     bool refuseTag(Tag_VELK const& tag);
     bool fault(int code, char const* text);
     void doubtLogin() { loginDoubted_ = true; }
@@ -227,8 +232,8 @@ private:
     std::array<unsigned char, kRxFrameLength> rxFrame_{};
 
     std::uint32_t loginNode_ = 0;
-    _VELK::NodeParams const* loginParams_ = nullptr;
-    bool loggedIn_ = false; // decides; the login node's number does not, for node 0 is a node
+    _VELK::NodeParams const* loginParams_; // never null
+    bool loggedIn_ = false;                // decides; the login node's number does not, for node 0 is a node
     bool loginDoubted_ = false;
     int failedCalls_ = 0; // in a row, with the present login
 

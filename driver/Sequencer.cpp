@@ -61,10 +61,10 @@ struct Protocol_VELK::ListCall {
     ByteOrder order = ByteOrder::LittleEndian;
     std::array<char, kPathLength> symbolFile{}; ///< path of the node's stored symbol file
 
-    Tag_VELK const& tag(int index) const { return velkTag(*tags[index]); }
+    [[nodiscard]] Tag_VELK const& tag(int index) const { return velkTag(*tags[index]); }
 
     /** Bytes of a value in a request, a reply or an image. */
-    std::size_t itemLength(Tag_VELK const& item) const {
+    [[nodiscard]] std::size_t itemLength(Tag_VELK const& item) const {
         return static_cast<std::size_t>(explicitLength != 0 ? explicitLength : item.PackedLen());
     }
 };
@@ -125,7 +125,7 @@ bool Protocol_VELK::leaveOtherNode(ListCall const& call) {
         return true;
     }
     std::span<unsigned char const> reply;
-    if (!exchange(_VELK::writeLogout(txData_), loginParams_, reply) ||
+    if (!exchange(_VELK::writeLogout(txData_), *loginParams_, reply) ||
         _VELK::replyStatus(reply, orderOf(*loginParams_)) != _VELK::kStatusDone) {
         doubtLogin();
         return false;
@@ -136,7 +136,7 @@ bool Protocol_VELK::leaveOtherNode(ListCall const& call) {
 
 bool Protocol_VELK::checkLink(ListCall const& call) {
     std::span<unsigned char const> reply;
-    if (!exchange(_VELK::writeLinkCheck(txData_), call.params, reply)) {
+    if (!exchange(_VELK::writeLinkCheck(txData_), *call.params, reply)) {
         doubtLogin();
         return false;
     }
@@ -148,7 +148,7 @@ bool Protocol_VELK::login(ListCall const& call) {
         return true;
     }
     std::span<unsigned char const> reply;
-    if (!exchange(_VELK::writeLogin(txData_, call.order), call.params, reply) ||
+    if (!exchange(_VELK::writeLogin(txData_, call.order), *call.params, reply) ||
         _VELK::replyStatus(reply, call.order) != _VELK::kStatusLoggedIn) {
         return false;
     }
@@ -308,7 +308,7 @@ bool Protocol_VELK::refuseTag(Tag_VELK const& tag) {
 }
 
 bool Protocol_VELK::exchangeList(ListCall const& call, int length, std::span<unsigned char const>& reply) {
-    if (exchange(length, call.params, reply)) {
+    if (exchange(length, *call.params, reply)) {
         return true;
     }
     forgetLogin();
@@ -387,9 +387,9 @@ void Protocol_VELK::recoverFromOtherProject(ListCall const& call) {
     call.state->projectIdentifier = 0;
 }
 
-bool Protocol_VELK::exchange(int length, _VELK::NodeParams const* node, std::span<unsigned char const>& reply) {
+bool Protocol_VELK::exchange(int length, _VELK::NodeParams const& node, std::span<unsigned char const>& reply) {
     int replyLength = 0;
-    if (doProtocolInner2(length, &replyLength, node, node->isBigEndian()) == 0) {
+    if (doProtocolInner2(length, &replyLength, &node, node.isBigEndian()) == 0) {
         return false;
     }
     reply = std::span(rxData_).first(static_cast<std::size_t>(replyLength));

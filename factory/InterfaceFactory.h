@@ -4,7 +4,8 @@
 #include "factory/ProtocolFactory.h"
 #include "interfaces/IInterfaceFactory.h"
 
-/** Hands out the module's two objects, which are parts of it. */
+/** Hands out the module's two objects, which are parts of it. The interface has no destructor among its slots. */
+// NOLINTNEXTLINE(cppcoreguidelines-virtual-class-destructor)
 class InterfaceFactory final : public IInterfaceFactory {
 public:
     InterfaceFactory() = default;

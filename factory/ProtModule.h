@@ -21,12 +21,12 @@ public:
 
     /** This object for "ProtModule" and "IProtModule", else null. */
     IInterface* ConvertTo(char const* name) override;
-    char const* GetImpName() const override { return "ProtModule"; }
-    int GetImpVersion() const override { return 100; }
+    [[nodiscard]] char const* GetImpName() const override { return "ProtModule"; }
+    [[nodiscard]] int GetImpVersion() const override { return 100; }
 
     bool Init(IInterfaceFactory* host) override;
     void Close() override;
-    char const* GetLastError() const override { return lastError_; }
+    [[nodiscard]] char const* GetLastError() const override { return lastError_; }
 
 private:
     bool acquireRequired(IInterfaceFactory& host);
