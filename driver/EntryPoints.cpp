@@ -4,12 +4,9 @@
 #include "interfaces/HostServices.h"
 #include "protlib/BitPacking.h"
 #include "protlib/DataTypes.h"
-#include "protlib/NoThrow.h"
 #include "protlib/ScratchBuffer.h"
 
 #include <algorithm>
-
-using ProtUtilsN::noThrow;
 
 namespace {
 
@@ -62,7 +59,7 @@ struct Protocol_VELK::BlockPlace {
 };
 
 bool Protocol_VELK::ReadBlock(ITag const* tag, unsigned char* bytes, int length) {
-    return noThrow([&] { return readBlock(tag, bytes, length); }, false);
+    return guarded([&] { return readBlock(tag, bytes, length); });
 }
 
 bool Protocol_VELK::readBlock(ITag const* tag, unsigned char* bytes, int length) {
@@ -101,7 +98,7 @@ bool Protocol_VELK::fillBlock(ITag const* tag, std::span<unsigned char> image, i
 }
 
 bool Protocol_VELK::ReadDatagram(ITag const* const* tags, int count, unsigned char* values) {
-    return noThrow([&] { return readDatagramImage(tags, count, values, nullptr); }, false);
+    return guarded([&] { return readDatagramImage(tags, count, values, nullptr); });
 }
 
 bool Protocol_VELK::ReadDatagramWithStatus(ITag const* const* tags, int count, unsigned char* values,
@@ -110,7 +107,7 @@ bool Protocol_VELK::ReadDatagramWithStatus(ITag const* const* tags, int count, u
         return fail(kErrorRequest, kInvalidCall);
     }
     std::fill_n(status, std::max(count, 0), kItemNotProcessed);
-    return noThrow([&] { return readDatagramImage(tags, count, values, status); }, false);
+    return guarded([&] { return readDatagramImage(tags, count, values, status); });
 }
 
 /** Reads the tags and converts their values; with @p status also reports on each. */
@@ -135,7 +132,7 @@ bool Protocol_VELK::readDatagramImage(ITag const* const* tags, int count, unsign
         if (status != nullptr) {
             status[i] = tag.status();
             if (status[i] != kItemGood) {
-                fail(kErrorRequest, ("tag " + tag.variableName() + " not present in symbol file").c_str());
+                failNaming("tag ", tag.variableName().c_str(), " not present in symbol file");
             }
         }
         if (!tag.ConvertVariable(source, values, false)) {
@@ -156,7 +153,7 @@ bool Protocol_VELK::doReadDatagram(ITag const* const* tags, int count, std::span
 }
 
 bool Protocol_VELK::Write(ITag const* tag, unsigned char const* value) {
-    return noThrow([&] { return writeOne(tag, value); }, false);
+    return guarded([&] { return writeOne(tag, value); });
 }
 
 bool Protocol_VELK::writeOne(ITag const* tag, unsigned char const* value) {
@@ -194,7 +191,7 @@ bool Protocol_VELK::writeOne(ITag const* tag, unsigned char const* value) {
 }
 
 bool Protocol_VELK::WriteDatagram(ITag const* const* tags, int count, unsigned char const* values) {
-    return noThrow([&] { return writeDatagramImage(tags, count, values); }, false);
+    return guarded([&] { return writeDatagramImage(tags, count, values); });
 }
 
 bool Protocol_VELK::writeDatagramImage(ITag const* const* tags, int count, unsigned char const* values) {

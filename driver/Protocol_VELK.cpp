@@ -103,14 +103,10 @@ char const* Protocol_VELK::GetXml() const {
 }
 
 bool Protocol_VELK::Config(char const* configuration) {
-    return ProtUtilsN::noThrow(
-        [&] {
-            if (!paramManager_.parse(configuration)) {
-                return fail(kErrorRequest, paramManager_.getLastError());
-            }
-            return takeLineSettings();
-        },
-        false);
+    return guarded([&] {
+        return paramManager_.parse(configuration) ? takeLineSettings()
+                                                  : fail(kErrorRequest, paramManager_.getLastError());
+    });
 }
 
 bool Protocol_VELK::takeLineSettings() {
@@ -246,4 +242,11 @@ std::uint32_t Protocol_VELK::confirmedProjectIdentifier(int node) const {
 bool Protocol_VELK::usesDefaultAddresses(int node) const {
     NodeState const* const state = nodeState(node);
     return state != nullptr && state->useDefaultAddresses;
+}
+
+/** Records a reason that names something; when there is no memory for that, one that does not. */
+bool Protocol_VELK::failNaming(char const* before, char const* name, char const* after) {
+    std::string text;
+    bool const named = ProtUtilsN::noThrow([&] { text.append(before).append(name).append(after); });
+    return fail(kErrorRequest, named ? text.c_str() : after);
 }

@@ -5,6 +5,7 @@
 #include "driver/ParamManager.h"
 #include "driver/RoutingHeader.h"
 #include "protlib/MemoryManager.h"
+#include "protlib/NoThrow.h"
 #include "protlib/ProtocolBase.h"
 #include "symbols/RtsSym.h"
 
@@ -158,7 +159,15 @@ private:
         return false;
     }
 
+    /** Runs @p step and answers its result; false when memory runs out on the way. */
+    template <typename Step>
+    bool guarded(Step&& step) noexcept {
+        bool result = false;
+        return ProtUtilsN::noThrow([&] { result = step(); }) ? result : fail(kErrorPort, "Out of memory");
+    }
+
     // Protocol_VELK.cpp
+    bool failNaming(char const* before, char const* name, char const* after);
     void registerMemory();
     bool takeLineSettings();
     void releasePort();

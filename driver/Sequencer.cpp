@@ -304,7 +304,8 @@ bool Protocol_VELK::bindTag(ListCall const& call, Tag_VELK const& tag) {
 }
 
 bool Protocol_VELK::refuseTag(Tag_VELK const& tag) {
-    return fault(kErrorRequest, (std::string(tag.GetVarName()) + " not present in Symbols files").c_str());
+    communicationFault_ = true;
+    return failNaming("", tag.GetVarName(), " not present in Symbols files");
 }
 
 bool Protocol_VELK::exchangeList(ListCall const& call, int length, std::span<unsigned char const>& reply) {
