@@ -1,0 +1,26 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+namespace tools {
+
+/** Columns of text, each as wide as its widest cell. */
+class TextTable {
+public:
+    explicit TextTable(std::vector<std::string> header);
+
+    /** Missing cells are empty. */
+    void add(std::vector<std::string> row);
+
+    /** One line a row, a ruled header first, each line behind @p indent. */
+    [[nodiscard]] std::string text(std::string const& indent = "") const;
+
+private:
+    std::vector<std::vector<std::string>> rows_; ///< the first one is the header
+};
+
+/** Characters of a UTF-8 text, for the width of a column. */
+std::size_t characterCount(std::string const& text);
+
+} // namespace tools

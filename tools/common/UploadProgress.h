@@ -1,0 +1,48 @@
+#pragma once
+
+#include "host/PortObserver.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <functional>
+
+namespace tools {
+
+/** How far a file has come from the PLC. The line does not tell how long the file is. */
+struct Upload {
+    std::uint64_t bytes = 0;  ///< of the file
+    std::uint64_t pieces = 0; ///< replies of the PLC
+    std::int64_t microseconds = 0;
+    bool done = false;
+
+    /** Bytes in a second, 0 before any time has passed. */
+    [[nodiscard]] double rate() const;
+};
+
+/** Watches the line for the fetching of a file and tells of each piece. */
+class UploadProgress final : public host::PortObserver {
+public:
+    using Listener = std::function<void(Upload const&)>;
+
+    /** @param routingHeaderLength bytes before every frame: 19 where requests are routed through couplers, else 0 */
+    UploadProgress(std::size_t routingHeaderLength, Listener listener);
+
+    void onFrame(host::PortFrame const& frame) override;
+
+    /** The upload under way, or the last one. */
+    [[nodiscard]] Upload const& upload() const { return upload_; }
+
+private:
+    void onSent(std::span<unsigned char const> block, std::int64_t at);
+    void onReceived(std::span<unsigned char const> block, std::int64_t at);
+    void tell();
+
+    std::size_t routingHeaderLength_;
+    Listener listener_;
+    Upload upload_;
+    std::int64_t began_ = 0;
+    bool underWay_ = false;
+    bool pieceBegins_ = false; ///< the next received block is the first one of a reply
+};
+
+} // namespace tools

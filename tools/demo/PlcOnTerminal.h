@@ -1,0 +1,33 @@
+#pragma once
+
+#include "plc/FdServer.h"
+#include "plc/Line.h"
+#include "plc/PseudoTerminal.h"
+
+#include <string>
+#include <thread>
+
+namespace demo {
+
+/** The simulated PLC on a pseudo-terminal, at work in a thread of its own until it is destroyed. */
+class PlcOnTerminal {
+public:
+    explicit PlcOnTerminal(plc::LineDescription description);
+
+    /** The serial port that a panel opens. */
+    [[nodiscard]] std::string const& port() const { return terminal_.slaveName(); }
+
+    /** Calls @p work with the line while the PLC waits. */
+    template <typename Work>
+    auto locked(Work&& work) {
+        return server_.locked(std::forward<Work>(work));
+    }
+
+private:
+    plc::Line line_;
+    plc::PseudoTerminal terminal_;
+    plc::FdServer server_;
+    std::jthread thread_;
+};
+
+} // namespace demo
