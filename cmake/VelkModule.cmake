@@ -70,7 +70,8 @@ function(velk_module_twin twin)
     endif()
 endfunction()
 
-target_link_options(velk PRIVATE LINKER:--gc-sections LINKER:--as-needed)
+# What comes out of a static library is the module's own affair, the C++ runtime included.
+target_link_options(velk PRIVATE LINKER:--gc-sections LINKER:--as-needed LINKER:--exclude-libs,ALL)
 set(c_library libc.so.6 libm.so.6 ${VELK_LOADER})
 set(shared_runtime libstdc++.so.6 libgcc_s.so.1 ${c_library})
 
@@ -79,7 +80,8 @@ if(VELK_SELF_CONTAINED)
     velk_module_twin(velk_shared_runtime)
     velk_check_module(velk_shared_runtime LABEL "module with the shared C++ runtime" ENTRY ${VELK_MODULE_ENTRY}
         LIBRARIES ${shared_runtime} BUDGET ${VELK_BUDGET_SHARED_RUNTIME})
-    target_link_options(velk PRIVATE -static-libstdc++ -static-libgcc)
+    target_sources(velk PRIVATE "${PROJECT_SOURCE_DIR}/cmake/runtime/SelfContained.cpp")
+    target_link_options(velk PRIVATE -static-libstdc++ -static-libgcc LINKER:--undefined=__cxa_pure_virtual)
     velk_check_module(velk LABEL "self-contained module" ENTRY ${VELK_MODULE_ENTRY}
         LIBRARIES libc.so.6 ${VELK_LOADER} BUDGET ${VELK_BUDGET_SELF_CONTAINED})
 elseif(NOT VELK_SANITIZERS)
