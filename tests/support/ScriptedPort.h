@@ -46,6 +46,11 @@ public:
         return Add({Kind::kRead, std::move(bytes), count, 1});
     }
     ScriptedPort& Answer(std::string_view hex) { return Answer(Hex(hex)); }
+    /** An answer for which the port's read returns @p result, which is not 0. */
+    ScriptedPort& AnswerReturning(Bytes bytes, int result) {
+        int const count = static_cast<int>(bytes.size());
+        return Add({Kind::kRead, std::move(bytes), count, result});
+    }
     ScriptedPort& Silence() { return Add({Kind::kRead, {}, 0, 1}); }
     ScriptedPort& Fault() { return Add({Kind::kRead, {}, 0, 0}); }
     /** A fault of the port that claims bytes all the same. */
@@ -81,6 +86,7 @@ public:
     int purges = 0;
     int closes = 0;
     int openResult = 1;
+    bool writesFail = false; ///< whether writes answer 0; the bytes are looked at all the same
     int purgesThatRemove = 0; ///< so many calls to Purge() answer 1, after each of which one fewer does
     bool purgesForEver = false;
     long long nowMs = 0;
@@ -127,8 +133,9 @@ public:
         }
         Bytes const written(bytes, bytes + length);
         writes.push_back(written);
+        int const result = writesFail ? 0 : length;
         if (derailed_) {
-            return length;
+            return result;
         }
         if (script_.empty() || script_.front().kind != Kind::kWrite) {
             Derail("write of " + ToHex(written));
@@ -137,7 +144,7 @@ public:
         } else {
             script_.pop_front();
         }
-        return length;
+        return result;
     }
 
     int Read(unsigned char* buffer, int maximum, int firstByteTimeoutMs, int interCharTimeoutMs, int* count,

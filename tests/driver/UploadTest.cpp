@@ -1,0 +1,331 @@
+#include "driver/Protocol_VELK.h"
+#include "tests/support/DriverTest.h"
+
+#include <algorithm>
+#include <string>
+#include <sys/stat.h>
+
+/** Fetching a file from the PLC piece by piece into a local file. */
+namespace {
+
+using namespace velktest;
+using _VELK::NodeParams;
+
+class UploadTest : public DriverTest {
+protected:
+    UploadTest() {
+        node.BlockSize = 128;
+        node.Timeout = 1000;
+    }
+
+    void SetUp() override {
+        DriverTest::SetUp();
+        ConfigureAndStart();
+    }
+
+    Protocol_VELK& Velk() { return *static_cast<Protocol_VELK*>(driver); }
+    std::string Local() const { return dir.Path("local.sdb"); }
+
+    unsigned int Fetch(bool bigEndian = false) {
+        return Velk().readFileFromPLC("DOWNLOAD.SDB", Local().c_str(), &node, bigEndian);
+    }
+
+    NodeParams node;
+};
+
+TEST_F(UploadTest, OnePieceLittleEndian) {
+    // AA + AA + 11 + 01 + 01 + 31 + 0D + (D O W N L O A D . S D B = 35F) = 504
+    port.Expect("AA AA 11 00 01 00 04 01 31 00 0D 00 44 4F 57 4E 4C 4F 41 44 2E 53 44 42 00")
+        .Answer("55 55 0A 00 01 00")
+        .Expect("55 55 0A 00 00 00")
+        // AA + AA + 09 + 01 + 01 + 03 + 41 + 42 + 43 = 228
+        .Answer("AA AA 09 00 01 00 28 01 00 00 00 00 03 00 41 42 43")
+        .Expect("55 55 0A 00 01 00")
+        .Answer("55 55 0A 00 00 00");
+    EXPECT_NE(Fetch(), 0U) << driver->GetLastErrorString();
+    EXPECT_EQ(dir.Get("local.sdb"), Text("ABC"));
+    EXPECT_EQ(OpenHandles(Local()), 0);
+    ExpectError(1, "");
+}
+
+TEST_F(UploadTest, OnePieceBigEndian) {
+    port.Expect("AA AA 00 11 00 01 04 01 31 00 00 0D 44 4F 57 4E 4C 4F 41 44 2E 53 44 42 00")
+        .Answer("55 55 00 0A 00 01")
+        .Expect("55 55 00 0A 00 00")
+        .Answer("AA AA 00 09 00 01 28 01 00 00 00 00 00 03 41 42 43")
+        .Expect("55 55 00 0A 00 01")
+        .Answer("55 55 00 0A 00 00");
+    EXPECT_NE(Fetch(true), 0U) << driver->GetLastErrorString();
+    EXPECT_EQ(dir.Get("local.sdb"), Text("ABC"));
+}
+
+TEST_F(UploadTest, PiecesAreAppendedInTheirOrder) {
+    for (bool const bigEndian : {false, true}) {
+        Framing const framing{.bigEndian = bigEndian};
+        Conversation line(port, framing);
+        line.Exchange(line.OpenFileRequest(), line.FilePiece(Counting(300), true))
+            .Exchange(Hex("32"), line.FilePiece(Counting(5, 100), true))
+            .Exchange(Hex("32"), line.FilePiece({}, true))
+            .Exchange(Hex("32"), line.FilePiece(Text("end"), false));
+        EXPECT_NE(Fetch(bigEndian), 0U) << driver->GetLastErrorString();
+        EXPECT_EQ(dir.Get("local.sdb"), Counting(300) + Counting(5, 100) + Text("end"));
+        EXPECT_EQ(OpenHandles(Local()), 0);
+    }
+}
+
+TEST_F(UploadTest, OtherNamesAreAskedForToo) {
+    Intel().Exchange(Hex("31 00 02 00 58 00"), Hex("00 00 00 00 01 00 77"));
+    EXPECT_NE(Velk().readFileFromPLC("X", Local().c_str(), &node, false), 0U);
+    EXPECT_EQ(dir.Get("local.sdb"), Hex("77"));
+}
+
+TEST_F(UploadTest, EmptyFile) {
+    Intel().Exchange(Intel().OpenFileRequest(), Hex("00 00 00 00 00 00"));
+    EXPECT_NE(Fetch(), 0U);
+    EXPECT_TRUE(dir.Has("local.sdb"));
+    EXPECT_TRUE(dir.Get("local.sdb").empty());
+}
+
+TEST_F(UploadTest, EmptyPieceWithMoreToComeCreatesTheFile) {
+    Intel().Exchange(Intel().OpenFileRequest(), Hex("00 00 01 00 00 00")).Dead(Hex("32"));
+    EXPECT_EQ(Fetch(), 0U);
+    EXPECT_TRUE(dir.Has("local.sdb"));
+}
+
+TEST_F(UploadTest, AnOldFileIsReplaced) {
+    dir.Put("local.sdb", Bytes(5000, 0x55));
+    Intel().Upload(Text("new"));
+    EXPECT_NE(Fetch(), 0U);
+    EXPECT_EQ(dir.Get("local.sdb"), Text("new"));
+}
+
+TEST_F(UploadTest, BytesBehindThePieceAreIgnored) {
+    Intel().Exchange(Intel().OpenFileRequest(), Hex("00 00 00 00 02 00 41 42 43 44"));
+    EXPECT_NE(Fetch(), 0U);
+    EXPECT_EQ(dir.Get("local.sdb"), Text("AB"));
+}
+
+TEST_F(UploadTest, LargestPieceLeavesNoByteOfTheResponseOver) {
+    node.BlockSize = 1460;
+    Framing const framing{.blockSize = 1460};
+    Bytes const piece = Counting(65535, 1);
+    Conversation line(port, framing);
+    line.Exchange(line.OpenFileRequest(), line.FilePiece(piece, false));
+    EXPECT_NE(Fetch(), 0U);
+    EXPECT_EQ(dir.Get("local.sdb"), piece);
+}
+
+TEST_F(UploadTest, RefusedFirstRequestCreatesNoFile) {
+    dir.Put("local.sdb", Text("old"));
+    for (char const* reply : {"01 00 00 00 00 00", "00 01 00 00 00 00", "FF FF 00 00 03 00 41 42 43"}) {
+        driver->Config("none");
+        Intel().Exchange(Intel().OpenFileRequest(), Hex(reply));
+        EXPECT_EQ(Fetch(), 0U);
+        ExpectError(-6, "Wrong reply or Data Counter while reading symbol file");
+        EXPECT_EQ(dir.Get("local.sdb"), Text("old"));
+        EXPECT_FALSE(Velk().hasCommunicationFault());
+    }
+}
+
+TEST_F(UploadTest, CountBeyondTheResponseIsRefused) {
+    for (char const* reply : {"00 00 00 00 04 00 41 42 43", "00 00 00 00 FF FF 41", "00 00 00 00 01 00"}) {
+        driver->Config("none");
+        Intel().Exchange(Intel().OpenFileRequest(), Hex(reply));
+        EXPECT_EQ(Fetch(), 0U) << reply;
+        ExpectError(-6, "Wrong reply or Data Counter while reading symbol file");
+        EXPECT_FALSE(dir.Has("local.sdb"));
+    }
+}
+
+TEST_F(UploadTest, ResponseShorterThanItsHeadIsRefused) {
+    for (std::size_t length = 0; length < 6; ++length) {
+        driver->Config("none");
+        // What a good response left behind in the buffer must not be taken for this one.
+        Intel().Upload(Text("good"));
+        EXPECT_NE(Fetch(), 0U);
+        dir.Put("local.sdb", {});
+        Intel().Exchange(Intel().OpenFileRequest(), Bytes(length, 0x00));
+        EXPECT_EQ(Fetch(), 0U) << length;
+        ExpectError(-6, "Wrong reply or Data Counter while reading symbol file");
+        EXPECT_TRUE(dir.Get("local.sdb").empty());
+    }
+}
+
+TEST_F(UploadTest, BigEndianFieldsAreNotReadLittleEndian) {
+    Motorola().Exchange(Motorola().OpenFileRequest(), Hex("00 00 00 00 03 00 41 42 43"));
+    EXPECT_EQ(Fetch(true), 0U);
+    ExpectError(-6, "Wrong reply or Data Counter while reading symbol file");
+}
+
+TEST_F(UploadTest, FailedExchangeClosesThePartialFileAndKeepsTheLinksError) {
+    Intel().Exchange(Intel().OpenFileRequest(), Intel().FilePiece(Text("half"), true)).Dead(Hex("32"));
+    EXPECT_EQ(Fetch(), 0U);
+    ExpectError(-4, "Timeout on Acknowledge");
+    EXPECT_EQ(dir.Get("local.sdb"), Text("half"));
+    EXPECT_EQ(OpenHandles(Local()), 0);
+    EXPECT_FALSE(Velk().hasCommunicationFault());
+}
+
+TEST_F(UploadTest, FailedFirstExchangeLeavesTheOldFileAlone) {
+    dir.Put("local.sdb", Text("old"));
+    Intel().DeadUpload();
+    EXPECT_EQ(Fetch(), 0U);
+    EXPECT_EQ(dir.Get("local.sdb"), Text("old"));
+}
+
+TEST_F(UploadTest, RefusedLaterPieceLeavesThePartialFileOpen) {
+    Intel()
+        .Exchange(Intel().OpenFileRequest(), Intel().FilePiece(Text("half"), true))
+        .Exchange(Hex("32"), Hex("01 00 00 00 00 00"));
+    EXPECT_EQ(Fetch(), 0U);
+    ExpectError(-6, "Wrong reply or Data Counter while reading symbol file");
+    EXPECT_EQ(OpenHandles(Local()), 1) << "it is deliberately not closed yet";
+    DeleteDriver();
+    EXPECT_EQ(OpenHandles(Local()), 0) << "the driver's end closes it";
+    EXPECT_EQ(dir.Get("local.sdb"), Text("half"));
+}
+
+TEST_F(UploadTest, NextUploadClosesThePartialFileBeforeItOpensItsOwn) {
+    Intel()
+        .Exchange(Intel().OpenFileRequest(), Intel().FilePiece(Text("half"), true))
+        .Exchange(Hex("32"), Hex("01 00 00 00 00 00"));
+    EXPECT_EQ(Fetch(), 0U);
+    ASSERT_EQ(OpenHandles(Local()), 1);
+    std::string const other = dir.Path("other.sdb");
+    Intel()
+        .Exchange(Intel().OpenFileRequest(), Intel().FilePiece(Text("whole"), true))
+        .Exchange(Hex("32"), Hex("01 00 00 00 00 00"));
+    EXPECT_EQ(Velk().readFileFromPLC("DOWNLOAD.SDB", other.c_str(), &node, false), 0U);
+    EXPECT_EQ(OpenHandles(Local()), 0);
+    EXPECT_EQ(OpenHandles(other), 1);
+}
+
+TEST_F(UploadTest, PartialFileDoesNotSpoilTheSameFileLater) {
+    Intel()
+        .Exchange(Intel().OpenFileRequest(), Intel().FilePiece(Text("a long half that is buffered"), true))
+        .Exchange(Hex("32"), Hex("01 00 00 00 00 00"));
+    EXPECT_EQ(Fetch(), 0U);
+    Intel().Upload(Text("whole"));
+    EXPECT_NE(Fetch(), 0U);
+    EXPECT_EQ(dir.Get("local.sdb"), Text("whole"));
+    DeleteDriver();
+    EXPECT_EQ(dir.Get("local.sdb"), Text("whole")) << "nothing of the old file comes late";
+}
+
+TEST_F(UploadTest, FileThatCannotBeOpened) {
+    std::string const nowhere = dir.Path("missing/local.sdb");
+    Intel().Upload(Text("abc"));
+    EXPECT_EQ(Velk().readFileFromPLC("DOWNLOAD.SDB", nowhere.c_str(), &node, false), 0U);
+    ExpectError(-3, "Cannot open symbol file for write");
+    EXPECT_TRUE(Velk().hasCommunicationFault());
+}
+
+TEST_F(UploadTest, FileThatCannotBeWritten) {
+    // The device that is always full; small pieces fail only when the buffer goes out.
+    struct stat info {};
+    ASSERT_EQ(stat("/dev/full", &info), 0);
+    node.BlockSize = 1460;
+    Conversation line(port, {.blockSize = 1460});
+    line.Exchange(line.OpenFileRequest(), line.FilePiece(Bytes(60000, 0x11), true));
+    EXPECT_EQ(Velk().readFileFromPLC("DOWNLOAD.SDB", "/dev/full", &node, false), 0U);
+    ExpectError(-3, "Cannot write on symbol file");
+    EXPECT_TRUE(Velk().hasCommunicationFault());
+    EXPECT_EQ(OpenHandles("/dev/full"), 0);
+}
+
+TEST_F(UploadTest, LastPieceThatIsNotWrittenOutIsAShortWrite) {
+    Intel().Upload(Text("abc"));
+    EXPECT_EQ(Velk().readFileFromPLC("DOWNLOAD.SDB", "/dev/full", &node, false), 0U)
+        << "a file that is not on the disk was not fetched";
+    EXPECT_EQ(OpenHandles("/dev/full"), 0);
+}
+
+TEST_F(UploadTest, FailedExchangeForgetsTheLogin) {
+    Store(1, SymbolFileBytes(7).Variable("A", 0, 16).Build());
+    ITag* const tag = Tag("1?A?M?0?byte");
+    Bytes const list = Hex("2E 00 | 01 00 00 00 | 00 00 10 00 00 00 01 00 00 00 | 07 00 00 00");
+    Intel().LinkCheck().Login().Exchange(list, Hex("00 00 | 00 00 00 00 | 01 34"));
+    EXPECT_TRUE(Read({tag}).ok);
+    EXPECT_TRUE(Velk().isLoggedIn());
+    EXPECT_EQ(Velk().loginNode(), 1U);
+    Intel().DeadUpload();
+    EXPECT_EQ(Fetch(), 0U);
+    EXPECT_FALSE(Velk().isLoggedIn());
+    EXPECT_EQ(Velk().loginNode(), 0U);
+}
+
+/** A PLC with a file of any size, which it hands over in pieces of one size. */
+class FileServerPort : public ScriptedPort {
+public:
+    long long pieces = 0;
+
+    FileServerPort(std::size_t pieceSize, std::size_t blockSize) : framing_{.blockSize = blockSize} {
+        Bytes const reply = Little(0, 2) + Little(1, 2) + Little(pieceSize, 2) + Bytes(pieceSize, 0x5A);
+        std::size_t const room = blockSize - 8;
+        unsigned number = 1;
+        std::size_t at = 0;
+        do {
+            std::size_t const end = std::min(reply.size(), at + room);
+            blocks_.push_back(framing_.Block(number++, end == reply.size(),
+                                             Bytes(reply.begin() + static_cast<std::ptrdiff_t>(at),
+                                                   reply.begin() + static_cast<std::ptrdiff_t>(end))));
+            at = end;
+        } while (at < reply.size());
+    }
+
+    int Write(unsigned char const* bytes, int length, int /*reserved*/) override {
+        if (bytes[0] == 0xAA) {
+            next_ = 0;
+            ++pieces;
+            answer_ = &blockAck_;
+        } else if (next_ < blocks_.size()) {
+            answer_ = &blocks_[next_++];
+        } else {
+            answer_ = &closingAck_;
+        }
+        return length;
+    }
+
+    int Read(unsigned char* buffer, int /*maximum*/, int /*first*/, int /*inter*/, int* count, int /*r*/) override {
+        std::copy(answer_->begin(), answer_->end(), buffer);
+        *count = static_cast<int>(answer_->size());
+        return pieces > 3'000'000 ? 0 : 1;
+    }
+
+private:
+    Framing framing_;
+    std::vector<Bytes> blocks_;
+    std::size_t next_ = 0;
+    Bytes blockAck_ = framing_.Ack(1);
+    Bytes closingAck_ = framing_.Ack(0);
+    Bytes const* answer_ = &closingAck_;
+};
+
+class EndlessUploadTest : public UploadTest {
+protected:
+    void SetUp() override { DriverTest::SetUp(); }
+
+    void FetchFrom(FileServerPort& server) {
+        host.serial.port = &server;
+        ConfigureAndStart();
+        EXPECT_EQ(Fetch(), 0U);
+        ExpectError(-6, "Wrong reply or Data Counter while reading symbol file");
+        driver->Stop();
+    }
+};
+
+TEST_F(EndlessUploadTest, FileOfMoreThan64MiBIsRefused) {
+    node.BlockSize = 1460;
+    FileServerPort server(65535, 1460);
+    FetchFrom(server);
+    EXPECT_EQ(server.pieces, 1025) << "1024 pieces of 65,535 bytes are below 64 MiB, one more is not";
+}
+
+TEST_F(EndlessUploadTest, FileOfMoreThanAMillionPiecesIsRefused) {
+    FileServerPort server(0, 128);
+    FetchFrom(server);
+    EXPECT_GE(server.pieces, 1'000'000);
+    EXPECT_LE(server.pieces, 1'000'001);
+}
+
+} // namespace
