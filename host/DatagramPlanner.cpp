@@ -103,7 +103,7 @@ private:
 std::vector<Datagram> planDatagrams(IProtocol3& protocol, std::span<ITag* const> tags, Purpose purpose) {
     Builder builder(protocol, purpose);
     for (std::size_t index = 0; index < tags.size(); ++index) {
-        if (tags[index] != nullptr) {
+        if (tags[index] != nullptr && tags[index]->GetVarLength() >= 0) {
             builder.add(index, tags[index]);
         }
     }

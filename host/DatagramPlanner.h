@@ -21,7 +21,8 @@ struct Datagram {
 /**
  * Groups @p tags into datagrams with the driver's planning operations.
  *
- * Every tag is in exactly one datagram, also one that is equal to another; null pointers are in none. Datagrams of
+ * Every tag is in exactly one datagram, also one that is equal to another; null pointers and tags with a
+ * negative length are in none. Datagrams of
  * one node follow each other, nodes in the order in which they first appear: each change of node costs a logout
  * and a login. Writes to one node keep their order.
  */

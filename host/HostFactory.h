@@ -15,8 +15,8 @@ public:
     explicit IdleService(char const* interfaceName) : interfaceName_(interfaceName) {}
 
     IInterface* ConvertTo(char const* name) override;
-    char const* GetImpName() const override { return interfaceName_; }
-    int GetImpVersion() const override { return 100; }
+    [[nodiscard]] char const* GetImpName() const override { return interfaceName_; }
+    [[nodiscard]] int GetImpVersion() const override { return 100; }
 
 private:
     char const* interfaceName_;
@@ -27,6 +27,8 @@ private:
  *
  * Must outlive the module's Init() and Close(). For one thread at a time.
  */
+// Interface factories have no virtual destructor: nobody deletes one through its interface.
+// NOLINTNEXTLINE(cppcoreguidelines-virtual-class-destructor)
 class HostFactory final : public IInterfaceFactory {
 public:
     /**
@@ -34,7 +36,6 @@ public:
      * "ICDSBuffer" and "IDiag". All arguments must outlive the factory.
      */
     HostFactory(IMultiTask2& scheduler, ISerialFactory& serial, IPermanentStorage* storage);
-    ~HostFactory() = default;
     HostFactory(HostFactory const&) = delete;
     HostFactory& operator=(HostFactory const&) = delete;
 

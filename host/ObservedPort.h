@@ -27,8 +27,8 @@ public:
     ObservedPort(ISerialPort& port, PortObserver& observer, Clock& clock, PortReport const* report = nullptr);
 
     IInterface* ConvertTo(char const* name) override;
-    char const* GetImpName() const override;
-    int GetImpVersion() const override;
+    [[nodiscard]] char const* GetImpName() const override;
+    [[nodiscard]] int GetImpVersion() const override;
     int Open(int baud, int parity, int dataBits, int stopBits, int rs485) override;
     void Close() override;
     int Purge(unsigned char* buffer, int reserved1, int reserved2) override;

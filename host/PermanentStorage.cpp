@@ -5,6 +5,7 @@
 
 #include <cerrno>
 #include <cstring>
+#include <fcntl.h>
 #include <system_error>
 #include <unistd.h>
 #include <utility>
@@ -122,7 +123,7 @@ Outcome PermanentStorage::prepare(std::string_view instance) const {
     if (!place.ok()) {
         return place.failure();
     }
-    if (access(place.value().c_str(), W_OK | X_OK) != 0) {
+    if (faccessat(AT_FDCWD, place.value().c_str(), W_OK | X_OK, AT_EACCESS) != 0) {
         return hostFailure("no files can be written in " + place.value().string() + ": " +
                            std::generic_category().message(errno));
     }

@@ -32,8 +32,8 @@ public:
 
     /** Answers the paths for "IPermanentStorage2". */
     IInterface* ConvertTo(char const* name) override;
-    char const* GetImpName() const override;
-    int GetImpVersion() const override;
+    [[nodiscard]] char const* GetImpName() const override;
+    [[nodiscard]] int GetImpVersion() const override;
 
     /**
      * Makes the folder of an instance and checks that files can be written there.
@@ -48,8 +48,8 @@ private:
     public:
         explicit Paths(std::filesystem::path directory);
         IInterface* ConvertTo(char const* name) override;
-        char const* GetImpName() const override;
-        int GetImpVersion() const override;
+        [[nodiscard]] char const* GetImpName() const override;
+        [[nodiscard]] int GetImpVersion() const override;
         bool GetFullPath(char const* instance, char const* name, char* path, int size) override;
 
         [[nodiscard]] Result<std::filesystem::path> folder(std::string_view instance) const;

@@ -18,8 +18,8 @@ public:
     explicit Scheduler(std::function<void(std::uint64_t)> hook = {});
 
     IInterface* ConvertTo(char const* name) override;
-    char const* GetImpName() const override;
-    int GetImpVersion() const override;
+    [[nodiscard]] char const* GetImpName() const override;
+    [[nodiscard]] int GetImpVersion() const override;
     void HostSlot5() override {}
     void HostSlot6() override {}
     void HostSlot7() override {}

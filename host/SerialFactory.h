@@ -29,8 +29,8 @@ public:
     SerialFactory& operator=(SerialFactory const&) = delete;
 
     IInterface* ConvertTo(char const* name) override;
-    char const* GetImpName() const override;
-    int GetImpVersion() const override;
+    [[nodiscard]] char const* GetImpName() const override;
+    [[nodiscard]] int GetImpVersion() const override;
 
     /** Null when no device has this name; it is opened, and its rights are checked, by ISerialPort::Open(). */
     ISerialPort* CreatePort(char const* name) override;

@@ -28,8 +28,8 @@ public:
     SerialPort& operator=(SerialPort const&) = delete;
 
     IInterface* ConvertTo(char const* name) override;
-    char const* GetImpName() const override;
-    int GetImpVersion() const override;
+    [[nodiscard]] char const* GetImpName() const override;
+    [[nodiscard]] int GetImpVersion() const override;
 
     /** See ISerialPort; also takes 7 data bits. The kernel switches the direction of an RS-485 line. */
     int Open(int baud, int parity, int dataBits, int stopBits, int rs485) override;

@@ -50,7 +50,7 @@ public:
     virtual bool single(std::size_t item) = 0;
 
     /** True when the failure may be due to one tag, and trying the others without it does no harm. */
-    virtual bool mayBlameATag(int code) const = 0;
+    [[nodiscard]] virtual bool mayBlameATag(int code) const = 0;
 
     void fail(Items items, Failure const& failure) {
         for (std::size_t const item : items) {
@@ -58,7 +58,7 @@ public:
         }
     }
 
-    IProtocol3& protocol() const { return protocol_; }
+    [[nodiscard]] IProtocol3& protocol() const { return protocol_; }
 
 protected:
     TagResult& result(std::size_t item) { return results_[item]; }
@@ -104,7 +104,7 @@ public:
         return true;
     }
 
-    bool mayBlameATag(int code) const override {
+    [[nodiscard]] bool mayBlameATag(int code) const override {
         return code == kAddressCode || code == kRefusedCode || code == kConversionCode;
     }
 
@@ -155,7 +155,7 @@ public:
     }
 
     // These are found before anything is sent. What the PLC itself refused may be half written: not again.
-    bool mayBlameATag(int code) const override { return code == kAddressCode || code == kConversionCode; }
+    [[nodiscard]] bool mayBlameATag(int code) const override { return code == kAddressCode || code == kConversionCode; }
 
 private:
     static void note(TagResult& result, idal_error_t status) {
@@ -170,9 +170,20 @@ private:
 };
 
 /** Why a tag is left out of every datagram, or success. */
-Outcome checkWrite(TagWrite const& write) {
-    if (write.tag == nullptr) {
+Outcome checkTag(ITag const* tag) {
+    if (tag == nullptr) {
         return hostFailure("there is no such tag");
+    }
+    if (tag->GetVarLength() < 0) {
+        return hostFailure("the tag has a negative length");
+    }
+    return {};
+}
+
+Outcome checkWrite(TagWrite const& write) {
+    Outcome checked = checkTag(write.tag);
+    if (!checked.ok()) {
+        return checked;
     }
     if (write.tag->IsReadOnly()) {
         return hostFailure("the tag is read-only");
@@ -267,8 +278,8 @@ std::vector<TagResult> TagReader::read(std::span<ITag* const> tags) {
 std::vector<TagResult> TagReader::read(std::span<ITag* const> tags, std::vector<Datagram> const& plan) {
     std::vector<TagResult> results(tags.size());
     for (std::size_t i = 0; i < tags.size(); ++i) {
-        if (tags[i] == nullptr) {
-            results[i].failure = hostFailure("there is no such tag");
+        if (Outcome const checked = checkTag(tags[i]); !checked.ok()) {
+            results[i].failure = checked.failure();
         }
     }
     Reading reading(protocol_, tags, results);

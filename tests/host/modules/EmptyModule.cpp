@@ -1,0 +1,5 @@
+class IInterfaceFactory;
+
+extern "C" __attribute__((visibility("default"))) IInterfaceFactory* GetInterfaceFactory() {
+    return nullptr;
+}
