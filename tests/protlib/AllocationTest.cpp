@@ -94,13 +94,11 @@ TEST(MemoryShortage, ReadFailsWithoutThrowing) {
 }
 
 TEST(MemoryShortage, CreateTagDoesNotThrowAndLosesNoTag) {
-    std::vector<std::string> deletions;
-    deletions.reserve(8);
     for (std::size_t refused = 1; refused <= 3; ++refused) {
         TestDriver driver;
         driver.addresses.reserve(8);
-        driver.offer(TestTag())->deletions = &deletions;
-        deletions.clear();
+        driver.deletions.reserve(8);
+        driver.offer(TestTag());
         ITag* tag = nullptr;
         bool wasRefused = false;
         {
@@ -111,7 +109,7 @@ TEST(MemoryShortage, CreateTagDoesNotThrowAndLosesNoTag) {
         EXPECT_EQ(tag == nullptr, wasRefused && driver.created.empty()) << refused;
         // Whoever holds the tag now destroys it once.
         driver.DeleteTags();
-        EXPECT_EQ(deletions.size(), 1U) << refused;
+        EXPECT_EQ(driver.deletions.size(), 1U) << refused;
     }
 }
 
@@ -161,13 +159,12 @@ TEST(MemoryShortage, NoCommandThrowsOrLosesItsTag) {
                                       "unknown-command-of-some-length", "read 1?PLC_PRG/Counter?M?0?string-100",
                                       "write 1?PLC_PRG/Counter?M?0?string-2 0A0B"}) {
         for (std::size_t refused = 1; refused <= 30; ++refused) {
-            std::vector<std::string> deletions;
-            deletions.reserve(8);
             TestDriver driver;
             driver.addresses.reserve(8);
             driver.written.reserve(200);
             bool const isWrite = std::string(command).starts_with("write");
-            driver.offer(TestTag(ICU_STRING, ICU_BYTE, isWrite ? 2 : 100))->deletions = &deletions;
+            driver.deletions.reserve(8);
+            driver.offer(TestTag(ICU_STRING, ICU_BYTE, isWrite ? 2 : 100));
             std::array<char, 300> reply{};
             bool wasRefused = false;
             {
@@ -176,7 +173,7 @@ TEST(MemoryShortage, NoCommandThrowsOrLosesItsTag) {
                 wasRefused = AllocationGate::Refused();
             }
             bool const taken = driver.created.empty();
-            EXPECT_EQ(deletions.size(), taken ? 1U : 0U) << command << ' ' << refused;
+            EXPECT_EQ(driver.deletions.size(), taken ? 1U : 0U) << command << ' ' << refused;
             for (TestTag* const left : driver.created)
                 delete left;
             driver.created.clear();

@@ -308,7 +308,7 @@ TEST(TagRegistry, UnregisteredTagIsDestroyedToo) {
     driver.CreateTag("x");
     auto* const stranger = new TestTag;
     stranger->name = "stranger";
-    stranger->deletions = &driver.deletions;
+    stranger->deletions = driver.log;
     driver.FreeTag(stranger);
     EXPECT_EQ(driver.deletions, Names{"stranger"});
     driver.DeleteTags();
@@ -342,14 +342,14 @@ TEST(TagRegistry, DeleteTagsDestroysInTheOrderOfCreationAndEmptiesTheRegistry) {
 }
 
 TEST(TagRegistry, DestructionOfTheProtocolDestroysItsTags) {
-    Names deletions;
     auto driver = std::make_unique<TestDriver>();
+    auto const log = driver->log;
     for (char const* const name : {"a", "b"})
-        driver->offer(TestTag(), name)->deletions = &deletions;
+        driver->offer(TestTag(), name);
     driver->CreateTag("x");
     driver->CreateTag("x");
     driver.reset();
-    EXPECT_EQ(deletions, (Names{"a", "b"}));
+    EXPECT_EQ(*log, (Names{"a", "b"}));
 }
 
 // --- reading one tag ---

@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <deque>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -56,7 +57,7 @@ public:
     TestTag* offer(TestTag const& model, std::string name = "tag") {
         auto* const tag = new TestTag(model);
         tag->name = std::move(name);
-        tag->deletions = &deletions;
+        tag->deletions = log;
         created.push_back(tag);
         return tag;
     }
@@ -76,5 +77,7 @@ public:
     std::vector<unsigned char> written;
     std::vector<std::string> addresses;
     std::deque<TestTag*> created;
-    std::vector<std::string> deletions;
+    /// Outlives the driver, whose base destroys the last tags after these members are gone.
+    std::shared_ptr<std::vector<std::string>> const log = std::make_shared<std::vector<std::string>>();
+    std::vector<std::string>& deletions = *log;
 };

@@ -4,7 +4,7 @@
 
 #include <cstddef>
 #include <cstring>
-#include <initializer_list>
+#include <memory>
 #include <string>
 #include <utility>
 #include <vector>
@@ -41,7 +41,7 @@ public:
     int byteOffset = 0;
     int bitIndex = 0;
     std::string name = "tag";
-    std::vector<std::string>* deletions = nullptr; ///< receives the name of a destroyed tag
+    std::shared_ptr<std::vector<std::string>> deletions; ///< receives the name of a destroyed tag
 };
 
 /** Calls one slot of an object's virtual table, as a host does that knows no more than the order of the slots. */
