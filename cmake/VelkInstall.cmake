@@ -26,20 +26,11 @@ file(GLOB documents CONFIGURE_DEPENDS "${PROJECT_SOURCE_DIR}/README.md" "${PROJE
 install(FILES ${documents} "${PROJECT_SOURCE_DIR}/CHANGELOG.md" DESTINATION "${CMAKE_INSTALL_DATADIR}/doc/velk-driver"
     COMPONENT driver)
 
-# ---- tools: every program of that folder
-if(VELK_BUILD_HOST)
-    get_property(targets DIRECTORY "${PROJECT_SOURCE_DIR}/tools" PROPERTY BUILDSYSTEM_TARGETS)
-    set(VELK_PROGRAMS "")
-    foreach(target IN LISTS targets)
-        get_target_property(type ${target} TYPE)
-        if(type STREQUAL "EXECUTABLE")
-            list(APPEND VELK_PROGRAMS ${target})
-        endif()
-    endforeach()
-    if(VELK_PROGRAMS)
-        velk_check_programs(${VELK_PROGRAMS})
-        install(TARGETS ${VELK_PROGRAMS} RUNTIME DESTINATION "${CMAKE_INSTALL_BINDIR}" COMPONENT tools)
-    endif()
+# ---- tools: the folder installs its programs itself
+set(VELK_PROGRAMS "")
+if(TARGET velk-tool)
+    list(APPEND VELK_PROGRAMS velk-tool)
+    velk_check_programs(${VELK_PROGRAMS})
 endif()
 
 # ---- dev
@@ -59,7 +50,11 @@ install(FILES "${generated}/velk.pc" DESTINATION "${VELK_PKGCONFIG_DIR}" COMPONE
 install(DIRECTORY "${PROJECT_SOURCE_DIR}/examples" DESTINATION "${CMAKE_INSTALL_DATADIR}/doc/velk-dev" COMPONENT dev)
 
 # ---- what every package carries
-foreach(component driver tools dev)
+set(VELK_COMPONENTS driver dev)
+if(VELK_PROGRAMS)
+    list(APPEND VELK_COMPONENTS tools)
+endif()
+foreach(component IN LISTS VELK_COMPONENTS)
     install(FILES "${PROJECT_SOURCE_DIR}/packaging/copyright"
         DESTINATION "${CMAKE_INSTALL_DATADIR}/doc/velk-${component}" COMPONENT ${component})
 endforeach()

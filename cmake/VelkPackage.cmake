@@ -1,7 +1,7 @@
 # Debian packages and an archive: `cpack` in a build folder. See scripts/check-packages for how they are tried.
 #
 #   velk-driver   the module and its documents
-#   velk-tools    what runs on a desk
+#   velk-tools    what runs on a desk, where it is built
 #   velk-dev      headers, CMake and pkg-config files, a minimal host; the same for every machine
 set(CPACK_GENERATOR "DEB;TGZ")
 set(CPACK_PACKAGE_NAME velk)
@@ -30,7 +30,7 @@ set(CPACK_PACKAGE_FILE_NAME "velk-${PROJECT_VERSION}-${CPACK_DEBIAN_PACKAGE_ARCH
 # ---- the archive is one file, the packages are three
 set(CPACK_ARCHIVE_COMPONENT_INSTALL OFF)
 set(CPACK_DEB_COMPONENT_INSTALL ON)
-set(CPACK_COMPONENTS_ALL driver tools dev)
+set(CPACK_COMPONENTS_ALL ${VELK_COMPONENTS})
 set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
 set(CPACK_DEBIAN_PACKAGE_PRIORITY optional)
 set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
