@@ -107,7 +107,7 @@ ParsedFrame parseAck(int station, FrameKey const& key, ByteView frame, std::size
         return incomplete(station);
     }
     AckFields const ack = decodeAck(frame, key.order);
-    if (ack.code != kAckCode) {
+    if (ack.code != kAcknowledgeCode) {
         return bad(station, Cause::kAckCode, textOf("an acknowledge has the code ", ack.code));
     }
     return {.result = AckReceived{.station = station, .number = ack.number}, .size = before + kAckSize};

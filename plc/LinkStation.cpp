@@ -173,7 +173,7 @@ void LinkStation::sendAck(std::uint16_t number, bool closing, Micros due) {
         fields.mark[0] = static_cast<std::uint8_t>(fault->value.value_or(0x56));
     }
     if (FaultRule const* const fault = faults_.strike(kinds.wrongCode)) {
-        fields.code = static_cast<std::uint16_t>(fault->value.value_or(kAckCode + 1U));
+        fields.code = static_cast<std::uint16_t>(fault->value.value_or(kAcknowledgeCode + 1U));
     }
     if (FaultRule const* const fault = faults_.strike(kinds.wrongNumber)) {
         fields.number = static_cast<std::uint16_t>(fault->value.value_or(number + 1U));

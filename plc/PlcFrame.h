@@ -18,7 +18,7 @@ namespace plc {
  */
 inline constexpr std::uint8_t kBlockMark = 0xAA;
 inline constexpr std::uint8_t kAckMark = 0x55;
-inline constexpr std::uint16_t kAckCode = 10;
+inline constexpr std::uint16_t kAcknowledgeCode = 10;
 inline constexpr std::size_t kBlockHeaderSize = 8;
 inline constexpr std::size_t kChecksumOffset = 6;
 inline constexpr std::size_t kAckSize = 6;
@@ -46,7 +46,7 @@ struct BlockHeader {
 
 struct AckFields {
     std::array<std::uint8_t, 2> mark{kAckMark, kAckMark};
-    std::uint16_t code = kAckCode;
+    std::uint16_t code = kAcknowledgeCode;
     std::uint16_t number = 0;
 };
 
