@@ -1,4 +1,4 @@
-#include "driver/ListService.h"
+#include "driver/ErrorTexts.h"
 #include "driver/Protocol_VELK.h"
 #include "driver/Tag_VELK.h"
 #include "interfaces/HostServices.h"
@@ -17,9 +17,7 @@ constexpr std::size_t kIdentifierLength = 4;
 constexpr std::int64_t kReplyOverhead = 7; // status word, four bytes without meaning, one quality byte
 constexpr int kWriteMargin = 8;            // room around a value for the element that it lies in
 
-constexpr char const* kNotStarted = "Protocol not started";
 constexpr char const* kNoBuffer = "Can't allocate buffer";
-constexpr char const* kInvalidCall = "Invalid argument";
 constexpr char const* kItemConversion = "datagramItem conversion error";
 
 std::int64_t imageLength(ITag const* const* tags, int count) {
@@ -64,10 +62,10 @@ bool Protocol_VELK::ReadBlock(ITag const* tag, unsigned char* bytes, int length)
 
 bool Protocol_VELK::readBlock(ITag const* tag, unsigned char* bytes, int length) {
     if (!portOpen_) {
-        return fail(kErrorState, kNotStarted);
+        return fail(kErrorState, _VELK::kNotStarted);
     }
     if (tag == nullptr || bytes == nullptr || length < 0) {
-        return fail(kErrorRequest, kInvalidCall);
+        return fail(kErrorRequest, _VELK::kInvalidArgument);
     }
     if (length == 0) {
         return true;
@@ -104,7 +102,7 @@ bool Protocol_VELK::ReadDatagram(ITag const* const* tags, int count, unsigned ch
 bool Protocol_VELK::ReadDatagramWithStatus(ITag const* const* tags, int count, unsigned char* values,
                                            idal_error_t* status) {
     if (status == nullptr) {
-        return fail(kErrorRequest, kInvalidCall);
+        return fail(kErrorRequest, _VELK::kInvalidArgument);
     }
     std::fill_n(status, std::max(count, 0), kItemNotProcessed);
     return guarded([&] { return readDatagramImage(tags, count, values, status); });
@@ -113,7 +111,7 @@ bool Protocol_VELK::ReadDatagramWithStatus(ITag const* const* tags, int count, u
 /** Reads the tags and converts their values; with @p status also reports on each. */
 bool Protocol_VELK::readDatagramImage(ITag const* const* tags, int count, unsigned char* values, idal_error_t* status) {
     if (!areTags(tags, count) || (values == nullptr && count > 0)) {
-        return fail(kErrorRequest, kInvalidCall);
+        return fail(kErrorRequest, _VELK::kInvalidArgument);
     }
     std::int64_t const length = imageLength(tags, count);
     if (refuseImage(length, false)) {
@@ -158,10 +156,10 @@ bool Protocol_VELK::Write(ITag const* tag, unsigned char const* value) {
 
 bool Protocol_VELK::writeOne(ITag const* tag, unsigned char const* value) {
     if (!portOpen_) {
-        return fail(kErrorState, kNotStarted);
+        return fail(kErrorState, _VELK::kNotStarted);
     }
     if (tag == nullptr || value == nullptr) {
-        return fail(kErrorRequest, kInvalidCall);
+        return fail(kErrorRequest, _VELK::kInvalidArgument);
     }
     if (tag->IsReadOnly()) {
         return fail(kErrorRequest, "writing to read_only type");
@@ -196,7 +194,7 @@ bool Protocol_VELK::WriteDatagram(ITag const* const* tags, int count, unsigned c
 
 bool Protocol_VELK::writeDatagramImage(ITag const* const* tags, int count, unsigned char const* values) {
     if (!areTags(tags, count) || (values == nullptr && count > 0)) {
-        return fail(kErrorRequest, kInvalidCall);
+        return fail(kErrorRequest, _VELK::kInvalidArgument);
     }
     std::int64_t const length = imageLength(tags, count);
     if (refuseImage(length, true)) {
@@ -220,7 +218,7 @@ bool Protocol_VELK::writeDatagramImage(ITag const* const* tags, int count, unsig
 bool Protocol_VELK::WriteDatagramWithStatus(ITag const* const* tags, int count, unsigned char const* values,
                                             idal_error_t* status) {
     if (status == nullptr) {
-        return fail(kErrorRequest, kInvalidCall);
+        return fail(kErrorRequest, _VELK::kInvalidArgument);
     }
     if (!WriteDatagram(tags, count, values)) {
         return false;
@@ -232,7 +230,7 @@ bool Protocol_VELK::WriteDatagramWithStatus(ITag const* const* tags, int count, 
 /** Runs the sequencer as often as the node of tags[0] is configured for, until it succeeds. */
 bool Protocol_VELK::exchangeAttempts(bool write, ITag const* const* tags, int count, unsigned char* image, int length) {
     if (!portOpen_) {
-        return fail(kErrorState, kNotStarted);
+        return fail(kErrorState, _VELK::kNotStarted);
     }
     for (int left = paramManager_.getNodeParams(GetNodeID(tags[0]))->repeat; left > 0; --left) {
         emptyPort();
@@ -256,6 +254,6 @@ bool Protocol_VELK::refuseImage(std::int64_t length, bool write) {
     if (length <= static_cast<std::int64_t>(kDataLength)) {
         return false;
     }
-    fault(kErrorRequest, write ? "Tx Buffer dimension exceeded" : "Rx Buffer dimension exceeded");
+    fault(kErrorRequest, write ? _VELK::kTxExceeded : _VELK::kRxExceeded);
     return true;
 }

@@ -1,4 +1,5 @@
 #include "driver/Acknowledge.h"
+#include "driver/ErrorTexts.h"
 #include "driver/Protocol_VELK.h"
 #include "interfaces/HostServices.h"
 
@@ -12,7 +13,6 @@ namespace {
 constexpr int kInterCharTimeout = 20; // milliseconds of silence that end a frame
 
 constexpr char const* kAcknowledgeTimeout = "Timeout on Acknowledge";
-constexpr char const* kRxExceeded = "Rx Buffer dimension exceeded";
 constexpr char const* kWrongBlock = "Wrong checksum or wrong block number received";
 constexpr char const* kWrongProtocolId = "Wrong Protocol ID received";
 
@@ -52,10 +52,10 @@ unsigned int Protocol_VELK::doProtocolInner2(int requestLength, int* responseLen
 
 bool Protocol_VELK::openLine(Line& line, int requestLength) {
     if (port_ == nullptr) {
-        return fail(kErrorState, "Protocol not started");
+        return fail(kErrorState, _VELK::kNotStarted);
     }
     if (line.node == nullptr) {
-        return fail(kErrorRequest, "Invalid argument");
+        return fail(kErrorRequest, _VELK::kInvalidArgument);
     }
     std::string const& framing = paramManager_.getCommonParams()->protType;
     line.routed = framing == "ABB_RS232_AC";
@@ -66,7 +66,7 @@ bool Protocol_VELK::openLine(Line& line, int requestLength) {
         return fail(kErrorRequest, "parameter 'BlockSize' out of range");
     }
     if (requestLength > static_cast<int>(kDataLength)) {
-        return fail(kErrorRequest, "Tx Buffer dimension exceeded");
+        return fail(kErrorRequest, _VELK::kTxExceeded);
     }
     return true;
 }
@@ -179,7 +179,7 @@ bool Protocol_VELK::receiveBlock(Line& line, std::uint16_t number, _VELK::Receiv
 /** Appends a block's payload to the response. */
 bool Protocol_VELK::keepPayload(std::span<unsigned char const> payload, std::size_t& total) {
     if (payload.size() > rxData_.size() - total) {
-        return fail(kErrorRequest, kRxExceeded);
+        return fail(kErrorRequest, _VELK::kRxExceeded);
     }
     std::copy(payload.begin(), payload.end(), rxData_.begin() + static_cast<std::ptrdiff_t>(total));
     total += payload.size();

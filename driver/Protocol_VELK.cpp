@@ -12,7 +12,6 @@
 
 namespace {
 
-constexpr int kNoNode = -1;
 constexpr int kMaxItems = 90;
 constexpr int kMaxLength = 1'024;
 constexpr int kMaxIndex = 0x7fffffff;
@@ -79,8 +78,7 @@ IProtocol* CreateProtocol_VELK() {
 }
 
 Protocol_VELK::Protocol_VELK()
-    : loginParams_(paramManager_.getNodeParams(0)), tableNode_(kNoNode),
-      serialFactory_(static_cast<ISerialFactory*>(piSerialFactory)) {
+    : loginParams_(paramManager_.getNodeParams(0)), serialFactory_(static_cast<ISerialFactory*>(piSerialFactory)) {
     registerMemory();
     symbolTable_ = std::make_unique<_VELK::RtsSym>(kNodeCount, &yieldToHost);
 }

@@ -137,6 +137,8 @@ public:
     [[nodiscard]] std::span<unsigned char const, kDataLength> rxData() const { return rxData_; }
 
 private:
+    static constexpr int kNoNode = -1;
+
     /** What the driver knows of one node. */
     struct NodeState {
         bool downloadRequested = false; ///< set by nothing yet: a hook to have the symbol file fetched anew
@@ -192,12 +194,6 @@ private:
     bool leaveOtherNode(ListCall const& call);
     bool checkLink(ListCall const& call);
     bool login(ListCall const& call);
-    void findSymbolFile(ListCall& call) const;
-    bool provideSymbols(ListCall const& call);
-    bool loadSymbols(ListCall const& call);
-    bool fallBackToConfirmedProject(ListCall const& call, char const* reason);
-    bool provideSymbolTable(ListCall const& call);
-    [[nodiscard]] bool needsLookup(ListCall const& call) const;
     bool buildRequest(ListCall const& call, int& length);
     bool resolveTag(ListCall const& call, Tag_VELK const& tag);
     bool bindTag(ListCall const& call, Tag_VELK const& tag);
@@ -205,7 +201,6 @@ private:
     bool takeWriteReply(ListCall const& call, std::span<unsigned char const> reply);
     bool takeReadReply(ListCall const& call, std::span<unsigned char const> reply);
     bool takeValues(ListCall const& call, std::span<unsigned char const> reply);
-    void recoverFromOtherProject(ListCall const& call);
     bool exchange(int length, _VELK::NodeParams const& node, std::span<unsigned char const>& reply);
     bool refuseTag(Tag_VELK const& tag);
     bool fault(int code, char const* text);
@@ -213,6 +208,15 @@ private:
     void trustLogin();
     void settleLogin();
     void forgetLogin();
+
+    // NodeSymbols.cpp
+    void findSymbolFile(ListCall& call) const;
+    bool provideSymbols(ListCall const& call);
+    bool loadSymbols(ListCall const& call);
+    bool fallBackToConfirmedProject(ListCall const& call, char const* reason);
+    bool provideSymbolTable(ListCall const& call);
+    [[nodiscard]] bool needsLookup(ListCall const& call) const;
+    void recoverFromOtherProject(ListCall const& call);
 
     // LinkLayer.cpp
     bool openLine(Line& line, int requestLength);
@@ -248,7 +252,7 @@ private:
 
     bool communicationFault_ = false;
     std::unique_ptr<_VELK::RtsSym> symbolTable_;
-    int tableNode_;                 // the node whose file the symbol table holds
+    int tableNode_ = kNoNode;       // the node whose file the symbol table holds
     std::uint32_t symbolLoads_ = 0; // numbers the loads of symbol files
     std::unique_ptr<std::FILE, FileCloser> uploadFile_;
 

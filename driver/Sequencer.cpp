@@ -1,8 +1,6 @@
+#include "driver/ErrorTexts.h"
+#include "driver/ListCall.h"
 #include "driver/ListService.h"
-#include "driver/Protocol_VELK.h"
-#include "driver/Tag_VELK.h"
-#include "interfaces/HostServices.h"
-#include "protlib/HostServiceVariables.h"
 #include "protlib/MemTypesTable.h"
 
 #include <algorithm>
@@ -12,18 +10,11 @@ using _VELK::ByteOrder;
 
 namespace {
 
-constexpr int kNoNode = -1;
-constexpr std::size_t kPathLength = 260;
 constexpr std::size_t kWriteReplyLength = 2;
 constexpr std::size_t kEmptyReadReplyLength = 6;
 constexpr int kFailuresThatForgetLogin = 5;
-constexpr char const* kPlcSymbolFile = "DOWNLOAD.SDB";
 
-constexpr char const* kSymbolFileCorrupted = "Symbol file is corrupted";
-constexpr char const* kSymbolFileMissing = "Symbol file not present";
 constexpr char const* kWrongByteCount = "Wrong number of bytes received";
-constexpr char const* kTxExceeded = "Tx Buffer dimension exceeded";
-constexpr char const* kRxExceeded = "Rx Buffer dimension exceeded";
 
 ByteOrder orderOf(_VELK::NodeParams const& node) {
     return _VELK::byteOrderOf(node.isBigEndian());
@@ -46,28 +37,6 @@ bool addValue(_VELK::ListRequest& request, Tag_VELK const& tag, std::span<unsign
 }
 
 } // namespace
-
-/** One call of the sequencer and what its first steps find out. */
-struct Protocol_VELK::ListCall {
-    bool write = false;
-    ITag const* const* tags = nullptr;
-    int count = 0;
-    unsigned char* data = nullptr;
-    int explicitLength = 0; ///< 0: every item has its own length
-
-    std::uint16_t node = 0;
-    _VELK::NodeParams const* params = nullptr;
-    NodeState* state = nullptr;
-    ByteOrder order = ByteOrder::LittleEndian;
-    std::array<char, kPathLength> symbolFile{}; ///< path of the node's stored symbol file
-
-    [[nodiscard]] Tag_VELK const& tag(int index) const { return velkTag(*tags[index]); }
-
-    /** Bytes of a value in a request, a reply or an image. */
-    [[nodiscard]] std::size_t itemLength(Tag_VELK const& item) const {
-        return static_cast<std::size_t>(explicitLength != 0 ? explicitLength : item.PackedLen());
-    }
-};
 
 bool Protocol_VELK::doProtocolInner(bool write, ITag const* const* tags, int n, unsigned char* data, int len) {
     ListCall call;
@@ -103,7 +72,7 @@ bool Protocol_VELK::runList(ListCall& call) {
 
 bool Protocol_VELK::checkCall(ListCall const& call) {
     if (!areTags(call.tags, call.count) || call.explicitLength < 0 || (call.data == nullptr && call.count > 0)) {
-        return fail(kErrorRequest, "Invalid argument");
+        return fail(kErrorRequest, _VELK::kInvalidArgument);
     }
     return MaxDatagramItems(call.tags[0]) >= call.count || fail(kErrorRequest, "Too many items in datagram");
 }
@@ -159,95 +128,6 @@ bool Protocol_VELK::login(ListCall const& call) {
     return true;
 }
 
-void Protocol_VELK::findSymbolFile(ListCall& call) const {
-    std::array<char, kPathLength> name{};
-    std::snprintf(name.data(), name.size(), "PLCSymbols_%d.sdb", static_cast<int>(call.node));
-    IInterface* const storage =
-        piPermanentStorage != nullptr ? piPermanentStorage->ConvertTo("IPermanentStorage2") : nullptr;
-    bool const hasPath = storage != nullptr && static_cast<IPermanentStorage2*>(storage)->GetFullPath(
-                                                   GetIdent(), name.data(), call.symbolFile.data(), kPathLength);
-    call.symbolFile.back() = '\0';
-    if (!hasPath || call.symbolFile.front() == '\0') {
-        call.symbolFile = name;
-    }
-}
-
-bool Protocol_VELK::provideSymbols(ListCall const& call) {
-    NodeState& state = *call.state;
-    if (state.projectIdentifier != 0) {
-        symbolTable_->SetSymIsActive(call.node);
-    }
-    if (!symbolTable_->SymIsActive(call.node) && !state.downloadRequested && !loadSymbols(call)) {
-        state.projectIdentifier = 0;
-        SetError(kErrorReply, kSymbolFileCorrupted);
-    }
-    if (state.projectIdentifier != 0) {
-        symbolTable_->SetSymIsActive(call.node);
-    }
-    if (symbolTable_->SymIsActive(call.node) && !state.downloadRequested) {
-        return true;
-    }
-    if (readFileFromPLC(kPlcSymbolFile, call.symbolFile.data(), call.params, call.params->isBigEndian()) == 0) {
-        return fallBackToConfirmedProject(call, kSymbolFileMissing);
-    }
-    if (!loadSymbols(call)) {
-        return fallBackToConfirmedProject(call, kSymbolFileCorrupted);
-    }
-    state.downloadRequested = false;
-    return true;
-}
-
-bool Protocol_VELK::loadSymbols(ListCall const& call) {
-    tableNode_ = kNoNode;
-    if (symbolTable_->SymLoadSymbolsFromFile(call.node, call.symbolFile.data(), &call.state->projectIdentifier) == 0) {
-        return false;
-    }
-    tableNode_ = call.node;
-    ++symbolLoads_;
-    return true;
-}
-
-bool Protocol_VELK::fallBackToConfirmedProject(ListCall const& call, char const* reason) {
-    SetError(kErrorReply, reason);
-    if (call.state->confirmedProjectIdentifier == 0) {
-        communicationFault_ = true;
-        return false;
-    }
-    call.state->projectIdentifier = call.state->confirmedProjectIdentifier;
-    call.state->useDefaultAddresses = true;
-    return true;
-}
-
-/**
- * The one symbol table holds the file of the node that loaded last. Tags are bound against the file of their own
- * node only: with another node's addresses a write would land in a wrong place.
- */
-bool Protocol_VELK::provideSymbolTable(ListCall const& call) {
-    if (tableNode_ == call.node || !needsLookup(call)) {
-        return true;
-    }
-    std::uint32_t const loads = symbolLoads_;
-    std::uint32_t const identifier = call.state->projectIdentifier;
-    if (loadSymbols(call)) {
-        // The same file again makes no new search for the variables that it lacks.
-        symbolLoads_ = call.state->projectIdentifier == identifier ? loads : symbolLoads_;
-        return true;
-    }
-    call.state->projectIdentifier = 0;
-    symbolTable_->ResetSymIsActive(call.node);
-    return fault(kErrorReply, kSymbolFileCorrupted);
-}
-
-bool Protocol_VELK::needsLookup(ListCall const& call) const {
-    if (call.state->useDefaultAddresses) {
-        return false;
-    }
-    std::uint32_t const identifier = call.state->projectIdentifier;
-    return std::any_of(call.tags, call.tags + call.count, [&](ITag const* tag) {
-        return !velkTag(*tag).isBoundTo(identifier) && !velkTag(*tag).isMissing(symbolLoads_, identifier);
-    });
-}
-
 bool Protocol_VELK::buildRequest(ListCall const& call, int& length) {
     _VELK::ListRequest request(txData_, call.order, call.write, static_cast<std::uint32_t>(call.count));
     unsigned char const* value = call.data;
@@ -263,12 +143,12 @@ bool Protocol_VELK::buildRequest(ListCall const& call, int& length) {
                                    tag.isBitArea() ? 0 : static_cast<std::uint32_t>(itemLength)};
         auto const packedLength = static_cast<std::size_t>(tag.PackedLen());
         if (!request.addItem(item) || (call.write && !addValue(request, tag, {value, packedLength}))) {
-            return fault(kErrorRequest, kTxExceeded);
+            return fault(kErrorRequest, _VELK::kTxExceeded);
         }
         value += packedLength;
     }
     if (!request.addProjectIdentifier(call.state->projectIdentifier)) {
-        return fault(kErrorRequest, kTxExceeded);
+        return fault(kErrorRequest, _VELK::kTxExceeded);
     }
     length = request.length();
     return true;
@@ -358,7 +238,7 @@ bool Protocol_VELK::takeValues(ListCall const& call, std::span<unsigned char con
     for (int i = 0; i < call.count; ++i) {
         std::optional<_VELK::ListReply::Value> const value = values.next(call.itemLength(call.tag(i)));
         if (!value) {
-            return fault(kErrorRequest, kRxExceeded);
+            return fault(kErrorRequest, _VELK::kRxExceeded);
         }
         allGood = allGood && value->quality == _VELK::kGoodQuality;
         std::copy(value->bytes.begin(), value->bytes.end(), destination);
@@ -368,24 +248,6 @@ bool Protocol_VELK::takeValues(ListCall const& call, std::span<unsigned char con
         return fail(kErrorReply, kWrongByteCount);
     }
     return allGood || fail(kErrorReply, "One of the values has bad quality");
-}
-
-/** The PLC runs another program than the symbols are of. The next call loads what is fetched here. */
-void Protocol_VELK::recoverFromOtherProject(ListCall const& call) {
-    SetError(kErrorReply, "Project ID mismatch");
-    if (call.state->useDefaultAddresses) {
-        call.state->useDefaultAddresses = false;
-    } else {
-        communicationFault_ = true;
-        if (readFileFromPLC(kPlcSymbolFile, call.symbolFile.data(), call.params, call.params->isBigEndian()) != 0) {
-            symbolTable_->SymExit();
-            tableNode_ = kNoNode;
-        } else {
-            SetError(kErrorReply, kSymbolFileMissing);
-        }
-    }
-    symbolTable_->ResetSymIsActive(call.node);
-    call.state->projectIdentifier = 0;
 }
 
 bool Protocol_VELK::exchange(int length, _VELK::NodeParams const& node, std::span<unsigned char const>& reply) {

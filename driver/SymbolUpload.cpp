@@ -1,3 +1,4 @@
+#include "driver/ErrorTexts.h"
 #include "driver/FileService.h"
 #include "driver/Protocol_VELK.h"
 
@@ -18,7 +19,7 @@ unsigned int Protocol_VELK::readFileFromPLC(char const* plcFileName, char const*
     ByteOrder const order = _VELK::byteOrderOf(bigEndian);
     int request = plcFileName != nullptr ? _VELK::writeOpenAndRead(txData_, plcFileName, order) : 0;
     if (request == 0 || localPath == nullptr) {
-        SetError(kErrorRequest, "Invalid argument");
+        SetError(kErrorRequest, _VELK::kInvalidArgument);
         return 0;
     }
     std::size_t length = 0;

@@ -1,0 +1,11 @@
+#pragma once
+
+/** Texts of last errors that are recorded in more than one place. */
+namespace _VELK {
+
+inline constexpr char const* kNotStarted = "Protocol not started";
+inline constexpr char const* kInvalidArgument = "Invalid argument";
+inline constexpr char const* kTxExceeded = "Tx Buffer dimension exceeded";
+inline constexpr char const* kRxExceeded = "Rx Buffer dimension exceeded";
+
+} // namespace _VELK
