@@ -1,0 +1,100 @@
+#include "tools/velk/CommandLine.h"
+
+#include "tools/velk/CommandError.h"
+#include "tools/velk/Interrupt.h"
+#include "tools/velk/Terminal.h"
+#include "tools/velk/commands/CheckCommand.h"
+#include "tools/velk/commands/CompletionsCommand.h"
+#include "tools/velk/commands/ConfigCommand.h"
+#include "tools/velk/commands/ConsoleCommand.h"
+#include "tools/velk/commands/HelpCommand.h"
+#include "tools/velk/commands/InitCommand.h"
+#include "tools/velk/commands/PlcCommand.h"
+#include "tools/velk/commands/PortsCommand.h"
+#include "tools/velk/commands/ReadCommand.h"
+#include "tools/velk/commands/SymbolsCommand.h"
+#include "tools/velk/commands/TraceCommand.h"
+#include "tools/velk/commands/WatchCommand.h"
+#include "tools/velk/commands/WriteCommand.h"
+
+#include <algorithm>
+#include <sstream>
+
+namespace velk {
+namespace {
+
+/** In the order in which somebody at a machine needs them. */
+void addCommands(CLI::App& app, Context& context) {
+    addPortsCommand(app, context);
+    addInitCommand(app, context);
+    addCheckCommand(app, context);
+    addSymbolsCommand(app, context);
+    addReadCommand(app, context);
+    addWriteCommand(app, context);
+    addWatchCommand(app, context);
+    addConsoleCommand(app, context);
+    addTraceCommand(app, context);
+    addPlcCommand(app, context);
+    addConfigCommand(app, context);
+    addCompletionsCommand(app, context);
+    addHelpCommand(app, context);
+}
+
+/** Answers what the parser itself has to say: help, the version, or a complaint about the words. */
+ExitCode answerParser(CLI::App const& app, CLI::ParseError const& answer, Terminal& terminal) {
+    std::ostringstream out;
+    std::ostringstream complaint;
+    if (app.exit(answer, out, complaint) == 0) {
+        terminal.out(out.str());
+        return ExitCode::Good;
+    }
+    std::string text = complaint.str();
+    text.erase(text.find_last_not_of('\n') + 1);
+    terminal.complain(text);
+    return ExitCode::Usage;
+}
+
+ExitCode parseAndRun(std::vector<std::string> words, Context& context) {
+    std::unique_ptr<CLI::App> const app = makeCommandTree(context);
+    context.action = nullptr;
+    std::reverse(words.begin(), words.end()); // the parser takes them from the end
+    try {
+        app->parse(words);
+    } catch (CLI::ParseError const& answer) {
+        return answerParser(*app, answer, context.terminal);
+    }
+    if (!context.action) {
+        throw CommandError(ExitCode::Usage, "this command does nothing yet");
+    }
+    context.terminal.setQuiet(context.options.quiet);
+    return context.action();
+}
+
+} // namespace
+
+std::unique_ptr<CLI::App> makeCommandTree(Context& context) {
+    auto app = std::make_unique<CLI::App>("Variables of a PLC by name, over its serial line", "velk");
+    app->require_subcommand(1);
+    app->set_version_flag("--version", VELK_VERSION);
+    addCommands(*app, context);
+    return app;
+}
+
+ExitCode runCommandLine(std::vector<std::string> const& arguments, Context& context) {
+    context.runCommandLine = [&context](std::vector<std::string> const& words) { return parseAndRun(words, context); };
+    try {
+        ExitCode const answer = parseAndRun(arguments, context);
+        return context.interrupt.requested() ? ExitCode::Interrupted : answer;
+    } catch (CommandError const& error) {
+        if (context.interrupt.requested()) {
+            return ExitCode::Interrupted;
+        }
+        context.terminal.complain(error.what());
+        return error.code();
+    } catch (std::exception const& problem) {
+        context.terminal.complain(problem.what());
+        return ExitCode::ItemNotGood;
+    }
+}
+
+} // namespace velk

@@ -1,0 +1,35 @@
+#pragma once
+
+#include "host/Clock.h"
+#include "tools/velk/ExitCode.h"
+#include "tools/velk/LineOptions.h"
+#include "tools/velk/Observers.h"
+
+#include <functional>
+#include <string>
+#include <vector>
+
+namespace velk {
+
+class Interrupt;
+class Terminal;
+
+/** What a command has around it. */
+struct Context {
+    using Action = std::function<ExitCode()>;
+
+    Terminal& terminal;
+    Interrupt& interrupt;
+    host::Clock& clock;
+
+    LineOptions options{}; ///< as given on the command line
+    Observers observers{}; ///< they see every port that the command opens
+
+    /** What the command line asks for; each command sets it when it is chosen. */
+    Action action{};
+
+    /** Runs another command line in this context, the program's name left out. */
+    std::function<ExitCode(std::vector<std::string> const&)> runCommandLine{};
+};
+
+} // namespace velk

@@ -1,0 +1,31 @@
+#pragma once
+
+#include "host/Result.h"
+
+namespace velk {
+
+/** What the program answers to the one who called it. */
+enum class ExitCode {
+    Good = 0,
+    ItemNotGood = 1, ///< the line works, and at least one thing that was asked for is not good
+    Usage = 2,       ///< the command line, the project file or the configuration is wrong
+    Port = 3,        ///< the serial port cannot be had, or died
+    Silent = 4,      ///< the PLC does not answer
+    Refused = 5,     ///< the PLC refuses, or answers wrongly
+    Interrupted = 130,
+};
+
+/** What is known of the port when something failed. */
+enum class PortState {
+    Fine,
+    Dead,        ///< could not be opened, or died while it was open
+    Interrupted, ///< the user ended its waiting
+};
+
+/** The answer for a failure of the driver or of the host. */
+ExitCode exitCodeFor(host::Failure const& failure, PortState port);
+
+/** The answer for several outcomes: the first interruption, else port trouble, else the most telling of the others. */
+ExitCode worse(ExitCode one, ExitCode other);
+
+} // namespace velk

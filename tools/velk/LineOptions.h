@@ -1,0 +1,36 @@
+#pragma once
+
+#include <CLI/CLI.hpp>
+
+#include <optional>
+#include <string>
+
+namespace velk {
+
+struct Context;
+
+/** The flags that every command with a line takes. What is not given is as the project file says. */
+struct LineOptions {
+    std::optional<std::string> file;
+    std::optional<std::string> port;
+    std::optional<int> baud;
+    std::optional<std::string> parity;
+    std::optional<int> stopBits;
+    std::optional<std::string> mode;
+    std::optional<std::string> framing;
+    std::optional<std::string> station; ///< a name or a node number
+    std::optional<std::string> byteOrder;
+    std::optional<int> blockSize;
+    std::optional<int> timeoutMs;
+    std::optional<int> repeat;
+    std::optional<std::string> storage;
+    bool quiet = false;
+};
+
+/** Lets @p command take a project file (-f) and -q. */
+void addProjectOptions(CLI::App& command, Context& context);
+
+/** Lets @p command take the flags of the line, of the station and of the trace, and those of addProjectOptions(). */
+void addLineOptions(CLI::App& command, Context& context);
+
+} // namespace velk

@@ -1,0 +1,105 @@
+#pragma once
+
+#include "host/Result.h"
+#include "host/TagReader.h"
+#include "tools/common/Panel.h"
+#include "tools/velk/CommandError.h"
+#include "tools/velk/ExitCode.h"
+#include "tools/velk/Settings.h"
+#include "tools/velk/SymbolTable.h"
+#include "tools/velk/Tag.h"
+#include "tools/velk/TagRequest.h"
+
+#include <filesystem>
+#include <map>
+#include <memory>
+#include <span>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace velk {
+
+struct Context;
+
+/**
+ * A line at work: the driver module with its configuration, the symbol tables of the stations, and tags.
+ *
+ * Nothing here throws for what happens on the line: failures are answered, and exitCode() or error() says what they
+ * mean for the program. The context's observers see the port. When the user wants the end, the port answers faults
+ * at once and every operation ends.
+ */
+class Session {
+public:
+    /** @p context must outlive the session. */
+    Session(Settings settings, Context& context);
+    ~Session();
+    Session(Session const&) = delete;
+    Session& operator=(Session const&) = delete;
+
+    [[nodiscard]] Settings const& settings() const { return settings_; }
+
+    /** Loads and configures the module, when that was not done yet, and opens the port. */
+    host::Outcome open();
+
+    /** Closes the port; open() opens it again, and the tags stay. */
+    void close();
+
+    /** Only after open() has come as far as the module. */
+    [[nodiscard]] tools::Panel& panel() { return *panel_; }
+
+    /** Where the module keeps the symbol file of a node. */
+    [[nodiscard]] std::filesystem::path symbolFile(int node) const;
+
+    /**
+     * The symbols of the program that the PLC runs now. The module fetches the symbol file when none is stored or
+     * when the PLC runs another program. The table stays valid until the symbols of the same node are asked for
+     * again with another result.
+     */
+    host::Result<SymbolTable const*> symbols(int node);
+
+    /** Forgets what is stored and fetches the symbol file. Tags made before are gone. */
+    host::Result<SymbolTable const*> fetchSymbols(int node);
+
+    /** What is stored for a node, with nothing on the line: it may be of another program. */
+    host::Result<SymbolTable const*> storedSymbols(int node);
+
+    /**
+     * The tags that a request stands for: one, or as many as its pattern finds, none included. The symbols of the
+     * node are asked for when they are needed: for a pattern, and for a tag without a type.
+     *
+     * A tag that cannot be made is there all the same, with its failure.
+     */
+    host::Result<std::vector<Tag>> createTags(TagRequest const& request);
+
+    /** Reads tags; failures name a dead port where there is one. */
+    std::vector<host::TagResult> read(std::span<Tag const> tags, host::TransferPolicy policy = {});
+
+    /** What a failure means for the program. */
+    [[nodiscard]] ExitCode exitCode(host::Failure const& failure) const;
+
+    /** The same as an error that ends the command, with the likely cause in its text. */
+    [[nodiscard]] CommandError error(host::Failure const& failure) const;
+
+    /** Throws error() for a failure. */
+    void require(host::Outcome const& outcome) const;
+    template <typename Value>
+    Value require(host::Result<Value> result) const {
+        if (!result.ok()) {
+            throw error(result.failure());
+        }
+        return std::move(result.value());
+    }
+
+private:
+    host::Outcome prepare();
+    host::Outcome askForProject(int node);
+
+    Settings settings_;
+    Context& context_;
+    std::unique_ptr<tools::Panel> panel_;
+    bool portOpen_ = false;
+    std::map<int, SymbolTable> symbols_; ///< by node
+};
+
+} // namespace velk

@@ -1,0 +1,43 @@
+#pragma once
+
+#include "tools/velk/ProjectFile.h"
+
+#include <filesystem>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace velk {
+
+struct Context;
+
+/** What a command works with: the project file, with the flags over it. */
+struct Settings {
+    host::DriverConfig config;
+    std::vector<Station> stations; ///< at least the default one
+    std::vector<NamedTag> tags;
+    int node = 0; ///< of the station that is meant when none is named
+    std::filesystem::path storage;
+    std::string instance;                             ///< names the line in the storage
+    std::optional<std::filesystem::path> projectFile; ///< the one that was read
+
+    /** The node of a station given by its name or its number, or nothing. */
+    [[nodiscard]] std::optional<int> findStation(std::string const& text) const;
+
+    /** What a node is called: its station's name, or else its number. */
+    [[nodiscard]] std::string stationName(int node) const;
+
+    /** The settings of a node, its own over those for every node. */
+    [[nodiscard]] host::NodeSettings nodeSettings(int node) const;
+};
+
+/**
+ * The settings of a command with a line. Throws CommandError (usage) for what is wrong or missing, with every
+ * complaint about the project file.
+ */
+Settings readSettings(Context const& context);
+
+/** Tells on standard error what the command works with, unless it is quiet. */
+void echoSettings(Settings const& settings, Context& context);
+
+} // namespace velk

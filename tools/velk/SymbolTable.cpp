@@ -1,0 +1,64 @@
+#include "tools/velk/SymbolTable.h"
+
+#include "symbols/RtsSym.h"
+#include "tools/velk/Names.h"
+
+#include <array>
+#include <utility>
+
+namespace velk {
+
+host::Result<SymbolTable> SymbolTable::load(std::filesystem::path const& file) {
+    std::error_code error;
+    if (!std::filesystem::exists(file, error)) {
+        return host::hostFailure("there is no symbol file " + file.string());
+    }
+    _VELK::RtsSym symbols(1);
+    std::uint32_t projectId = 0;
+    if (symbols.SymLoadSymbolsFromFile(0, file.c_str(), &projectId) == 0) {
+        return host::hostFailure("the symbol file " + file.string() + " is corrupted or cannot be read");
+    }
+    std::vector<Variable> variables;
+    for (_VELK::Symbol const& symbol : symbols.symbols().all()) {
+        if (*symbol.name != '\0') { // else a record that describes no variable
+            variables.push_back({symbol.name, symbol.typeName, symbol.area, symbol.offset, symbol.size});
+        }
+    }
+    return SymbolTable(projectId, std::move(variables));
+}
+
+SymbolTable::SymbolTable(std::uint32_t projectId, std::vector<Variable> variables)
+    : projectId_(projectId), variables_(std::move(variables)) {
+    for (std::size_t i = 0; i < variables_.size(); ++i) {
+        byName_.emplace(upperCase(variables_[i].name), i);
+    }
+}
+
+Variable const* SymbolTable::find(std::string_view name) const {
+    auto const found = byName_.find(upperCase(name));
+    return found == byName_.end() ? nullptr : &variables_[found->second];
+}
+
+std::vector<Variable const*> SymbolTable::matching(std::string_view pattern) const {
+    if (Variable const* const exact = find(pattern)) {
+        return {exact};
+    }
+    std::vector<Variable const*> found;
+    for (Variable const& variable : variables_) {
+        if (matches(pattern, variable.name)) {
+            found.push_back(&variable);
+        }
+    }
+    return found;
+}
+
+std::vector<std::string> SymbolTable::similar(std::string_view /*name*/) const {
+    return {};
+}
+
+std::string areaName(std::uint16_t area) {
+    constexpr std::array<char const*, 6> kNames{"M", "I", "Q", "3", "4", "5"};
+    return area < kNames.size() ? kNames[area] : std::to_string(area);
+}
+
+} // namespace velk

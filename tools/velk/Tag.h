@@ -1,0 +1,51 @@
+#pragma once
+
+#include "host/Result.h"
+#include "host/TagReader.h"
+#include "interfaces/IcuType.h"
+#include "tools/velk/TagRequest.h"
+
+#include <nlohmann/json.hpp>
+
+#include <string>
+#include <string_view>
+
+class ITag;
+
+namespace velk {
+
+struct Variable;
+
+/** How the driver has to be asked for a variable, and how the bytes that it answers are to be understood. */
+struct Access {
+    std::string dataType; ///< for the tag address, with conversions: "short-6", "unsignedByte-24"
+    std::string addressSpace = "M";
+    ICU_Type shownAs = ICU_NONE; ///< what the bytes are; the driver's own type unless the tag carries them raw
+    bool reversed = false;       ///< elements come with their bytes in the opposite order of this machine
+};
+
+/** A tag of the driver with all that is needed to show and to parse its values. */
+struct Tag {
+    std::string name; ///< as the user gave it, or the PLC's name where a pattern found it
+    int node = 0;
+    std::string station; ///< the station's name, or else its number
+    std::string variable;
+    std::string plcType; ///< from the symbol file; empty when it is not known
+    Access access;
+    ITag* tag = nullptr;   ///< the driver's; null when it could not be made
+    host::Failure failure; ///< only without a tag
+
+    /** What to call the type in a table: the PLC's, or else the driver's. */
+    [[nodiscard]] std::string const& typeText() const { return plcType.empty() ? access.dataType : plcType; }
+
+    /** A value that was read, as text. */
+    [[nodiscard]] std::string text(host::ValueBytes const& bytes) const;
+
+    /** The same for JSON: booleans, numbers, texts, arrays of them; null for what has no value there (NaN). */
+    [[nodiscard]] nlohmann::json json(host::ValueBytes const& bytes) const;
+
+    /** The bytes to write for a text; the failure says what is wrong and which values are taken. */
+    [[nodiscard]] host::Result<host::ValueBytes> parse(std::string_view text) const;
+};
+
+} // namespace velk

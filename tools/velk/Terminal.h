@@ -1,0 +1,72 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace velk {
+
+class Interrupt;
+
+enum class Colour { None, Red, Green, Yellow, Cyan, Bold, Dim };
+
+/** What the standard streams lead to. */
+struct StreamKinds {
+    bool inputIsTerminal = false;
+    bool outputIsTerminal = false;
+    bool errorIsTerminal = false;
+    bool coloursWanted = true; ///< NO_COLOR is not set, and TERM is not "dumb"
+
+    static StreamKinds ofThisProcess();
+};
+
+/**
+ * The three standard streams. Data goes to standard output, everything else to standard error; colours and lines
+ * that redraw themselves go to terminals only.
+ */
+class Terminal {
+public:
+    explicit Terminal(StreamKinds kinds) : kinds_(kinds) {}
+
+    [[nodiscard]] StreamKinds const& kinds() const { return kinds_; }
+
+    /** Silences note() and status(). */
+    void setQuiet(bool quiet) { quiet_ = quiet; }
+    [[nodiscard]] bool quiet() const { return quiet_; }
+
+    /** Columns of the terminal behind standard output, or else behind standard error; 80 without one. */
+    [[nodiscard]] int width() const;
+
+    /** Data, as it is. Throws CommandError when it cannot be written. */
+    void out(std::string_view data);
+
+    /** A line for the user; silenced by quiet. */
+    void note(std::string_view line);
+
+    /** A complaint: "velk: " and the text; never silenced. */
+    void complain(std::string_view text);
+
+    /** A line on standard error that the next one replaces; only on a terminal. Empty takes it away. */
+    void status(std::string_view line);
+
+    /** @p text in a colour when standard output shows colours. */
+    [[nodiscard]] std::string coloured(Colour colour, std::string_view text) const;
+
+    /** The same for standard error. */
+    [[nodiscard]] std::string colouredError(Colour colour, std::string_view text) const;
+
+    /**
+     * Asks on standard error and reads a line from standard input, without its end. Nothing at the end of the input.
+     * Throws CommandError when it is interrupted.
+     */
+    std::optional<std::string> ask(std::string_view question, Interrupt& interrupt);
+
+private:
+    void clearStatus();
+
+    StreamKinds kinds_;
+    bool quiet_ = false;
+    bool statusShown_ = false;
+};
+
+} // namespace velk

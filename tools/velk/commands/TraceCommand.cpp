@@ -1,0 +1,9 @@
+#include "tools/velk/commands/TraceCommand.h"
+
+#include "tools/velk/Context.h"
+
+namespace velk {
+
+void addTraceCommand(CLI::App& /*app*/, Context& /*context*/) {}
+
+} // namespace velk
