@@ -8,7 +8,7 @@
 namespace {
 
 constexpr auto Xml_VELK = std::to_array<unsigned char>({
-#include "Xml_VELK.inc" // written by the build, see CompressDocument.cpp
+#include "description/Xml_VELK.inc" // written by the build, see CompressDocument.cpp
 });
 
 constexpr auto kHeaderEnd = std::find(Xml_VELK.begin(), Xml_VELK.end(), static_cast<unsigned char>(0));
