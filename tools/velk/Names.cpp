@@ -3,8 +3,41 @@
 #include <algorithm>
 #include <cctype>
 #include <fnmatch.h>
+#include <numeric>
+#include <utility>
 
 namespace velk {
+namespace {
+
+/** How many letters have to be changed, put in or left out to make one of the other (Levenshtein). */
+std::size_t distance(std::string_view one, std::string_view other) {
+    std::vector<std::size_t> row(other.size() + 1);
+    std::iota(row.begin(), row.end(), std::size_t{0});
+    for (std::size_t i = 0; i < one.size(); ++i) {
+        std::size_t diagonal = row[0];
+        row[0] = i + 1;
+        for (std::size_t j = 0; j < other.size(); ++j) {
+            std::size_t const changed = diagonal + (one[i] == other[j] ? 0 : 1);
+            diagonal = row[j + 1];
+            row[j + 1] = std::min({changed, row[j] + 1, diagonal + 1});
+        }
+    }
+    return row.back();
+}
+
+/** The name without what stands before its last dot. */
+std::string_view lastPart(std::string_view name) {
+    return name.substr(name.find_last_of('.') + 1);
+}
+
+/** Small for names that are easily taken for each other: a slip of the keyboard, or the program's name left out. */
+std::size_t strangeness(std::string_view meant, std::string_view candidate) {
+    std::size_t const whole = distance(meant, candidate);
+    bool const partLeftOut = meant.find('.') == std::string_view::npos && lastPart(candidate) == meant;
+    return partLeftOut ? 0 : whole;
+}
+
+} // namespace
 
 std::string upperCase(std::string_view text) {
     std::string upper(text);
@@ -13,12 +46,50 @@ std::string upperCase(std::string_view text) {
     return upper;
 }
 
+bool sameName(std::string_view one, std::string_view other) {
+    return upperCase(one) == upperCase(other);
+}
+
 bool isPattern(std::string_view text) {
     return text.find_first_of("*?[") != std::string_view::npos;
 }
 
 bool matches(std::string_view pattern, std::string_view name) {
     return fnmatch(upperCase(pattern).c_str(), upperCase(name).c_str(), FNM_NOESCAPE) == 0;
+}
+
+std::vector<std::string> similarNames(std::string_view name, std::span<std::string const> candidates,
+                                      std::size_t most) {
+    constexpr std::size_t kLettersForASlip = 3; // one slip in so many letters
+    std::string const meant = upperCase(name);
+    std::size_t const limit = std::max<std::size_t>(1, meant.size() / kLettersForASlip);
+    std::vector<std::pair<std::size_t, std::string>> found;
+    for (std::string const& candidate : candidates) {
+        std::size_t const difference = strangeness(meant, upperCase(candidate));
+        if (difference <= limit) {
+            found.emplace_back(difference, candidate);
+        }
+    }
+    std::sort(found.begin(), found.end());
+    std::vector<std::string> names;
+    for (std::size_t i = 0; i < std::min(most, found.size()); ++i) {
+        names.push_back(std::move(found[i].second));
+    }
+    return names;
+}
+
+std::string orList(std::span<std::string const> texts) {
+    std::string list;
+    for (std::size_t i = 0; i < texts.size(); ++i) {
+        bool const last = i + 1 == texts.size();
+        list += (i == 0 ? "" : last ? " or " : ", ") + texts[i];
+    }
+    return list;
+}
+
+std::string didYouMean(std::string_view name, std::span<std::string const> candidates) {
+    std::vector<std::string> const names = similarNames(name, candidates);
+    return names.empty() ? std::string() : "; did you mean " + orList(names) + "?";
 }
 
 } // namespace velk

@@ -1,21 +1,23 @@
 #include "tools/velk/Tag.h"
 
-#include "host/ValueText.h"
 #include "interfaces/ITag.h"
+#include "tools/velk/Values.h"
+
+#include <algorithm>
 
 namespace velk {
 
 std::string Tag::text(host::ValueBytes const& bytes) const {
-    host::Result<std::string> const text = host::formatValue(access.shownAs, bytes);
-    return text.ok() ? text.value() : text.failure().text;
+    return valueText(access, bytes);
 }
 
 nlohmann::json Tag::json(host::ValueBytes const& bytes) const {
-    return text(bytes);
+    return valueJson(access, bytes);
 }
 
 host::Result<host::ValueBytes> Tag::parse(std::string_view text) const {
-    return host::parseValue(text, access.shownAs, static_cast<std::size_t>(tag->GetVarLength()));
+    std::size_t const length = tag != nullptr ? static_cast<std::size_t>(std::max(0, tag->GetVarLength())) : 0;
+    return parseValue(access, text, length, plcType);
 }
 
 } // namespace velk

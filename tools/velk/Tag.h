@@ -2,8 +2,7 @@
 
 #include "host/Result.h"
 #include "host/TagReader.h"
-#include "interfaces/IcuType.h"
-#include "tools/velk/TagRequest.h"
+#include "tools/velk/Access.h"
 
 #include <nlohmann/json.hpp>
 
@@ -13,16 +12,6 @@
 class ITag;
 
 namespace velk {
-
-struct Variable;
-
-/** How the driver has to be asked for a variable, and how the bytes that it answers are to be understood. */
-struct Access {
-    std::string dataType; ///< for the tag address, with conversions: "short-6", "unsignedByte-24"
-    std::string addressSpace = "M";
-    ICU_Type shownAs = ICU_NONE; ///< what the bytes are; the driver's own type unless the tag carries them raw
-    bool reversed = false;       ///< elements come with their bytes in the opposite order of this machine
-};
 
 /** A tag of the driver with all that is needed to show and to parse its values. */
 struct Tag {

@@ -1,0 +1,20 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+
+namespace velk {
+
+/** @p bytes as UTF-8: as they are when they are that already, else taken for Latin-1. */
+std::string toUtf8(std::string_view bytes);
+
+/** The same with control characters written as \xNN, so that it does nothing to a terminal. */
+std::string displayable(std::string_view bytes);
+
+/** @p text as a field of a CSV line: in quotes when it has commas, quotes or line ends in it. */
+std::string csvField(std::string_view text);
+
+/** 1234567 as "1,234,567". */
+std::string grouped(unsigned long long number);
+
+} // namespace velk
