@@ -14,8 +14,9 @@ constexpr std::size_t kStreamLength = 2055;
 std::string piece(std::size_t offset, std::size_t length) {
     auto const container = _VELK::xmlContainer();
     EXPECT_LE(offset + length, container.size());
-    if (offset + length > container.size())
+    if (offset + length > container.size()) {
         return {};
+    }
     return {reinterpret_cast<char const*>(container.data()) + offset, length};
 }
 

@@ -24,8 +24,9 @@ struct Inflated {
         std::memcpy(input.data(), start + std::strlen(start) + 1, announced);
         std::vector<unsigned char> output(100000);
         z_stream stream{};
-        if (inflateInit(&stream) != Z_OK)
+        if (inflateInit(&stream) != Z_OK) {
             return;
+        }
         stream.next_in = input.data();
         stream.avail_in = static_cast<uInt>(input.size());
         stream.next_out = output.data();
@@ -72,13 +73,15 @@ TEST(DescriptionText, EndsWithOneLineEndBehindTheRoot) {
 }
 
 TEST(DescriptionText, HasNoTabsCarriageReturnsEmptyLinesOrBlanksAtLineEnds) {
-    for (char const* const unwanted : {"\t", "\r", "\n\n", " \n", " />", "'", "<!--"})
+    for (char const* const unwanted : {"\t", "\r", "\n\n", " \n", " />", "'", "<!--"}) {
         EXPECT_EQ(inflated().text.find(unwanted), std::string::npos) << '"' << unwanted << '"';
+    }
 }
 
 TEST(DescriptionText, IsPlainAscii) {
-    for (char const character : inflated().text)
+    for (char const character : inflated().text) {
         ASSERT_TRUE(character == '\n' || (character >= ' ' && character <= '~'));
+    }
 }
 
 TEST(DescriptionText, GreaterSignInAValueIsEscaped) {
@@ -92,8 +95,9 @@ TEST(DescriptionText, EveryLevelIsIndentedByFourBlanks) {
          {"\n    <usesUart>true</usesUart>\n", "\n    <parameters>\n", "\n    </parameters>\n",
           "\n        <parameter default=\"1\" ", "\n        <memtype display=\"PLC Memory\" ",
           "\n        <tag_field display=\"nodeid\" ", "\n        <model display=\"Intel\" ",
-          "\n        <conversion display=\"BCD\" ", "\n        <map idalType=\"boolean\" plcType=\"BOOL\"/>\n"})
+          "\n        <conversion display=\"BCD\" ", "\n        <map idalType=\"boolean\" plcType=\"BOOL\"/>\n"}) {
         EXPECT_NE(inflated().text.find(line), std::string::npos) << line;
+    }
 }
 
 TEST(DescriptionText, ElementWithTextAndChildrenStaysOnOneLine) {
@@ -117,23 +121,27 @@ struct Document : testing::Test {
     /** The children that are elements, in order. */
     static std::vector<pugi::xml_node> elements(pugi::xml_node parent) {
         std::vector<pugi::xml_node> result;
-        for (pugi::xml_node const child : parent.children())
-            if (child.type() == pugi::node_element)
+        for (pugi::xml_node const child : parent.children()) {
+            if (child.type() == pugi::node_element) {
                 result.push_back(child);
+            }
+        }
         return result;
     }
 
     static Attributes attributes(pugi::xml_node node) {
         Attributes result;
-        for (pugi::xml_attribute const attribute : node.attributes())
+        for (pugi::xml_attribute const attribute : node.attributes()) {
             result.emplace_back(attribute.name(), attribute.value());
+        }
         return result;
     }
 
     static Texts textsOf(std::vector<pugi::xml_node> const& nodes) {
         Texts result;
-        for (auto const node : nodes)
+        for (auto const node : nodes) {
             result.emplace_back(node.text().get());
+        }
         return result;
     }
 
@@ -177,8 +185,9 @@ TEST_F(Document, CapabilitiesAndIdentityComeFirst) {
                                                                        {"maxDisplayRows", "6"}};
     auto const children = elements(root);
     ASSERT_GE(children.size(), expected.size());
-    for (std::size_t i = 0; i < expected.size(); ++i)
+    for (std::size_t i = 0; i < expected.size(); ++i) {
         expectElement(children[i], expected[i].first, expected[i].second, {});
+    }
 }
 
 TEST_F(Document, NetworkAndOfflineSettingsFollow) {
@@ -220,8 +229,9 @@ struct DescriptionParameter : Document {
         expectElement(node, "parameter", key, expected);
         auto const choices = elements(node);
         EXPECT_EQ(textsOf(choices), entries) << key;
-        for (auto const choice : choices)
+        for (auto const choice : choices) {
             expectElement(choice, "list_entry", choice.text().get(), {});
+        }
     }
 };
 
@@ -458,8 +468,9 @@ TEST_F(Document, Models) {
         EXPECT_EQ(textsOf(references), (Texts{"M", "MB", "I", "IB", "Q", "QB", "3", "4", "5", "PROJ_ID"}));
         for (std::size_t k = 0; k < references.size(); ++k) {
             Attributes expected = {{"min", "0"}, {"max", "2147483647"}};
-            if (k == 0)
+            if (k == 0) {
                 expected.emplace_back("hasInternalConversion", "false");
+            }
             expectElement(references[k], "memtype_ref", references[k].text().get(), expected);
         }
     }
@@ -476,9 +487,10 @@ TEST_F(Document, Conversions) {
                              {"inv", "Inv bits", "0x71471"},      {"neg", "Negate", "0x18e18e"}};
     auto const conversions = elements(root.child("conversions"));
     ASSERT_EQ(conversions.size(), std::size(kRows));
-    for (std::size_t i = 0; i < conversions.size(); ++i)
+    for (std::size_t i = 0; i < conversions.size(); ++i) {
         expectElement(conversions[i], "conversion", kRows[i].name,
                       {{"display", kRows[i].display}, {"icomTypes", kRows[i].icomTypes}});
+    }
 }
 
 TEST_F(Document, MappedTypes) {

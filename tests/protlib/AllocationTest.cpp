@@ -24,13 +24,15 @@ std::size_t allocationsOfARead(int length) {
 }
 
 TEST(ReadAllocation, SixtyFourBytesUseNoHeap) {
-    for (int const length : {0, 1, 63, 64})
+    for (int const length : {0, 1, 63, 64}) {
         EXPECT_EQ(allocationsOfARead(length), 0U) << length;
+    }
 }
 
 TEST(ReadAllocation, SixtyFiveBytesAreAllocatedOnce) {
-    for (int const length : {65, 66, 256})
+    for (int const length : {65, 66, 256}) {
         EXPECT_EQ(allocationsOfARead(length), 1U) << length;
+    }
 }
 
 TEST(ReadAllocation, LengthOfTheImageCountsNotThatOfTheHostValue) {
@@ -174,11 +176,13 @@ TEST(MemoryShortage, NoCommandThrowsOrLosesItsTag) {
             }
             bool const taken = driver.created.empty();
             EXPECT_EQ(driver.deletions.size(), taken ? 1U : 0U) << command << ' ' << refused;
-            for (TestTag* const left : driver.created)
+            for (TestTag* const left : driver.created) {
                 delete left;
+            }
             driver.created.clear();
-            if (!wasRefused)
+            if (!wasRefused) {
                 break;
+            }
             EXPECT_LT(refused, 30U) << command;
         }
     }

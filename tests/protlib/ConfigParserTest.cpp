@@ -18,8 +18,10 @@ constexpr int kNodeIndependent = -1;
 std::vector<int> nodes(std::string const& configuration) {
     CfgParser const parser(configuration.c_str());
     std::vector<int> result;
-    for (int i = 0; i < parser.GetNodeCount(); ++i)
+    result.reserve(static_cast<std::size_t>(parser.GetNodeCount()));
+    for (int i = 0; i < parser.GetNodeCount(); ++i) {
         result.push_back(parser.GetNodeID(i));
+    }
     return result;
 }
 
@@ -188,8 +190,9 @@ TEST(CfgLookup, ValueRunsToTheNextWhiteSpace) {
 }
 
 TEST(CfgLookup, AnyWhiteSpaceBeforeTheKeyWillDo) {
-    for (char const separator : {' ', '\t', '\n', '\r', '\v', '\f'})
+    for (char const separator : {' ', '\t', '\n', '\r', '\v', '\f'}) {
         EXPECT_EQ(lookup(std::string("CfgVer=1") + separator + "a=1", "a"), "1") << static_cast<int>(separator);
+    }
 }
 
 TEST(CfgLookup, KeyInsideALongerNameDoesNotCount) {
@@ -558,8 +561,9 @@ TEST(CfgHostileText, NullConfigurationIsAnUnknownFormat) {
 
 TEST(CfgHostileText, ManyNodesAreAllListedOnce) {
     std::string text = "CfgVer=1";
-    for (int node = 0; node < 1000; ++node)
+    for (int node = 0; node < 1000; ++node) {
         text += " Node" + std::to_string(node) + "::a=1 Node" + std::to_string(node) + "::b=1";
+    }
     CfgParser const parser(text.c_str());
     ASSERT_EQ(parser.GetNodeCount(), 1000);
     EXPECT_EQ(parser.GetNodeID(0), 0);
@@ -576,14 +580,16 @@ TEST(CfgHostileText, RandomTextsKeepTheRules) {
     int found = 0;
     for (int round = 0; round < 20000; ++round) {
         std::string text;
-        for (int i = length(random); i > 0; --i)
+        for (int i = length(random); i > 0; --i) {
             text += pieces[piece(random)];
+        }
         CfgParser parser(text.c_str());
         ASSERT_EQ(parser.KnownFormat(), text.find("CfgVer=1") != std::string::npos) << text;
         std::vector<int> seen;
         for (int i = 0; i < parser.GetNodeCount(); ++i) {
-            for (int const earlier : seen)
+            for (int const earlier : seen) {
                 ASSERT_NE(earlier, parser.GetNodeID(i)) << text;
+            }
             seen.push_back(parser.GetNodeID(i));
             ASSERT_GE(seen.back(), 0) << text;
         }

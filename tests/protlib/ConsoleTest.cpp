@@ -115,8 +115,9 @@ TEST_F(Console, XmlShowsTheDescription) {
 }
 
 TEST_F(Console, XmlOfADriverWithoutADescriptionIsHarmless) {
-    for (int const size : {0, 1, 2, 40})
+    for (int const size : {0, 1, 2, 40}) {
         EXPECT_TRUE(run(driver, "xml", size).known);
+    }
 }
 
 TEST_F(Console, LastErrorShowsTheLastError) {
@@ -218,8 +219,9 @@ TEST_F(Console, ReadOfValuesAroundSixtyFourBytesShowsThemWhole) {
         driver.image.assign(length, 0x5A);
         driver.offer(TestTag(ICU_STRING, ICU_BYTE, static_cast<int>(length)));
         std::string text;
-        for (std::size_t i = 0; i < length; ++i)
+        for (std::size_t i = 0; i < length; ++i) {
             text += "5a";
+        }
         expectReply(driver, "read x", text + "\n");
     }
 }
@@ -323,8 +325,9 @@ TEST_F(Console, LongValuesAreWrittenWhole) {
     for (std::size_t const length : {64U, 65U, 300U}) {
         driver.offer(TestTag(ICU_STRING, ICU_BYTE, static_cast<int>(length)));
         std::string command = "write x ";
-        for (std::size_t i = 0; i < length; ++i)
+        for (std::size_t i = 0; i < length; ++i) {
             command += "c3";
+        }
         expectReply(driver, command.c_str(), "written ok\n");
         EXPECT_EQ(driver.written, Bytes(length, 0xC3));
     }
@@ -424,8 +427,9 @@ TEST_F(Banner, NullServiceNameEndsTheBanner) {
 TEST_F(Banner, IsCutAtEverySizeWithoutAZero) {
     piMultiTask = &multiTask;
     std::string const whole = std::string(kBanner) + "Tasks v.21\n";
-    for (std::size_t size = 0; size <= whole.size() + 2; ++size)
+    for (std::size_t size = 0; size <= whole.size() + 2; ++size) {
         EXPECT_EQ(info(static_cast<int>(size)), whole.substr(0, size)) << size;
+    }
 }
 
 TEST_F(Banner, NegativeSizeTakesNothing) {
@@ -454,8 +458,9 @@ TEST_F(Console, SizesThatAreNotPositiveTakeNothing) {
     for (int const size : {0, -1, -1000, std::numeric_limits<int>::min()}) {
         for (char const* const command : {"help", "info", "xml", "lasterror", "getmaxtm", "read", "write", "read x",
                                           "write x 11", "write x 1", "write x 1G", "deletetags"}) {
-            if (std::string(command).find(' ') != std::string::npos)
+            if (std::string(command).find(' ') != std::string::npos) {
                 driver.offer(TestTag());
+            }
             std::string buffer(32, kGuard);
             EXPECT_TRUE(driver.DoCommand(command, buffer.data() + 16, size)) << command;
             EXPECT_EQ(buffer, std::string(32, kGuard)) << command << ' ' << size;
@@ -479,15 +484,18 @@ TEST_F(Console, RandomLinesStayInsideTheirBuffer) {
     driver.image = Hex("01 02 03");
     for (int round = 0; round < 20000; ++round) {
         std::string command;
-        for (int i = number(random) % 7; i > 0; --i)
+        for (int i = number(random) % 7; i > 0; --i) {
             command += pieces[piece(random)];
+        }
         // A tag is on offer only sometimes; the line decides whether it is taken.
         std::unique_ptr<TestTag> left;
         TestTag* offered = nullptr;
-        if (number(random) % 2 == 0)
+        if (number(random) % 2 == 0) {
             offered = driver.offer(TestTag(ICU_STRING, ICU_BYTE, number(random) % 5));
-        if (run(driver, command.c_str(), number(random)).known)
+        }
+        if (run(driver, command.c_str(), number(random)).known) {
             ++known;
+        }
         if (!driver.created.empty()) {
             left.reset(offered);
             driver.created.clear();

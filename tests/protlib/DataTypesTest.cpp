@@ -72,13 +72,15 @@ TEST(DataTypes, LengthOfEveryElementType) {
 }
 
 TEST(DataTypes, LengthOfArraysAndStringsIsZero) {
-    for (int const value : {10, 11, 13, 14, 15, 16, 17, 18, 19, 20, 21, 22})
+    for (int const value : {10, 11, 13, 14, 15, 16, 17, 18, 19, 20, 21, 22}) {
         EXPECT_EQ(ProtUtilsN::GetDataLength(typeOf(value)), 0) << value;
+    }
 }
 
 TEST(DataTypes, LengthOfSixtyFourBitArraysAndUnknownValuesIsZero) {
-    for (int const value : {-2147483647 - 1, -1, 0, 25, 26, 27, 28, 32, 255, 2147483647})
+    for (int const value : {-2147483647 - 1, -1, 0, 25, 26, 27, 28, 32, 255, 2147483647}) {
         EXPECT_EQ(ProtUtilsN::GetDataLength(typeOf(value)), 0) << value;
+    }
 }
 
 TEST(DataTypes, FlagOfEveryType) {
@@ -111,13 +113,15 @@ TEST(DataTypes, FlagOfEveryType) {
 }
 
 TEST(DataTypes, FlagOfAnUnknownValueIsZero) {
-    for (int const value : {-2147483647 - 1, -1, 0, 27, 32, 33, 64, 2147483647})
+    for (int const value : {-2147483647 - 1, -1, 0, 27, 32, 33, 64, 2147483647}) {
         EXPECT_EQ(ProtUtilsN::GetTypeFlag(typeOf(value)), 0) << value;
+    }
 }
 
 TEST(DataTypes, OnlyBooleanAndBooleanArrayAreBitTypes) {
-    for (int value = -3; value <= 40; ++value)
+    for (int value = -3; value <= 40; ++value) {
         EXPECT_EQ(ProtUtilsN::IsBitType(typeOf(value)), value == 1 || value == 13) << value;
+    }
 }
 
 TEST(DataTypes, VersionOfTheUtilitySet) {

@@ -30,17 +30,21 @@ TEST(MemTypes, HasTheSevenAreas) {
 }
 
 TEST(MemTypes, RowByIndex) {
-    for (int index = 0; index < 7; ++index)
+    for (int index = 0; index < 7; ++index) {
         EXPECT_EQ(memTypeRow(index), &MemTypes.at(static_cast<std::size_t>(index)));
-    for (int const index : {-1, 7, 8, 100, INT_MAX, INT_MIN})
+    }
+    for (int const index : {-1, 7, 8, 100, INT_MAX, INT_MIN}) {
         EXPECT_EQ(memTypeRow(index), nullptr) << index;
+    }
 }
 
 TEST(MemTypes, RowByAreaNumberOfTheSymbolFile) {
-    for (std::uint32_t area = 0; area <= 5; ++area)
+    for (std::uint32_t area = 0; area <= 5; ++area) {
         EXPECT_EQ(memTypeRowOfArea(area), &MemTypes.at(area));
-    for (std::uint32_t const area : {6U, 7U, 0x100U, 0xFFFFU, 0x10000U, 0x80000000U, 0xFFFFFFFFU})
+    }
+    for (std::uint32_t const area : {6U, 7U, 0x100U, 0xFFFFU, 0x10000U, 0x80000000U, 0xFFFFFFFFU}) {
         EXPECT_EQ(memTypeRowOfArea(area), nullptr) << area;
+    }
 }
 
 TEST(MemTypes, RowByTheFirstLetterOfAnAddressSpace) {

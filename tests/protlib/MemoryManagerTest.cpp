@@ -133,8 +133,9 @@ TEST_F(TwoModels, ModelIsFoundByItsExactName) {
 }
 
 TEST_F(TwoModels, UnknownModelNameGivesTheFirstModel) {
-    for (char const* const name : {"motorola", "", "Motorol", "Motorola ", "MotorolaX", "INTEL"})
+    for (char const* const name : {"motorola", "", "Motorol", "Motorola ", "MotorolaX", "INTEL"}) {
         EXPECT_EQ(manager.getModel(name)->getName(), "Intel") << name;
+    }
     EXPECT_EQ(manager.getModel(std::string("Motorola\0", 9))->getName(), "Intel");
 }
 

@@ -85,15 +85,17 @@ TEST(ProtocolBase, TagErrorWithoutAnyTextsIsOnlyTheFrame) {
 
 TEST(ProtocolBase, ConvertsToItsFourNames) {
     TestDriver driver;
-    for (char const* const name : {"ProtocolBase", "IProtocol3", "IProtocol2", "IProtocol"})
+    for (char const* const name : {"ProtocolBase", "IProtocol3", "IProtocol2", "IProtocol"}) {
         EXPECT_EQ(static_cast<void*>(driver.ConvertTo(name)), static_cast<void*>(&driver)) << name;
+    }
 }
 
 TEST(ProtocolBase, ConvertsToNothingElse) {
     TestDriver driver;
     for (char const* const name : {"IInterface", "Protocol_VELK", "iprotocol", "IProtocol ", " IProtocol", "IProtocol4",
-                                   "", "protocolbase", "IProtoco", "IProtocolFactory"})
+                                   "", "protocolbase", "IProtoco", "IProtocolFactory"}) {
         EXPECT_EQ(driver.ConvertTo(name), nullptr) << name;
+    }
 }
 
 TEST(ProtocolBase, IdentIsTheNameUntilItIsSet) {
@@ -281,8 +283,9 @@ TEST(TagRegistry, FreedTagIsDestroyedOnceAndTheOthersStay) {
     driver.offer(TestTag(), "a");
     TestTag* const b = driver.offer(TestTag(), "b");
     driver.offer(TestTag(), "c");
-    for (int i = 0; i < 3; ++i)
+    for (int i = 0; i < 3; ++i) {
         driver.CreateTag("x");
+    }
     driver.FreeTag(b);
     EXPECT_EQ(driver.deletions, Names{"b"});
     driver.DeleteTags();
@@ -294,8 +297,9 @@ TEST(TagRegistry, TagRegisteredTwiceIsDestroyedOnce) {
     driver.offer(TestTag(), "other");
     TestTag* const twice = driver.offer(TestTag(), "twice");
     driver.created.push_back(twice);
-    for (int i = 0; i < 3; ++i)
+    for (int i = 0; i < 3; ++i) {
         driver.CreateTag("x");
+    }
     driver.FreeTag(twice);
     EXPECT_EQ(driver.deletions, Names{"twice"});
     driver.DeleteTags();
@@ -327,10 +331,12 @@ TEST(TagRegistry, FreeingNullKeepsEveryTag) {
 
 TEST(TagRegistry, DeleteTagsDestroysInTheOrderOfCreationAndEmptiesTheRegistry) {
     TestDriver driver;
-    for (char const* const name : {"a", "b", "c"})
+    for (char const* const name : {"a", "b", "c"}) {
         driver.offer(TestTag(), name);
-    for (int i = 0; i < 3; ++i)
+    }
+    for (int i = 0; i < 3; ++i) {
         driver.CreateTag("x");
+    }
     driver.DeleteTags();
     EXPECT_EQ(driver.deletions, (Names{"a", "b", "c"}));
     driver.DeleteTags();
@@ -344,8 +350,9 @@ TEST(TagRegistry, DeleteTagsDestroysInTheOrderOfCreationAndEmptiesTheRegistry) {
 TEST(TagRegistry, DestructionOfTheProtocolDestroysItsTags) {
     auto driver = std::make_unique<TestDriver>();
     auto const log = driver->log;
-    for (char const* const name : {"a", "b"})
+    for (char const* const name : {"a", "b"}) {
         driver->offer(TestTag(), name);
+    }
     driver->CreateTag("x");
     driver->CreateTag("x");
     driver.reset();
@@ -440,8 +447,9 @@ public:
     bool ReadBitBlock(ITag const* /*tag*/, unsigned char* bytes, int bits) override {
         lastBits = bits;
         bytes[0] = 0xFF;
-        if (!readSucceeds)
+        if (!readSucceeds) {
             SetError(-6, "bits refused");
+        }
         return readSucceeds;
     }
     int lastBits = -1;

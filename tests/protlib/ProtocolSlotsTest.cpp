@@ -109,10 +109,11 @@ struct ProtocolSlots : testing::Test {
     template <typename Result, typename... Arguments>
     std::string at(std::size_t slot, Arguments... arguments) {
         SlotDriver::called = "nothing";
-        if constexpr (std::is_void_v<Result>)
+        if constexpr (std::is_void_v<Result>) {
             callSlot<void>(&driver, slot, arguments...);
-        else
+        } else {
             answer = static_cast<long>(0) + asNumber(callSlot<Result>(&driver, slot, arguments...));
+        }
         return SlotDriver::called;
     }
 

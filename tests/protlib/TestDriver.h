@@ -19,8 +19,9 @@ public:
     bool Write(ITag const* tag, unsigned char const* value) override {
         written.assign(value, value + tag->GetVarLength());
         ++writes;
-        if (!writeSucceeds)
+        if (!writeSucceeds) {
             SetError(-6, "the PLC refused");
+        }
         return writeSucceeds;
     }
     bool ReadBlock(ITag const* tag, unsigned char* bytes, int length) override {
@@ -29,8 +30,9 @@ public:
         lastLength = length;
         bufferWasZero = std::all_of(bytes, bytes + length, [](unsigned char byte) { return byte == 0; });
         std::copy_n(image.begin(), std::min(image.size(), static_cast<std::size_t>(length)), bytes);
-        if (!readSucceeds)
+        if (!readSucceeds) {
             SetError(-4, "Timeout on data receiving");
+        }
         return readSucceeds;
     }
     char const* GetName() const override { return driverName; }

@@ -18,8 +18,9 @@ public:
         conversions = std::move(keywords);
     }
     ~TestTag() override {
-        if (deletions != nullptr)
+        if (deletions != nullptr) {
             deletions->push_back(name);
+        }
     }
     TestTag(TestTag const&) = default;
     TestTag& operator=(TestTag const&) = delete;

@@ -252,8 +252,9 @@ TEST(TypeText, RandomTextsNeverGiveANegativeLength) {
     int knownTexts = 0;
     for (int round = 0; round < 50000; ++round) {
         std::string text;
-        for (int i = count(random); i > 0; --i)
+        for (int i = count(random); i > 0; --i) {
             text += pieces[piece(random)];
+        }
         TypeText const result = parse(text);
         if (result.known) {
             ++knownTexts;

@@ -12,7 +12,6 @@ namespace {
 using velktest::Bytes;
 using velktest::Hex;
 using velktest::ToHex;
-using velktest::operator+;
 
 constexpr bool kTowardsHost = false;
 constexpr bool kTowardsPlc = true;
@@ -99,8 +98,9 @@ void expectFailsBothWays(char const* keyword, Type type, std::string_view value)
 
 TEST(ConversionKeyword, IsComparedExactlyAndCaseSensitively) {
     for (char const* const keyword : {"BCD", "Bcd", "SWAP2", "Neg", "INV", "swap", "swap3", "swap16", "swap2 ", " bcd",
-                                      "", "negate", "swapNibble", "swapnibbles", "bc"})
+                                      "", "negate", "swapNibble", "swapnibbles", "bc"}) {
         expectFailsBothWays(keyword, kUnsignedShort, "12 34");
+    }
 }
 
 TEST(ConversionKeyword, UnknownOneLeavesTheBytes) {
@@ -152,8 +152,9 @@ TEST(SwapNibble, ExchangesTheNibblesOfEveryByte) {
 }
 
 TEST(SwapNibble, AcceptsEveryType) {
-    for (auto const type : kEveryType)
+    for (auto const type : kEveryType) {
         expectBothWays("swapnibble", type, "12 34 56 78 9A BC DE F0", "21 43 65 87 A9 CB ED 0F");
+    }
 }
 
 TEST(Swap2, ExchangesTheBytesOfEveryPair) {
@@ -163,8 +164,9 @@ TEST(Swap2, ExchangesTheBytesOfEveryPair) {
 }
 
 TEST(Swap2, AcceptsEveryType) {
-    for (auto const type : kEveryType)
+    for (auto const type : kEveryType) {
         expectBothWays("swap2", type, "01 02 03 04 05 06 07 08", "02 01 04 03 06 05 08 07");
+    }
 }
 
 TEST(Swap2, FailsOnOddLengths) {
@@ -179,8 +181,9 @@ TEST(Swap4, ReversesEveryGroupOfFour) {
 }
 
 TEST(Swap4, AcceptsEveryType) {
-    for (auto const type : kEveryType)
+    for (auto const type : kEveryType) {
         expectBothWays("swap4", type, "01 02 03 04 05 06 07 08", "04 03 02 01 08 07 06 05");
+    }
 }
 
 TEST(Swap4, FailsWhenTheLengthIsNoMultipleOfFour) {
@@ -197,8 +200,9 @@ TEST(Swap8, ReversesEveryGroupOfEight) {
 }
 
 TEST(Swap8, AcceptsEveryType) {
-    for (auto const type : kEveryType)
+    for (auto const type : kEveryType) {
         expectBothWays("swap8", type, "01 02 03 04 05 06 07 08", "08 07 06 05 04 03 02 01");
+    }
 }
 
 TEST(Swap8, FailsWhenTheLengthIsNoMultipleOfEight) {
@@ -283,8 +287,9 @@ TEST(Bcd, ElementsAreTakenByTheirLengthWhateverTheirType) {
 }
 
 TEST(Bcd, EightByteElementsSumInThirtyTwoBitsTowardsTheHost) {
-    for (auto const type : {kDouble, kTime, kUint64, kInt64, kDoubles, kTimes, kUint64s, kInt64s})
+    for (auto const type : {kDouble, kTime, kUint64, kInt64, kDoubles, kTimes, kUint64s, kInt64s}) {
         expectOneWay("bcd", type, "34 12 00 00 00 00 00 00", "D2 04 00 00 00 00 00 00", kTowardsHost);
+    }
     expectOneWay("bcd", kUint64, "00 00 00 00 01 00 00 00", "00 E1 F5 05 00 00 00 00", kTowardsHost); // 100^4
     // 42 * 100^4 + 94967295 is 2^32 - 1, and one more is 0 again.
     expectOneWay("bcd", kUint64, "95 72 96 94 42 00 00 00", "FF FF FF FF 00 00 00 00", kTowardsHost);
@@ -293,8 +298,9 @@ TEST(Bcd, EightByteElementsSumInThirtyTwoBitsTowardsTheHost) {
 }
 
 TEST(Bcd, EightByteElementsFailTowardsThePlc) {
-    for (auto const type : {kDouble, kTime, kUint64, kInt64, kDoubles, kTimes, kUint64s, kInt64s})
+    for (auto const type : {kDouble, kTime, kUint64, kInt64, kDoubles, kTimes, kUint64s, kInt64s}) {
         expectFails("bcd", type, "00 00 00 00 00 00 00 00", kTowardsPlc);
+    }
 }
 
 TEST(Bcd, ValueShorterThanOneElementIsLeftAlone) {
@@ -357,11 +363,12 @@ TEST(Neg, SixtyFourBitIntegersOfBothSigns) {
     }
 }
 
-/** An array of @p count elements, each the @p element. */
-Bytes repeated(std::string_view element, int count) {
-    Bytes bytes;
-    for (int i = 0; i < count; ++i)
-        bytes = bytes + Hex(element);
+/** @p bytes with @p count elements behind them, each the @p element. */
+Bytes repeated(std::string_view element, int count, Bytes bytes = {}) {
+    Bytes const one = Hex(element);
+    for (int i = 0; i < count; ++i) {
+        bytes.insert(bytes.end(), one.begin(), one.end());
+    }
     return bytes;
 }
 
@@ -370,29 +377,32 @@ void expectNegated(Type type, std::string_view one, std::string_view minusOne, i
     Bytes bytes = repeated(one, count);
     TestTag const tag(type.type, type.item, static_cast<int>(bytes.size()));
     ASSERT_TRUE(tag.DoConversion(bytes.data(), "neg", kTowardsHost));
-    EXPECT_EQ(bytes, repeated(minusOne, negated) + repeated(one, count - negated))
+    EXPECT_EQ(bytes, repeated(one, count - negated, repeated(minusOne, negated)))
         << "type " << type.type << ", " << count << " elements: " << ToHex(bytes);
     bytes = repeated(one, count);
     ASSERT_TRUE(tag.DoConversion(bytes.data(), "neg", kTowardsPlc));
-    EXPECT_EQ(bytes, repeated(minusOne, negated) + repeated(one, count - negated))
+    EXPECT_EQ(bytes, repeated(one, count - negated, repeated(minusOne, negated)))
         << "type " << type.type << ", " << count << " elements: " << ToHex(bytes);
 }
 
 TEST(Neg, ShortArrayIsNegatedAsFarAsTheBytePositionLiesBelowTheCount) {
     for (auto const& [count, negated] :
-         std::vector<std::pair<int, int>>{{1, 1}, {2, 1}, {3, 2}, {4, 2}, {5, 3}, {10, 5}, {11, 6}})
+         std::vector<std::pair<int, int>>{{1, 1}, {2, 1}, {3, 2}, {4, 2}, {5, 3}, {10, 5}, {11, 6}}) {
         expectNegated(kShorts, "01 00", "FF FF", count, negated);
+    }
 }
 
 TEST(Neg, IntArrayOfFourChangesOnlyTheFirstAndOfFiveTheFirstTwo) {
     for (auto const& [count, negated] :
-         std::vector<std::pair<int, int>>{{1, 1}, {3, 1}, {4, 1}, {5, 2}, {8, 2}, {9, 3}, {16, 4}, {17, 5}})
+         std::vector<std::pair<int, int>>{{1, 1}, {3, 1}, {4, 1}, {5, 2}, {8, 2}, {9, 3}, {16, 4}, {17, 5}}) {
         expectNegated(kInts, "01 00 00 00", "FF FF FF FF", count, negated);
+    }
 }
 
 TEST(Neg, FloatArrayIsNegatedForAQuarter) {
-    for (auto const& [count, negated] : std::vector<std::pair<int, int>>{{1, 1}, {4, 1}, {5, 2}, {8, 2}, {9, 3}})
+    for (auto const& [count, negated] : std::vector<std::pair<int, int>>{{1, 1}, {4, 1}, {5, 2}, {8, 2}, {9, 3}}) {
         expectNegated(kFloats, "00 00 80 3F", "00 00 80 BF", count, negated);
+    }
 }
 
 TEST(Neg, EightByteArraysAreNegatedForAnEighth) {
@@ -406,8 +416,9 @@ TEST(Neg, EightByteArraysAreNegatedForAnEighth) {
 
 TEST(Neg, RefusesEveryOtherElementType) {
     for (auto const type : {kBoolean, kUnsignedByte, kUnsignedShort, kUnsignedInt, kTime, kBooleans, kUnsignedBytes,
-                            kUnsignedShorts, kUnsignedInts, kTimes, kBinary})
+                            kUnsignedShorts, kUnsignedInts, kTimes, kBinary}) {
         expectFailsBothWays("neg", type, "01 02 03 04 05 06 07 08");
+    }
 }
 
 TEST(Neg, RefusesScalarsOfStringBinaryAndArrayTypes) {
@@ -448,8 +459,9 @@ TEST(Inv, UnsignedIntegersAndBinariesAreComplemented) {
 
 TEST(Inv, RefusesEveryOtherElementType) {
     for (auto const type : {kByte, kShort, kInt, kFloat, kDouble, kString, kTime, kBytes, kShorts, kInts, kFloats,
-                            kDoubles, kTimes, kUint64, kInt64, kUint64s, kInt64s})
+                            kDoubles, kTimes, kUint64, kInt64, kUint64s, kInt64s}) {
         expectFailsBothWays("inv", type, "01 02 03 04 05 06 07 08");
+    }
     expectFailsBothWays("inv", {ICU_STRING}, "01 02");
     expectFailsBothWays("inv", {ICU_NONE}, "01 02");
 }

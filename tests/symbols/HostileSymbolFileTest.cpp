@@ -38,8 +38,9 @@ int parse(RtsSym const& table, Bytes bytes, SymbolListTag& list) {
 /** Uses everything that a parse has left, so that a wild pointer or an unterminated text shows. */
 std::size_t walk(SymbolListTag const& list) {
     std::size_t characters = 0;
-    for (auto const& symbol : list.all())
+    for (auto const& symbol : list.all()) {
         characters += std::strlen(symbol.name) + std::strlen(symbol.typeName);
+    }
     return characters;
 }
 
@@ -76,9 +77,10 @@ TEST(HostileSymbolFile, FullFileIsValid) {
 
 TEST(HostileSymbolFile, CutAtAnyByteIsRefused) {
     Bytes const good = fullFile();
-    for (std::size_t length = 0; length < good.size(); ++length)
+    for (std::size_t length = 0; length < good.size(); ++length) {
         EXPECT_EQ(parseAnything(Bytes(good.begin(), good.begin() + static_cast<std::ptrdiff_t>(length)), good), 0)
             << length;
+    }
 }
 
 TEST(HostileSymbolFile, AnyCorruptedByteIsHarmless) {
@@ -88,8 +90,9 @@ TEST(HostileSymbolFile, AnyCorruptedByteIsHarmless) {
         for (unsigned const value : {0x00U, 0x01U, 0x7FU, 0x80U, 0xFFU}) {
             Bytes bad = good;
             bad[offset] = static_cast<unsigned char>(value);
-            if (parseAnything(bad, good) == 0)
+            if (parseAnything(bad, good) == 0) {
                 ++refused;
+            }
         }
     }
     EXPECT_GT(refused, 100);
@@ -100,8 +103,9 @@ TEST(HostileSymbolFile, AnyFourBytesMayBeAHugeNumber) {
     for (std::size_t offset = 0; offset + 4 <= good.size(); ++offset) {
         for (std::uint32_t const value : {0xFFFFFFFFU, 0x7FFFFFFFU, 0x80000000U, 0x20000000U, 0x00010000U, 0U}) {
             Bytes bad = good;
-            for (unsigned i = 0; i < 4; ++i)
+            for (unsigned i = 0; i < 4; ++i) {
                 bad[offset + i] = static_cast<unsigned char>((value >> (8 * i)) & 0xFFU);
+            }
             parseAnything(bad, good);
         }
     }
@@ -115,8 +119,9 @@ TEST(HostileSymbolFile, RandomChangesAreHarmless) {
     std::uniform_int_distribution<unsigned> value(0, 255);
     for (int round = 0; round < 4000; ++round) {
         Bytes bad = good;
-        for (int i = count(random); i > 0; --i)
+        for (int i = count(random); i > 0; --i) {
             bad[place(random)] = static_cast<unsigned char>(value(random));
+        }
         parseAnything(bad, good);
     }
 }
@@ -129,8 +134,9 @@ TEST(HostileSymbolFile, RandomBytesBehindAGoodHeaderAreHarmless) {
     for (int round = 0; round < 2000; ++round) {
         SdbBytes file;
         file.fileHeader().section(2, 100, value(random) % 4);
-        for (std::size_t i = length(random); i > 0; --i)
+        for (std::size_t i = length(random); i > 0; --i) {
             file.byte(value(random) % 3 == 0 ? value(random) : value(random) % 6);
+        }
         parseAnything(file.bytes(), good);
     }
 }
@@ -140,12 +146,13 @@ TEST(HostileSymbolFile, OverlappingRecordsDoNotMultiplyTheMemory) {
     SdbBytes file = SdbBytes::withInt();
     constexpr std::uint32_t kCount = 20000;
     file.section(3, 0x100000, kCount);
-    for (std::uint32_t i = 0; i < kCount; ++i)
+    for (std::uint32_t i = 0; i < kCount; ++i) {
         file.variableRecord(5, 26, 0, 0, 0, 0xFFFF);
+    }
     RtsSym table(1);
     SymbolListTag list;
     parse(table, file.bytes(), list);
-    EXPECT_LE(walk(list), file.bytes().size() + 8 * kCount) << "names of more bytes than the file has";
+    EXPECT_LE(walk(list), file.bytes().size() + std::size_t{8} * kCount) << "names of more bytes than the file has";
 }
 
 } // namespace

@@ -19,8 +19,9 @@ using Names = std::vector<std::string>;
 /** The keys of one bucket, in the order of its chain. */
 Names chain(RtsHashTag const& index, int bucket) {
     Names keys;
-    for (RtsHashNode const* node = index.chain(bucket); node != nullptr; node = node->next)
+    for (RtsHashNode const* node = index.chain(bucket); node != nullptr; node = node->next) {
         keys.emplace_back(node->key);
+    }
     return keys;
 }
 
@@ -28,9 +29,11 @@ Names chain(RtsHashTag const& index, int bucket) {
 int bucketOf(char const* key, int bucketCount) {
     RtsHashTag index(bucketCount, false);
     EXPECT_TRUE(RtsSym::UtlHashAdd(&index, key, nullptr));
-    for (int bucket = 0; bucket < bucketCount; ++bucket)
-        if (index.chain(bucket) != nullptr)
+    for (int bucket = 0; bucket < bucketCount; ++bucket) {
+        if (index.chain(bucket) != nullptr) {
             return bucket;
+        }
+    }
     ADD_FAILURE() << key << " is in no bucket";
     return -1;
 }
@@ -60,8 +63,9 @@ TEST(NameIndexBucket, BytesAboveAsciiCountAsUnsigned) {
 
 TEST(NameIndexBucket, NewNamesGoToTheEndOfTheChain) {
     RtsHashTag index(10, false);
-    for (char const* const key : {"AB", "x", "BA", "C@"})
+    for (char const* const key : {"AB", "x", "BA", "C@"}) {
         EXPECT_TRUE(RtsSym::UtlHashAdd(&index, key, nullptr));
+    }
     EXPECT_EQ(chain(index, 1), (Names{"AB", "BA", "C@"})); // 131
     EXPECT_EQ(chain(index, 8), Names{"x"});                // 88
     EXPECT_EQ(chain(index, 0), Names{});
@@ -71,8 +75,9 @@ TEST(NameIndexBucket, NewIndexHasOnlyEmptyChains) {
     RtsHashTag const index(3, true);
     EXPECT_EQ(index.bucketCount(), 3);
     EXPECT_TRUE(index.copiesKeys());
-    for (int bucket = 0; bucket < 3; ++bucket)
+    for (int bucket = 0; bucket < 3; ++bucket) {
         EXPECT_EQ(index.chain(bucket), nullptr);
+    }
     EXPECT_FALSE(RtsHashTag(3, false).copiesKeys());
 }
 
@@ -89,15 +94,17 @@ struct NameIndex : testing::Test {
 
 TEST_F(NameIndex, FindsWhatWasAddedWhateverItsCase) {
     EXPECT_TRUE(RtsSym::UtlHashAdd(&index, "Main.Counter", &one));
-    for (char const* const key : {"Main.Counter", "MAIN.COUNTER", "main.counter", "mAIN.cOUNTER"})
+    for (char const* const key : {"Main.Counter", "MAIN.COUNTER", "main.counter", "mAIN.cOUNTER"}) {
         EXPECT_EQ(valueOf(key), &one) << key;
+    }
     EXPECT_STREQ(RtsSym::UtlHashGet(&index, "MAIN.COUNTER")->key, "Main.Counter");
 }
 
 TEST_F(NameIndex, DoesNotFindWhatOnlyResemblesIt) {
     EXPECT_TRUE(RtsSym::UtlHashAdd(&index, "AB", &one));
-    for (char const* const key : {"BA", "A", "ABA", "ABAAAAAAAAAA", "", "AB ", "A B", "@C"})
+    for (char const* const key : {"BA", "A", "ABA", "ABAAAAAAAAAA", "", "AB ", "A B", "@C"}) {
         EXPECT_EQ(RtsSym::UtlHashGet(&index, key), nullptr) << key;
+    }
 }
 
 TEST_F(NameIndex, FirstOfAnEqualNameWins) {
@@ -106,8 +113,9 @@ TEST_F(NameIndex, FirstOfAnEqualNameWins) {
     EXPECT_FALSE(RtsSym::UtlHashAdd(&index, "Counter", &two));
     EXPECT_EQ(valueOf("COUNTER"), &one);
     std::size_t names = 0;
-    for (int bucket = 0; bucket < 10; ++bucket)
+    for (int bucket = 0; bucket < 10; ++bucket) {
         names += chain(index, bucket).size();
+    }
     EXPECT_EQ(names, 1U);
 }
 
@@ -172,10 +180,13 @@ TEST_F(NameIndex, TakesMoreNamesThanExpected) {
     for (std::uint32_t const expected : {0U, 1U, 1000U}) {
         RtsHashTag many(7, true, expected);
         std::vector<std::string> keys;
-        for (int i = 0; i < 5000; ++i)
+        keys.reserve(5000);
+        for (int i = 0; i < 5000; ++i) {
             keys.push_back("PLC_PRG.Value_" + std::to_string(i));
-        for (auto& key : keys)
+        }
+        for (auto& key : keys) {
             ASSERT_TRUE(RtsSym::UtlHashAdd(&many, key.c_str(), &key)) << key;
+        }
         for (auto& key : keys) {
             RtsHashNode const* const node = RtsSym::UtlHashGet(&many, key.c_str());
             ASSERT_NE(node, nullptr) << key;
@@ -184,8 +195,9 @@ TEST_F(NameIndex, TakesMoreNamesThanExpected) {
         }
         EXPECT_EQ(RtsSym::UtlHashGet(&many, "PLC_PRG.Value_5000"), nullptr);
         std::size_t names = 0;
-        for (int bucket = 0; bucket < 7; ++bucket)
+        for (int bucket = 0; bucket < 7; ++bucket) {
             names += chain(many, bucket).size();
+        }
         EXPECT_EQ(names, keys.size());
     }
 }
@@ -194,25 +206,29 @@ TEST_F(NameIndex, AnswersLikeAWalkThroughTheChain) {
     // Names that share their sums, so that every chain is long.
     std::vector<std::string> keys;
     std::string letters = "abcdef";
-    do
+    do {
         keys.push_back(letters);
-    while (std::next_permutation(letters.begin(), letters.end()));
-    for (auto& key : keys)
+    } while (std::next_permutation(letters.begin(), letters.end()));
+    for (auto& key : keys) {
         ASSERT_TRUE(RtsSym::UtlHashAdd(&index, key.c_str(), &key));
+    }
     Names const inChain = chain(index, (65 + 66 + 67 + 68 + 69 + 70) % 10);
     EXPECT_EQ(inChain, Names(keys.begin(), keys.end()));
-    for (auto& key : keys)
+    for (auto& key : keys) {
         EXPECT_EQ(valueOf(key.c_str()), &key);
+    }
 }
 
 TEST_F(NameIndex, OneChainOfManyNamesDoesNotSlowTheIndexDown) {
     // A walk through this one chain for each name would take twenty thousand million steps and not end in time.
     constexpr int kNames = 200000;
     RtsHashTag single(1, true);
-    for (int i = 0; i < kNames; ++i)
+    for (int i = 0; i < kNames; ++i) {
         ASSERT_TRUE(RtsSym::UtlHashAdd(&single, ("APPLICATION.GVL.rTemperature_" + std::to_string(i)).c_str(), this));
-    for (int i = 0; i < kNames; ++i)
+    }
+    for (int i = 0; i < kNames; ++i) {
         ASSERT_NE(RtsSym::UtlHashGet(&single, ("application.gvl.RTEMPERATURE_" + std::to_string(i)).c_str()), nullptr);
+    }
     EXPECT_EQ(chain(single, 0).size(), static_cast<std::size_t>(kNames));
 }
 

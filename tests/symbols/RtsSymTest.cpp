@@ -66,8 +66,9 @@ struct Table : testing::Test {
 TEST_F(Table, NewOneIsEmptyAndActiveForNobody) {
     expectNoSymbols();
     EXPECT_EQ(table.symbols().count, 0U);
-    for (std::uint16_t node = 0; node < 300; ++node)
+    for (std::uint16_t node = 0; node < 300; ++node) {
         EXPECT_FALSE(table.SymIsActive(node)) << node;
+    }
 }
 
 TEST_F(Table, FlagsBelongToTheirNode) {
@@ -90,8 +91,9 @@ TEST_F(Table, NodesOutOfRangeAreIgnored) {
         EXPECT_FALSE(table.SymIsActive(node)) << node;
         table.ResetSymIsActive(node);
     }
-    for (std::uint16_t node = 0; node < 257; ++node)
+    for (std::uint16_t node = 0; node < 257; ++node) {
         EXPECT_FALSE(table.SymIsActive(node)) << node;
+    }
 }
 
 TEST_F(Table, TableForNoNodesKnowsNone) {
@@ -135,8 +137,9 @@ TEST_F(Table, ProjectIdentifierNeedNotBeWanted) {
 
 TEST_F(Table, OnlyTheLoadingNodesFlagIsSet) {
     ASSERT_EQ(load(256, fileWith({"a"})), 1);
-    for (std::uint16_t node = 0; node < 256; ++node)
+    for (std::uint16_t node = 0; node < 256; ++node) {
         EXPECT_FALSE(table.SymIsActive(node)) << node;
+    }
     EXPECT_TRUE(table.SymIsActive(256));
 }
 
@@ -320,8 +323,9 @@ TEST_F(Table, ExitClearsTheSymbolsAndTheFlagsOfAllNodes) {
 
 int yieldsOfALoad(velktest::TempDir const& directory, std::size_t count) {
     std::vector<std::string> names;
-    for (std::size_t i = 0; i < count; ++i)
+    for (std::size_t i = 0; i < count; ++i) {
         names.push_back("v" + std::to_string(i));
+    }
     directory.Put("yield.sdb", fileWith(names));
     RtsSym table(1, countYield);
     yieldCount = 0;
@@ -358,9 +362,10 @@ TEST_F(Table, LoadWithoutASchedulerSucceeds) {
 TEST_F(Table, TensOfThousandsOfSimilarNamesAreAllFound) {
     constexpr std::uint32_t kCount = 60000;
     std::vector<std::string> names;
-    for (std::uint32_t i = 0; i < kCount; ++i)
+    for (std::uint32_t i = 0; i < kCount; ++i) {
         names.push_back("APPLICATION.GVL_Plant.stStation[" + std::to_string(i / 100) + "].rValue" +
                         std::to_string(i % 100));
+    }
     ASSERT_EQ(load(0, fileWith(names)), 1);
     EXPECT_EQ(table.symbols().count, kCount);
     EXPECT_EQ(table.symbols().index->bucketCount(), 90000);

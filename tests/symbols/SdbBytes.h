@@ -38,8 +38,9 @@ public:
     /** A section that nobody looks into, of 16 + @p content bytes. */
     SdbBytes& otherSection(std::uint32_t kind, std::uint32_t content) {
         section(kind, 16 + content, 7);
-        for (std::uint32_t i = 0; i < content; ++i)
+        for (std::uint32_t i = 0; i < content; ++i) {
             byte(0xEE);
+        }
         return *this;
     }
 
@@ -66,8 +67,9 @@ public:
                         std::uint32_t dimensions = 1) {
         auto const n = static_cast<std::uint32_t>(name.size()) + 1;
         typeRecord(4, 18 + n + 8 + 8 * dimensions, 9, size, n).text(name).byte(0).u32(elementType).u32(dimensions);
-        for (std::uint32_t i = 0; i < dimensions; ++i)
+        for (std::uint32_t i = 0; i < dimensions; ++i) {
             u32(1).u32(10);
+        }
         return *this;
     }
 
@@ -111,9 +113,11 @@ using OpenFile = std::unique_ptr<std::FILE, CloseFile>;
 inline OpenFile openFile(velktest::Bytes const& content) {
     OpenFile file(std::tmpfile());
     if (file != nullptr && !content.empty() &&
-        std::fwrite(content.data(), 1, content.size(), file.get()) != content.size())
+        std::fwrite(content.data(), 1, content.size(), file.get()) != content.size()) {
         file.reset();
-    if (file != nullptr)
+    }
+    if (file != nullptr) {
         std::rewind(file.get());
+    }
     return file;
 }

@@ -16,8 +16,9 @@ velktest::Bytes fileWithVariables(std::uint32_t count) {
     SdbBytes file;
     file.fileHeader(5).section(2, 500, 2).arrayType("ARRAY OF INT", 20, 1).simpleType("INT", 3, 2);
     file.section(3, 0x100000, count);
-    for (std::uint32_t i = 0; i < count; ++i)
+    for (std::uint32_t i = 0; i < count; ++i) {
         file.variable("PLC_PRG.Value" + std::to_string(i), i % 2, 0, i);
+    }
     return file.bytes();
 }
 
@@ -72,8 +73,9 @@ TEST_F(SymbolMemory, SingleRefusedAllocationIsAFailureToo) {
             EXPECT_EQ(table.SymGetSymbol("PLC_PRG.Value0"), nullptr) << refused;
         }
         EXPECT_EQ(table.SymLoadSymbolsFromFile(0, path.c_str(), nullptr), 1) << refused;
-        if (!wasRefused)
+        if (!wasRefused) {
             break;
+        }
     }
 }
 
@@ -89,8 +91,9 @@ TEST_F(SymbolMemory, NamesAreRefusedWhenTheirMemoryIs) {
             missing = missing || !added;
         }
         EXPECT_EQ(missing, AllocationGate::Refused()) << refused;
-        if (!missing)
+        if (!missing) {
             break;
+        }
     }
 }
 

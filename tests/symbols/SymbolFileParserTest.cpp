@@ -57,8 +57,9 @@ void expectRefused(SdbBytes const& file) {
 /** The names of all symbols. */
 std::vector<std::string> names(Parsed const& parsed) {
     std::vector<std::string> result;
-    for (auto const& symbol : parsed.list.all())
+    for (auto const& symbol : parsed.list.all()) {
         result.emplace_back(symbol.name);
+    }
     return result;
 }
 
@@ -122,22 +123,25 @@ TEST(SymbolFile, AreaAndOffsetAreKeptAsTheyAreRead) {
 SdbBytes fileWithHeader(std::uint32_t format, std::uint32_t headerLength, std::uint32_t variant) {
     SdbBytes file;
     file.fileHeader(0x11223344, headerLength, format, variant);
-    for (std::uint32_t i = 16; i < headerLength && i < 64; ++i)
+    for (std::uint32_t i = 16; i < headerLength && i < 64; ++i) {
         file.byte(0xDD);
+    }
     file.section(2, 16 + 22, 1).simpleType("INT", 3, 2).section(3, 200, 1).variable("a");
     return file;
 }
 
 TEST(SymbolFileHeaderCheck, FormatMustBeOne) {
     EXPECT_EQ(Parsed(fileWithHeader(1, 16, 0)).result, 1);
-    for (std::uint32_t const format : {0U, 2U, 0x101U, 0x01000000U, 0xFFFFFFFFU})
+    for (std::uint32_t const format : {0U, 2U, 0x101U, 0x01000000U, 0xFFFFFFFFU}) {
         expectRefused(fileWithHeader(format, 16, 0));
+    }
 }
 
 TEST(SymbolFileHeaderCheck, VariantMustBeZeroOrOne) {
     EXPECT_EQ(Parsed(fileWithHeader(1, 16, 1)).result, 1);
-    for (std::uint32_t const variant : {2U, 0x100U, 0xFFFFFFFFU})
+    for (std::uint32_t const variant : {2U, 0x100U, 0xFFFFFFFFU}) {
         expectRefused(fileWithHeader(1, 16, variant));
+    }
 }
 
 TEST(SymbolFileHeaderCheck, FirstSectionBeginsAfterTheHeaderLength) {
@@ -465,8 +469,9 @@ TEST(SymbolTypeName, ArrayOfPlaceholdersKeepsItsOwnName) {
 }
 
 TEST(SymbolTypeName, TypeNumbersBeyondTheTableAreRefused) {
-    for (std::uint32_t const number : {1U, 29U, 0x7FFFFFFFU, 0x80000000U, 0xFFFFFFFFU})
+    for (std::uint32_t const number : {1U, 29U, 0x7FFFFFFFU, 0x80000000U, 0xFFFFFFFFU}) {
         expectRefused(SdbBytes::withInt().section(3, 500, 1).variable("a", number));
+    }
     SdbBytes empty;
     expectRefused(empty.fileHeader().section(2, 16, 0).section(3, 500, 1).variable("a", 0));
 }
@@ -515,8 +520,9 @@ TEST(SymbolFileVariables, TwoBytesStandBeforeTheNameInALongerRecord) {
     for (std::uint32_t const overhead : {29U, 30U, 40U}) {
         SdbBytes file = SdbBytes::withInt();
         file.section(3, 500, 2).variableRecord(5, overhead + 6, 0, 1, 10, 6).hex("EE EE").text("first").byte(0);
-        for (std::uint32_t i = 28; i < overhead; ++i)
+        for (std::uint32_t i = 28; i < overhead; ++i) {
             file.byte(0xEE);
+        }
         file.variable("second", 0, 2, 20);
         Parsed const parsed(file);
         ASSERT_EQ(parsed.result, 1) << overhead;
@@ -598,8 +604,9 @@ TEST(SymbolFileVariables, RecordThatEndsBehindTheFileIsRefusedWhenAnotherFollows
 }
 
 TEST(SymbolFileVariables, MoreVariablesThanTheFileCanHoldAreRefused) {
-    for (std::uint32_t const count : {2U, 3U, 1000U, 0x09D89D8AU, 0x10000000U, 0x7FFFFFFFU, 0xFFFFFFFFU})
+    for (std::uint32_t const count : {2U, 3U, 1000U, 0x09D89D8AU, 0x10000000U, 0x7FFFFFFFU, 0xFFFFFFFFU}) {
         expectRefused(SdbBytes::withInt().section(3, 500, count).variable("a"));
+    }
 }
 
 TEST(SymbolFileVariables, NoVariablesAreAnEmptyListAndNoFailure) {
@@ -620,8 +627,9 @@ TEST(SymbolFileVariables, FileThatEndsInsideTheSectionIsRefused) {
 SdbBytes fileWithVariables(std::uint32_t count) {
     SdbBytes file = SdbBytes::withInt();
     file.section(3, 0x100000, count);
-    for (std::uint32_t i = 0; i < count; ++i)
+    for (std::uint32_t i = 0; i < count; ++i) {
         file.variable("v" + std::to_string(i));
+    }
     return file;
 }
 
@@ -638,8 +646,9 @@ TEST(SymbolFileYield, AfterEveryHundredthVariableTheFirstIncluded) {
 TEST(SymbolFileYield, PlaceholdersCountLikeVariables) {
     SdbBytes file = SdbBytes::withInt();
     file.section(3, 0x100000, 101);
-    for (int i = 0; i < 101; ++i)
+    for (int i = 0; i < 101; ++i) {
         file.variableRecord(6, 26, 0, 0, 0, 0);
+    }
     EXPECT_EQ(Parsed(file).yields, 2);
 }
 
