@@ -33,6 +33,7 @@ public:
     bool Has(std::string const& name) const { return std::filesystem::exists(Path(name)); }
 
     void Put(std::string const& name, Bytes const& bytes) const {
+        std::filesystem::remove(Path(name)); // some file systems wait for the disk when a file is truncated
         std::ofstream file(Path(name), std::ios::binary | std::ios::trunc);
         for (unsigned char const byte : bytes) {
             file.put(static_cast<char>(byte));
