@@ -57,6 +57,7 @@ ExitCode answerParser(CLI::App const& app, CLI::ParseError const& answer, Termin
 ExitCode parseAndRun(std::vector<std::string> words, Context& context) {
     std::unique_ptr<CLI::App> const app = makeCommandTree(context);
     context.action = nullptr;
+    context.options = {};
     std::reverse(words.begin(), words.end()); // the parser takes them from the end
     try {
         app->parse(words);

@@ -6,6 +6,7 @@
 #include "tools/velk/Observers.h"
 
 #include <functional>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -13,6 +14,7 @@ namespace velk {
 
 class Interrupt;
 class Terminal;
+struct Settings;
 
 /** What a command has around it. */
 struct Context {
@@ -24,6 +26,9 @@ struct Context {
 
     LineOptions options{}; ///< as given on the command line
     Observers observers{}; ///< they see every port that the command opens
+
+    /** Set when a trace is wanted: makes the observer of a session, which ends with it. */
+    std::function<std::unique_ptr<host::PortObserver>(Settings const&)> makeTracer{};
 
     /** What the command line asks for; each command sets it when it is chosen. */
     Action action{};

@@ -1,6 +1,9 @@
 #include "tools/velk/LineOptions.h"
 
+#include "host/LineSettings.h"
+#include "tools/velk/Choices.h"
 #include "tools/velk/Context.h"
+#include "tools/velk/commands/TraceCommand.h"
 
 namespace velk {
 namespace {
@@ -8,33 +11,77 @@ namespace {
 constexpr char const* kLineGroup = "Line";
 constexpr char const* kStationGroup = "Station";
 
+/** Refuses a line speed that no serial port knows. */
+std::string checkBaud(std::string const& text) {
+    constexpr int kDataBits = 8;
+    int baud = 0;
+    if (!CLI::detail::lexical_cast(text, baud)) {
+        return "'" + text + "' is no line speed";
+    }
+    auto const settings = host::lineSettings(baud, 0, kDataBits, 1);
+    return settings.ok() ? std::string() : settings.failure().text;
+}
+
+CLI::Validator oneOf(std::vector<std::string> const& words) {
+    return CLI::IsMember(words, CLI::ignore_case);
+}
+
 void addTheLine(CLI::App& command, LineOptions& options) {
-    command.add_option("-p,--port", options.port, "Serial port: /dev/ttyUSB0, com1 ...")->group(kLineGroup);
-    command.add_option("-b,--baud", options.baud, "Line speed in bit/s")->group(kLineGroup);
-    command.add_option("--parity", options.parity, "none, even, odd or mark")->group(kLineGroup);
-    command.add_option("--stopbits", options.stopBits, "1 or 2")->group(kLineGroup);
-    command.add_option("--mode", options.mode, "RS-232 or RS-485")->group(kLineGroup);
-    command.add_option("--framing", options.framing, "bare, or routed through couplers")->group(kLineGroup);
-    command.add_option("--storage", options.storage, "Folder of the stored symbol files")->group(kLineGroup);
+    constexpr int kMostStopBits = 2;
+    command.add_option("-p,--port", options.port, "Serial port: /dev/ttyUSB0, com1 ...")
+        ->type_name("PORT")
+        ->group(kLineGroup);
+    command.add_option("-b,--baud", options.baud, "Line speed in bit/s")
+        ->type_name("BAUD")
+        ->check(CLI::Validator(checkBaud, ""))
+        ->group(kLineGroup);
+    command.add_option("--parity", options.parity, "Parity of the characters")
+        ->transform(oneOf(parities()))
+        ->group(kLineGroup);
+    command.add_option("--stopbits", options.stopBits, "Stop bits of the characters")
+        ->check(CLI::Range(1, kMostStopBits))
+        ->type_name("")
+        ->group(kLineGroup);
+    command.add_option("--mode", options.mode, "What the port drives")->transform(oneOf(modes()))->group(kLineGroup);
+    command.add_option("--framing", options.framing, "Frames as they are, or routed through couplers")
+        ->transform(oneOf(framings()))
+        ->group(kLineGroup);
+    command.add_option("--storage", options.storage, "Folder where symbol files are kept")
+        ->type_name("DIR")
+        ->group(kLineGroup);
 }
 
 void addTheStation(CLI::App& command, LineOptions& options) {
+    constexpr int kMostRepeats = 100;
     command
         .add_option("-n,--node", options.station,
-                    "The station that is meant: its number, or its name in the project file")
+                    "The station that is meant: its node number, or its name in the project file")
+        ->type_name("STATION")
         ->group(kStationGroup);
-    command.add_option("--byte-order", options.byteOrder, "big or little")->group(kStationGroup);
-    command.add_option("--block-size", options.blockSize, "Bytes of a block, 128 to 1460")->group(kStationGroup);
-    command.add_option("--timeout", options.timeoutMs, "Milliseconds to wait for an answer, 100 to 20000")
+    command.add_option("--byte-order", options.byteOrder, "Order of the bytes in a number")
+        ->transform(oneOf(byteOrders()))
         ->group(kStationGroup);
-    command.add_option("--repeat", options.repeat, "Attempts for one request")->group(kStationGroup);
+    command.add_option("--block-size", options.blockSize, "Bytes of a block")
+        ->check(CLI::Range(kLeastBlockSize, kMostBlockSize))
+        ->type_name("")
+        ->group(kStationGroup);
+    command.add_option("--timeout", options.timeoutMs, "Milliseconds to wait for an answer")
+        ->check(CLI::Range(kLeastTimeoutMs, kMostTimeoutMs))
+        ->type_name("")
+        ->group(kStationGroup);
+    command.add_option("--repeat", options.repeat, "Attempts for one request")
+        ->check(CLI::Range(1, kMostRepeats))
+        ->type_name("")
+        ->group(kStationGroup);
 }
 
 } // namespace
 
 void addProjectOptions(CLI::App& command, Context& context) {
-    command.add_option("-f,--file", context.options.file,
-                       "Project file; velk.toml in the current folder when there is one");
+    command
+        .add_option("-f,--file", context.options.file,
+                    "Project file; velk.toml in the current folder when there is one")
+        ->type_name("FILE");
     command.add_flag("-q,--quiet", context.options.quiet, "No settings in effect and no progress on standard error");
 }
 
@@ -42,6 +89,7 @@ void addLineOptions(CLI::App& command, Context& context) {
     addProjectOptions(command, context);
     addTheLine(command, context.options);
     addTheStation(command, context.options);
+    addTraceOption(command, context);
 }
 
 } // namespace velk

@@ -31,6 +31,7 @@ struct NamedTag {
 struct Project {
     host::DriverConfig config; ///< the port is empty when the file names none
     std::vector<Station> stations;
+    std::optional<int> defaultNode; ///< of the station that is meant when none is named
     std::vector<NamedTag> tags;
     std::optional<std::filesystem::path> storage; ///< absolute
 };

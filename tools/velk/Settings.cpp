@@ -1,9 +1,16 @@
 #include "tools/velk/Settings.h"
 
+#include "tools/velk/Choices.h"
 #include "tools/velk/CommandError.h"
 #include "tools/velk/Context.h"
+#include "tools/velk/Names.h"
 #include "tools/velk/Terminal.h"
 
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <charconv>
+#include <cstdint>
 #include <cstdlib>
 
 namespace velk {
@@ -15,8 +22,10 @@ std::filesystem::path usualStorage() {
     if (char const* const state = std::getenv("XDG_STATE_HOME"); state != nullptr && *state == '/') {
         return std::filesystem::path(state) / "velk";
     }
-    char const* const home = std::getenv("HOME");
-    return std::filesystem::path(home != nullptr ? home : "/tmp") / ".local/state/velk";
+    if (char const* const home = std::getenv("HOME"); home != nullptr && *home == '/') {
+        return std::filesystem::path(home) / ".local/state/velk";
+    }
+    throw CommandError(ExitCode::Usage, "there is no home directory for the symbol files: give --storage");
 }
 
 std::optional<std::filesystem::path> projectFile(LineOptions const& options) {
@@ -24,19 +33,129 @@ std::optional<std::filesystem::path> projectFile(LineOptions const& options) {
         return *options.file;
     }
     std::error_code ignored;
-    return std::filesystem::exists(kUsualProjectFile, ignored) ? std::optional<std::filesystem::path>(kUsualProjectFile)
-                                                               : std::nullopt;
+    bool const there = std::filesystem::exists(kUsualProjectFile, ignored);
+    return there ? std::optional<std::filesystem::path>(kUsualProjectFile) : std::nullopt;
+}
+
+Project readProject(std::optional<std::filesystem::path> const& file) {
+    if (!file) {
+        Project nothing;
+        nothing.config.uart.clear();
+        return nothing;
+    }
+    try {
+        return readProjectFile(*file);
+    } catch (ProjectFileError const& error) {
+        throw CommandError(ExitCode::Usage, error.what());
+    }
+}
+
+/** Eight digits that tell texts apart (FNV-1a). */
+std::string fingerprint(std::string const& text) {
+    constexpr std::uint32_t kBasis = 0x811C9DC5;
+    constexpr std::uint32_t kPrime = 0x01000193;
+    std::uint32_t hash = kBasis;
+    for (char const each : text) {
+        hash = (hash ^ static_cast<unsigned char>(each)) * kPrime;
+    }
+    return fmt::format("{:08x}", hash);
+}
+
+/** Projects keep their symbol files apart, and so do ports without a project. */
+std::string instanceName(Settings const& settings) {
+    if (!settings.projectFile) {
+        return std::filesystem::path(settings.config.uart).filename().string();
+    }
+    std::error_code error;
+    std::filesystem::path const file = std::filesystem::weakly_canonical(*settings.projectFile, error);
+    constexpr std::size_t kLongestName = 40;
+    return file.parent_path().filename().string().substr(0, kLongestName) + "-" + fingerprint(file.string());
+}
+
+/** A flag counts for every station, also for one whose own setting the project file has. */
+template <typename Value>
+void overrideAll(std::optional<Value> const& flag, Value host::NodeSettings::*general,
+                 std::optional<Value> host::NodeOverrides::*own, host::DriverConfig& config) {
+    if (!flag) {
+        return;
+    }
+    config.nodes.*general = *flag;
+    for (host::NodeOverrides& node : config.nodeOverrides) {
+        (node.*own).reset();
+    }
+}
+
+void overrideStations(host::DriverConfig& config, LineOptions const& options) {
+    std::optional<std::string> const model =
+        options.byteOrder ? std::optional(modelName(*options.byteOrder)) : std::nullopt;
+    overrideAll(options.blockSize, &host::NodeSettings::blockSize, &host::NodeOverrides::blockSize, config);
+    overrideAll(options.timeoutMs, &host::NodeSettings::timeoutMs, &host::NodeOverrides::timeoutMs, config);
+    overrideAll(options.repeat, &host::NodeSettings::repeat, &host::NodeOverrides::repeat, config);
+    overrideAll(model, &host::NodeSettings::model, &host::NodeOverrides::model, config);
+}
+
+void overrideLine(host::DriverConfig& config, LineOptions const& options) {
+    config.uart = options.port.value_or(config.uart);
+    config.baudrate = options.baud.value_or(config.baudrate);
+    config.parity = options.parity.value_or(config.parity);
+    config.stopbits = options.stopBits.value_or(config.stopbits);
+    config.mode = options.mode.value_or(config.mode);
+    config.protType = options.framing ? protocolType(*options.framing) : config.protType;
+}
+
+/** Settles which station is meant by default, and makes sure that there is one. */
+void chooseStation(Settings& settings, Project const& project, LineOptions const& options) {
+    int const first = settings.stations.empty() ? 0 : settings.stations.front().node;
+    settings.node = project.defaultNode.value_or(first);
+    if (options.station) {
+        std::optional<int> const node = settings.findStation(*options.station);
+        if (!node) {
+            throw CommandError(ExitCode::Usage, settings.noSuchStation(*options.station));
+        }
+        settings.node = *node;
+    }
+    bool const known = std::any_of(settings.stations.begin(), settings.stations.end(),
+                                   [&](Station const& each) { return each.node == settings.node; });
+    if (!known) {
+        settings.stations.push_back({settings.node, ""});
+    }
+}
+
+template <typename Value>
+void take(Value& target, std::optional<Value> const& own) {
+    target = own.value_or(target);
+}
+
+std::string stationLine(Settings const& settings, Station const& station) {
+    host::NodeSettings const own = settings.nodeSettings(station.node);
+    std::string const called = station.name.empty() ? std::string() : " \"" + station.name + "\"";
+    std::string const routing =
+        own.routingLevels == 0 ? std::string() : fmt::format(", {} routing level(s)", own.routingLevels);
+    return fmt::format("  station {}{}: {}-endian, blocks of {} bytes, time-out {} ms, {} attempt(s){}", station.node,
+                       called, byteOrderWord(own.model), own.blockSize, own.timeoutMs, own.repeat, routing);
 }
 
 } // namespace
 
 std::optional<int> Settings::findStation(std::string const& text) const {
     for (Station const& station : stations) {
-        if (station.name == text || std::to_string(station.node) == text) {
+        if (!station.name.empty() && sameName(station.name, text)) {
             return station.node;
         }
     }
-    return std::nullopt;
+    int number = -1;
+    auto const [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
+    bool const isNode = error == std::errc() && end == text.data() + text.size() && number >= 0 && number <= kMostNode;
+    return isNode ? std::optional(number) : std::nullopt;
+}
+
+std::string Settings::noSuchStation(std::string const& text) const {
+    std::vector<std::string> names;
+    for (Station const& station : stations) {
+        names.push_back(station.name.empty() ? std::to_string(station.node) : station.name);
+    }
+    return "there is no station '" + text + "'" +
+           (names.empty() ? "; give a node number, 0 to " + std::to_string(kMostNode) : "; there is " + orList(names));
 }
 
 std::string Settings::stationName(int wanted) const {
@@ -48,33 +167,71 @@ std::string Settings::stationName(int wanted) const {
     return std::to_string(wanted);
 }
 
-host::NodeSettings Settings::nodeSettings(int /*node*/) const {
-    return config.nodes;
+host::NodeSettings Settings::nodeSettings(int wanted) const {
+    host::NodeSettings settings = config.nodes;
+    for (host::NodeOverrides const& own : config.nodeOverrides) {
+        if (own.node != wanted) {
+            continue;
+        }
+        take(settings.blockSize, own.blockSize);
+        take(settings.timeoutMs, own.timeoutMs);
+        take(settings.repeat, own.repeat);
+        take(settings.model, own.model);
+        take(settings.routingLevels, own.routingLevels);
+        take(settings.coupler1, own.coupler1);
+        take(settings.channel1, own.channel1);
+        take(settings.address1, own.address1);
+        take(settings.coupler2, own.coupler2);
+        take(settings.channel2, own.channel2);
+        take(settings.address2, own.address2);
+    }
+    return settings;
+}
+
+Settings mergeSettings(Project const& project, LineOptions const& options) {
+    Settings settings;
+    settings.config = project.config;
+    settings.stations = project.stations;
+    settings.tags = project.tags;
+    overrideLine(settings.config, options);
+    overrideStations(settings.config, options);
+    chooseStation(settings, project, options);
+    settings.storage = options.storage ? std::filesystem::absolute(*options.storage) : project.storage.value_or("");
+    return settings;
 }
 
 Settings readSettings(Context const& context) {
     LineOptions const& options = context.options;
-    Settings settings;
-    settings.projectFile = projectFile(options);
-    settings.storage = usualStorage();
-    settings.instance = "velk";
-    if (!options.port) {
-        throw CommandError(ExitCode::Usage, "no serial port: give --port, or write a project file with velk init");
+    std::optional<std::filesystem::path> const file = projectFile(options);
+    Settings settings = mergeSettings(readProject(file), options);
+    settings.projectFile = file;
+    if (settings.config.uart.empty()) {
+        throw CommandError(ExitCode::Usage,
+                           "no serial port is given: name it with --port, or in a project file (velk init writes one, "
+                           "velk ports lists the ports)");
     }
-    settings.config.uart = *options.port;
-    settings.config.baudrate = options.baud.value_or(settings.config.baudrate);
-    settings.config.protType = options.framing.value_or("bare") == "bare" ? "Serial_RS232" : "ABB_RS232_AC";
-    settings.config.nodes.blockSize = options.blockSize.value_or(settings.config.nodes.blockSize);
-    settings.config.nodes.timeoutMs = options.timeoutMs.value_or(settings.config.nodes.timeoutMs);
-    settings.config.nodes.repeat = options.repeat.value_or(settings.config.nodes.repeat);
-    settings.config.nodes.model = options.byteOrder.value_or("big") == "big" ? "Motorola" : "Intel";
-    settings.node = options.station ? std::atoi(options.station->c_str()) : 0;
-    settings.stations.push_back({settings.node, ""});
+    settings.storage = settings.storage.empty() ? usualStorage() : settings.storage;
+    settings.instance = instanceName(settings);
     return settings;
 }
 
+std::vector<std::string> settingsText(Settings const& settings) {
+    host::DriverConfig const& config = settings.config;
+    std::vector<std::string> lines;
+    lines.push_back(fmt::format("{}{}: {} bit/s, parity {}, {} stop bit(s), {}, {} framing",
+                                settings.projectFile ? settings.projectFile->string() + ": " : std::string(),
+                                config.uart, config.baudrate, config.parity, config.stopbits, config.mode,
+                                framingWord(config.protType)));
+    for (Station const& station : settings.stations) {
+        lines.push_back(stationLine(settings, station));
+    }
+    return lines;
+}
+
 void echoSettings(Settings const& settings, Context& context) {
-    context.terminal.note(settings.config.uart);
+    for (std::string const& line : settingsText(settings)) {
+        context.terminal.note(context.terminal.colouredError(Colour::Dim, line));
+    }
 }
 
 } // namespace velk

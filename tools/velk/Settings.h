@@ -10,6 +10,7 @@
 namespace velk {
 
 struct Context;
+struct LineOptions;
 
 /** What a command works with: the project file, with the flags over it. */
 struct Settings {
@@ -21,8 +22,11 @@ struct Settings {
     std::string instance;                             ///< names the line in the storage
     std::optional<std::filesystem::path> projectFile; ///< the one that was read
 
-    /** The node of a station given by its name or its number, or nothing. */
+    /** The node of a station given by its name, or by a number whether the project file has it or not; or nothing. */
     [[nodiscard]] std::optional<int> findStation(std::string const& text) const;
+
+    /** The complaint about a station that findStation() does not find. */
+    [[nodiscard]] std::string noSuchStation(std::string const& text) const;
 
     /** What a node is called: its station's name, or else its number. */
     [[nodiscard]] std::string stationName(int node) const;
@@ -36,6 +40,12 @@ struct Settings {
  * complaint about the project file.
  */
 Settings readSettings(Context const& context);
+
+/** The same from a project and the flags over it, without looking for a file; the storage stays empty without one. */
+Settings mergeSettings(Project const& project, LineOptions const& options);
+
+/** The lines of echoSettings(). */
+std::vector<std::string> settingsText(Settings const& settings);
 
 /** Tells on standard error what the command works with, unless it is quiet. */
 void echoSettings(Settings const& settings, Context& context);

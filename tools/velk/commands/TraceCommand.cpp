@@ -6,4 +6,6 @@ namespace velk {
 
 void addTraceCommand(CLI::App& /*app*/, Context& /*context*/) {}
 
+void addTraceOption(CLI::App& /*command*/, Context& /*context*/) {}
+
 } // namespace velk

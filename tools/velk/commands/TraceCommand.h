@@ -8,4 +8,7 @@ struct Context;
 
 void addTraceCommand(CLI::App& app, Context& context);
 
+/** Lets a command take --trace FILE. */
+void addTraceOption(CLI::App& command, Context& context);
+
 } // namespace velk
