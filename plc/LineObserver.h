@@ -22,8 +22,10 @@ enum class Cause : std::uint8_t {
     kFilePieceRead, ///< a further piece of the open file was read
     kProgramChanged,
     kRestarted,
-    kProjectMismatch, ///< a list was refused because it carries another project identifier
-    kFaultInjected,   ///< the station misbehaved because it was told to
+    kProjectMismatch,   ///< a list was refused because it carries another project identifier
+    kExchangeAbandoned, ///< a new request began before the exchange was over, as when the station misbehaves
+    kExchangeTimeout,   ///< the panel fell silent in the middle of an exchange, for the same reason
+    kFaultInjected,     ///< the station misbehaved because it was told to
 
     // Bytes that are no frame. None of them is answered.
     kGarbage,        ///< bytes that begin no frame, alone or before a good frame
@@ -43,8 +45,6 @@ enum class Cause : std::uint8_t {
     kAckNumber,
     kUnexpectedAck,
     kRequestTooLong,
-    kExchangeAbandoned, ///< a new request began before the exchange was over
-    kExchangeTimeout,   ///< the panel fell silent in the middle of an exchange
 
     // Payloads that are wrong. Refused with a status word, the link check not answered at all.
     kUnknownService,
@@ -66,7 +66,8 @@ inline constexpr std::size_t kCauseCount = static_cast<std::size_t>(Cause::kCoun
 /// The cause in a few words, for logs.
 [[nodiscard]] std::string_view nameOf(Cause cause);
 
-/// Whether the cause tells of something that a well-behaved panel never does.
+/// Whether the cause tells of something that a well-behaved panel never does, whatever the station does. Only a panel
+/// that cannot know of a restart may still meet kNotLoggedIn.
 [[nodiscard]] bool isComplaint(Cause cause);
 
 /// The station number of an event that no station could be found for.

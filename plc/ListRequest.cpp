@@ -29,7 +29,7 @@ std::variant<ListRequest, std::string> parseListRequest(ByteView request, ByteOr
         return textOf("byte 1 of a list request is ", request[1], " instead of 0");
     }
     bool const write = serviceOf(request) == ServiceKind::kWriteList;
-    std::uint32_t const count = loadOrdered<std::uint32_t>(request, kCountOffset, order);
+    auto const count = loadOrdered<std::uint32_t>(request, kCountOffset, order);
     ByteView rest = request.subspan(kItemsOffset, request.size() - kItemsOffset - kProjectIdSize);
     ListRequest list;
     for (std::uint32_t i = 0; i < count; ++i) {

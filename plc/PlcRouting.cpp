@@ -49,7 +49,7 @@ std::optional<Address> addressFromText(std::string_view text) {
 }
 
 std::uint8_t hopByte(RouteLevel const& level) {
-    unsigned const coupler = static_cast<unsigned>(level.coupler);
+    auto const coupler = static_cast<unsigned>(level.coupler);
     unsigned const code = coupler == 0 ? 10U : coupler * 20U;
     return static_cast<std::uint8_t>(code + static_cast<unsigned>(level.channel));
 }

@@ -14,7 +14,7 @@ namespace {
 constexpr std::array<std::string_view, kAreaCount> kAreaNames{"M", "I", "Q", "3", "4", "5"};
 constexpr std::int64_t kMost16 = 0xFFFF;
 constexpr std::int64_t kMost32 = 0xFFFFFFFF;
-constexpr std::int64_t kLargestArea = 16 * 1024 * 1024;
+constexpr std::int64_t kLargestArea = 0x100'0000;
 constexpr std::int64_t kMostHeaderExtra = 1024;
 
 /// An area by name, or by number for a variable that is only listed.

@@ -154,7 +154,7 @@ Bytes Services::accessList(ByteView request) {
     if (auto const* const fault = std::get_if<std::string>(&parsed)) {
         return refuse(Cause::kListRequest, status::kWrongRequest, *fault);
     }
-    ListRequest const& list = std::get<ListRequest>(parsed);
+    auto const& list = std::get<ListRequest>(parsed);
     if (list.projectId != program_.program.projectId()) {
         return refuse(Cause::kProjectMismatch, settings_.mismatchWord,
                       textOf("a list carries project identifier ", list.projectId, ", the program has ",

@@ -101,6 +101,7 @@ TEST(CauseNames, EveryCauseHasOne) {
     EXPECT_EQ(nameOf(Cause::kExchangeTimeout), "exchange timed out");
     EXPECT_EQ(nameOf(Cause::kNoOpenFile), "no open file");
     EXPECT_FALSE(isComplaint(Cause::kFaultInjected));
+    EXPECT_FALSE(isComplaint(Cause::kExchangeAbandoned));
     EXPECT_TRUE(isComplaint(Cause::kGarbage));
     EXPECT_TRUE(isComplaint(Cause::kNoOpenFile));
 }
