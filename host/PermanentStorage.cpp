@@ -18,6 +18,13 @@ namespace {
 
 constexpr std::size_t kLongestName = 255; ///< bytes of a file name
 
+/** The directory whatever the working directory becomes; empty stays empty. */
+fs::path absolutePath(fs::path const& directory) {
+    std::error_code error;
+    fs::path absolute = fs::absolute(directory, error);
+    return error ? directory : absolute;
+}
+
 bool isHarmless(char c) {
     return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || c == '-' || c == '_';
 }
@@ -52,7 +59,7 @@ bool isPlainFileName(std::string_view name) {
            name != "..";
 }
 
-PermanentStorage::Paths::Paths(fs::path directory) : directory_(std::move(directory)) {}
+PermanentStorage::Paths::Paths(fs::path const& directory) : directory_(absolutePath(directory)) {}
 
 IInterface* PermanentStorage::Paths::ConvertTo(char const* name) {
     return isOneOf(name, {"IPermanentStorage2"}) ? this : nullptr;
@@ -88,6 +95,9 @@ std::string PermanentStorage::Paths::fullPath(char const* instance, char const* 
 }
 
 Result<fs::path> PermanentStorage::Paths::folder(std::string_view instance) const {
+    if (directory_.empty()) {
+        return hostFailure("no directory is given to keep files in");
+    }
     auto const name = instanceFolder(instance);
     if (!name) {
         return hostFailure("no files can be kept for an instance that is called '" + std::string(instance) + "'");
@@ -101,7 +111,7 @@ Result<fs::path> PermanentStorage::Paths::folder(std::string_view instance) cons
     return place;
 }
 
-PermanentStorage::PermanentStorage(fs::path directory) : paths_(std::move(directory)) {}
+PermanentStorage::PermanentStorage(fs::path const& directory) : paths_(directory) {}
 
 IInterface* PermanentStorage::ConvertTo(char const* name) {
     if (isOneOf(name, {"IPermanentStorage2"})) {

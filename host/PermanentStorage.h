@@ -28,7 +28,8 @@ bool isPlainFileName(std::string_view name);
  */
 class PermanentStorage final : public IPermanentStorage {
 public:
-    explicit PermanentStorage(std::filesystem::path directory);
+    /** @param directory made when it does not exist; an empty one gives no paths */
+    explicit PermanentStorage(std::filesystem::path const& directory);
 
     /** Answers the paths for "IPermanentStorage2". */
     IInterface* ConvertTo(char const* name) override;
@@ -46,7 +47,7 @@ public:
 private:
     class Paths final : public IPermanentStorage2 {
     public:
-        explicit Paths(std::filesystem::path directory);
+        explicit Paths(std::filesystem::path const& directory);
         IInterface* ConvertTo(char const* name) override;
         [[nodiscard]] char const* GetImpName() const override;
         [[nodiscard]] int GetImpVersion() const override;

@@ -89,6 +89,15 @@ TEST_F(DatagramPlanner, ATagThatCoexistsWithNothingGetsADatagramOfItsOwn) {
     EXPECT_EQ(plan(host::Purpose::Write), "1[0] 1[1]! 1[2] 1[3]!") << "written through the single call, in order";
 }
 
+TEST_F(DatagramPlanner, ManyTagsThatGoAloneDoNotPartTheOthers) {
+    add(1);
+    for (int i = 0; i < 10; ++i) {
+        add(1, 4, ICU_UNSIGNED_INT).alone = true;
+    }
+    add(1);
+    EXPECT_EQ(plan(), "1[0 11] 1[1] 1[2] 1[3] 1[4] 1[5] 1[6] 1[7] 1[8] 1[9] 1[10]");
+}
+
 TEST_F(DatagramPlanner, ATagTooLongForADatagramStillGetsOne) {
     protocol.maxLength = 10;
     add(1, 100);

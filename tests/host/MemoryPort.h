@@ -47,7 +47,7 @@ public:
         clock_.now += 5000;
         *count = 0;
         if (frames.empty()) {
-            clock_.now += firstByteTimeoutMs * 1000;
+            clock_.now += std::int64_t{firstByteTimeoutMs} * 1000;
             return 1;
         }
         auto const frame = frames.front();

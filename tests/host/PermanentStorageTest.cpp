@@ -103,6 +103,24 @@ TEST_F(PermanentStorage, WithoutADirectoryThereIsNoPath) {
               "the directory " + (root / "VELK").string() + " cannot be made: Not a directory");
 }
 
+TEST_F(PermanentStorage, PathsDoNotDependOnTheWorkingDirectory) {
+    fs::path const before = fs::current_path();
+    fs::current_path(temp.path());
+    host::PermanentStorage relative("here");
+    fs::current_path(before);
+    EXPECT_TRUE(relative.prepare("VELK").ok());
+    EXPECT_TRUE(fs::is_directory(temp.path() / "here" / "VELK"));
+}
+
+TEST_F(PermanentStorage, NoDirectoryGivesNoPath) {
+    host::PermanentStorage nowhere("");
+    auto const prepared = nowhere.prepare("VELK");
+    ASSERT_FALSE(prepared.ok());
+    EXPECT_EQ(prepared.failure().text, "no directory is given to keep files in");
+    auto* const service = static_cast<IPermanentStorage2*>(nowhere.ConvertTo("IPermanentStorage2"));
+    EXPECT_FALSE(service->GetFullPath("VELK", "x", buffer.data(), 260));
+}
+
 TEST_F(PermanentStorage, PrepareTellsWhenNothingCanBeWritten) {
     EXPECT_TRUE(storage.prepare("VELK").ok());
     EXPECT_FALSE(storage.prepare("").ok());

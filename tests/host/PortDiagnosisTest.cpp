@@ -51,7 +51,10 @@ TEST(PortDiagnosis, ABusyPortWithoutAKnownHolderIsStillBusy) {
 
 TEST(PortHolder, FindsTheProcessThatHasTheDeviceOpen) {
     Pty const pty;
-    EXPECT_FALSE(host::findHolder(pty.path()).has_value());
+    Pty const neighbour;
+    host::FileDescriptor const other(::open(neighbour.path().c_str(), O_RDWR | O_NOCTTY | O_CLOEXEC));
+    ASSERT_TRUE(other.isOpen());
+    EXPECT_FALSE(host::findHolder(pty.path()).has_value()) << "another device does not count";
     host::FileDescriptor const terminal(::open(pty.path().c_str(), O_RDWR | O_NOCTTY | O_CLOEXEC));
     auto const holder = host::findHolder(pty.path());
     ASSERT_TRUE(holder.has_value());

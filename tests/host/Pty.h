@@ -6,10 +6,10 @@
 
 #include <cerrno>
 #include <cstddef>
+#include <cstdlib>
 #include <fcntl.h>
 #include <poll.h>
 #include <span>
-#include <stdlib.h>
 #include <string>
 #include <unistd.h>
 #include <vector>

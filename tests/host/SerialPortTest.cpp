@@ -18,6 +18,7 @@
 #include <sys/file.h>
 #include <sys/ioctl.h>
 #include <sys/stat.h>
+#include <sys/wait.h>
 #include <termios.h>
 #include <thread>
 
@@ -222,6 +223,35 @@ TEST_F(SerialPort, ADeviceThatAnotherProgramLockedIsRefused) {
     ASSERT_EQ(flock(other.get(), LOCK_EX | LOCK_NB), 0);
     EXPECT_EQ(open(), 0);
     EXPECT_NE(report.lastError.find("is in use"), std::string::npos) << report.lastError;
+}
+
+TEST_F(SerialPort, TheOtherProgramIsNamed) {
+    std::array<int, 2> toChild{};
+    std::array<int, 2> toParent{};
+    ASSERT_EQ(pipe2(toChild.data(), O_CLOEXEC), 0);
+    ASSERT_EQ(pipe2(toParent.data(), O_CLOEXEC), 0);
+    pid_t const child = fork();
+    ASSERT_GE(child, 0);
+    char byte = 0;
+    if (child == 0) { // another program: holds the port until its pipe is closed
+        ::close(toChild[1]);
+        int const terminal = ::open(pty.path().c_str(), O_RDWR | O_NOCTTY | O_CLOEXEC);
+        byte = flock(terminal, LOCK_EX | LOCK_NB) == 0 ? '+' : '-';
+        bool const told = ::write(toParent[1], &byte, 1) == 1;
+        _exit(told && ::read(toChild[0], &byte, 1) == 0 ? 0 : 1);
+    }
+    ASSERT_EQ(::read(toParent[0], &byte, 1), 1);
+    EXPECT_EQ(byte, '+');
+    EXPECT_EQ(open(), 0);
+    EXPECT_NE(report.lastError.find("' (process " + std::to_string(child) + ")"), std::string::npos)
+        << report.lastError;
+    for (int const end : {toChild[1], toChild[0], toParent[0], toParent[1]}) {
+        ::close(end);
+    }
+    int status = -1;
+    EXPECT_EQ(waitpid(child, &status, 0), child);
+    EXPECT_EQ(status, 0);
+    EXPECT_NE(open(), 0) << report.lastError;
 }
 
 TEST_F(SerialPort, OpeningAgainWithOtherSettingsWorks) {
