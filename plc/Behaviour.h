@@ -6,7 +6,8 @@ namespace plc {
 
 class Station;
 
-/// What a station's program does by itself, for example counting. Called in the line's time.
+/// What a station's program does by itself, for example counting. Called in the line's time. It must not
+/// replace itself.
 class Behaviour {
 public:
     Behaviour() = default;

@@ -68,6 +68,9 @@ Line::~Line() = default;
 
 void Line::receive(ByteView bytes, Micros now) {
     advance(now);
+    if (!bytes.empty() && output_.isSending(now_)) {
+        reporter_.report(kNoStation, Cause::kSpokeTooEarly, "the panel spoke before it had heard the answer");
+    }
     reporter_.bytes(Direction::kFromPanel, bytes);
     reader_.receive(bytes, now_);
 }

@@ -30,6 +30,7 @@ constexpr std::array<std::string_view, kCauseCount> kNames{
     "wrong routing header",
     "wrong block size in routing header",
     "unknown station",
+    "spoke too early",
     "wrong block number",
     "wrong acknowledge number",
     "unexpected acknowledge",

@@ -40,6 +40,8 @@ enum class Cause : std::uint8_t {
     kRoutingBlockSize, ///< a routing header whose block size is not the station's
     kUnknownStation,   ///< a routing header that names the way to no station
 
+    kSpokeTooEarly, ///< bytes from the panel while bytes to it were due and not taken; they are dealt with all the same
+
     // Frames that do not belong where they come. None of them is answered.
     kBlockNumber,
     kAckNumber,
@@ -66,8 +68,8 @@ inline constexpr std::size_t kCauseCount = static_cast<std::size_t>(Cause::kCoun
 /// The cause in a few words, for logs.
 [[nodiscard]] std::string_view nameOf(Cause cause);
 
-/// Whether the cause tells of something that a well-behaved panel never does, whatever the station does. Only a panel
-/// that cannot know of a restart may still meet kNotLoggedIn.
+/// Whether the cause tells of something that a well-behaved panel never does, whatever the station does. Two of them
+/// can still befall it: kNotLoggedIn after a restart, kSpokeTooEarly after a frame that it gave up and that came late.
 [[nodiscard]] bool isComplaint(Cause cause);
 
 /// The station number of an event that no station could be found for.

@@ -31,6 +31,8 @@ public:
 
     /// Removes the bytes that have left by `now`.
     [[nodiscard]] Bytes take(Micros now);
+    /// Whether a frame is due that has not been taken whole.
+    [[nodiscard]] bool isSending(Micros now) const { return !frames_.empty() && start() <= now; }
     /// When the next byte leaves.
     [[nodiscard]] std::optional<Micros> nextDue() const;
 

@@ -133,6 +133,22 @@ TEST(Line, ObserverSeesTheBytesInBothDirections) {
     EXPECT_EQ(recorder.events[0].cause, Cause::kUnexpectedAck);
 }
 
+TEST(Line, NoticesAPanelThatDoesNotWaitForTheAnswer) {
+    plc::StationDescription station = OneStation();
+    station.ackDelay = 5ms;
+    plc::LineDescription description = BareLine(station);
+    description.bytesPerSecond = 1000;
+    plc::Line line(description);
+    line.receive(Hex(kLinkCheck), 0ms);
+    line.receive(Hex(kLinkCheck), 4ms);
+    EXPECT_EQ(line.counters().of(Cause::kSpokeTooEarly), 0U); // the acknowledge is due at 5 ms
+    EXPECT_EQ(line.takeOutput(10ms).size(), 5U);
+    line.receive(Hex(kAck0), 10ms);
+    EXPECT_EQ(line.counters().of(Cause::kSpokeTooEarly), 1U);
+    EXPECT_EQ(line.takeOutput(1s).size(), 17U);
+    EXPECT_EQ(line.counters().of(Cause::kSpokeTooEarly), 1U);
+}
+
 TEST(Line, StationsAreFoundByNameAndNumber) {
     plc::Line line(TwoStations());
     EXPECT_EQ(line.stationCount(), 2U);
