@@ -2,6 +2,8 @@
 
 #include "host/Result.h"
 
+#include <span>
+
 namespace velk {
 
 /** What the program answers to the one who called it. */
@@ -25,7 +27,13 @@ enum class PortState {
 /** The answer for a failure of the driver or of the host. */
 ExitCode exitCodeFor(host::Failure const& failure, PortState port);
 
-/** The answer for several outcomes: the first interruption, else port trouble, else the most telling of the others. */
+/**
+ * The more telling of two answers: interruption, port trouble, usage, silence, refusal, an item that is not good, all
+ * good, in this order.
+ */
 ExitCode worse(ExitCode one, ExitCode other);
+
+/** The answer for a list of items: all good, some good (then 1), or none good (then the most telling of them). */
+ExitCode exitCodeOfItems(std::span<ExitCode const> items);
 
 } // namespace velk

@@ -1,15 +1,69 @@
 #include "tools/velk/Session.h"
 
 #include "host/PermanentStorage.h"
+#include "host/TagAddress.h"
+#include "interfaces/ITag.h"
 #include "tools/common/ModuleFile.h"
+#include "tools/velk/Advice.h"
+#include "tools/velk/Choices.h"
 #include "tools/velk/Context.h"
 #include "tools/velk/Interrupt.h"
+#include "tools/velk/Text.h"
+
+#include <algorithm>
 
 namespace velk {
+namespace {
 
-Session::Session(Settings settings, Context& context) : settings_(std::move(settings)), context_(context) {}
+constexpr std::uint16_t kAreas = 6;
+
+/** A name that no program has: reading it asks the PLC about the project all the same. */
+constexpr char const* kNoVariable = "VELK_ASKS_FOR_THE_PROJECT";
+
+// The driver's texts for lists that the PLC looked into, and for those that it did not.
+constexpr char const* kBadQuality = "One of the values has bad quality";
+constexpr char const* kOtherProject = "Project ID mismatch";
+constexpr char const* kNoSymbolFile = "Symbol file not present";
+constexpr int kTimeout = -4;
+constexpr int kNothingRecorded = 1;
+
+/** The name of a variable that can be read, or of none. */
+std::string probeName(SymbolTable const* table) {
+    if (table == nullptr) {
+        return kNoVariable;
+    }
+    auto const& variables = table->variables();
+    auto const readable = std::find_if(variables.begin(), variables.end(), [](Variable const& each) {
+        return each.area < kAreas && each.size > 0 && each.name.find('?') == std::string::npos;
+    });
+    return readable == variables.end() ? kNoVariable : readable->name;
+}
+
+std::optional<std::uint64_t> fileSize(std::filesystem::path const& file) {
+    std::error_code error;
+    std::uint64_t const size = std::filesystem::file_size(file, error);
+    return error ? std::nullopt : std::optional(size);
+}
+
+bool sameTable(SymbolTable const& one, SymbolTable const& other) {
+    return one.projectId() == other.projectId() && one.variables() == other.variables();
+}
+
+} // namespace
+
+Session::Session(Settings settings, Context& context)
+    : settings_(std::move(settings)), context_(context), uploadLine_(settings_, context.terminal) {
+    attachments_.push_back(std::make_unique<Attachment>(context.observers, lineWatch_));
+    attachments_.push_back(std::make_unique<Attachment>(context.observers, uploadLine_));
+    if (context.makeTracer) {
+        tracer_ = context.makeTracer(settings_);
+        attachments_.push_back(std::make_unique<Attachment>(context.observers, *tracer_));
+    }
+}
 
 Session::~Session() = default;
+
+// ---- the line
 
 host::Outcome Session::prepare() {
     if (panel_) {
@@ -48,36 +102,151 @@ void Session::close() {
     }
 }
 
+// ---- symbols
+
 std::filesystem::path Session::symbolFile(int node) const {
     return settings_.storage / host::instanceFolder(settings_.instance).value_or("velk") /
            ("PLCSymbols_" + std::to_string(node) + ".sdb");
 }
 
-host::Outcome Session::askForProject(int /*node*/) {
-    return {};
+host::Result<SymbolTable const*> Session::storedSymbols(int node) {
+    host::Result<SymbolTable> loaded = SymbolTable::load(symbolFile(node));
+    if (!loaded.ok()) {
+        return loaded.failure();
+    }
+    auto const known = symbols_.find(node);
+    if (known != symbols_.end() && sameTable(known->second, loaded.value())) {
+        return &known->second;
+    }
+    return &symbols_.insert_or_assign(node, std::move(loaded.value())).first->second;
+}
+
+host::Result<host::TagResult> Session::readProbe(int node, SymbolTable const* stored) {
+    host::Result<std::string> const address = host::tagAddress({node, probeName(stored), "M", "0", "unsignedByte"});
+    if (!address.ok()) {
+        return address.failure();
+    }
+    host::Result<ITag*> const tag = panel_->driver().createTag(address.value());
+    if (!tag.ok()) {
+        return tag.failure();
+    }
+    ITag* const tags[] = {tag.value()};
+    std::vector<host::TagResult> results = host::TagReader(panel_->driver().protocol()).read(tags);
+    panel_->driver().freeTag(tag.value());
+    return std::move(results.front());
+}
+
+Session::Probe Session::probe(int node) {
+    host::Result<SymbolTable const*> const stored = storedSymbols(node);
+    uploadLine_.expect(fileSize(symbolFile(node)));
+    host::Result<host::TagResult> const read = readProbe(node, stored.ok() ? stored.value() : nullptr);
+    if (!read.ok()) {
+        return {false, read.failure()};
+    }
+    host::TagResult const& result = read.value();
+    bool const accepted = result.good || result.status == kItemNotInSymbolFile || result.failure.text == kBadQuality;
+    return {accepted, result.failure};
 }
 
 host::Result<SymbolTable const*> Session::symbols(int node) {
-    if (host::Outcome const asked = askForProject(node); !asked.ok()) {
-        return asked.failure();
+    constexpr int kAttempts = 3; // a program that is replaced, the first variable of the new one, and one to spare
+    Probe asked;
+    for (int attempt = 0; attempt < kAttempts && !asked.accepted; ++attempt) {
+        bool const hadFile = fileSize(symbolFile(node)).has_value();
+        asked = probe(node);
+        bool const hasNewFile = !hadFile && fileSize(symbolFile(node)).has_value();
+        if (!asked.accepted && !hasNewFile && asked.failure.text != kOtherProject) {
+            break;
+        }
+    }
+    if (!asked.accepted) {
+        return asked.failure;
     }
     return storedSymbols(node);
 }
 
 host::Result<SymbolTable const*> Session::fetchSymbols(int node) {
+    panel_.reset(); // with what it knows of the symbols
+    portOpen_ = false;
+    std::optional<std::uint64_t> const size = fileSize(symbolFile(node));
+    std::error_code ignored;
+    std::filesystem::remove(symbolFile(node), ignored);
+    if (host::Outcome const opened = open(); !opened.ok()) {
+        return opened.failure();
+    }
+    uploadLine_.expect(size);
     return symbols(node);
 }
 
-host::Result<SymbolTable const*> Session::storedSymbols(int node) {
-    host::Result<SymbolTable> table = SymbolTable::load(symbolFile(node));
+// ---- tags
+
+bool Session::bigEndian(int node) const {
+    return byteOrderWord(settings_.nodeSettings(node).model) == "big";
+}
+
+void Session::addressTag(Tag& tag, std::string const& offset) {
+    host::Result<std::string> const address =
+        host::tagAddress({tag.node, tag.variable, tag.access.addressSpace, offset, tag.access.dataType});
+    host::Result<ITag*> const made =
+        address.ok() ? panel_->driver().createTag(address.value()) : host::Result<ITag*>(address.failure());
+    if (made.ok()) {
+        tag.tag = made.value();
+    } else {
+        tag.failure = made.failure();
+    }
+}
+
+Tag Session::createTag(TagRequest const& request, Variable const* variable) {
+    Tag tag;
+    tag.name = request.shown;
+    tag.node = request.node;
+    tag.station = settings_.stationName(request.node);
+    tag.variable = variable != nullptr ? variable->name : request.variable;
+    tag.plcType = variable != nullptr && request.type.empty() ? variable->type : "";
+    host::Result<Access> access = request.type.empty() ? inferAccess(*variable, bigEndian(request.node))
+                                                       : chosenAccess(request.type, request.area, variable);
+    if (!access.ok()) {
+        tag.failure = {kVariableFailure, access.failure().text};
+        return tag;
+    }
+    tag.access = std::move(access.value());
+    addressTag(tag, request.offset);
+    return tag;
+}
+
+std::vector<Tag> Session::createMatching(TagRequest const& request, SymbolTable const& table) {
+    std::vector<Tag> tags;
+    for (Variable const* const variable : table.matching(request.variable)) {
+        TagRequest one = request;
+        one.shown = variable->name;
+        tags.push_back(createTag(one, variable));
+    }
+    return tags;
+}
+
+host::Result<std::vector<Tag>> Session::createTags(TagRequest const& request) {
+    bool const bitWithoutArea = request.type == "bit" && request.area.empty();
+    if (!request.isPattern && !request.type.empty() && !bitWithoutArea) {
+        return std::vector<Tag>{createTag(request, nullptr)};
+    }
+    host::Result<SymbolTable const*> const table = symbols(request.node);
     if (!table.ok()) {
         return table.failure();
     }
-    return &symbols_.insert_or_assign(node, std::move(table.value())).first->second;
-}
-
-host::Result<std::vector<Tag>> Session::createTags(TagRequest const& /*request*/) {
-    return std::vector<Tag>{};
+    if (request.isPattern) {
+        return createMatching(request, *table.value());
+    }
+    Variable const* const variable = table.value()->find(request.variable);
+    if (variable != nullptr) {
+        return std::vector<Tag>{createTag(request, variable)};
+    }
+    Tag missing;
+    missing.name = request.shown;
+    missing.node = request.node;
+    missing.station = settings_.stationName(request.node);
+    missing.variable = request.variable;
+    missing.failure = missingVariable(*table.value(), request.variable);
+    return std::vector<Tag>{missing};
 }
 
 std::vector<host::TagResult> Session::read(std::span<Tag const> tags, host::TransferPolicy policy) {
@@ -85,7 +254,23 @@ std::vector<host::TagResult> Session::read(std::span<Tag const> tags, host::Tran
     for (Tag const& tag : tags) {
         list.push_back(tag.tag);
     }
-    return host::TagReader(panel_->driver().protocol(), policy).read(list);
+    std::vector<host::TagResult> results = host::TagReader(panel_->driver().protocol(), policy).read(list);
+    for (std::size_t i = 0; i < results.size(); ++i) {
+        if (tags[i].tag == nullptr) {
+            results[i].failure = tags[i].failure;
+        }
+    }
+    return results;
+}
+
+// ---- failures
+
+ExitCode Session::exitCode(host::TagResult const& result) const {
+    if (result.good) {
+        return ExitCode::Good;
+    }
+    bool const itself = result.status == kItemNotInSymbolFile || result.failure.code == kVariableFailure;
+    return itself && !context_.interrupt.requested() ? ExitCode::ItemNotGood : exitCode(result.failure);
 }
 
 ExitCode Session::exitCode(host::Failure const& failure) const {
@@ -93,11 +278,27 @@ ExitCode Session::exitCode(host::Failure const& failure) const {
         return ExitCode::Interrupted;
     }
     bool const dead = panel_ && (!panel_->serial().lastError().empty() || !panel_->serial().lastFault().empty());
-    return exitCodeFor(failure, dead ? PortState::Dead : PortState::Fine);
+    // The driver says only that it has no symbol file, and not that the PLC fell silent while it was fetched.
+    bool const silent = failure.text == kNoSymbolFile && lineWatch_.silent();
+    host::Failure const known = silent ? host::Failure{kTimeout, failure.text} : failure;
+    return exitCodeFor(known, dead ? PortState::Dead : PortState::Fine);
+}
+
+std::string Session::describe(host::Failure const& failure) const {
+    std::string const fault = panel_ ? panel_->serial().lastFault() : std::string();
+    if (!fault.empty()) {
+        return fault;
+    }
+    if (failure.code == kNothingRecorded) {
+        return "the PLC refused the login, or the logout of another station";
+    }
+    return displayable(failure.text);
 }
 
 CommandError Session::error(host::Failure const& failure) const {
-    return {exitCode(failure), panel_ ? panel_->explain(failure).text : failure.text};
+    ExitCode const code = exitCode(failure);
+    std::string const hint = advice(code, lineWatch_.received() > 0);
+    return {code, describe(failure) + (hint.empty() ? "" : ". " + hint)};
 }
 
 void Session::require(host::Outcome const& outcome) const {

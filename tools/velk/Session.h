@@ -5,10 +5,13 @@
 #include "tools/common/Panel.h"
 #include "tools/velk/CommandError.h"
 #include "tools/velk/ExitCode.h"
+#include "tools/velk/LineWatch.h"
+#include "tools/velk/Observers.h"
 #include "tools/velk/Settings.h"
 #include "tools/velk/SymbolTable.h"
 #include "tools/velk/Tag.h"
 #include "tools/velk/TagRequest.h"
+#include "tools/velk/UploadLine.h"
 
 #include <filesystem>
 #include <map>
@@ -75,6 +78,9 @@ public:
     /** Reads tags; failures name a dead port where there is one. */
     std::vector<host::TagResult> read(std::span<Tag const> tags, host::TransferPolicy policy = {});
 
+    /** What came of one tag means for the program. */
+    [[nodiscard]] ExitCode exitCode(host::TagResult const& result) const;
+
     /** What a failure means for the program. */
     [[nodiscard]] ExitCode exitCode(host::Failure const& failure) const;
 
@@ -91,12 +97,31 @@ public:
         return std::move(result.value());
     }
 
+    /** What was fetched last; no bytes when nothing was. */
+    [[nodiscard]] tools::Upload const& upload() const { return uploadLine_.upload(); }
+
 private:
+    /** How a symbol file is found out to be of the PLC's program. */
+    struct Probe {
+        bool accepted = false;
+        host::Failure failure; ///< only when not accepted
+    };
+
     host::Outcome prepare();
-    host::Outcome askForProject(int node);
+    Probe probe(int node);
+    host::Result<host::TagResult> readProbe(int node, SymbolTable const* stored);
+    std::vector<Tag> createMatching(TagRequest const& request, SymbolTable const& table);
+    Tag createTag(TagRequest const& request, Variable const* variable);
+    void addressTag(Tag& tag, std::string const& offset);
+    [[nodiscard]] bool bigEndian(int node) const;
+    [[nodiscard]] std::string describe(host::Failure const& failure) const;
 
     Settings settings_;
     Context& context_;
+    LineWatch lineWatch_;
+    UploadLine uploadLine_;
+    std::unique_ptr<host::PortObserver> tracer_;
+    std::vector<std::unique_ptr<Attachment>> attachments_;
     std::unique_ptr<tools::Panel> panel_;
     bool portOpen_ = false;
     std::map<int, SymbolTable> symbols_; ///< by node

@@ -52,8 +52,12 @@ std::vector<Variable const*> SymbolTable::matching(std::string_view pattern) con
     return found;
 }
 
-std::vector<std::string> SymbolTable::similar(std::string_view /*name*/) const {
-    return {};
+host::Failure missingVariable(SymbolTable const& table, std::string_view name) {
+    std::vector<std::string> names;
+    for (Variable const& variable : table.variables()) {
+        names.push_back(variable.name);
+    }
+    return {kVariableFailure, "the PLC program has no such variable" + didYouMean(name, names)};
 }
 
 std::string areaName(std::uint16_t area) {

@@ -18,6 +18,8 @@ struct Variable {
     std::uint16_t area = 0;
     std::uint32_t offset = 0; ///< bytes from the start of the area; of a single bit: bits
     std::uint32_t size = 0;   ///< bytes
+
+    bool operator==(Variable const&) const = default;
 };
 
 /** The variables of one PLC program, in the order of its symbol file. */
@@ -38,14 +40,17 @@ public:
     /** The variables whose names match a pattern (see Names.h); one of just that name comes alone. */
     [[nodiscard]] std::vector<Variable const*> matching(std::string_view pattern) const;
 
-    /** Names much like @p name, for a complaint about one that is not there. */
-    [[nodiscard]] std::vector<std::string> similar(std::string_view name) const;
-
 private:
     std::uint32_t projectId_;
     std::vector<Variable> variables_;
     std::map<std::string, std::size_t, std::less<>> byName_; ///< by name in upper case
 };
+
+/** Code of failures that are of one variable, and not of the line. */
+inline constexpr int kVariableFailure = -101;
+
+/** The complaint about a variable that is not there, with those that may be meant. */
+host::Failure missingVariable(SymbolTable const& table, std::string_view name);
 
 /** The name of a memory area in tag addresses: "M", "I", "Q", "3", "4", "5"; its number for any other. */
 std::string areaName(std::uint16_t area);

@@ -1,0 +1,12 @@
+#pragma once
+
+#include "tools/velk/ExitCode.h"
+
+#include <string>
+
+namespace velk {
+
+/** What is likely behind an outcome, as a sentence to be put behind the complaint; empty when nothing is to be said. */
+std::string advice(ExitCode code, bool somethingWasReceived);
+
+} // namespace velk

@@ -1,0 +1,42 @@
+#pragma once
+
+#include "host/PortObserver.h"
+#include "tools/common/UploadProgress.h"
+#include "tools/velk/Settings.h"
+
+#include <cstdint>
+#include <optional>
+#include <string>
+
+namespace velk {
+
+class Terminal;
+
+/** Bytes of the header in front of every frame, as the framing has it. */
+std::size_t routingHeaderLength(host::DriverConfig const& config);
+
+/** "fetching the symbol file: 12,345 bytes, 24 pieces, 5.1 kB/s", with a bar when the length is known about. */
+std::string uploadText(tools::Upload const& upload, std::optional<std::uint64_t> expectedBytes);
+
+/** Shows on the terminal how a symbol file comes from the PLC. */
+class UploadLine final : public host::PortObserver {
+public:
+    UploadLine(Settings const& settings, Terminal& terminal);
+
+    /** What an earlier file had, for the bar; nothing when there was none. */
+    void expect(std::optional<std::uint64_t> bytes) { expected_ = bytes; }
+
+    /** The upload under way or the last one; no bytes when there was none. */
+    [[nodiscard]] tools::Upload const& upload() const { return progress_.upload(); }
+
+    void onFrame(host::PortFrame const& frame) override { progress_.onFrame(frame); }
+
+private:
+    void show(tools::Upload const& upload);
+
+    Terminal& terminal_;
+    std::optional<std::uint64_t> expected_;
+    tools::UploadProgress progress_;
+};
+
+} // namespace velk
