@@ -162,10 +162,17 @@ host::Result<SymbolTable const*> Session::symbols(int node) {
     if (!asked.accepted) {
         return asked.failure;
     }
+    current_.insert(node);
     return storedSymbols(node);
 }
 
+host::Result<SymbolTable const*> Session::symbolsAskedOnce(int node) {
+    auto const known = symbols_.find(node);
+    return current_.contains(node) && known != symbols_.end() ? &known->second : symbols(node);
+}
+
 host::Result<SymbolTable const*> Session::fetchSymbols(int node) {
+    current_.clear();
     panel_.reset(); // with what it knows of the symbols
     portOpen_ = false;
     std::optional<std::uint64_t> const size = fileSize(symbolFile(node));
@@ -206,7 +213,7 @@ Tag Session::createTag(TagRequest const& request, Variable const* variable) {
     host::Result<Access> access = request.type.empty() ? inferAccess(*variable, bigEndian(request.node))
                                                        : chosenAccess(request.type, request.area, variable);
     if (!access.ok()) {
-        tag.failure = {kVariableFailure, access.failure().text};
+        tag.failure = {kUnreachableVariable, access.failure().text};
         return tag;
     }
     tag.access = std::move(access.value());
@@ -229,7 +236,7 @@ host::Result<std::vector<Tag>> Session::createTags(TagRequest const& request) {
     if (!request.isPattern && !request.type.empty() && !bitWithoutArea) {
         return std::vector<Tag>{createTag(request, nullptr)};
     }
-    host::Result<SymbolTable const*> const table = symbols(request.node);
+    host::Result<SymbolTable const*> const table = symbolsAskedOnce(request.node);
     if (!table.ok()) {
         return table.failure();
     }
@@ -269,7 +276,9 @@ ExitCode Session::exitCode(host::TagResult const& result) const {
     if (result.good) {
         return ExitCode::Good;
     }
-    bool const itself = result.status == kItemNotInSymbolFile || result.failure.code == kVariableFailure;
+    int const code = result.failure.code;
+    bool const itself =
+        result.status == kItemNotInSymbolFile || code == kMissingVariable || code == kUnreachableVariable;
     return itself && !context_.interrupt.requested() ? ExitCode::ItemNotGood : exitCode(result.failure);
 }
 

@@ -16,6 +16,7 @@
 #include <filesystem>
 #include <map>
 #include <memory>
+#include <set>
 #include <span>
 #include <string>
 #include <utility>
@@ -68,8 +69,8 @@ public:
     host::Result<SymbolTable const*> storedSymbols(int node);
 
     /**
-     * The tags that a request stands for: one, or as many as its pattern finds, none included. The symbols of the
-     * node are asked for when they are needed: for a pattern, and for a tag without a type.
+     * The tags that a request stands for: one, or as many as its pattern finds, none included. Where the symbols of
+     * the node are needed, for a pattern and for a tag without a type, they are asked for once in a session.
      *
      * A tag that cannot be made is there all the same, with its failure.
      */
@@ -108,6 +109,7 @@ private:
     };
 
     host::Outcome prepare();
+    host::Result<SymbolTable const*> symbolsAskedOnce(int node);
     Probe probe(int node);
     host::Result<host::TagResult> readProbe(int node, SymbolTable const* stored);
     std::vector<Tag> createMatching(TagRequest const& request, SymbolTable const& table);
@@ -125,6 +127,7 @@ private:
     std::unique_ptr<tools::Panel> panel_;
     bool portOpen_ = false;
     std::map<int, SymbolTable> symbols_; ///< by node
+    std::set<int> current_;              ///< nodes whose symbols the PLC has accepted in this session
 };
 
 } // namespace velk

@@ -57,7 +57,7 @@ host::Failure missingVariable(SymbolTable const& table, std::string_view name) {
     for (Variable const& variable : table.variables()) {
         names.push_back(variable.name);
     }
-    return {kVariableFailure, "the PLC program has no such variable" + didYouMean(name, names)};
+    return {kMissingVariable, "the PLC program has no such variable" + didYouMean(name, names)};
 }
 
 std::string areaName(std::uint16_t area) {

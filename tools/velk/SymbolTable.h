@@ -46,8 +46,9 @@ private:
     std::map<std::string, std::size_t, std::less<>> byName_; ///< by name in upper case
 };
 
-/** Code of failures that are of one variable, and not of the line. */
-inline constexpr int kVariableFailure = -101;
+/** Codes of failures that are of one variable, and not of the line. */
+inline constexpr int kMissingVariable = -101;     ///< the program does not have it
+inline constexpr int kUnreachableVariable = -102; ///< the driver cannot be asked for it
 
 /** The complaint about a variable that is not there, with those that may be meant. */
 host::Failure missingVariable(SymbolTable const& table, std::string_view name);

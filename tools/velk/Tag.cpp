@@ -11,6 +11,11 @@ std::string Tag::text(host::ValueBytes const& bytes) const {
     return valueText(access, bytes);
 }
 
+std::string Tag::plainText(host::ValueBytes const& bytes) const {
+    nlohmann::json const value = json(bytes);
+    return value.is_string() ? value.get<std::string>() : text(bytes);
+}
+
 nlohmann::json Tag::json(host::ValueBytes const& bytes) const {
     return valueJson(access, bytes);
 }

@@ -30,6 +30,9 @@ struct Tag {
     /** A value that was read, as text. */
     [[nodiscard]] std::string text(host::ValueBytes const& bytes) const;
 
+    /** The same without the quotes of a text. */
+    [[nodiscard]] std::string plainText(host::ValueBytes const& bytes) const;
+
     /** The same for JSON: booleans, numbers, texts, arrays of them; null for what has no value there (NaN). */
     [[nodiscard]] nlohmann::json json(host::ValueBytes const& bytes) const;
 

@@ -1,10 +1,24 @@
 #pragma once
 
+#include "tools/velk/ExitCode.h"
+#include "tools/velk/Readings.h"
+
 #include <CLI/CLI.hpp>
+
+#include <string>
+#include <vector>
 
 namespace velk {
 
 struct Context;
+
+struct ReadOptions {
+    std::vector<std::string> names;
+    OutputFormat format = OutputFormat::Table;
+};
+
+/** Reads variables once and shows their values. */
+ExitCode runRead(ReadOptions const& options, Context& context);
 
 void addReadCommand(CLI::App& app, Context& context);
 
