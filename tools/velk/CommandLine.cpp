@@ -19,6 +19,7 @@
 
 #include <algorithm>
 #include <sstream>
+#include <utility>
 
 namespace velk {
 namespace {
@@ -68,7 +69,8 @@ ExitCode parseAndRun(std::vector<std::string> words, Context& context) {
         throw CommandError(ExitCode::Usage, "this command does nothing yet");
     }
     context.terminal.setQuiet(context.options.quiet);
-    return context.action();
+    Context::Action const action = std::move(context.action); // it may run a command line of its own
+    return action();
 }
 
 } // namespace

@@ -1,0 +1,65 @@
+#pragma once
+
+#include "plc/ByteOrder.h"
+#include "plc/Bytes.h"
+
+#include <array>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace velk::trace {
+
+/** "little-endian" or "big-endian". */
+std::string_view orderText(plc::ByteOrder order);
+
+/** Which way bytes went. */
+enum class Way { ToPlc, FromPlc };
+
+enum class FrameKind {
+    Unknown, ///< bytes that are no frame, or not enough of one
+    Block,
+    Acknowledge, ///< of a block, by its number
+    Turnaround,  ///< acknowledge 0 to the PLC: the panel waits for the response
+    Closing,     ///< acknowledge 0 from the PLC: the exchange is over
+};
+
+/** The 19 bytes in front of a frame that goes through couplers. */
+struct Routing {
+    std::uint16_t blockSize = 0;
+    unsigned levels = 0;
+    std::array<std::uint8_t, 2> hop{};
+    std::array<std::array<std::uint8_t, 4>, 2> address{};
+    std::uint8_t status = 0; ///< not 0 in a frame from the PLC: a coupler could not pass the frame on
+};
+
+/** What a frame says. Of the numbers only those of its kind have a meaning. */
+struct Frame {
+    FrameKind kind = FrameKind::Unknown;
+    std::optional<Routing> routing{};
+    plc::ByteOrder order = plc::ByteOrder::kLittle;
+    bool orderIsCertain = false; ///< the bytes themselves tell the order
+
+    std::uint16_t number = 0;          ///< of the block, or of the block that is acknowledged
+    std::uint16_t length = 0;          ///< blocks: the length field
+    bool last = false;                 ///< blocks
+    std::uint8_t checksum = 0;         ///< blocks: as it came
+    std::uint8_t rightChecksum = 0;    ///< blocks: as it has to be
+    std::uint16_t code = 0;            ///< acknowledges
+    plc::ByteView payload{};           ///< blocks: lies in the bytes that were decoded
+    std::vector<std::string> faults{}; ///< what is wrong with the frame, each in a few words
+};
+
+/**
+ * Takes the bytes apart that came without a pause between them. Any bytes are welcome.
+ *
+ * Framing and byte order are found out from the bytes: a routing header has its own first byte, an acknowledge carries
+ * the number 10, and the length field of a block fits the bytes that came in one of the two orders only.
+ *
+ * @param usual the order to take where the bytes tell none
+ */
+Frame decodeFrame(plc::ByteView bytes, Way way, std::optional<plc::ByteOrder> usual = std::nullopt);
+
+} // namespace velk::trace

@@ -1,0 +1,12 @@
+#pragma once
+
+#include "plc/Bytes.h"
+
+#include <string>
+
+namespace velk::trace {
+
+/** "AA 01 FF". */
+std::string hexText(plc::ByteView bytes);
+
+} // namespace velk::trace

@@ -1,0 +1,26 @@
+#pragma once
+
+#include "tools/velk/trace/TraceFormat.h"
+
+namespace velk::trace {
+
+/** The link type of the packets: the first of those that are free for private use. */
+inline constexpr std::uint16_t kLinkType = 147;
+
+/**
+ * A trace as a capture file: one packet a frame with the bytes as they were on the line, its time in microseconds and
+ * its direction, outbound to the PLC. Bytes that nobody waited for are packets with a comment that says so. Time-outs
+ * and faults are no bytes and leave no packet.
+ *
+ * Little-endian; see the PCAP Next Generation Capture File Format.
+ */
+class PcapngTrace final : public TraceFormat {
+public:
+    std::string begin(TraceStart const& start) override;
+    std::string frame(TracedFrame const& frame) override;
+    std::string timeout(std::int64_t at) override;
+    std::string dropped(plc::ByteView bytes, std::int64_t at) override;
+    std::string fault(std::string_view reason, std::int64_t at) override;
+};
+
+} // namespace velk::trace

@@ -1,0 +1,66 @@
+#pragma once
+
+#include "tools/velk/trace/Conversation.h"
+#include "tools/velk/trace/Frame.h"
+
+#include <cstdint>
+#include <filesystem>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace velk::trace {
+
+/** Times are microseconds since 1970, UTC. */
+struct TraceStart {
+    std::int64_t at = 0;
+    std::string program; ///< what writes the trace, for example "velk 1.0"
+};
+
+struct TracedFrame {
+    Way way;
+    plc::ByteView bytes;    ///< as they were on the line
+    std::int64_t at = 0;    ///< of the first byte
+    std::int64_t lasts = 0; ///< microseconds until the last byte
+    Step const& step;
+};
+
+/** Writes down what goes over a line. Everything here answers the bytes to append to the trace. */
+class TraceFormat {
+public:
+    virtual ~TraceFormat() = default;
+    TraceFormat(TraceFormat const&) = delete;
+    TraceFormat& operator=(TraceFormat const&) = delete;
+
+    virtual std::string begin(TraceStart const& start) = 0;
+    virtual std::string frame(TracedFrame const& frame) = 0;
+
+    /** Nothing came within the time that the panel waits. */
+    virtual std::string timeout(std::int64_t at) = 0;
+
+    /** Received bytes that nobody waited for. */
+    virtual std::string dropped(plc::ByteView bytes, std::int64_t at) = 0;
+
+    /** The port died. */
+    virtual std::string fault(std::string_view reason, std::int64_t at) = 0;
+
+protected:
+    TraceFormat() = default;
+};
+
+enum class TraceKind {
+    Text,      ///< lines for people
+    JsonLines, ///< a JSON object a line
+    Pcapng,    ///< a capture file for packet analysers
+};
+
+/** "text", "jsonl" or "pcapng". */
+std::optional<TraceKind> traceKindNamed(std::string_view name);
+
+/** By the ending of the file's name: .txt or .log, .jsonl or .json, .pcapng. */
+std::optional<TraceKind> traceKindOf(std::filesystem::path const& file);
+
+std::unique_ptr<TraceFormat> makeTraceFormat(TraceKind kind);
+
+} // namespace velk::trace
