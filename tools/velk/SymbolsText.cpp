@@ -1,0 +1,124 @@
+#include "tools/velk/SymbolsText.h"
+
+#include "tools/common/TextTable.h"
+#include "tools/velk/Names.h"
+
+#include <fmt/format.h>
+#include <nlohmann/json.hpp>
+
+#include <map>
+#include <vector>
+
+namespace velk {
+namespace {
+
+constexpr std::uint32_t kBitsPerByte = 8;
+
+std::string tableText(std::span<Variable const* const> variables) {
+    tools::TextTable table({"name", "type", "area", "offset", "size"});
+    for (Variable const* const variable : variables) {
+        table.add({variable->name, variable->type, areaName(variable->area), offsetText(*variable),
+                   std::to_string(variable->size)});
+    }
+    return table.text();
+}
+
+std::string csvField(std::string const& text) {
+    if (text.find_first_of(",\"\n\r") == std::string::npos) {
+        return text;
+    }
+    std::string quoted = "\"";
+    for (char const letter : text) {
+        quoted += letter;
+        if (letter == '"') {
+            quoted += letter;
+        }
+    }
+    return quoted + '"';
+}
+
+std::string csvText(std::span<Variable const* const> variables) {
+    std::string text = "name,type,area,offset,size\n";
+    for (Variable const* const variable : variables) {
+        text += fmt::format("{},{},{},{},{}\n", csvField(variable->name), csvField(variable->type),
+                            areaName(variable->area), variable->offset, variable->size);
+    }
+    return text;
+}
+
+std::string jsonText(std::span<Variable const* const> variables, std::uint32_t projectId) {
+    nlohmann::json list = nlohmann::json::array();
+    for (Variable const* const variable : variables) {
+        list.push_back({{"name", variable->name},
+                        {"type", variable->type},
+                        {"area", areaName(variable->area)},
+                        {"offset", variable->offset},
+                        {"size", variable->size}});
+    }
+    nlohmann::json const document{{"project", projectId}, {"variables", std::move(list)}};
+    // Names come from the PLC in whatever encoding it has; what is no UTF-8 must not end the program.
+    return document.dump(2, ' ', false, nlohmann::json::error_handler_t::replace) + '\n';
+}
+
+/** A part of a name between dots, with what is below it. */
+struct Branch {
+    std::string label;
+    Variable const* variable = nullptr;    ///< null for a part that is no variable itself
+    std::map<std::string, Branch> below{}; ///< by label in upper case
+};
+
+Branch makeTree(std::span<Variable const* const> variables) {
+    Branch root;
+    for (Variable const* const variable : variables) {
+        Branch* branch = &root;
+        for (std::size_t begin = 0; begin <= variable->name.size();) {
+            std::size_t const end = std::min(variable->name.find('.', begin), variable->name.size());
+            std::string const label = variable->name.substr(begin, end - begin);
+            branch = &branch->below.try_emplace(upperCase(label), Branch{label}).first->second;
+            begin = end + 1;
+        }
+        branch->variable = variable;
+    }
+    return root;
+}
+
+void appendTree(std::string& text, Branch const& branch, std::string const& indent) {
+    std::size_t left = branch.below.size();
+    for (auto const& [key, below] : branch.below) {
+        bool const last = --left == 0;
+        text += indent + (last ? "└─ " : "├─ ") + below.label;
+        if (below.variable != nullptr) {
+            text += fmt::format("  {}  {}:{}", below.variable->type, areaName(below.variable->area),
+                                offsetText(*below.variable));
+        }
+        text += '\n';
+        appendTree(text, below, indent + (last ? "   " : "│  "));
+    }
+}
+
+} // namespace
+
+std::string offsetText(Variable const& variable) {
+    return sameName(variable.type, "BIT")
+               ? fmt::format("{}.{}", variable.offset / kBitsPerByte, variable.offset % kBitsPerByte)
+               : std::to_string(variable.offset);
+}
+
+std::string symbolsText(std::span<Variable const* const> variables, std::uint32_t projectId, SymbolsFormat format) {
+    switch (format) {
+    case SymbolsFormat::Tree: {
+        std::string text;
+        appendTree(text, makeTree(variables), "");
+        return text;
+    }
+    case SymbolsFormat::Json:
+        return jsonText(variables, projectId);
+    case SymbolsFormat::Csv:
+        return csvText(variables);
+    case SymbolsFormat::Table:
+        break;
+    }
+    return tableText(variables);
+}
+
+} // namespace velk
