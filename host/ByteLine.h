@@ -38,8 +38,8 @@ public:
     /** Bytes handed over that have not left yet. */
     virtual std::size_t unsent() = 0;
 
-    /** Lets @p microseconds pass. */
-    virtual void pause(std::int64_t microseconds) = 0;
+    /** Lets @p microseconds pass. False: the line is dead. */
+    virtual bool pause(std::int64_t microseconds) = 0;
 
     /** Waits until the transmitter is empty. False: the line is dead. */
     virtual bool drain() = 0;

@@ -1,6 +1,7 @@
 #include "host/DescriptorLine.h"
 
 #include <algorithm>
+#include <array>
 #include <cerrno>
 #include <ctime>
 #include <poll.h>
@@ -30,8 +31,9 @@ bool isTransient(int error) {
 
 Wait DescriptorLine::waitFor(short events, std::int64_t microseconds) {
     timespec const time = toTimespec(microseconds);
-    pollfd line{descriptor_, events, 0};
-    int const ready = ppoll(&line, 1, &time, nullptr);
+    std::array<pollfd, 2> watched{{{descriptor_, events, 0}, {interruption_, POLLIN, 0}}}; // -1 is never ready
+    pollfd const& line = watched.front();
+    int const ready = ppoll(watched.data(), watched.size(), &time, nullptr);
     if (ready < 0) {
         if (errno == EINTR) {
             return Wait::Interrupted;
@@ -42,10 +44,19 @@ Wait DescriptorLine::waitFor(short events, std::int64_t microseconds) {
     if (ready == 0) {
         return Wait::TimedOut;
     }
+    if (watched.back().revents != 0) {
+        return interrupt();
+    }
     if ((line.revents & events) != 0 && (line.revents & POLLNVAL) == 0) {
         return Wait::Ready; // what is left in front of a hang-up is still read
     }
     condition_ = (line.revents & POLLHUP) != 0 ? "hang-up" : "line error";
+    return Wait::Fault;
+}
+
+Wait DescriptorLine::interrupt() {
+    interrupted_ = true;
+    condition_ = "interrupted";
     return Wait::Fault;
 }
 
@@ -106,9 +117,11 @@ std::size_t DescriptorLine::unsent() {
     return ioctl(descriptor_, TIOCOUTQ, &count) == 0 && count > 0 ? static_cast<std::size_t>(count) : 0;
 }
 
-void DescriptorLine::pause(std::int64_t microseconds) {
+bool DescriptorLine::pause(std::int64_t microseconds) {
     timespec const time = toTimespec(microseconds);
-    nanosleep(&time, nullptr); // cut short by a signal: the caller counts again
+    pollfd interruption{interruption_, POLLIN, 0};
+    ppoll(&interruption, 1, &time, nullptr); // cut short by a signal: the caller counts again
+    return interruption.revents == 0 || interrupt() != Wait::Fault;
 }
 
 bool DescriptorLine::drain() {

@@ -45,7 +45,9 @@ SendResult waitUntilSent(ByteLine& line, Clock& clock, std::int64_t nanosecondsP
         if (left <= 0) {
             return SendResult::Stuck;
         }
-        line.pause(std::min(left, std::max(kShortestPause, wireTime(unsent, nanosecondsPerByte))));
+        if (!line.pause(std::min(left, std::max(kShortestPause, wireTime(unsent, nanosecondsPerByte))))) {
+            return SendResult::Fault;
+        }
     }
     return line.drain() ? SendResult::Sent : SendResult::Fault;
 }

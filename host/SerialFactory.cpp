@@ -14,8 +14,8 @@
 namespace host {
 
 struct SerialFactory::Entry {
-    Entry(std::string const& path, PortReport& report, Clock& clock, PortObserver* observer)
-        : port(path, report, clock) {
+    Entry(std::string const& path, PortReport& report, Clock& clock, PortObserver* observer, int interruption)
+        : port(path, report, clock, interruption) {
         if (observer != nullptr) {
             observed.emplace(port, *observer, clock, &report);
         }
@@ -27,8 +27,8 @@ struct SerialFactory::Entry {
     std::optional<ObservedPort> observed;
 };
 
-SerialFactory::SerialFactory(Clock& clock, PortNames names, PortObserver* observer)
-    : clock_(clock), names_(std::move(names)), observer_(observer) {}
+SerialFactory::SerialFactory(Clock& clock, PortNames names, PortObserver* observer, int interruption)
+    : clock_(clock), names_(std::move(names)), observer_(observer), interruption_(interruption) {}
 
 SerialFactory::~SerialFactory() = default;
 
@@ -65,7 +65,7 @@ ISerialPort* SerialFactory::create(std::string const& name) {
         report.lastError = openFailure(*path, errno).text;
         return nullptr;
     }
-    ports_.push_back(std::make_unique<Entry>(*path, report, clock_, observer_));
+    ports_.push_back(std::make_unique<Entry>(*path, report, clock_, observer_, interruption_));
     report.lastError.clear();
     return ports_.back()->handedOut();
 }

@@ -22,8 +22,12 @@ class PortObserver;
  */
 class SerialFactory final : public ISerialFactory {
 public:
-    /** @p clock and @p observer (null for none) must outlive the factory; the observer sees every port. */
-    explicit SerialFactory(Clock& clock, PortNames names = {}, PortObserver* observer = nullptr);
+    /**
+     * @p clock and @p observer (null for none) must outlive the factory; the observer sees every port.
+     *
+     * @param interruption ends all waiting, see SerialPort
+     */
+    explicit SerialFactory(Clock& clock, PortNames names = {}, PortObserver* observer = nullptr, int interruption = -1);
     ~SerialFactory() override;
     SerialFactory(SerialFactory const&) = delete;
     SerialFactory& operator=(SerialFactory const&) = delete;
@@ -55,6 +59,7 @@ private:
     Clock& clock_;
     PortNames names_;
     PortObserver* observer_;
+    int interruption_;
     std::map<std::string, PortReport> reports_; ///< by name; kept when a port is released
     std::string lastName_;
     std::vector<std::unique_ptr<Entry>> ports_;

@@ -22,8 +22,8 @@ namespace host {
 
 // The members end in the opposite order: the exclusive mode has to go before the descriptor does.
 struct SerialPort::Session {
-    Session(FileDescriptor opened, PortLock taken, LineSettings const& settings)
-        : descriptor(std::move(opened)), lock(std::move(taken)), line(descriptor.get()),
+    Session(FileDescriptor opened, PortLock taken, LineSettings const& settings, int interruption)
+        : descriptor(std::move(opened)), lock(std::move(taken)), line(descriptor.get(), interruption),
           nanosecondsPerByte(settings.nanosecondsPerByte()) {}
 
     FileDescriptor descriptor;
@@ -74,8 +74,8 @@ std::int64_t toMicroseconds(int milliseconds) {
 
 } // namespace
 
-SerialPort::SerialPort(std::string path, PortReport& report, Clock& clock)
-    : path_(std::move(path)), report_(report), clock_(clock) {}
+SerialPort::SerialPort(std::string path, PortReport& report, Clock& clock, int interruption)
+    : path_(std::move(path)), report_(report), clock_(clock), interruption_(interruption) {}
 
 SerialPort::~SerialPort() = default;
 
@@ -151,7 +151,7 @@ Result<std::unique_ptr<SerialPort::Session>> SerialPort::openSession(LineSetting
         descriptor.close(); // or this program would be found to be the holder
         return error == EWOULDBLOCK ? busyPort(path_) : settingFailure(path_, error);
     }
-    auto session = std::make_unique<Session>(std::move(descriptor), std::move(*lock), settings);
+    auto session = std::make_unique<Session>(std::move(descriptor), std::move(*lock), settings, interruption_);
     if (Outcome const applied = applySettings(session->descriptor, path_, settings); !applied.ok()) {
         return applied.failure();
     }
@@ -207,9 +207,11 @@ bool SerialPort::read(std::span<unsigned char> room, int firstByteMs, int interC
 }
 
 void SerialPort::die() {
+    bool const interrupted = session_->line.isInterrupted();
     std::string const reason = session_->line.faultText();
+    session_->line.dropUnsent(); // or closing waits until a slow line has sent it
     session_.reset();
-    report_.lastFault = "the serial port " + path_ + " has gone away (" + reason + ")";
+    report_.lastFault = interrupted ? reason : "the serial port " + path_ + " has gone away (" + reason + ")";
 }
 
 } // namespace host

@@ -21,8 +21,13 @@ struct PortReport;
  */
 class SerialPort final : public ISerialPort {
 public:
-    /** @p report and @p clock must outlive the port. */
-    SerialPort(std::string path, PortReport& report, Clock& clock);
+    /**
+     * @p report and @p clock must outlive the port.
+     *
+     * @param interruption a descriptor of the caller's that can be read from the moment on when waiting has to end:
+     *        the port then dies, and every operation answers a fault; -1 for none
+     */
+    SerialPort(std::string path, PortReport& report, Clock& clock, int interruption = -1);
     ~SerialPort() override;
     SerialPort(SerialPort const&) = delete;
     SerialPort& operator=(SerialPort const&) = delete;
@@ -62,6 +67,7 @@ private:
     std::string path_;
     PortReport& report_;
     Clock& clock_;
+    int interruption_;
     std::unique_ptr<Session> session_; ///< null while closed
 };
 

@@ -79,11 +79,15 @@ public:
 
     std::size_t unsent() override { return unsent_; }
 
-    void pause(std::int64_t microseconds) override {
+    bool pause(std::int64_t microseconds) override {
         ++pauses;
+        if (diesPausing) {
+            return false;
+        }
         clock_.now += microseconds;
         std::int64_t const left = microseconds * bytesPerMillisecond / 1000;
         unsent_ -= std::min(unsent_, static_cast<std::size_t>(left));
+        return true;
     }
 
     bool drain() override {
@@ -111,6 +115,7 @@ public:
     bool drained = false;
     bool diesSending = false;
     bool diesWaitingForRoom = false;
+    bool diesPausing = false;
     bool diesDraining = false;
 
 private:

@@ -73,6 +73,12 @@ TEST_F(FrameWriter, ALineThatDiesWhileItEmptiesIsAFault) {
     EXPECT_EQ(send(10), host::SendResult::Fault);
 }
 
+TEST_F(FrameWriter, ALineThatDiesWhileItsBytesLeaveIsAFault) {
+    line.diesPausing = true;
+    EXPECT_EQ(send(10), host::SendResult::Fault);
+    EXPECT_FALSE(line.drained) << "nobody waits for what is dead";
+}
+
 TEST_F(FrameWriter, SlowLinesGetTheTimeTheyNeed) {
     line.bytesPerMillisecond = 1;
     EXPECT_EQ(send(1479), host::SendResult::Sent) << "the longest frame";

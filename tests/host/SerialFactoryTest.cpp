@@ -1,6 +1,7 @@
 #include "host/SerialFactory.h"
 
 #include "host/Clock.h"
+#include "host/FileDescriptor.h"
 #include "host/PortNames.h"
 #include "host/TrafficMeter.h"
 #include "tests/host/Pty.h"
@@ -8,6 +9,7 @@
 #include <gtest/gtest.h>
 
 #include <array>
+#include <sys/eventfd.h>
 
 namespace hosttest {
 namespace {
@@ -68,6 +70,17 @@ TEST_F(SerialFactory, ReleasingClosesThePort) {
     factory.ReleasePort(first);
     ISerialPort* const second = factory.CreatePort(pty.path().c_str());
     EXPECT_NE(second->Open(19200, 0, 8, 1, 0), 0) << factory.lastError();
+}
+
+TEST_F(SerialFactory, AnInterruptionReachesEveryPort) {
+    host::FileDescriptor const interruption(eventfd(1, EFD_CLOEXEC | EFD_NONBLOCK));
+    host::SerialFactory interruptible(clock, {}, nullptr, interruption.get());
+    ISerialPort* const port = interruptible.CreatePort(pty.path().c_str());
+    ASSERT_NE(port->Open(19200, 0, 8, 1, 0), 0) << interruptible.lastError();
+    unsigned char byte = 0;
+    int count = 0;
+    EXPECT_EQ(port->Read(&byte, 1, 60'000, 60'000, &count, 0), 0);
+    EXPECT_EQ(interruptible.lastFault(), "interrupted");
 }
 
 TEST_F(SerialFactory, AnUnknownNameSaysWhatToGive) {

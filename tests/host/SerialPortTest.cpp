@@ -15,6 +15,7 @@
 #include <array>
 #include <future>
 #include <memory>
+#include <sys/eventfd.h>
 #include <sys/file.h>
 #include <sys/ioctl.h>
 #include <sys/stat.h>
@@ -134,6 +135,50 @@ TEST_F(SerialPort, ADeadPortAnswersFaultsAtOnceAndKeepsTheReason) {
     EXPECT_EQ(port.Purge(buffer.data(), 0, 0), 0) << "emptying a dead port ends";
     EXPECT_NE(reason, "");
     EXPECT_EQ(report.lastFault, reason);
+}
+
+/** What a user's wish to end is: a descriptor that can be read from then on. */
+class Interruption {
+public:
+    Interruption() : event_(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)) { EXPECT_TRUE(event_.isOpen()); }
+    int descriptor() const { return event_.get(); }
+    void request() const { ASSERT_EQ(eventfd_write(event_.get(), 1), 0); }
+
+private:
+    host::FileDescriptor event_;
+};
+
+TEST_F(SerialPort, AnInterruptionEndsAWaitAtOnce) {
+    Interruption const interruption;
+    host::SerialPort interruptible(pty.path(), report, clock, interruption.descriptor());
+    ASSERT_NE(interruptible.Open(115200, 0, 8, 1, 0), 0) << report.lastError;
+    auto reader =
+        std::async(std::launch::async, [&] { return interruptible.Read(buffer.data(), 10, kLong, kLong, &count, 0); });
+    interruption.request();
+    EXPECT_EQ(reader.get(), 0);
+    EXPECT_EQ(count, 0);
+    EXPECT_EQ(report.lastFault, "interrupted");
+}
+
+TEST_F(SerialPort, AnInterruptionEndsEveryLaterOperationAndLetsGoOfTheDevice) {
+    Interruption const interruption;
+    interruption.request();
+    host::SerialPort interruptible(pty.path(), report, clock, interruption.descriptor());
+    ASSERT_NE(interruptible.Open(115200, 0, 8, 1, 0), 0) << report.lastError;
+    pty.send(Bytes{1, 2, 3});
+    EXPECT_EQ(interruptible.Read(buffer.data(), 10, kLong, kLong, &count, 0), 0) << "bytes do not go before the end";
+    EXPECT_EQ(interruptible.Write(buffer.data(), 5, 0), 0);
+    EXPECT_EQ(interruptible.Purge(buffer.data(), 0, 0), 0);
+    EXPECT_NE(open(), 0) << "the device is free: " << report.lastError;
+}
+
+TEST_F(SerialPort, WithoutAnInterruptionWaitingGoesOnAsEver) {
+    Interruption const interruption;
+    host::SerialPort interruptible(pty.path(), report, clock, interruption.descriptor());
+    ASSERT_NE(interruptible.Open(115200, 0, 8, 1, 0), 0) << report.lastError;
+    pty.send(Bytes{7});
+    EXPECT_NE(interruptible.Read(buffer.data(), 1, kLong, kLong, &count, 0), 0);
+    EXPECT_EQ(received(), Bytes{7});
 }
 
 TEST_F(SerialPort, WritingToADeadPortIsAFault) {

@@ -5,8 +5,8 @@
 namespace tools {
 
 Panel::Panel(host::LoadedModule module, PanelSettings const& settings, host::Clock& clock, host::PortObserver* observer)
-    : module_(std::move(module)), serial_(clock, settings.ports, observer), storage_(settings.storage),
-      services_(scheduler_, serial_, &storage_) {}
+    : module_(std::move(module)), serial_(clock, settings.ports, observer, settings.interruption),
+      storage_(settings.storage), services_(scheduler_, serial_, &storage_) {}
 
 host::Result<std::unique_ptr<Panel>> Panel::create(PanelSettings const& settings, host::Clock& clock,
                                                    host::PortObserver* observer) {

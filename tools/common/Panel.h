@@ -23,6 +23,7 @@ struct PanelSettings {
     std::string ident;             ///< names the instance in the storage
     host::PortNames ports;
     host::DriverConfig config;
+    int interruption = -1; ///< ends all waiting on the line, see host::SerialPort
 };
 
 /** What a panel is to the driver: the module, the host's services and one configured driver instance. */

@@ -77,7 +77,8 @@ host::Outcome Session::prepare() {
                                              .storage = settings_.storage,
                                              .ident = settings_.instance,
                                              .ports = {},
-                                             .config = settings_.config};
+                                             .config = settings_.config,
+                                             .interruption = context_.interrupt.descriptor()};
     auto panel = tools::Panel::create(panelSettings, context_.clock, &context_.observers);
     if (!panel.ok()) {
         return panel.failure();
