@@ -1,3 +1,4 @@
+# shellcheck shell=bash disable=SC2034 # the variables are for whoever sources this
 # The simulated PLC for scripts: source this file.
 #
 #   start_plc PROGRAM WORK    PROGRAM is the tool `velk`; sets plc_port. The other plc_... are always set.
