@@ -2,6 +2,7 @@
 
 #include "tools/common/TextTable.h"
 #include "tools/velk/Names.h"
+#include "tools/velk/Text.h"
 
 #include <fmt/format.h>
 #include <nlohmann/json.hpp>
@@ -17,30 +18,16 @@ constexpr std::uint32_t kBitsPerByte = 8;
 std::string tableText(std::span<Variable const* const> variables) {
     tools::TextTable table({"name", "type", "area", "offset", "size"});
     for (Variable const* const variable : variables) {
-        table.add({variable->name, variable->type, areaName(variable->area), offsetText(*variable),
-                   std::to_string(variable->size)});
+        table.add({displayable(variable->name), displayable(variable->type), areaName(variable->area),
+                   offsetText(*variable), std::to_string(variable->size)});
     }
     return table.text();
-}
-
-std::string csvField(std::string const& text) {
-    if (text.find_first_of(",\"\n\r") == std::string::npos) {
-        return text;
-    }
-    std::string quoted = "\"";
-    for (char const letter : text) {
-        quoted += letter;
-        if (letter == '"') {
-            quoted += letter;
-        }
-    }
-    return quoted + '"';
 }
 
 std::string csvText(std::span<Variable const* const> variables) {
     std::string text = "name,type,area,offset,size\n";
     for (Variable const* const variable : variables) {
-        text += fmt::format("{},{},{},{},{}\n", csvField(variable->name), csvField(variable->type),
+        text += fmt::format("{},{},{},{},{}\n", csvField(toUtf8(variable->name)), csvField(toUtf8(variable->type)),
                             areaName(variable->area), variable->offset, variable->size);
     }
     return text;
@@ -49,15 +36,14 @@ std::string csvText(std::span<Variable const* const> variables) {
 std::string jsonText(std::span<Variable const* const> variables, std::uint32_t projectId) {
     nlohmann::json list = nlohmann::json::array();
     for (Variable const* const variable : variables) {
-        list.push_back({{"name", variable->name},
-                        {"type", variable->type},
+        list.push_back({{"name", toUtf8(variable->name)},
+                        {"type", toUtf8(variable->type)},
                         {"area", areaName(variable->area)},
                         {"offset", variable->offset},
                         {"size", variable->size}});
     }
     nlohmann::json const document{{"project", projectId}, {"variables", std::move(list)}};
-    // Names come from the PLC in whatever encoding it has; what is no UTF-8 must not end the program.
-    return document.dump(2, ' ', false, nlohmann::json::error_handler_t::replace) + '\n';
+    return document.dump(2) + '\n';
 }
 
 /** A part of a name between dots, with what is below it. */
@@ -86,9 +72,9 @@ void appendTree(std::string& text, Branch const& branch, std::string const& inde
     std::size_t left = branch.below.size();
     for (auto const& [key, below] : branch.below) {
         bool const last = --left == 0;
-        text += indent + (last ? "└─ " : "├─ ") + below.label;
+        text += indent + (last ? "└─ " : "├─ ") + displayable(below.label);
         if (below.variable != nullptr) {
-            text += fmt::format("  {}  {}:{}", below.variable->type, areaName(below.variable->area),
+            text += fmt::format("  {}  {}:{}", displayable(below.variable->type), areaName(below.variable->area),
                                 offsetText(*below.variable));
         }
         text += '\n';
