@@ -1,10 +1,30 @@
 #pragma once
 
+#include "tools/velk/ExitCode.h"
+
 #include <CLI/CLI.hpp>
+
+#include <cstdint>
+#include <string>
+#include <vector>
 
 namespace velk {
 
 struct Context;
+
+struct WatchOptions {
+    std::vector<std::string> names;
+    std::int64_t everyMicroseconds = 500'000;
+    std::uint64_t count = 0; ///< rounds; 0: until the user wants the end
+    bool json = false;
+    std::string csvFile; ///< empty for none
+};
+
+/** Reads variables again and again and shows how they change. */
+ExitCode runWatch(WatchOptions const& options, Context& context);
+
+/** Microseconds for "500ms", "2s", "1.5s", "1min"; nothing for anything else and for what is not above zero. */
+std::optional<std::int64_t> parseInterval(std::string const& text);
 
 void addWatchCommand(CLI::App& app, Context& context);
 
