@@ -61,8 +61,8 @@ bool Protocol_VELK::ReadBlock(ITag const* tag, unsigned char* bytes, int length)
 }
 
 bool Protocol_VELK::readBlock(ITag const* tag, unsigned char* bytes, int length) {
-    if (!portOpen_) {
-        return fail(kErrorState, _VELK::kNotStarted);
+    if (!requireStarted()) {
+        return false;
     }
     if (tag == nullptr || bytes == nullptr || length < 0) {
         return fail(kErrorRequest, _VELK::kInvalidArgument);
@@ -72,7 +72,7 @@ bool Protocol_VELK::readBlock(ITag const* tag, unsigned char* bytes, int length)
     }
     BlockPlace const place(velkTag(*tag), length);
     std::int64_t const needed = std::max(place.length, std::int64_t{place.skip} + length);
-    if (refuseImage(needed + kReplyOverhead, false)) {
+    if (refuseImage(&tag, 1, needed + kReplyOverhead, false)) {
         return false;
     }
     Image image(needed);
@@ -114,7 +114,7 @@ bool Protocol_VELK::readDatagramImage(ITag const* const* tags, int count, unsign
         return fail(kErrorRequest, _VELK::kInvalidArgument);
     }
     std::int64_t const length = imageLength(tags, count);
-    if (refuseImage(length, false)) {
+    if (refuseImage(tags, count, length, false)) {
         return false;
     }
     Image image(length);
@@ -128,10 +128,7 @@ bool Protocol_VELK::readDatagramImage(ITag const* const* tags, int count, unsign
     for (int i = 0; i < count; ++i) {
         Tag_VELK const& tag = velkTag(*tags[i]);
         if (status != nullptr) {
-            status[i] = tag.status();
-            if (status[i] != kItemGood) {
-                failNaming("tag ", tag.variableName().c_str(), " not present in symbol file");
-            }
+            status[i] = reportStatus(tag);
         }
         if (!tag.ConvertVariable(source, values, false)) {
             return fail(kErrorConversion, kItemConversion);
@@ -140,6 +137,14 @@ bool Protocol_VELK::readDatagramImage(ITag const* const* tags, int count, unsign
         values += tag.GetVarLength();
     }
     return true;
+}
+
+/** Answers the tag's status, and makes it the last error when the tag was not found. */
+idal_error_t Protocol_VELK::reportStatus(Tag_VELK const& tag) {
+    if (tag.status() != kItemGood) {
+        failNaming("tag ", tag.variableName().c_str(), " not present in symbol file");
+    }
+    return tag.status();
 }
 
 bool Protocol_VELK::doReadDatagram(ITag const* const* tags, int count, std::span<unsigned char> image) {
@@ -155,8 +160,8 @@ bool Protocol_VELK::Write(ITag const* tag, unsigned char const* value) {
 }
 
 bool Protocol_VELK::writeOne(ITag const* tag, unsigned char const* value) {
-    if (!portOpen_) {
-        return fail(kErrorState, _VELK::kNotStarted);
+    if (!requireStarted()) {
+        return false;
     }
     if (tag == nullptr || value == nullptr) {
         return fail(kErrorRequest, _VELK::kInvalidArgument);
@@ -165,7 +170,7 @@ bool Protocol_VELK::writeOne(ITag const* tag, unsigned char const* value) {
         return fail(kErrorRequest, "writing to read_only type");
     }
     int const packedLength = tag->PackedLen();
-    if (refuseImage(packedLength, true)) {
+    if (refuseImage(&tag, 1, packedLength, true)) {
         return false;
     }
     BlockPlace const place(velkTag(*tag), packedLength);
@@ -197,7 +202,7 @@ bool Protocol_VELK::writeDatagramImage(ITag const* const* tags, int count, unsig
         return fail(kErrorRequest, _VELK::kInvalidArgument);
     }
     std::int64_t const length = imageLength(tags, count);
-    if (refuseImage(length, true)) {
+    if (refuseImage(tags, count, length, true)) {
         return false;
     }
     Image image(length);
@@ -229,8 +234,8 @@ bool Protocol_VELK::WriteDatagramWithStatus(ITag const* const* tags, int count, 
 
 /** Runs the sequencer as often as the node of tags[0] is configured for, until it succeeds. */
 bool Protocol_VELK::exchangeAttempts(bool write, ITag const* const* tags, int count, unsigned char* image, int length) {
-    if (!portOpen_) {
-        return fail(kErrorState, _VELK::kNotStarted);
+    if (!requireStarted()) {
+        return false;
     }
     for (int left = paramManager_.getNodeParams(GetNodeID(tags[0]))->repeat; left > 0; --left) {
         emptyPort();
@@ -249,11 +254,24 @@ void Protocol_VELK::emptyPort() {
     }
 }
 
-/** Refuses what the link's buffers can never hold before memory is asked for it. */
-bool Protocol_VELK::refuseImage(std::int64_t length, bool write) {
+/**
+ * Refuses what the link's buffers can never hold before memory is asked for it. A call that would not even have come
+ * to the buffers keeps its own reason.
+ */
+bool Protocol_VELK::refuseImage(ITag const* const* tags, int count, std::int64_t length, bool write) {
     if (length <= static_cast<std::int64_t>(kDataLength)) {
         return false;
     }
-    fault(kErrorRequest, write ? _VELK::kTxExceeded : _VELK::kRxExceeded);
+    if (requireStarted() && requireItemLimit(tags, count)) {
+        fault(kErrorRequest, write ? _VELK::kTxExceeded : _VELK::kRxExceeded);
+    }
     return true;
+}
+
+bool Protocol_VELK::requireStarted() {
+    return portOpen_ || fail(kErrorState, _VELK::kNotStarted);
+}
+
+bool Protocol_VELK::requireItemLimit(ITag const* const* tags, int count) {
+    return MaxDatagramItems(tags[0]) >= count || fail(kErrorRequest, "Too many items in datagram");
 }

@@ -184,7 +184,10 @@ private:
     bool writeDatagramImage(ITag const* const* tags, int count, unsigned char const* values);
     bool fillBlock(ITag const* tag, std::span<unsigned char> image, int length);
     bool convertToHost(Tag_VELK const& tag, unsigned char const* image, unsigned char* value);
-    bool refuseImage(std::int64_t length, bool write);
+    idal_error_t reportStatus(Tag_VELK const& tag);
+    bool refuseImage(ITag const* const* tags, int count, std::int64_t length, bool write);
+    bool requireStarted();
+    bool requireItemLimit(ITag const* const* tags, int count);
     void emptyPort();
 
     // Sequencer.cpp

@@ -74,7 +74,7 @@ bool Protocol_VELK::checkCall(ListCall const& call) {
     if (!areTags(call.tags, call.count) || call.explicitLength < 0 || (call.data == nullptr && call.count > 0)) {
         return fail(kErrorRequest, _VELK::kInvalidArgument);
     }
-    return MaxDatagramItems(call.tags[0]) >= call.count || fail(kErrorRequest, "Too many items in datagram");
+    return requireItemLimit(call.tags, call.count);
 }
 
 bool Protocol_VELK::addressNode(ListCall& call) {

@@ -68,6 +68,24 @@ TEST_F(EntryPointsTest, NothingIsReadOrWrittenAfterStop) {
     EXPECT_EQ(port.purges, 0);
 }
 
+TEST_F(EntryPointsTest, LargeDatagramIsRefusedForTheFirstReasonThereIs) {
+    ASSERT_TRUE(driver->Config(ConfigText().Build().c_str()));
+    std::vector<ITag*> const tooLong(2, Tag("1?A?M?0?string-40000"));
+    std::vector<ITag*> const tooMany(91, Tag("1?A?M?0?string-1000"));
+    auto const expectRefusals = [&](std::vector<ITag*> const& tags, int code, char const* read, char const* write) {
+        EXPECT_FALSE(Read(tags).ok);
+        ExpectError(code, read);
+        EXPECT_FALSE(Write(tags, Bytes(91000)));
+        ExpectError(code, write);
+    };
+    expectRefusals(tooLong, -3, "Protocol not started", "Protocol not started");
+    expectRefusals(tooMany, -3, "Protocol not started", "Protocol not started");
+    ASSERT_TRUE(driver->Start());
+    expectRefusals(tooLong, -1, "Rx Buffer dimension exceeded", "Tx Buffer dimension exceeded");
+    expectRefusals(tooMany, -1, "Too many items in datagram", "Too many items in datagram");
+    EXPECT_TRUE(port.writes.empty());
+}
+
 // --- attempts ---
 
 TEST_F(EntryPointsTest, EveryAttemptBeginsWithAnEmptiedPort) {
@@ -423,6 +441,15 @@ TEST_F(EntryPointsTest, LargestProjectIdentifierReadsAsItself) {
     EXPECT_EQ(value, Hex("FF FF FF 7F"));
     EXPECT_TRUE(driver->ReadBlock(tag, value.data(), 4));
     EXPECT_EQ(value, Hex("FF FF FF 7F"));
+}
+
+TEST_F(EntryPointsTest, TagsBehindAProjectIdentifierAreNotAskedForAndKeepTheirFirstStatus) {
+    StartDeclared();
+    ReadOutcome const outcome = Read({Tag("1?ID?PROJ_ID?7?unsignedInt"), Tag("1?A?M?16?short")});
+    EXPECT_TRUE(outcome.ok);
+    EXPECT_EQ(outcome.values, Hex("07 00 00 00 | 00 00"));
+    EXPECT_EQ(outcome.status, (std::vector<idal_error_t>{1, 1})) << "a tag is good until an exchange finds otherwise";
+    EXPECT_TRUE(port.writes.empty());
 }
 
 TEST_F(EntryPointsTest, ProjectIdentifierZeroReadsAsZero) {
