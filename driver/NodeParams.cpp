@@ -47,14 +47,23 @@ bool NodeParams::isBigEndian() const {
 bool NodeParams::parse(CfgParser& parser, int node, std::string& error) {
     return parsePrefix(parser, node, error) &&
            readRanged(parser, "BlockSize", node, BlockSize, kMinBlockSize, kMaxBlockSize, error) &&
-           readRanged(parser, "Timeout", node, Timeout, kMinTimeout, kMaxTimeout, error) &&
-           readOptional(parser, "repeat", node, repeat, kDefaultRepeat, error) &&
+           parseTimeout(parser, node, error) && readOptional(parser, "repeat", node, repeat, kDefaultRepeat, error) &&
            readRequired(parser, "model", node, model, error) && parseRouting(parser, node, error);
 }
 
 bool NodeParams::parsePrefix(CfgParser& parser, int node, std::string& error) {
     prefix.clear();
     return readParam(parser, "prefix", node, prefix, CfgParser::kNodeOnly, true, error);
+}
+
+/** Keeps no time-out that is out of range: a host that goes on after the failure would wait with it for days. */
+bool NodeParams::parseTimeout(CfgParser& parser, int node, std::string& error) {
+    int timeout = Timeout;
+    if (!readRanged(parser, "Timeout", node, timeout, kMinTimeout, kMaxTimeout, error)) {
+        return false;
+    }
+    Timeout = timeout;
+    return true;
 }
 
 bool NodeParams::parseRouting(CfgParser& parser, int node, std::string& error) {

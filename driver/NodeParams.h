@@ -31,11 +31,13 @@ struct NodeParams {
     /**
      * Reads the parameters, those of the node @p node or, for -1, the ones that belong to no node.
      *
-     * Stops at the first failure with the whole message in @p error; what was read until then stays.
+     * Stops at the first failure with the whole message in @p error; what was read until then stays, but for a
+     * time-out out of range.
      */
     bool parse(CfgParser& parser, int node, std::string& error);
 
 private:
+    bool parseTimeout(CfgParser& parser, int node, std::string& error);
     bool parsePrefix(CfgParser& parser, int node, std::string& error);
     bool parseRouting(CfgParser& parser, int node, std::string& error);
 };

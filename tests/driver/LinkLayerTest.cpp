@@ -357,6 +357,19 @@ TEST_F(LinkLayerTest, FailedSecondConfigurationDoesNotBreakTheLine) {
     EXPECT_TRUE(port.writes.empty());
 }
 
+TEST_F(LinkLayerTest, FailedSecondConfigurationMakesNobodyWaitForDays) {
+    StartBare();
+    ITag* const tag = Tag("1?A?M?0?short");
+    for (char const* timeout : {"2147483647", "-1"}) {
+        EXPECT_FALSE(driver->Config(ConfigText().Set("Timeout", timeout).Build().c_str()));
+        port.reads.clear();
+        Intel().DeadLinkCheck();
+        EXPECT_FALSE(Read({tag}).ok);
+        ASSERT_EQ(port.reads.size(), 1U);
+        EXPECT_EQ(port.reads[0].firstByteTimeoutMs, 1000);
+    }
+}
+
 TEST_F(LinkLayerTest, NegativeCountsFromThePortAreNoBytes) {
     StartBare();
     Framing const framing;

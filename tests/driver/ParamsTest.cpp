@@ -116,6 +116,19 @@ TEST(Params, TimeoutBorders) {
     }
 }
 
+TEST(Params, TimeoutOutOfRangeIsNotKept) {
+    ParamManager manager;
+    for (char const* value : {"-1", "2147483647", "99"}) {
+        EXPECT_FALSE(manager.parse(ConfigText().Set("Timeout", value).Build().c_str()));
+        EXPECT_EQ(manager.getNodeParams(1)->Timeout, 0) << "none was ever accepted";
+    }
+    ASSERT_TRUE(manager.parse(ConfigText().Set("Timeout", "700").Build().c_str()));
+    for (char const* value : {"-1", "2147483647", "99"}) {
+        EXPECT_FALSE(manager.parse(ConfigText().Set("Timeout", value).Build().c_str()));
+        EXPECT_EQ(manager.getNodeParams(1)->Timeout, 700) << value;
+    }
+}
+
 TEST(Params, RoutingLevelsBorders) {
     EXPECT_EQ(Accepted(ConfigText().Set("RoutingLevels", "0")).RoutingLevels, 0);
     EXPECT_EQ(Accepted(ConfigText().Set("RoutingLevels", "2")).RoutingLevels, 2);
