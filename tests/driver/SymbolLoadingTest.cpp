@@ -108,6 +108,24 @@ TEST_F(SymbolLoadingTest, RefusedUploadKeepsTheLogin) {
     ExpectGoodRead(tag);
 }
 
+TEST_F(SymbolLoadingTest, FifthRefusedUploadInARowForgetsTheLogin) {
+    // A PLC that has restarted knows no login and refuses the file as it would refuse a list.
+    ConfigureAndStart();
+    ITag* const tag = Tag("1?A?M?0?short");
+    for (int call = 0; call < 5; ++call) {
+        Conversation line = Intel();
+        line.LinkCheck();
+        if (call == 0) {
+            line.Login();
+        }
+        line.RefusedUpload();
+        EXPECT_FALSE(Read({tag}).ok);
+        EXPECT_EQ(Velk().isLoggedIn(), call < 4) << call;
+    }
+    Intel().LinkCheck().Login().Upload(FileOf(7, 16)).Exchange(ListAt(16, 7), GoodReply());
+    ExpectGoodRead(tag);
+}
+
 TEST_F(SymbolLoadingTest, DeadUploadForgetsTheLogin) {
     ConfigureAndStart();
     ITag* const tag = Tag("1?A?M?0?short");
