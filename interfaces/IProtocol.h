@@ -39,7 +39,7 @@ public:
     virtual int GetProtocolType() const = 0;                                                  ///< slot 24
     virtual char const* GetProtocolName() const = 0;                                          ///< slot 25
     virtual int GetInfo(char* text, int size) const = 0; ///< slot 26; characters written, no zero added
-    virtual char const* GetXml() const = 0;              ///< slot 27; see docs/integrators.md for the container
+    virtual char const* GetXml() const = 0;              ///< slot 27; "compressedXML=<bytes>", a zero, the zlib stream
     virtual bool IsConverted() const = 0;                ///< slot 28
     virtual char const* GetIdent() const = 0;            ///< slot 29
     virtual void SetIdent(char const* ident) = 0;        ///< slot 30; names the instance in permanent storage

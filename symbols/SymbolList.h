@@ -29,7 +29,7 @@ struct Symbol {
 struct SymbolListTag {
     std::uint8_t loaded = 0;           ///< 1 after a successful load, 0 after clear()
     std::uint32_t count = 0;           ///< number of symbols
-    std::unique_ptr<Symbol[]> symbols; ///< in the order of the file; null when count is 0
+    std::unique_ptr<Symbol[]> symbols; ///< in the order of the file; null after clear()
     std::unique_ptr<RtsHashTag> index; ///< from name to Symbol; null while nothing is loaded
     std::uint32_t reserved = 0;
     std::uint32_t projectId = 0; ///< identifies the PLC program that the file describes
