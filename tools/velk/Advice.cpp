@@ -10,7 +10,7 @@ std::string advice(ExitCode code, bool somethingWasReceived) {
                      "PLC was stopped. `velk check` walks the line step by step."
                    : "Nothing came at all: likely the cable (crossed, unplugged, the wrong port), a PLC that is off, "
                      "or "
-                     "another line speed, parity or framing. `velk check --scan` tries the usual ones.";
+                     "another line speed, parity, framing or byte order. `velk check --scan` tries the usual ones.";
     case ExitCode::Refused:
         return "Something answers: likely the line speed, the parity, the framing or the byte order is another one. "
                "`velk check` walks the line step by step.";
