@@ -1,8 +1,10 @@
 #include "tools/velk/CommandLine.h"
 
 #include "tools/velk/CommandError.h"
+#include "tools/velk/HelpFormatter.h"
 #include "tools/velk/Interrupt.h"
 #include "tools/velk/Terminal.h"
+#include "tools/velk/Version.h"
 #include "tools/velk/commands/CheckCommand.h"
 #include "tools/velk/commands/CompletionsCommand.h"
 #include "tools/velk/commands/ConfigCommand.h"
@@ -41,6 +43,15 @@ void addCommands(CLI::App& app, Context& context) {
     addHelpCommand(app, context);
 }
 
+/** A complaint about the words of a command line, and where to look. */
+std::string complaintText(CLI::App const& app, CLI::Error const& error) {
+    std::string path = app.get_name();
+    for (CLI::App const* each : app.get_subcommands()) {
+        path += " " + each->get_name();
+    }
+    return std::string(error.what()) + "\n" + path + " --help tells what it takes";
+}
+
 /** Answers what the parser itself has to say: help, the version, or a complaint about the words. */
 ExitCode answerParser(CLI::App const& app, CLI::ParseError const& answer, Terminal& terminal) {
     std::ostringstream out;
@@ -57,6 +68,10 @@ ExitCode answerParser(CLI::App const& app, CLI::ParseError const& answer, Termin
 
 ExitCode parseAndRun(std::vector<std::string> words, Context& context) {
     std::unique_ptr<CLI::App> const app = makeCommandTree(context);
+    if (words.empty()) {
+        context.terminal.complain("what is to be done?\n\n" + app->help());
+        return ExitCode::Usage;
+    }
     context.action = nullptr;
     context.options = {};
     std::reverse(words.begin(), words.end()); // the parser takes them from the end
@@ -78,7 +93,10 @@ ExitCode parseAndRun(std::vector<std::string> words, Context& context) {
 std::unique_ptr<CLI::App> makeCommandTree(Context& context) {
     auto app = std::make_unique<CLI::App>("Variables of a PLC by name, over its serial line", "velk");
     app->require_subcommand(1);
-    app->set_version_flag("--version", VELK_VERSION);
+    app->formatter(std::make_shared<HelpFormatter>());
+    app->failure_message([](CLI::App const* top, CLI::Error const& error) { return complaintText(*top, error); });
+    app->set_version_flag("-V,--version", versionText, "Print the versions of velk and of the driver module");
+    app->set_help_flag("-h,--help", "Print this help");
     addCommands(*app, context);
     return app;
 }

@@ -1,0 +1,137 @@
+#include "tools/velk/CommandTree.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <cstdio>
+#include <string_view>
+
+namespace velk {
+namespace {
+
+/** The words of "TEXT:{none,even,odd}", which is how the parser shows a choice. */
+std::vector<std::string> choicesIn(std::string const& typeName) {
+    std::size_t const opening = typeName.find('{');
+    std::size_t const closing = typeName.find('}');
+    std::vector<std::string> choices;
+    if (opening == std::string::npos || closing == std::string::npos || closing < opening) {
+        return choices;
+    }
+    std::string_view rest(typeName);
+    rest = rest.substr(opening + 1, closing - opening - 1);
+    while (true) {
+        std::size_t const comma = rest.find(',');
+        choices.emplace_back(rest.substr(0, comma));
+        if (comma == std::string_view::npos) {
+            return choices;
+        }
+        rest.remove_prefix(comma + 1);
+    }
+}
+
+/** "1..2" of ":INT in [1 - 2]", which is how the parser shows a range; empty for what is none. */
+std::string rangeIn(std::string const& typeName) {
+    std::size_t const opening = typeName.find(" in [");
+    std::size_t const dash = typeName.find(" - ", opening == std::string::npos ? typeName.size() : opening);
+    std::size_t const closing = typeName.find(']', dash == std::string::npos ? typeName.size() : dash);
+    if (closing == std::string::npos) {
+        return "";
+    }
+    constexpr std::size_t kIn = 5;
+    constexpr std::size_t kDash = 3;
+    return typeName.substr(opening + kIn, dash - opening - kIn) + ".." +
+           typeName.substr(dash + kDash, closing - dash - kDash);
+}
+
+std::string joinedWith(std::vector<std::string> const& texts, char const* between) {
+    std::string joined;
+    for (std::string const& text : texts) {
+        joined += (joined.empty() ? "" : between) + text;
+    }
+    return joined;
+}
+
+ValueInfo describeValue(CLI::Option const& option) {
+    ValueInfo value;
+    if (option.get_items_expected_max() == 0) {
+        return value;
+    }
+    std::string const typeName = option.get_type_name();
+    value.choices = choicesIn(typeName);
+    std::string const range = rangeIn(typeName);
+    std::string const plain = typeName.substr(0, typeName.find(':'));
+    value.placeholder = !value.choices.empty() ? joinedWith(value.choices, "|")
+                        : !range.empty()       ? range
+                        : !plain.empty()       ? plain
+                                               : "VALUE";
+    return value;
+}
+
+std::string wordText(WordInfo const& word) {
+    std::string const name = word.name;
+    std::string const text = word.required ? name : "[" + name + "]";
+    return text + (word.repeated ? "..." : "");
+}
+
+} // namespace
+
+FlagInfo describeFlag(CLI::Option const& option) {
+    FlagInfo flag;
+    for (std::string const& name : option.get_snames()) {
+        flag.names.push_back("-" + name);
+    }
+    for (std::string const& name : option.get_lnames()) {
+        flag.names.push_back("--" + name);
+    }
+    flag.value = describeValue(option);
+    flag.description = option.get_description();
+    flag.group = option.get_group();
+    flag.required = option.get_required();
+    return flag;
+}
+
+WordInfo describeWord(CLI::Option const& option) {
+    WordInfo word;
+    word.value = describeValue(option);
+    std::string const typeName = option.get_type_name();
+    bool const named = word.value.choices.empty() && !typeName.empty() && typeName != "TEXT";
+    word.name = named ? word.value.placeholder : option.get_name(true);
+    std::transform(word.name.begin(), word.name.end(), word.name.begin(),
+                   [](unsigned char letter) { return static_cast<char>(std::toupper(letter)); });
+    word.description = option.get_description();
+    word.required = option.get_required();
+    word.repeated = option.get_items_expected_max() > 1;
+    return word;
+}
+
+CommandInfo describeCommand(CLI::App const& app) {
+    CommandInfo command;
+    command.name = app.get_name();
+    command.description = app.get_description();
+    for (CLI::Option const* const option : app.get_options()) {
+        if (option->get_group().empty()) {
+            continue; // hidden
+        }
+        if (option->nonpositional()) {
+            command.flags.push_back(describeFlag(*option));
+        } else {
+            command.words.push_back(describeWord(*option));
+        }
+    }
+    for (CLI::App const* const sub : app.get_subcommands([](CLI::App const*) { return true; })) {
+        if (!sub->get_name().empty() && !sub->get_group().empty()) {
+            command.commands.push_back(describeCommand(*sub));
+        }
+    }
+    return command;
+}
+
+std::string usageLine(CommandInfo const& command, std::string const& path) {
+    std::string line = path + " [OPTION]...";
+    for (WordInfo const& word : command.words) {
+        line += " " + wordText(word);
+    }
+    return line + (command.commands.empty() ? "" : " COMMAND ...");
+}
+
+} // namespace velk

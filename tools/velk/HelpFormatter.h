@@ -1,0 +1,23 @@
+#pragma once
+
+#include "tools/velk/CommandTree.h"
+
+#include <CLI/CLI.hpp>
+
+#include <string>
+
+namespace velk {
+
+/** @p text in lines of at most @p width characters, each but the first behind @p indent blanks. */
+std::string wrapped(std::string const& text, std::size_t indent, std::size_t width);
+
+/** Help of a command: usage, words, flags by group, commands; 80 columns. */
+std::string helpText(CommandInfo const& command, std::string const& path);
+
+/** Lets the parser show that. */
+class HelpFormatter final : public CLI::Formatter {
+public:
+    std::string make_help(CLI::App const* app, std::string name, CLI::AppFormatMode mode) const override;
+};
+
+} // namespace velk
