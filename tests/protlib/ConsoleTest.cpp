@@ -114,6 +114,13 @@ TEST_F(Console, XmlShowsTheDescription) {
     expectBoundedReply(driver, "xml", "compressedXML=2055");
 }
 
+TEST_F(Console, XmlEndsAtTheFirstZeroOfTheDescription) {
+    driver.xml = "compressedXML=2055\0binary stream";
+    Reply const reply = run(driver, "xml");
+    EXPECT_EQ(reply.text, "compressedXML=2055");
+    EXPECT_EQ(reply.bytes.find("binary"), std::string::npos);
+}
+
 TEST_F(Console, XmlOfADriverWithoutADescriptionIsHarmless) {
     for (int const size : {0, 1, 2, 40}) {
         EXPECT_TRUE(run(driver, "xml", size).known);
@@ -269,6 +276,9 @@ TEST_F(Console, WriteTakesDigitsOfEitherCaseHighNibbleFirst) {
     EXPECT_EQ(driver.written, Hex("0A 0B"));
     EXPECT_EQ(driver.addresses, Names{"1?x?M?0?short"});
     EXPECT_EQ(driver.deletions, Names{"tag"});
+    driver.offer(TestTag(ICU_SHORT, ICU_NONE, 2));
+    expectReply(driver, "write x 00F0", "written ok\n");
+    EXPECT_EQ(driver.written, Hex("00 F0"));
     driver.offer(TestTag(ICU_DOUBLE, ICU_NONE, 8));
     expectReply(driver, "write x 0123456789abcDEf", "written ok\n");
     EXPECT_EQ(driver.written, Hex("01 23 45 67 89 AB CD EF"));

@@ -180,6 +180,21 @@ TEST(SymbolFileSections, OthersBeforeAndBetweenAreSkippedByTheirLength) {
     EXPECT_EQ(names(parsed), Names{"a"});
 }
 
+TEST(SymbolFileSections, LongSectionsAndRecordsAreSkippedToo) {
+    for (std::uint32_t const length : {8000U, 8192U, 20000U, 70000U}) {
+        SdbBytes file;
+        file.fileHeader().otherSection(1, length).section(2, 500, 2).simpleType("INT", 3, 2);
+        file.typeRecord(4, 18 + 5 + length, 8, 4, 5).text("REAL").byte(0).text(std::string(length, 'x'));
+        file.otherSection(7, length).section(3, 500, 3).variable("a", 0);
+        file.variableRecord(6, 26 + length, 0, 0, 0, 0).text(std::string(length, 'y')).variable("b", 1);
+        Parsed const parsed(file);
+        ASSERT_EQ(parsed.result, 1) << length;
+        EXPECT_EQ(names(parsed), (Names{"a", "", "b"})) << length;
+        EXPECT_STREQ(parsed.at(0).typeName, "INT") << length;
+        EXPECT_STREQ(parsed.at(2).typeName, "REAL") << length;
+    }
+}
+
 TEST(SymbolFileSections, VariableSectionBeforeTheTypesIsSkipped) {
     SdbBytes file;
     file.fileHeader().section(3, 16 + 28, 1).variable("x");
@@ -340,12 +355,43 @@ TEST(SymbolFileTypes, StructureAndTheClasses13And23HaveFourBytesBehindTheirName)
         Parsed const parsed(file);
         ASSERT_EQ(parsed.result, 1) << typeClass;
         EXPECT_STREQ(parsed.at(0).typeName, "INT") << typeClass;
-
-        // The extra is read even where the record length leaves no room for it: the file must not end inside.
-        SdbBytes cut;
-        cut.fileHeader().section(2, 500, 1).typeRecord(4, 20, typeClass, 12, 2).text("T").byte(0).hex("01 02 03");
-        expectRefused(cut);
     }
+}
+
+/**
+ * A file whose only type has its record end before its name, which is read from the whole variable section behind it.
+ * So the file has everything that a parse needs, and only its last bytes decide whether the type is complete.
+ */
+SdbBytes fileWithLongType(std::uint32_t typeClass, std::string_view tail, std::uint32_t nameLength = 44) {
+    SdbBytes file;
+    file.fileHeader().section(2, 500, 1).typeRecord(4, 18, typeClass, 2, nameLength);
+    return file.section(3, 500, 1).variable("a").hex(tail);
+}
+
+TEST(SymbolFileTypes, NameMustBeInTheFileWhole) {
+    EXPECT_EQ(Parsed(fileWithLongType(3, "")).result, 1);
+    EXPECT_EQ(Parsed(fileWithLongType(3, "EE", 45)).result, 1);
+    expectRefused(fileWithLongType(3, "", 45));
+    expectRefused(fileWithLongType(3, "EE", 46));
+    expectRefused(fileWithLongType(3, "", 0xFFFF));
+}
+
+TEST(SymbolFileTypes, FourBytesBehindTheNameMustBeInTheFileWhole) {
+    for (std::uint32_t const typeClass : {11U, 13U, 23U}) {
+        EXPECT_EQ(Parsed(fileWithLongType(typeClass, "C1 C2 C3 C4")).result, 1) << typeClass;
+        expectRefused(fileWithLongType(typeClass, "C1 C2 C3"));
+        expectRefused(fileWithLongType(typeClass, ""));
+    }
+}
+
+TEST(SymbolFileTypes, ElementTypeAndDimensionsOfAnArrayMustBeInTheFileWhole) {
+    constexpr char const* kTwoDimensions = "00 00 00 00 | 02 00 00 00 | 01 00 00 00 0A 00 00 00 | 01 00 00 00 0A 00 00";
+    EXPECT_EQ(Parsed(fileWithLongType(9, std::string(kTwoDimensions) + "00")).result, 1);
+    expectRefused(fileWithLongType(9, kTwoDimensions));
+    expectRefused(fileWithLongType(9, "00 00 00 00 | 02 00 00 00"));
+    EXPECT_EQ(Parsed(fileWithLongType(9, "00 00 00 00 | 00 00 00 00")).result, 1);
+    expectRefused(fileWithLongType(9, "00 00 00 00 | 00 00 00"));
+    expectRefused(fileWithLongType(9, "00 00 00"));
 }
 
 TEST(SymbolFileTypes, OtherClassesHaveNothingBehindTheirName) {
