@@ -34,7 +34,7 @@ std::string csvText(std::span<Variable const* const> variables) {
 }
 
 std::string jsonText(std::span<Variable const* const> variables, std::uint32_t projectId) {
-    nlohmann::json list = nlohmann::json::array();
+    nlohmann::ordered_json list = nlohmann::ordered_json::array();
     for (Variable const* const variable : variables) {
         list.push_back({{"name", toUtf8(variable->name)},
                         {"type", toUtf8(variable->type)},
@@ -42,7 +42,7 @@ std::string jsonText(std::span<Variable const* const> variables, std::uint32_t p
                         {"offset", variable->offset},
                         {"size", variable->size}});
     }
-    nlohmann::json const document{{"project", projectId}, {"variables", std::move(list)}};
+    nlohmann::ordered_json const document{{"project", projectId}, {"variables", std::move(list)}};
     return document.dump(2) + '\n';
 }
 

@@ -18,7 +18,8 @@ constexpr std::size_t kReplySize = 64 * 1024;
 constexpr char const* kHistoryFile = "console-history";
 
 std::vector<std::string> knownWords() {
-    return {"deletetags", "exit", "getmaxtm", "help", "info", "lasterror", "quit", "read", "write", "xml"};
+    return {"deletetags", "exit", "getid", "getmaxtm", "help",  "info",
+            "lasterror",  "quit", "read",  "setid",    "write", "xml"};
 }
 
 /** Runs one line in the module; false when it does not know the command. */

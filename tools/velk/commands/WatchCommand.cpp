@@ -104,6 +104,7 @@ ExitCode Watch::run() {
     }
     double const elapsed =
         static_cast<double>(context_.clock.microseconds() - startedAt_) / kMicrosecondsPerMillisecond;
+    context_.terminal.setQuiet(false); // the figures are told always
     context_.terminal.note(summaryText(figures_.summary(), elapsed));
     return outcome();
 }

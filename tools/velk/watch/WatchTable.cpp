@@ -73,7 +73,8 @@ std::vector<std::string> WatchTable::lines(std::span<Tag const> tags, WatchHeade
                    seen ? ageText(now - item.goodAt) : "-"});
     }
     constexpr std::size_t kLinesAbove = 2; // of the table's own
-    std::vector<std::string> lines{cut(headerLine(header), width), cut(header.trouble, width)};
+    std::vector<std::string> lines{cut(headerLine(header), width),
+                                   terminal.coloured(Colour::Red, cut(header.trouble, width))};
     std::vector<std::string> const rows = split(table.text());
     for (std::size_t i = 0; i < rows.size(); ++i) {
         std::string const row = cut(rows[i], width);
@@ -84,7 +85,6 @@ std::vector<std::string> WatchTable::lines(std::span<Tag const> tags, WatchHeade
         lines.resize(height - 1);
         lines.push_back(fmt::format("... and {} more", hidden));
     }
-    lines[1] = terminal.coloured(Colour::Red, lines.size() > 1 ? lines[1] : "");
     return lines;
 }
 
