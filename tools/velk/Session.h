@@ -85,6 +85,9 @@ public:
     /** What a failure means for the program. */
     [[nodiscard]] ExitCode exitCode(host::Failure const& failure) const;
 
+    /** A failure in words that can be shown: a dead port is named. */
+    [[nodiscard]] std::string describe(host::Failure const& failure) const;
+
     /** The same as an error that ends the command, with the likely cause in its text. */
     [[nodiscard]] CommandError error(host::Failure const& failure) const;
 
@@ -116,7 +119,6 @@ private:
     Tag createTag(TagRequest const& request, Variable const* variable);
     void addressTag(Tag& tag, std::string const& offset);
     [[nodiscard]] bool bigEndian(int node) const;
-    [[nodiscard]] std::string describe(host::Failure const& failure) const;
 
     Settings settings_;
     Context& context_;

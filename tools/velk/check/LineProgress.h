@@ -1,0 +1,58 @@
+#pragma once
+
+#include "host/PortObserver.h"
+#include "tools/velk/check/CheckSteps.h"
+#include "tools/velk/trace/Conversation.h"
+
+#include <cstdint>
+#include <optional>
+#include <set>
+#include <string>
+#include <vector>
+
+namespace velk {
+
+/** What came behind the block that was sent last; acknowledges that were sent since are left out. */
+struct LastWords {
+    plc::Bytes sent;                       ///< no bytes when nothing was sent
+    std::vector<plc::Bytes> came;          ///< frames, in their order; the last few
+    std::vector<trace::Frame> meant;       ///< the same decoded, without their payloads
+    bool timedOut = false;                 ///< the driver waited in vain in the end
+    std::optional<std::uint16_t> status{}; ///< of the response, when one is complete
+};
+
+/**
+ * Finds out from the frames on a line how far the driver has come with a PLC.
+ *
+ * A step that has been reached stays reached. Any frames are welcome, in any order.
+ */
+class LineProgress final : public host::PortObserver {
+public:
+    void onFrame(host::PortFrame const& frame) override;
+    void onTimeout(std::int64_t at) override;
+    void onDropped(std::span<unsigned char const> bytes, std::int64_t at) override;
+
+    [[nodiscard]] bool reached(CheckStep step) const { return reached_.contains(step); }
+
+    [[nodiscard]] LastWords const& lastWords() const { return lastWords_; }
+
+    /** The driver has gone on from the link check to the login. */
+    [[nodiscard]] bool triedLogin() const { return triedLogin_; }
+
+    /** Pieces of the symbol file that came. */
+    [[nodiscard]] std::uint64_t filePieces() const { return filePieces_; }
+
+private:
+    void onSent(plc::ByteView bytes);
+    void onReceived(plc::ByteView bytes);
+    void onResponse(trace::Response const& response);
+    void keep(plc::ByteView bytes, trace::Frame frame);
+
+    trace::Conversation conversation_;
+    std::set<CheckStep> reached_;
+    LastWords lastWords_;
+    std::uint64_t filePieces_ = 0;
+    bool triedLogin_ = false;
+};
+
+} // namespace velk
