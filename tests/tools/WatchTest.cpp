@@ -1,0 +1,252 @@
+#include "tools/velk/Terminal.h"
+#include "tools/velk/commands/WatchCommand.h"
+#include "tools/velk/watch/LineFigures.h"
+#include "tools/velk/watch/StationPacing.h"
+#include "tools/velk/watch/WatchTable.h"
+
+#include <gtest/gtest.h>
+
+#include <array>
+#include <optional>
+
+namespace {
+
+using namespace velk;
+using namespace std::chrono_literals;
+
+constexpr std::int64_t kSecond = 1'000'000;
+
+// ---- intervals
+
+TEST(ParseInterval, TakesMillisecondsSecondsAndMinutes) {
+    EXPECT_EQ(parseInterval("500ms"), 500'000);
+    EXPECT_EQ(parseInterval("2s"), 2'000'000);
+    EXPECT_EQ(parseInterval("1.5s"), 1'500'000);
+    EXPECT_EQ(parseInterval("1min"), 60'000'000);
+    EXPECT_EQ(parseInterval("1440min"), 86'400'000'000);
+}
+
+TEST(ParseInterval, RefusesWhatIsNone) {
+    for (char const* const text :
+         {"", "5", "ms", "-1s", "0s", "5 parsecs", "1s2", "nans", "infs", "1441min", "1e999s"}) {
+        EXPECT_EQ(parseInterval(text), std::nullopt) << text;
+    }
+}
+
+// ---- figures of the line
+
+class LineFiguresTest : public testing::Test {
+protected:
+    void sent(std::size_t bytes, std::int64_t at) { frame(host::FrameDirection::Sent, bytes, at); }
+    void received(std::size_t bytes, std::int64_t at) { frame(host::FrameDirection::Received, bytes, at); }
+
+    LineFigures figures_{10'000, 10}; // a byte in a millisecond
+
+private:
+    void frame(host::FrameDirection direction, std::size_t bytes, std::int64_t at) {
+        std::vector<unsigned char> const content(bytes);
+        figures_.onFrame({direction, content, at, at});
+    }
+};
+
+TEST_F(LineFiguresTest, AnswerTimesAreMedianNinetyFifthAndWorst) {
+    for (int i = 1; i <= 21; ++i) {
+        sent(1, i * kSecond);
+        received(1, i * kSecond + i * 1000); // 1 to 21 ms
+    }
+    LineSummary const summary = figures_.summary();
+    EXPECT_EQ(summary.exchanges, 21U);
+    EXPECT_EQ(summary.answered, 21U);
+    EXPECT_DOUBLE_EQ(summary.answerMedianMs, 11);
+    EXPECT_DOUBLE_EQ(summary.answer95Ms, 20);
+    EXPECT_DOUBLE_EQ(summary.answerWorstMs, 21);
+}
+
+TEST_F(LineFiguresTest, TheLeastTimeIsBytesAndTheSilenceBehindEachReceivedFrame) {
+    sent(17, 0);
+    received(6, 30'000);
+    EXPECT_DOUBLE_EQ(figures_.busyMs(), 17 + 6 + 20);
+}
+
+TEST_F(LineFiguresTest, SilenceIsAskedAndNotAnswered) {
+    sent(17, 0);
+    figures_.onTimeout(kSecond);
+    sent(17, 2 * kSecond);
+    received(6, 2 * kSecond + 5000);
+    LineSummary const summary = figures_.summary();
+    EXPECT_EQ(summary.exchanges, 2U);
+    EXPECT_EQ(summary.answered, 1U);
+    EXPECT_DOUBLE_EQ(summary.answerWorstMs, 5);
+}
+
+TEST_F(LineFiguresTest, TwoFramesInARowAskForOneAnswer) {
+    sent(6, 0);     // the last block of a response is acknowledged
+    sent(17, 1000); // the next request begins
+    received(6, 3000);
+    EXPECT_EQ(figures_.summary().exchanges, 1U);
+    EXPECT_DOUBLE_EQ(figures_.summary().answerWorstMs, 2);
+}
+
+TEST_F(LineFiguresTest, WhatNobodyAskedForIsNoAnswer) {
+    received(6, 1000);
+    EXPECT_EQ(figures_.summary().answered, 0U);
+    EXPECT_DOUBLE_EQ(figures_.summary().answerWorstMs, 0);
+}
+
+TEST_F(LineFiguresTest, FailuresAreCountedByCause) {
+    figures_.countFailure("one");
+    figures_.countFailure("other");
+    figures_.countFailure("one");
+    EXPECT_EQ(figures_.failureCount(), 3U);
+    EXPECT_EQ(figures_.summary().failures.at("one"), 2U);
+}
+
+TEST(SummaryText, IsOneLineAndComputesWithoutTime) {
+    LineSummary summary;
+    summary.exchanges = 5;
+    summary.answered = 4;
+    summary.failures = {{"Timeout", 1}};
+    summary.answerMedianMs = 12.34;
+    summary.busyMs = 50;
+    EXPECT_EQ(summaryText(summary, 200),
+              "5 frames asked, 4 answered, 1 failed (1 x Timeout); answer time median 12.3 ms, 95 % within 0.0 ms, "
+              "worst 0.0 ms; line in use 25 % of the time");
+    EXPECT_NE(summaryText(summary, 0).find("line in use 0 %"), std::string::npos);
+}
+
+TEST(BitsPerByte, CountsStartDataParityAndStopBits) {
+    EXPECT_EQ(bitsPerByte("none", 1), 10);
+    EXPECT_EQ(bitsPerByte("even", 1), 11);
+    EXPECT_EQ(bitsPerByte("odd", 2), 12);
+}
+
+// ---- pauses of stations
+
+TEST(StationPacing, AStationThatAnswersIsAlwaysDue) {
+    StationPacing pacing;
+    EXPECT_TRUE(pacing.isDue(1, 0));
+    pacing.answered(1);
+    EXPECT_TRUE(pacing.isDue(1, 0));
+}
+
+TEST(StationPacing, PausesGrowByHalfASecondUpToTen) {
+    StationPacing pacing;
+    pacing.failed(1, 0);
+    EXPECT_FALSE(pacing.isDue(1, 499'999));
+    EXPECT_TRUE(pacing.isDue(1, 500'000));
+    pacing.failed(1, kSecond);
+    EXPECT_FALSE(pacing.isDue(1, 2 * kSecond - 1));
+    EXPECT_TRUE(pacing.isDue(1, 2 * kSecond));
+    for (int i = 0; i < 100; ++i) {
+        pacing.failed(1, 0);
+    }
+    EXPECT_FALSE(pacing.isDue(1, 10 * kSecond - 1));
+    EXPECT_TRUE(pacing.isDue(1, 10 * kSecond));
+}
+
+TEST(StationPacing, AnAnswerForgetsTheFailuresAndOtherStationsAreNotConcerned) {
+    StationPacing pacing;
+    pacing.failed(1, 0);
+    pacing.failed(1, 0);
+    EXPECT_EQ(pacing.failures(1), 2);
+    EXPECT_TRUE(pacing.isDue(2, 0));
+    pacing.answered(1);
+    EXPECT_EQ(pacing.failures(1), 0);
+    EXPECT_TRUE(pacing.isDue(1, 0));
+}
+
+// ---- the table
+
+constexpr std::chrono::system_clock::time_point kNoon{std::chrono::seconds(1'700'000'000)};
+
+class WatchTableTest : public testing::Test {
+protected:
+    WatchTableTest() {
+        for (char const* const name : {"Speed", "Level"}) {
+            Tag tag;
+            tag.name = name;
+            tag.access.dataType = "short";
+            tag.access.shownAs = ICU_SHORT;
+            tags_.push_back(tag);
+        }
+    }
+
+    /** A round in which both variables have these values; none for one that failed. */
+    void round(std::array<std::optional<unsigned char>, 2> const& values,
+               std::chrono::system_clock::time_point at = kNoon) {
+        std::vector<Reading> readings(tags_.size());
+        for (std::size_t i = 0; i < tags_.size(); ++i) {
+            readings[i].tag = &tags_[i];
+            readings[i].at = at;
+            readings[i].result.good = values[i].has_value();
+            readings[i].result.status = values[i] ? kItemGood : kItemNotProcessed;
+            if (values[i]) {
+                readings[i].result.value = {*values[i], 0};
+            }
+        }
+        table_.update(readings);
+    }
+
+    [[nodiscard]] std::vector<std::string> lines(std::size_t width = 80, std::size_t height = 24) const {
+        return table_.lines(tags_, header_, kNoon + 5s, width, height, terminal_);
+    }
+
+    std::vector<Tag> tags_;
+    WatchTable table_;
+    WatchHeader header_;
+    Terminal terminal_{StreamKinds{false, false, false, false}};
+};
+
+TEST_F(WatchTableTest, TheFirstValueIsNoChangeAndTheNextOneIs) {
+    round({1, 2});
+    EXPECT_FALSE(table_.items()[0].changed);
+    round({7, 2});
+    EXPECT_TRUE(table_.items()[0].changed);
+    EXPECT_FALSE(table_.items()[1].changed);
+    round({7, 2});
+    EXPECT_FALSE(table_.items()[0].changed);
+}
+
+TEST_F(WatchTableTest, AFailureKeepsTheLastGoodValueAndItsAge) {
+    round({1, 2});
+    round({std::nullopt, 3}, kNoon + 4s);
+    EXPECT_EQ(table_.items()[0].value, "1");
+    EXPECT_FALSE(table_.items()[0].good);
+    EXPECT_EQ(table_.items()[0].goodAt, kNoon);
+    std::vector<std::string> const shown = lines();
+    EXPECT_NE(shown[4].find("5.0 s"), std::string::npos) << shown[4];
+    EXPECT_NE(shown[4].find("failed"), std::string::npos) << shown[4];
+    EXPECT_NE(shown[5].find("1.0 s"), std::string::npos) << shown[5];
+}
+
+TEST_F(WatchTableTest, HeaderTellsTheRoundTheFloorAndTheTrouble) {
+    header_ = {7, 123.4, 99.6, 3, "station 1: away"};
+    round({1, 2});
+    std::vector<std::string> const shown = lines();
+    EXPECT_EQ(shown[0], "round 7, 123 ms (least on this line: 100 ms), 3 failures");
+    EXPECT_EQ(shown[1], "station 1: away");
+}
+
+TEST_F(WatchTableTest, StaysWithinTheTerminal) {
+    header_.trouble = std::string(200, 'x');
+    round({1, 2});
+    std::vector<std::string> const narrow = lines(10, 24);
+    for (std::string const& line : narrow) {
+        EXPECT_LE(line.size(), 10U) << line;
+    }
+    for (std::size_t const height : {1U, 2U, 3U, 5U, 6U}) {
+        EXPECT_LE(lines(80, height).size(), height);
+    }
+    EXPECT_EQ(lines(80, 5).back(), "... and 2 more");
+    EXPECT_EQ(lines(80, 6).size(), 6U);
+}
+
+TEST(AgeText, GrowsCoarser) {
+    EXPECT_EQ(ageText(400ms), "0.4 s");
+    EXPECT_EQ(ageText(12s), "12 s");
+    EXPECT_EQ(ageText(3min), "3 min");
+    EXPECT_EQ(ageText(2h), "2 h");
+    EXPECT_EQ(ageText(-5s), "0.0 s"); // the clock was set back
+}
+
+} // namespace
