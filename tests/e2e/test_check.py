@@ -1,0 +1,110 @@
+"""velk check."""
+
+import os
+
+from service import GOOD, INTERRUPTED, PORT, REFUSED, SILENT, USAGE, ServiceTest, main
+
+STEPS = ["the port opens", "bytes come back", "the link check is answered", "the login is accepted",
+         "the symbol file is there", "a variable is read"]
+
+
+class Check(ServiceTest):
+    def assert_steps(self, done, good):
+        """The first @p good steps went well, the next one failed, the others were not reached."""
+        lines = [line for line in done.stdout.splitlines() if line.startswith(tuple(STEPS))]
+        words = [line[len(step):].split()[0] for line, step in zip(lines, STEPS)]
+        wanted = ["good"] * good + (["FAILED"] + ["not"] * (5 - good) if good < 6 else [])
+        self.assertEqual(words, wanted, done.stdout)
+
+    def assert_three_causes(self, done):
+        for number in ("  1. ", "  2. ", "  3. "):
+            self.assertIn(number, done.stdout)
+
+    def test_a_good_line(self):
+        line = self.line()
+        done = self.run_velk(self.words("check", line.link))
+        self.assert_ends(done, GOOD)
+        self.assert_steps(done, 6)
+        self.assertIn("fetched in", done.stdout)
+        self.assertIn("PLC_PRG.Running = true", done.stdout)
+
+    def test_silent_line(self):
+        dead = self.dead_port()
+        done = self.run_velk(self.words("check", dead.port, "--timeout", 100))
+        self.assert_ends(done, SILENT)
+        self.assert_steps(done, 1)
+        self.assertIn("sent  AA AA 00 09 00 01 52 01 42 E0 20 26 29 00 00 5D 05", done.stdout)
+        self.assertIn("came  nothing within 100 ms", done.stdout)
+        self.assert_three_causes(done)
+
+    def test_garbage_as_from_a_wrong_baud_rate(self):
+        dead = self.dead_port()
+        process = self.start_velk(self.words("check", dead.port))
+        self.wait_for_request(dead)
+        os.write(dead.master, b"\xf8\x00\x3c\x81")
+        output, complaints = process.communicate(timeout=60)
+        self.assertEqual(process.returncode, REFUSED, output + complaints)
+        self.assertIn("came  F8 00 3C 81", output)
+        self.assertIn("1. the line speed", output)
+
+    def test_an_adapter_that_hears_itself(self):
+        dead = self.dead_port()
+        process = self.start_velk(self.words("check", dead.port))
+        os.write(dead.master, self.wait_for_request(dead))
+        output, complaints = process.communicate(timeout=60)
+        self.assertEqual(process.returncode, REFUSED, output + complaints)
+        self.assertIn("hears itself", output)
+
+    def test_the_other_framing(self):
+        line = self.line()
+        done = self.run_velk(["check", "--port", str(line.link), "--framing", "routed", "--block-size", "1024"])
+        self.assert_ends(done, REFUSED)
+        self.assertIn("framing has to be bare", done.stdout)
+
+    def test_refused_login(self):
+        line = self.line(more='fault = [{ kind = "status_word", service = "login" }]')
+        done = self.run_velk(self.words("check", line.link))
+        self.assert_ends(done, REFUSED)
+        self.assert_steps(done, 3)
+        self.assert_three_causes(done)
+
+    def test_missing_port(self):
+        done = self.run_velk(self.words("check", self.folder / "nowhere"))
+        self.assert_ends(done, PORT)
+        self.assert_steps(done, 0)
+        self.assert_three_causes(done)
+
+    def test_wrong_usage(self):
+        self.assert_ends(self.run_velk(["check"]), USAGE)
+
+    def test_interrupted_while_it_waits(self):
+        dead = self.dead_port()
+        child = self.type_velk(self.words("check", dead.port, "--timeout", 20000))
+        child.expect("the port opens")
+        self.wait_for_request(dead)
+        child.sendintr()
+        self.assert_exit(child, INTERRUPTED)
+
+    def test_scan_finds_framing_and_byte_order(self):
+        line = self.line(model="Intel")
+        done = self.run_velk(["check", "--scan", "--port", str(line.link), "--block-size", "1024"])
+        self.assert_ends(done, GOOD)
+        self.assertIn('framing = "bare"', done.stdout)
+        self.assertIn('byte_order = "little"', done.stdout)
+
+    def test_what_scan_prints_is_a_project_file(self):
+        line = self.line()
+        scanned = self.run_velk(["check", "--scan", "-q", "--port", str(line.link), "--block-size", "1024"])
+        self.assert_ends(scanned, GOOD)
+        (self.folder / "velk.toml").write_text(scanned.stdout)
+        self.assert_ends(self.run_velk(["check", "--block-size", "1024"]), GOOD)
+
+    def test_scan_of_a_silent_line(self):
+        dead = self.dead_port()
+        done = self.run_velk(["check", "--scan", "--port", dead.port, "--timeout", "100"])
+        self.assert_ends(done, SILENT)
+        self.assertEqual(done.stdout, "")
+
+
+if __name__ == "__main__":
+    main()

@@ -1,0 +1,80 @@
+"""velk console."""
+
+from service import GOOD, INTERRUPTED, ITEM_NOT_GOOD, PORT, USAGE, ServiceTest, main
+
+PROMPT = "velk> "
+
+
+class Console(ServiceTest):
+    def type_console(self, line):
+        child = self.type_velk(self.words("console", line.link, "-q"))
+        child.expect(PROMPT)
+        return child
+
+    def test_commands_are_completed_and_remembered(self):
+        line = self.line()
+        child = self.type_console(line)
+        child.send("laste\t\r")
+        child.expect("lasterror")
+        child.expect(PROMPT)
+        child.send("info\r")
+        child.expect("Protocol: VELK")
+        child.expect(PROMPT)
+        child.send("exit\r")
+        self.assert_exit(child, GOOD)
+
+        again = self.type_console(line)
+        again.send("\x1b[A\x1b[A")
+        again.expect("info")
+        again.send("\r")
+        again.expect("Protocol: VELK")
+        again.expect(PROMPT)
+        again.sendeof()
+        self.assert_exit(again, GOOD)
+
+    def test_a_value_through_the_module(self):
+        line = self.line()
+        child = self.type_console(line)
+        child.send("read 0?PLC_PRG.Counter?M?0?int\r")
+        child.expect("87d61200")
+        child.expect(PROMPT)
+        child.sendeof()
+        self.assert_exit(child, GOOD)
+
+    def test_interrupted_at_the_prompt(self):
+        child = self.type_console(self.line())
+        child.sendintr()
+        self.assert_exit(child, INTERRUPTED)
+
+    def test_interrupted_in_a_command(self):
+        dead = self.dead_port()
+        child = self.type_velk(self.words("console", dead.port, "-q", "--timeout", 20000))
+        child.expect(PROMPT)
+        child.send("read 0?X?M?0?int\r")
+        self.wait_for_request(dead)
+        child.sendintr()
+        self.assert_exit(child, INTERRUPTED)
+
+    def test_commands_from_a_file(self):
+        line = self.line()
+        done = self.run_velk(self.words("console", line.link, "-q"), "info\n\nlasterror")
+        self.assert_ends(done, GOOD)
+        self.assertIn("Protocol: VELK", done.stdout)
+        self.assertNotIn(PROMPT, done.stdout)
+
+    def test_an_unknown_command_is_told_and_the_next_one_runs(self):
+        line = self.line()
+        done = self.run_velk(self.words("console", line.link, "-q"), "nonsense\ninfo\n")
+        self.assert_ends(done, ITEM_NOT_GOOD)
+        self.assertIn("no command 'nonsense'", done.stderr)
+        self.assertIn("Protocol: VELK", done.stdout)
+
+    def test_wrong_usage(self):
+        self.assert_ends(self.run_velk(["console", "--nonsense"]), USAGE)
+
+    def test_missing_port(self):
+        self.assert_ends(self.run_velk(self.words("console", self.folder / "nowhere")), PORT)
+
+
+if __name__ == "__main__":
+    main()

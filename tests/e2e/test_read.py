@@ -1,0 +1,71 @@
+"""velk read."""
+
+import json
+import os
+
+from service import GOOD, ITEM_NOT_GOOD, PORT, REFUSED, SILENT, USAGE, ServiceTest, main
+
+
+class Read(ServiceTest):
+    def test_values_by_name_and_pattern(self):
+        line = self.line()
+        done = self.run_velk(self.words("read", line.link, "PLC_PRG.Counter", "PLC_PRG.Temp*", "EmergencyStop"))
+        self.assert_ends(done, GOOD)
+        self.assertRegex(done.stdout, r"PLC_PRG\.Counter +DINT +1234567 +good")
+        self.assertRegex(done.stdout, r"PLC_PRG\.Temperature +REAL +36\.6 +good")
+        self.assertRegex(done.stdout, r"EmergencyStop +BOOL +false +good")
+
+    def test_values_for_programs(self):
+        line = self.line()
+        done = self.run_velk(self.words("read", line.link, "-q", "--json", "PLC_PRG.Recipe"))
+        self.assert_ends(done, GOOD)
+        self.assertIn("Chrome, 12 layers", json.dumps(json.loads(done.stdout)))
+        self.assertEqual(done.stderr, "")
+
+    def test_a_missing_variable_beside_a_good_one(self):
+        line = self.line()
+        done = self.run_velk(self.words("read", line.link, "PLC_PRG.Counter", "PLC_PRG.Countr"))
+        self.assert_ends(done, ITEM_NOT_GOOD)
+        self.assertIn("1234567", done.stdout)
+        self.assertIn("did you mean PLC_PRG.Counter", done.stdout)
+
+    def test_wrong_usage(self):
+        self.assert_ends(self.run_velk(self.words("read", "/dev/null", "--baud", "123", "X")), USAGE)
+
+    def test_missing_port(self):
+        self.assert_ends(self.run_velk(self.words("read", self.folder / "nowhere", "X")), PORT)
+
+    def test_silent_line(self):
+        dead = self.dead_port()
+        self.assert_ends(self.run_velk(self.words("read", dead.port, "--timeout", 100, "X")), SILENT)
+
+    def test_garbage_as_from_a_wrong_baud_rate(self):
+        dead = self.dead_port()
+        process = self.start_velk(self.words("read", dead.port, "--repeat", 1, "X"))
+        self.wait_for_request(dead)
+        os.write(dead.master, b"\xf8\x00\x3c\x81")
+        output, complaints = process.communicate(timeout=60)
+        self.assertEqual(process.returncode, REFUSED, output + complaints)
+        self.assertIn("line speed", complaints)
+
+    def test_refused_login(self):
+        line = self.line(more='fault = [{ kind = "status_word", service = "login" }]')
+        self.assert_ends(self.run_velk(self.words("read", line.link, "X")), REFUSED)
+
+    def test_interrupted_while_it_waits(self):
+        dead = self.dead_port()
+        process = self.start_velk(self.words("read", dead.port, "--timeout", 20000, "X"))
+        self.wait_for_request(dead)
+        self.interrupt(process)
+
+    def test_adapter_that_is_pulled_out_while_it_waits(self):
+        dead = self.dead_port()
+        process = self.start_velk(self.words("read", dead.port, "--timeout", 20000, "X"))
+        self.wait_for_request(dead)
+        dead.pull_out()
+        output, complaints = process.communicate(timeout=60)
+        self.assertEqual(process.returncode, PORT, output + complaints)
+
+
+if __name__ == "__main__":
+    main()

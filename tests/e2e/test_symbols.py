@@ -1,0 +1,73 @@
+"""velk symbols."""
+
+import csv
+import io
+import json
+
+from service import GOOD, ITEM_NOT_GOOD, PORT, SILENT, USAGE, ServiceTest, main
+
+
+class Symbols(ServiceTest):
+    def test_the_file_is_fetched_once_and_again_when_asked_for(self):
+        line = self.line()
+        first = self.run_velk(self.words("symbols", line.link))
+        self.assert_ends(first, GOOD)
+        self.assertIn("fetched the symbol file", first.stderr)
+        self.assertRegex(first.stdout, r"PLC_PRG\.Counter +DINT +M +\d+ +4")
+        again = self.run_velk(self.words("symbols", line.link))
+        self.assert_ends(again, GOOD)
+        self.assertNotIn("fetched", again.stderr)
+        self.assertEqual(again.stdout, first.stdout)
+        anew = self.run_velk(self.words("symbols", line.link, "--fetch"))
+        self.assert_ends(anew, GOOD)
+        self.assertIn("fetched the symbol file", anew.stderr)
+
+    def test_what_is_stored_needs_no_line(self):
+        line = self.line()
+        self.assert_ends(self.run_velk(self.words("symbols", line.link)), GOOD)
+        line.pull_out()
+        done = self.run_velk(self.words("symbols", line.link, "--stored", "-q"))
+        self.assert_ends(done, GOOD)
+        self.assertIn("PLC_PRG.Counter", done.stdout)
+        self.assertEqual(done.stderr, "")
+
+    def test_formats_and_patterns(self):
+        line = self.line()
+        document = json.loads(self.run_velk(self.words("symbols", line.link, "--json", "plc_prg.s*")).stdout)
+        self.assertEqual(document["project"], 0x12345678)
+        names = {each["name"] for each in document["variables"]}
+        self.assertEqual(names, {"PLC_PRG.Speed", "PLC_PRG.Serial", "PLC_PRG.Stations", "PLC_PRG.Speeds"})
+        rows = list(csv.DictReader(io.StringIO(self.run_velk(self.words("symbols", line.link, "--csv")).stdout)))
+        self.assertIn({"name": "Valve", "type": "BYTE", "area": "Q", "offset": "0", "size": "1"}, rows)
+        tree = self.run_velk(self.words("symbols", line.link, "--tree", "PLC_PRG.Pump*")).stdout
+        self.assertIn("└─ PLC_PRG\n   └─ Pump", tree)
+
+    def test_a_pattern_that_finds_nothing(self):
+        line = self.line()
+        self.assert_ends(self.run_velk(self.words("symbols", line.link, "Nothing*")), ITEM_NOT_GOOD)
+
+    def test_wrong_usage(self):
+        self.assert_ends(self.run_velk(["symbols"]), USAGE)
+        self.assert_ends(self.run_velk(self.words("symbols", "/dev/null", "--tree", "--json")), USAGE)
+        self.assert_ends(self.run_velk(self.words("symbols", "/dev/null", "--stored", "--fetch")), USAGE)
+
+    def test_missing_port(self):
+        done = self.run_velk(self.words("symbols", self.folder / "nowhere"))
+        self.assert_ends(done, PORT)
+        self.assertIn("there is no serial port", done.stderr)
+
+    def test_silent_line(self):
+        dead = self.dead_port()
+        done = self.run_velk(self.words("symbols", dead.port, "--timeout", 100))
+        self.assert_ends(done, SILENT)
+        self.assertIn("Nothing came at all", done.stderr)
+
+    def test_interrupted_while_it_waits(self):
+        dead = self.dead_port()
+        process = self.start_velk(self.words("symbols", dead.port, "--timeout", 20000))
+        self.wait_for_request(dead)
+        self.interrupt(process)
+
+
+if __name__ == "__main__":
+    main()
