@@ -27,7 +27,7 @@ start_plc() {
 }
 
 read_with_tool() {
-    "$1" read --port "$plc_port" --node 1 --byte-order motorola --block-size 1024 --storage . PLC_PRG.Counter
+    "$1" read --port "$plc_port" --framing bare --node 1 --byte-order big --block-size 1024 --storage storage PLC_PRG.Counter
 }
 
 stop_plc() {
