@@ -2,11 +2,10 @@
 
 #include <gtest/gtest.h>
 
-#include <link.h>
-
 #include <cstring>
 #include <fstream>
 #include <iterator>
+#include <link.h>
 #include <string>
 #include <vector>
 
@@ -40,7 +39,8 @@ std::vector<std::string> DefinedSymbols(std::vector<char> const& file) {
         auto const strings = RecordAt<ElfW(Shdr)>(file, header.e_shoff + section.sh_link * header.e_shentsize);
         for (std::size_t at = 0; at < section.sh_size; at += section.sh_entsize) {
             auto const symbol = RecordAt<ElfW(Sym)>(file, section.sh_offset + at);
-            if (symbol.st_shndx != SHN_UNDEF) {
+            // Some linkers list sections there, too; they are local, and no loader finds them.
+            if (symbol.st_shndx != SHN_UNDEF && ELF32_ST_BIND(symbol.st_info) != STB_LOCAL) {
                 names.emplace_back(file.data() + strings.sh_offset + symbol.st_name);
             }
         }
