@@ -189,8 +189,7 @@ TEST_F(DisturbedLineTest, UploadThatStopsHalfWay) {
     stations.stations[0].filePieceSize = 50;
     for (FaultKind const kind : {FaultKind::kStatusWord, FaultKind::kBlockMissing, FaultKind::kFileDataCount}) {
         std::filesystem::remove(dir.Path("PLCSymbols_1.sdb"));
-        stations.stations[0].faults = {
-            {.kind = kind, .when = plc::Trigger::nth(2), .service = ServiceKind::kFileNext}};
+        stations.stations[0].faults = {{.kind = kind, .when = plc::Trigger::nth(2), .service = ServiceKind::kFileNext}};
         Begin(stations, ConfigFor(plc::Framing::kBare));
         counter = Tag("1?Counter?M?0?int");
         EXPECT_FALSE(Read({counter}).ok);
@@ -272,9 +271,7 @@ TEST_P(StormTest, WhatIsReportedAsReadIsTrue) {
     stations.stations[0].byteOrder = GetParam() % 3 == 0 ? plc::ByteOrder::kBig : plc::ByteOrder::kLittle;
     stations.stations[0].faults = Storm(false);
     stations.bytesPerSecond = GetParam() % 4 == 0 ? 11'520 : 0;
-    Begin(stations, ConfigFor(framing)
-                        .Set("repeat", "3")
-                        .Set("model", GetParam() % 3 == 0 ? "Motorola" : "Intel"));
+    Begin(stations, ConfigFor(framing).Set("repeat", "3").Set("model", GetParam() % 3 == 0 ? "Motorola" : "Intel"));
     counter = Tag("1?Counter?M?0?int");
     ITag* const other = Tag("1?Other?M?0?int");
     ITag* const texts = Tag("1?Texts?M?0?unsignedByte-500");

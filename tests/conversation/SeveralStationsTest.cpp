@@ -41,10 +41,11 @@ protected:
         }
         station.program.projectId = 100U + static_cast<std::uint32_t>(node);
         for (std::uint32_t i = 0; i < kVariables; ++i) {
-            station.program.variables.push_back({.name = "V" + std::to_string(i),
-                                                 .type = "DINT",
-                                                 .area = static_cast<std::uint16_t>(i % 3),
-                                                 .offset = 4 * ((i * 7 + static_cast<std::uint32_t>(node) * 31) % 101)});
+            station.program.variables.push_back(
+                {.name = "V" + std::to_string(i),
+                 .type = "DINT",
+                 .area = static_cast<std::uint16_t>(i % 3),
+                 .offset = 4 * ((i * 7 + static_cast<std::uint32_t>(node) * 31) % 101)});
         }
         return station;
     }

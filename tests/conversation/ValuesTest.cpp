@@ -117,16 +117,15 @@ TEST_P(ValuesTest, EveryTypeIsReadAsThePlcHasIt) {
 }
 
 TEST_P(ValuesTest, EveryTypeIsWrittenAsThePlcTakesIt) {
-    EXPECT_TRUE(Write({Tag("1?PLC_PRG/Sint?M?0?byte"), Tag("1?PLC_PRG/Usint?M?0?unsignedByte"),
-                       Tag("1?PLC_PRG/Int?M?0?short"), Tag("1?PLC_PRG/Uint?M?0?unsignedShort"),
-                       Tag("1?PLC_PRG/Dint?M?0?int"), Tag("1?PLC_PRG/Udint?M?0?unsignedInt"),
-                       Tag("1?PLC_PRG/Real?M?0?float"), Tag("1?PLC_PRG/Lreal?M?0?double"),
-                       Tag("1?PLC_PRG/Text?M?0?string-20"), Tag("1?PLC_PRG/Bool?M?0?boolean"),
-                       Tag("1?PLC_PRG/Lamp?QB?0?boolean"), Tag("1?PLC_PRG/Input?I?0?short")},
-                      HostValue<std::int8_t>(-100) + HostValue<std::uint8_t>(200) + HostValue<std::int16_t>(-12345) +
-                          HostValue<std::uint16_t>(54321) + HostValue<std::int32_t>(-123456789) +
-                          HostValue<std::uint32_t>(4123456789U) + HostValue(1.5F) + HostValue(-2.000000001) +
-                          Text("Hello, line") + Bytes(9) + Hex("01 01") + HostValue<std::int16_t>(4711)))
+    EXPECT_TRUE(Write(
+        {Tag("1?PLC_PRG/Sint?M?0?byte"), Tag("1?PLC_PRG/Usint?M?0?unsignedByte"), Tag("1?PLC_PRG/Int?M?0?short"),
+         Tag("1?PLC_PRG/Uint?M?0?unsignedShort"), Tag("1?PLC_PRG/Dint?M?0?int"), Tag("1?PLC_PRG/Udint?M?0?unsignedInt"),
+         Tag("1?PLC_PRG/Real?M?0?float"), Tag("1?PLC_PRG/Lreal?M?0?double"), Tag("1?PLC_PRG/Text?M?0?string-20"),
+         Tag("1?PLC_PRG/Bool?M?0?boolean"), Tag("1?PLC_PRG/Lamp?QB?0?boolean"), Tag("1?PLC_PRG/Input?I?0?short")},
+        HostValue<std::int8_t>(-100) + HostValue<std::uint8_t>(200) + HostValue<std::int16_t>(-12345) +
+            HostValue<std::uint16_t>(54321) + HostValue<std::int32_t>(-123456789) +
+            HostValue<std::uint32_t>(4123456789U) + HostValue(1.5F) + HostValue(-2.000000001) + Text("Hello, line") +
+            Bytes(9) + Hex("01 01") + HostValue<std::int16_t>(4711)))
         << driver->GetLastErrorString();
     EXPECT_EQ(Plc().get<int>("PLC_PRG.Sint"), -100);
     EXPECT_EQ(Plc().get<int>("PLC_PRG.Usint"), 200);

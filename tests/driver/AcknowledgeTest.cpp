@@ -1,4 +1,5 @@
 #include "driver/Acknowledge.h"
+
 #include "tests/support/Bytes.h"
 
 #include <gtest/gtest.h>

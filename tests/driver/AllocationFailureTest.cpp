@@ -132,10 +132,11 @@ TEST_F(AllocationFailureTest, SmallOperations) {
     for (char const* command : {"help", "info", "xml", "lasterror", "getmaxtm", "read x", "write 1?A?M?0?int 00000000",
                                 "setid a_very_long_identifier_of_a_server", "deletetags"}) {
         RefuseEach([] {}, [&] { ok = driver->DoCommand(command, reply, sizeof reply); },
-                   [&](bool refused) { EXPECT_TRUE(refused || ok == !std::string(command).starts_with("setid")); }, false);
+                   [&](bool refused) { EXPECT_TRUE(refused || ok == !std::string(command).starts_with("setid")); },
+                   false);
     }
-    RefuseEach([] {}, [&] { driver->SetIdent("an ident that is longer than any small string would be"); },
-               [](bool) {}, false);
+    RefuseEach([] {}, [&] { driver->SetIdent("an ident that is longer than any small string would be"); }, [](bool) {},
+               false);
     EXPECT_STREQ(driver->GetIdent(), "an ident that is longer than any small string would be");
     RefuseEach([] {}, [&] { ok = driver->GetInfo(reply, sizeof reply) > 50; },
                [&](bool refused) { EXPECT_TRUE(refused || ok); }, false);
@@ -169,7 +170,8 @@ protected:
         }
     }
 
-    void Run(std::string const& address, std::function<void()> const& operation, std::function<void()> const& onSuccess) {
+    void Run(std::string const& address, std::function<void()> const& operation,
+             std::function<void()> const& onSuccess) {
         RefuseEach(
             [&] {
                 host.serial.port = &plc;
@@ -193,8 +195,7 @@ protected:
 
     Framing framing;
     ConfigText config;
-    Bytes file =
-        SymbolFileBytes(7).Variable("A", 0, 16).Variable("A_LONG_NAME_FOR_A_PLC_VARIABLE", 0, 32).Build();
+    Bytes file = SymbolFileBytes(7).Variable("A", 0, 16).Variable("A_LONG_NAME_FOR_A_PLC_VARIABLE", 0, 32).Build();
     AnsweringPort plc{framing, [this](Bytes const& request) { return Answer(request); }};
     Bytes expectedList;
     Bytes listReply;
@@ -207,7 +208,8 @@ protected:
 TEST_F(ExchangeAllocationTest, ReadDatagram) {
     expectedList = ReadOf(16, 300);
     listReply = Value(Bytes(300, 0x41));
-    Run("1?A?M?0?string-300",
+    Run(
+        "1?A?M?0?string-300",
         [&] {
             ITag const* const tags[] = {tag};
             ok = driver->ReadDatagramWithStatus(tags, 1, value.data(), &status);
@@ -221,7 +223,8 @@ TEST_F(ExchangeAllocationTest, ReadDatagram) {
 TEST_F(ExchangeAllocationTest, SingleRead) {
     expectedList = ReadOf(32, 300);
     listReply = Value(Bytes(300, 0x41));
-    Run("1?A_LONG_NAME_FOR_A_PLC_VARIABLE?M?0?string-300(swapnibble)", [&] { ok = driver->Read(tag, value.data()); },
+    Run(
+        "1?A_LONG_NAME_FOR_A_PLC_VARIABLE?M?0?string-300(swapnibble)", [&] { ok = driver->Read(tag, value.data()); },
         [&] { EXPECT_EQ(ValueBytes(300), Bytes(300, 0x14)); });
 }
 
@@ -229,14 +232,16 @@ TEST_F(ExchangeAllocationTest, SingleWrite) {
     expectedList = WriteOf(Bytes(300, 0x41));
     listReply = Hex("00 00");
     std::fill(value.begin(), value.end(), 0x41);
-    Run("1?A?M?0?string-300", [&] { ok = driver->Write(tag, value.data()); }, [] {});
+    Run(
+        "1?A?M?0?string-300", [&] { ok = driver->Write(tag, value.data()); }, [] {});
 }
 
 TEST_F(ExchangeAllocationTest, WriteDatagram) {
     expectedList = WriteOf(Bytes(300, 0x41));
     listReply = Hex("00 00");
     std::fill(value.begin(), value.end(), 0x41);
-    Run("1?A?M?0?string-300",
+    Run(
+        "1?A?M?0?string-300",
         [&] {
             ITag const* const tags[] = {tag};
             ok = driver->WriteDatagramWithStatus(tags, 1, value.data(), &status);
@@ -250,7 +255,8 @@ TEST_F(ExchangeAllocationTest, FirstWriteOfABit) {
     expectedList = Hex("3C 00 | 01 00 00 00 | 00 00 0D 00 00 00 00 00 00 00 20 | 07 00 00 00");
     listReply = Hex("00 00");
     value[0] = 1;
-    Run("1?FLAG?MB?2?boolean",
+    Run(
+        "1?FLAG?MB?2?boolean",
         [&] {
             ITag const* const tags[] = {tag};
             ok = driver->WriteDatagramWithStatus(tags, 1, value.data(), &status);
@@ -261,14 +267,16 @@ TEST_F(ExchangeAllocationTest, FirstWriteOfABit) {
 TEST_F(ExchangeAllocationTest, ReadBlock) {
     expectedList = ReadOf(16, 300);
     listReply = Value(Bytes(300, 0x41));
-    Run("1?A?M?0?short", [&] { ok = driver->ReadBlock(tag, value.data(), 300); },
+    Run(
+        "1?A?M?0?short", [&] { ok = driver->ReadBlock(tag, value.data(), 300); },
         [&] { EXPECT_EQ(ValueBytes(300), Bytes(300, 0x41)); });
 }
 
 TEST_F(ExchangeAllocationTest, MissingVariable) {
     expectedList = ReadOf(99, 2);
     listReply = Value(Hex("34 12"));
-    Run("1?NO/SUCH/VARIABLE/ANYWHERE/IN/THIS/PLC?M?99?short",
+    Run(
+        "1?NO/SUCH/VARIABLE/ANYWHERE/IN/THIS/PLC?M?99?short",
         [&] {
             ITag const* const tags[] = {tag};
             ok = driver->ReadDatagramWithStatus(tags, 1, value.data(), &status);
@@ -297,9 +305,8 @@ TEST_F(ExchangeAllocationTest, LateTagAfterAnotherNodeTookTheTable) {
     // The reload of the node's own file loses memory; the other node's address must not be used for want of it.
     Store(2, SymbolFileBytes(7).Variable("A", 0, 200).Variable("B", 0, 300).Build());
     file = SymbolFileBytes(7).Variable("A", 0, 16).Variable("B", 0, 32).Build();
-    AnsweringPort both(framing, [this](Bytes const& request) {
-        return request[0] == 0x02 ? Hex("00 00") : Answer(request);
-    });
+    AnsweringPort both(framing,
+                       [this](Bytes const& request) { return request[0] == 0x02 ? Hex("00 00") : Answer(request); });
     ITag* late = nullptr;
     RefuseEach(
         [&] {

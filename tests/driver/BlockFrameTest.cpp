@@ -1,4 +1,5 @@
 #include "driver/BlockFrame.h"
+
 #include "tests/support/Bytes.h"
 
 #include <gtest/gtest.h>
@@ -8,8 +9,8 @@
 namespace {
 
 using namespace velktest;
-using _VELK::BlockFault;
 using _VELK::blockChecksum;
+using _VELK::BlockFault;
 using _VELK::ByteOrder;
 using _VELK::readBlock;
 using _VELK::ReceivedBlock;

@@ -8,14 +8,13 @@ namespace {
 
 using namespace velktest;
 
-char const* const kBaseHelp =
-    "help - displays this message\n"
-    "info - displays information about the protocol version\n"
-    "xml  - displays the protocol xml description\n"
-    "read uri - reads data pointed by uri string\n"
-    "write uri hexData - writes data pointed by uri string\n"
-    "lasterror - displays the last protocol error\n"
-    "getmaxtm - displays the max time for executing a single read/write access\n";
+char const* const kBaseHelp = "help - displays this message\n"
+                              "info - displays information about the protocol version\n"
+                              "xml  - displays the protocol xml description\n"
+                              "read uri - reads data pointed by uri string\n"
+                              "write uri hexData - writes data pointed by uri string\n"
+                              "lasterror - displays the last protocol error\n"
+                              "getmaxtm - displays the max time for executing a single read/write access\n";
 char const* const kDriverHelp = "setid n - set the server ID to n\ngetid - get the server ID\n";
 
 class ConsoleTest : public DriverTest {

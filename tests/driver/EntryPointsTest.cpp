@@ -278,8 +278,8 @@ TEST_F(EntryPointsTest, SingleReadInBothByteOrders) {
     EXPECT_TRUE(driver->Read(Tag("1?A?M?16?int"), value.data())) << driver->GetLastErrorString();
     EXPECT_EQ(value, Hex("78 56 34 12"));
     Intel().Logout();
-    Motorola().LinkCheck().Login().Exchange(
-        Hex("2E 00 | 00 00 00 01 | 00 00 00 00 00 10 00 00 00 04 | 00 00 00 07"), Value(Hex("12 34 56 78")));
+    Motorola().LinkCheck().Login().Exchange(Hex("2E 00 | 00 00 00 01 | 00 00 00 00 00 10 00 00 00 04 | 00 00 00 07"),
+                                            Value(Hex("12 34 56 78")));
     value = Bytes(4);
     EXPECT_TRUE(driver->Read(Tag("2?A?M?16?int"), value.data())) << driver->GetLastErrorString();
     EXPECT_EQ(value, Hex("78 56 34 12"));
@@ -330,8 +330,8 @@ TEST_F(EntryPointsTest, RefusedSingleWrite) {
 TEST_F(EntryPointsTest, BlockIsReadAsThePlcHasIt) {
     StartDeclared(ConfigText().Set("model", "Motorola"));
     Bytes block(7, 0xCC);
-    Motorola().LinkCheck().Login().Exchange(
-        Hex("2E 00 | 00 00 00 01 | 00 00 00 00 00 10 00 00 00 05 | 00 00 00 07"), Value(Hex("01 02 03 04 05")));
+    Motorola().LinkCheck().Login().Exchange(Hex("2E 00 | 00 00 00 01 | 00 00 00 00 00 10 00 00 00 05 | 00 00 00 07"),
+                                            Value(Hex("01 02 03 04 05")));
     EXPECT_TRUE(driver->ReadBlock(Tag("1?A?M?16?short"), block.data(), 5)) << driver->GetLastErrorString();
     EXPECT_EQ(block, Hex("01 02 03 04 05 CC CC"));
 }
@@ -548,8 +548,8 @@ TEST_F(ElementTest, OffsetsCountElements) {
 }
 
 TEST_F(ElementTest, SubindexStaysInsideTheElement) {
-    for (char const* address : {"1?A?M4?5.2?short", "1?A?M4?5.4?byte", "1?A?M4?5.32?boolean", "1?A?M4?5.1?int",
-                                "1?A?M4?5.1?double"}) {
+    for (char const* address :
+         {"1?A?M4?5.2?short", "1?A?M4?5.4?byte", "1?A?M4?5.32?boolean", "1?A?M4?5.1?int", "1?A?M4?5.1?double"}) {
         EXPECT_EQ(driver->CreateTag(address), nullptr) << address;
         ExpectError(-1, "Tag URI error: " + std::string(address) + " - Subindex invalid");
     }

@@ -1,4 +1,5 @@
 #include "driver/FileService.h"
+
 #include "tests/support/Bytes.h"
 
 #include <gtest/gtest.h>

@@ -2,8 +2,9 @@
 #include "tests/support/AnsweringPort.h"
 #include "tests/support/DriverTest.h"
 
-#include <algorithm>
 #include <climits>
+
+#include <algorithm>
 #include <random>
 #include <string>
 
@@ -237,8 +238,8 @@ TEST_F(HostileInputTest, RandomConfigurationsAndAddresses) {
 
 TEST_F(HostileInputTest, MutatedCommands) {
     ASSERT_TRUE(driver->Config(ConfigText().Build().c_str()));
-    std::vector<std::string> const seeds{"help", "info", "xml", "lasterror", "read 1?A?M?0?int",
-                                         "write 1?A?M?0?int 00112233", "getmaxtm", "setid 3"};
+    std::vector<std::string> const seeds{
+        "help", "info", "xml", "lasterror", "read 1?A?M?0?int", "write 1?A?M?0?int 00112233", "getmaxtm", "setid 3"};
     for (int i = 0; i < 5'000; ++i) {
         std::string const command = Mutated(seeds[Random(static_cast<unsigned>(seeds.size()))]);
         std::size_t const size = Random(64);
@@ -300,7 +301,9 @@ class NonsenseTest : public HostileInputTest {
 protected:
     AnsweringPort Plc(bool bigEndian) {
         framing.bigEndian = bigEndian;
-        AnsweringPort::Answer answer = [this](Bytes const& request) { return nonsense ? Nonsense(request) : Healthy(request); };
+        AnsweringPort::Answer answer = [this](Bytes const& request) {
+            return nonsense ? Nonsense(request) : Healthy(request);
+        };
         return AnsweringPort(framing, answer);
     }
 
@@ -327,9 +330,9 @@ protected:
     }
 
     void Storm(int calls) {
-        std::vector<ITag*> const tags{Tag("1?A?M?0?short"),       Tag("1?B?I?5?int-3"),  Tag("1?FLAG?MB?2?boolean"),
-                                      Tag("1?NONE?M?9?string-20"), Tag("1?A?M?0.6?boolean-12"), Tag("2?A?M?0?short"),
-                                      Tag("1?A?M?3?short(bcd)")};
+        std::vector<ITag*> const tags{
+            Tag("1?A?M?0?short"),        Tag("1?B?I?5?int-3"), Tag("1?FLAG?MB?2?boolean"), Tag("1?NONE?M?9?string-20"),
+            Tag("1?A?M?0.6?boolean-12"), Tag("2?A?M?0?short"), Tag("1?A?M?3?short(bcd)")};
         Bytes value(512);
         for (int i = 0; i < calls; ++i) {
             std::vector<ITag*> some;

@@ -103,10 +103,11 @@ struct MemoryRow {
 };
 
 constexpr MemoryRow kMemoryRows[] = {
-    {"M", ICU_BYTE, 0x1ff3ff, true},   {"MB", ICU_BOOLEAN, 0x1, false}, {"I", ICU_BYTE, 0x1ff3ff, false},
-    {"IB", ICU_BOOLEAN, 0x1, false},   {"Q", ICU_BYTE, 0x1ff3ff, false}, {"QB", ICU_BOOLEAN, 0x1, false},
-    {"3", ICU_BYTE, 0x1ff3ff, false},  {"4", ICU_BYTE, 0x1ff3ff, false}, {"5", ICU_BYTE, 0x1ff3ff, false},
-    {"PROJ_ID", ICU_UNSIGNED_INT, 0x40, false},
+    {"M", ICU_BYTE, 0x1ff3ff, true},  {"MB", ICU_BOOLEAN, 0x1, false},
+    {"I", ICU_BYTE, 0x1ff3ff, false}, {"IB", ICU_BOOLEAN, 0x1, false},
+    {"Q", ICU_BYTE, 0x1ff3ff, false}, {"QB", ICU_BOOLEAN, 0x1, false},
+    {"3", ICU_BYTE, 0x1ff3ff, false}, {"4", ICU_BYTE, 0x1ff3ff, false},
+    {"5", ICU_BYTE, 0x1ff3ff, false}, {"PROJ_ID", ICU_UNSIGNED_INT, 0x40, false},
 };
 
 TEST_F(LifecycleTest, MemoryTypesOfBothModels) {
@@ -191,12 +192,8 @@ TEST_F(LifecycleTest, UnknownParities) {
 }
 
 TEST_F(LifecycleTest, OnlyTheExactModeIsRs485) {
-    for (auto const& [mode, value] : {std::pair{"RS-485", 1},
-                                      {"rs-485", 0},
-                                      {"RS485", 0},
-                                      {"RS-232", 0},
-                                      {"RS-485x", 0},
-                                      {"", 0}}) {
+    for (auto const& [mode, value] :
+         {std::pair{"RS-485", 1}, {"rs-485", 0}, {"RS485", 0}, {"RS-232", 0}, {"RS-485x", 0}, {"", 0}}) {
         RemakeDriver();
         port.opens.clear();
         ASSERT_TRUE(Config(ConfigText().Set("mode", mode)));

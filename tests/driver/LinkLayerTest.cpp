@@ -1,8 +1,9 @@
 #include "driver/Protocol_VELK.h"
 #include "tests/support/DriverTest.h"
 
-#include <algorithm>
 #include <climits>
+
+#include <algorithm>
 #include <ostream>
 #include <string>
 
@@ -370,6 +371,31 @@ TEST_F(LinkLayerTest, FailedSecondConfigurationMakesNobodyWaitForDays) {
     }
 }
 
+TEST_F(LinkLayerTest, NothingIsExchangedWithoutAPort) {
+    ASSERT_TRUE(driver->Config(ConfigText().Build().c_str()));
+    EXPECT_EQ(Exchange(Hex("02")).result, 0U);
+    ExpectError(-3, "Protocol not started");
+}
+
+/** Leaves the count as it finds it. */
+class CountlessPort : public ScriptedPort {
+public:
+    int Read(unsigned char* /*buffer*/, int /*maximum*/, int /*first*/, int /*inter*/, int* /*count*/,
+             int /*reserved*/) override {
+        return 1;
+    }
+};
+
+TEST_F(LinkLayerTest, CountThatThePortLeavesAloneIsNoBytes) {
+    CountlessPort countless;
+    host.serial.port = &countless;
+    StartBare();
+    countless.Expect(Framing().Block(1, true, Hex("02")));
+    EXPECT_EQ(Exchange(Hex("02")).result, 0U);
+    ExpectError(-4, "Timeout on Acknowledge");
+    driver->Stop();
+}
+
 TEST_F(LinkLayerTest, NegativeCountsFromThePortAreNoBytes) {
     StartBare();
     Framing const framing;
@@ -478,8 +504,8 @@ INSTANTIATE_TEST_SUITE_P(EveryFraming, LinkFailureTest,
 class RoutedFailureTest : public LinkFailureTest {};
 
 INSTANTIATE_TEST_SUITE_P(RoutedFramings, RoutedFailureTest,
-                         ::testing::Values(kNoLevelLittle, kNoLevelBig, kOneLevelLittle, kOneLevelBig,
-                                           kTwoLevelsLittle, kTwoLevelsBig),
+                         ::testing::Values(kNoLevelLittle, kNoLevelBig, kOneLevelLittle, kOneLevelBig, kTwoLevelsLittle,
+                                           kTwoLevelsBig),
                          [](auto const& framed) { return framed.param.name; });
 
 TEST_P(LinkFailureTest, NothingIsWrongWithoutAFault) {
@@ -552,7 +578,8 @@ TEST_P(LinkFailureTest, SecondBlockAckWithTheFirstNumber) {
 TEST_P(RoutedFailureTest, BlockAckWithARoutingStatusFailsSilently) {
     for (int const status : {0x01, 0x80, 0xFF}) {
         ScriptUpToBlockAck();
-        port.Answer(Header(static_cast<unsigned char>(status)) + Cut(Framing{.bigEndian = framing.bigEndian}.Ack(1), 6));
+        port.Answer(Header(static_cast<unsigned char>(status)) +
+                    Cut(Framing{.bigEndian = framing.bigEndian}.Ack(1), 6));
         ExpectSilentFailure();
     }
 }

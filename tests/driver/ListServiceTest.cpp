@@ -1,4 +1,5 @@
 #include "driver/ListService.h"
+
 #include "tests/support/Bytes.h"
 
 #include <gtest/gtest.h>
@@ -72,8 +73,7 @@ TEST(ListRequest, ReadBigEndian) {
     ListRequest list(buffer, kBig, false, 1);
     EXPECT_TRUE(list.addItem({.area = 4, .offset = 0x01020304, .size = 0x0A0B0C}));
     EXPECT_TRUE(list.addProjectIdentifier(0xFFEEDDCC));
-    EXPECT_EQ(Taken(buffer, list.length()),
-              Hex("2E 00 | 00 00 00 01 | 00 04 01 02 03 04 00 0A 0B 0C | FF EE DD CC"));
+    EXPECT_EQ(Taken(buffer, list.length()), Hex("2E 00 | 00 00 00 01 | 00 04 01 02 03 04 00 0A 0B 0C | FF EE DD CC"));
 }
 
 TEST(ListRequest, WriteCarriesEachValueBehindItsDescriptor) {

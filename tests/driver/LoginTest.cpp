@@ -180,10 +180,7 @@ TEST_F(LoginTest, OldBufferContentIsNoAnswerToALogin) {
 TEST_F(LoginTest, LongerLoginAnswerIsAccepted) {
     ConfigureAndStart();
     ITag* const tag = Tag("1?A?M?0?short");
-    Intel()
-        .LinkCheck()
-        .Exchange(Intel().LoginRequest(), Hex("E8 03 01 02 03"))
-        .Exchange(ListOfA(), ReplyOfA());
+    Intel().LinkCheck().Exchange(Intel().LoginRequest(), Hex("E8 03 01 02 03")).Exchange(ListOfA(), ReplyOfA());
     ExpectReadOf(tag);
 }
 
@@ -426,6 +423,22 @@ TEST_F(LoginTest, RefusedWritesCountToo) {
     }
     ScriptRead(true);
     ExpectReadOf(tag);
+}
+
+TEST_F(LoginTest, SuccessfulWriteBeginsTheCountAnew) {
+    ConfigureAndStart();
+    ITag* const tag = Tag("1?A?M?0?short");
+    ScriptRead(true);
+    ExpectReadOf(tag);
+    for (int round = 0; round < 2; ++round) {
+        for (int i = 0; i < 4; ++i) {
+            Intel().DeadLinkCheck();
+            EXPECT_FALSE(Read({tag}).ok);
+        }
+        Intel().LinkCheck().Exchange(Hex("3C 00 | 01 00 00 00 | 00 00 10 00 00 00 02 00 00 00 34 12 | 44 33 22 11"),
+                                     Hex("00 00"));
+        EXPECT_TRUE(Write({tag}, Hex("34 12")));
+    }
 }
 
 TEST_F(LoginTest, DeadStationBlocksAnotherForFiveCallsOnly) {

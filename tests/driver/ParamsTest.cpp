@@ -8,9 +8,9 @@
 
 namespace {
 
-using velktest::ConfigText;
 using _VELK::NodeParams;
 using _VELK::ParamManager;
+using velktest::ConfigText;
 
 std::string Refusal(std::string const& text) {
     ParamManager manager;
@@ -43,16 +43,15 @@ TEST(Params, NoErrorBeforeAFailure) {
 }
 
 TEST(Params, EveryRequiredKeyIsMissedByName) {
-    for (std::string const key :
-         {"BlockSize", "Timeout", "model", "RoutingLevels", "CouplerLV1", "ChannelLV1", "CouplerLV2", "ChannelLV2",
-          "uart", "parity", "baudrate", "stopbits", "protType"}) {
+    for (std::string const key : {"BlockSize", "Timeout", "model", "RoutingLevels", "CouplerLV1", "ChannelLV1",
+                                  "CouplerLV2", "ChannelLV2", "uart", "parity", "baudrate", "stopbits", "protType"}) {
         EXPECT_EQ(Refusal(ConfigText().Without(key)), "Parser: parameter '" + key + "' is not found");
     }
 }
 
 TEST(Params, KeysAreMissedInTheOrderInWhichTheyAreRead) {
-    std::vector<std::string> const keys{"BlockSize",  "Timeout",    "model",    "RoutingLevels", "CouplerLV1",
-                                        "ChannelLV1", "CouplerLV2", "ChannelLV2", "uart",        "parity",
+    std::vector<std::string> const keys{"BlockSize",  "Timeout",    "model",      "RoutingLevels", "CouplerLV1",
+                                        "ChannelLV1", "CouplerLV2", "ChannelLV2", "uart",          "parity",
                                         "baudrate",   "stopbits",   "protType"};
     ConfigText text;
     for (auto key = keys.rbegin(); key != keys.rend(); ++key) {
@@ -237,8 +236,7 @@ TEST(Params, NodeEntriesAreRangedToo) {
 
 TEST(Params, PrefixOfANode) {
     ParamManager manager;
-    ASSERT_TRUE(manager.parse(
-        ConfigText().Node(1, "prefix", "one").Node(2, "Timeout", "500").Build().c_str()));
+    ASSERT_TRUE(manager.parse(ConfigText().Node(1, "prefix", "one").Node(2, "Timeout", "500").Build().c_str()));
     EXPECT_EQ(manager.getNodeParams(1)->prefix, "one");
     EXPECT_EQ(manager.getNodeParams(2)->prefix, "");
     EXPECT_EQ(manager.getNodeParams(9)->prefix, "");
@@ -262,8 +260,7 @@ TEST(Params, CommonKeyOfANodeIsNotSeen) {
 
 TEST(Params, RecordsBeforeTheFaultStay) {
     ParamManager manager;
-    EXPECT_FALSE(
-        manager.parse(ConfigText().Node(1, "Timeout", "700").Node(2, "Timeout", "7").Build().c_str()));
+    EXPECT_FALSE(manager.parse(ConfigText().Node(1, "Timeout", "700").Node(2, "Timeout", "7").Build().c_str()));
     EXPECT_EQ(manager.getNodeParams(1)->nodeId, 1);
     EXPECT_EQ(manager.getNodeParams(1)->Timeout, 700);
     EXPECT_EQ(manager.getNodeParams(2), manager.getNodeParams(99));

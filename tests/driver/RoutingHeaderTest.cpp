@@ -1,5 +1,6 @@
-#include "driver/NodeParams.h"
 #include "driver/RoutingHeader.h"
+
+#include "driver/NodeParams.h"
 #include "tests/support/Bytes.h"
 
 #include <gtest/gtest.h>

@@ -1,4 +1,5 @@
 #include "driver/Protocol_VELK.h"
+#include "tests/support/AnsweringPort.h"
 #include "tests/support/DriverTest.h"
 
 #include <filesystem>
@@ -58,6 +59,7 @@ TEST_F(SymbolLoadingTest, FileIsFetchedBetweenLoginAndList) {
     Intel().LinkCheck().Login().Upload(file).Exchange(ListAt(16, 0x0A0B0C0D), GoodReply());
     ExpectGoodRead(tag);
     EXPECT_EQ(dir.Get("PLCSymbols_1.sdb"), file);
+    ExpectError(-6, "Symbol file is corrupted"); // of the stored file that was not there; success clears no error
     GoodRead(16, 0x0A0B0C0D, false);
     ExpectGoodRead(tag);
 }
@@ -307,6 +309,30 @@ TEST_F(SymbolLoadingTest, OtherProjectWhoseFileIsNotHandedOver) {
     ExpectGoodRead(tag);
 }
 
+TEST_F(SymbolLoadingTest, FetchedFileClearsTheWholeTable) {
+    ConfigureAndStart();
+    Store(1, FileOf(7, 16));
+    Store(2, SymbolFileBytes(9).Variable("A", 0, 200).Build());
+    GoodRead(200, 9);
+    ExpectGoodRead(Tag("2?A?M?0?short"));
+    ITag* const tag = Tag("1?A?M?0?short");
+    Intel().Logout();
+    GoodRead(16, 7);
+    ExpectGoodRead(tag);
+    EXPECT_TRUE(Velk().symbolTable().SymIsActive(2));
+    EXPECT_NE(Velk().symbolTable().SymGetSymbol("A"), nullptr);
+    Intel().LinkCheck().Exchange(ListAt(16, 7), Hex("33 00")).RefusedUpload();
+    EXPECT_FALSE(Read({tag}).ok);
+    EXPECT_NE(Velk().symbolTable().SymGetSymbol("A"), nullptr) << "without a new file the table stays";
+    EXPECT_TRUE(Velk().symbolTable().SymIsActive(2));
+    EXPECT_FALSE(Velk().symbolTable().SymIsActive(1));
+    Intel().LinkCheck().Exchange(ListAt(16, 7), Hex("33 00")).Upload(FileOf(8, 200));
+    EXPECT_FALSE(Read({tag}).ok);
+    EXPECT_EQ(Velk().symbolTable().SymGetSymbol("A"), nullptr);
+    EXPECT_FALSE(Velk().symbolTable().SymIsActive(2));
+    EXPECT_FALSE(Velk().symbolTable().SymIsActive(1));
+}
+
 TEST_F(SymbolLoadingTest, OtherProjectAndADeadUploadForgetsTheLogin) {
     ConfigureAndStart();
     Store(1, FileOf(7, 16));
@@ -473,6 +499,56 @@ TEST_F(SymbolLoadingTest, LateTagIsBoundAfterAnotherNodesMismatchClearedTheTable
     ExpectGoodRead(one);
 }
 
+TEST_F(SymbolLoadingTest, LateTagWhoseOwnFileIsGoneIsNeverSentWithAnotherNodesAddress) {
+    bool handsOver = false;
+    Bytes const ownFile = SymbolFileBytes(0xA1).Variable("A", 0, 16).Variable("B", 0, 32).Build();
+    AnsweringPort plc({}, [&](Bytes const& request) {
+        switch (request[0]) {
+        case 0x01:
+            return Hex("E8 03");
+        case 0x31:
+            return handsOver ? Intel().FilePiece(ownFile, false) : Hex("05 00 00 00 00 00");
+        case 0x2E:
+            EXPECT_NE(Bytes(request.begin() + 8, request.begin() + 12), Little(300, 4));
+            return GoodReply();
+        default:
+            return Hex("00 00");
+        }
+    });
+    host.serial.port = &plc;
+    ConfigureAndStart();
+    Store(1, ownFile);
+    Store(2, SymbolFileBytes(0xB2).Variable("A", 0, 200).Variable("B", 0, 300).Build());
+    ExpectGoodRead(Tag("1?A?M?0?short"));
+    ExpectGoodRead(Tag("2?A?M?0?short"));
+    std::filesystem::remove(dir.Path("PLCSymbols_1.sdb"));
+    ITag* const late = Tag("1?B?M?0?short");
+    Read({late});
+    Read({late});
+    handsOver = true;
+    Read({late});
+    ExpectGoodRead(late);
+    EXPECT_EQ(late->GetByteOffset(), 32);
+    driver->Stop();
+}
+
+TEST_F(SymbolLoadingTest, FileOfProjectZeroServesToo) {
+    ConfigureAndStart();
+    Store(1, SymbolFileBytes(0).Variable("A", 0, 16).Variable("B", 0, 32).Build());
+    GoodRead(16, 0);
+    ExpectGoodRead(Tag("1?A?M?0?short"));
+    GoodRead(32, 0, false);
+    ExpectGoodRead(Tag("1?B?M?0?short"));
+}
+
+TEST_F(SymbolLoadingTest, PathThatTheHostDoesNotTerminateOverrunsNothing) {
+    host.storage.unterminated = true;
+    ConfigureAndStart();
+    Intel().LinkCheck().Login().RefusedUpload();
+    EXPECT_FALSE(Read({Tag("1?A?M?0?short")}).ok);
+    ExpectError(-6, "Symbol file not present");
+}
+
 // --- a declared project ---
 
 TEST_F(SymbolLoadingTest, DeclaredProjectNeedsNoSymbolFile) {
@@ -502,9 +578,9 @@ TEST_F(SymbolLoadingTest, DeclaredProjectUsesTheAreaOfTheAddressSpace) {
     ConfigureAndStart();
     Tag("1?ID?PROJ_ID?7?unsignedInt");
     Tag("1?ID?PROJ_ID?7?unsignedInt");
-    std::vector<ITag*> const tags{Tag("1?A?M?1?byte"), Tag("1?A?I?2?byte"), Tag("1?A?Q?3?byte"), Tag("1?A?3?4?byte"),
-                                  Tag("1?A?4?5?byte"), Tag("1?A?5?6?byte"), Tag("1?A?MB?7?boolean"),
-                                  Tag("1?A?IB?8?boolean"), Tag("1?A?QB?9?boolean")};
+    std::vector<ITag*> const tags{Tag("1?A?M?1?byte"),     Tag("1?A?I?2?byte"),     Tag("1?A?Q?3?byte"),
+                                  Tag("1?A?3?4?byte"),     Tag("1?A?4?5?byte"),     Tag("1?A?5?6?byte"),
+                                  Tag("1?A?MB?7?boolean"), Tag("1?A?IB?8?boolean"), Tag("1?A?QB?9?boolean")};
     Intel().LinkCheck().Login().Exchange("2E 00 | 09 00 00 00 | 00 00 01 00 00 00 01 00 00 00 | "
                                          "01 00 02 00 00 00 01 00 00 00 | 02 00 03 00 00 00 01 00 00 00 | "
                                          "03 00 04 00 00 00 01 00 00 00 | 04 00 05 00 00 00 01 00 00 00 | "
@@ -597,12 +673,11 @@ TEST_F(SymbolLoadingTest, DefaultAddressRestoresIndexAndAreaOfABoundTag) {
     ConfigureAndStart();
     Store(1, SymbolFileBytes(7).Variable("A", 2, 16).Build());
     ITag* const tag = Tag("1?A?I?99?short");
-    Intel().LinkCheck().Login().Exchange(
-        Hex("2E 00 | 01 00 00 00 | 02 00 10 00 00 00 02 00 00 00 | 07 00 00 00"), GoodReply());
+    Intel().LinkCheck().Login().Exchange(Hex("2E 00 | 01 00 00 00 | 02 00 10 00 00 00 02 00 00 00 | 07 00 00 00"),
+                                         GoodReply());
     ExpectGoodRead(tag);
     Tag("1?ID?PROJ_ID?9?unsignedInt");
-    Intel().LinkCheck().Exchange(Hex("2E 00 | 01 00 00 00 | 01 00 63 00 00 00 02 00 00 00 | 09 00 00 00"),
-                                 GoodReply());
+    Intel().LinkCheck().Exchange(Hex("2E 00 | 01 00 00 00 | 01 00 63 00 00 00 02 00 00 00 | 09 00 00 00"), GoodReply());
     ExpectGoodRead(tag);
     EXPECT_EQ(tag->GetByteOffset(), 99);
 }

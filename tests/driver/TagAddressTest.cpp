@@ -79,6 +79,7 @@ TEST_F(TagAddressTest, NodeNumbersHaveABase) {
     EXPECT_EQ(driver->GetNodeID(Tag("010?A?M?0?int")), 8);
     EXPECT_EQ(driver->GetNodeID(Tag("256?A?M?0?int")), 256);
     EXPECT_EQ(driver->GetNodeID(Tag("node?A?M?0?int")), 0);
+    EXPECT_EQ(driver->GetNodeID(Tag("4294967297?A?M?0?int")), 2147483647) << "it is not node 1";
 }
 
 TEST_F(TagAddressTest, TagsOfNodesOutOfRangeCanBeMade) {
@@ -119,9 +120,9 @@ TEST_F(TagAddressTest, UnknownDataTypes) {
 }
 
 TEST_F(TagAddressTest, NegativeAndOverflowingLengthsAreUnknownDataTypes) {
-    for (std::string const type : {"string--1", "int--5", "byte--2147483648", "int-536870912", "double-268435456",
-                                   "short-1073741824", "string-2147483648", "string-99999999999999999999",
-                                   "int-4611686018427387905"}) {
+    for (std::string const type :
+         {"string--1", "int--5", "byte--2147483648", "int-536870912", "double-268435456", "short-1073741824",
+          "string-2147483648", "string-99999999999999999999", "int-4611686018427387905"}) {
         ExpectRefusal("1?A?M?0?" + type, type + ": data type unknown");
     }
 }
@@ -140,6 +141,7 @@ TEST_F(TagAddressTest, LengthsOfArrays) {
     EXPECT_EQ(Tag("1?A?M?0.7?boolean-12")->PackedLen(), 3);
     EXPECT_EQ(Tag("1?A?M?0?boolean-16")->PackedLen(), 2);
     EXPECT_EQ(Tag("1?A?M?0.1?boolean-16")->PackedLen(), 3);
+    EXPECT_EQ(Tag("1?A?M?0.7?boolean-2147483647")->PackedLen(), 268435457);
 }
 
 TEST_F(TagAddressTest, TypesThatAMemoryTypeDoesNotTake) {
@@ -188,7 +190,8 @@ TEST_F(TagAddressTest, SubindexOfABitInAByteArea) {
 
 TEST_F(TagAddressTest, SubindexBorders) {
     std::string const reason = "Subindex invalid";
-    for (std::string const offset : {"5.8", "5.-1", "5.100", "5.2147483648", "5.4294967296", "5.99999999999999999999"}) {
+    for (std::string const offset :
+         {"5.8", "5.-1", "5.100", "5.2147483648", "5.4294967296", "5.99999999999999999999"}) {
         ExpectRefusal("1?A?M?" + offset + "?boolean", reason);
         ExpectRefusal("1?A?M?" + offset + "?boolean-4", reason);
         ExpectRefusal("1?A?MB?" + offset + "?boolean", reason);

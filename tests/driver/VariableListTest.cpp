@@ -97,8 +97,8 @@ TEST_F(VariableListTest, SeveralWrittenItemsBothByteOrders) {
         "3C 00 | 00 00 00 03 | 00 00 00 00 00 10 00 00 00 02 12 34 | 00 01 00 00 00 20 00 00 00 04 12 34 56 78 | "
         "00 00 00 00 00 10 00 00 00 03 41 42 43 | 00 00 00 09",
         "00 00");
-    EXPECT_TRUE(Write({Tag("2?A?M?0?short"), Tag("2?B?M?0?int"), Tag("2?A?M?0?string-3")},
-                      Hex("34 12 78 56 34 12 41 42 43")))
+    EXPECT_TRUE(
+        Write({Tag("2?A?M?0?short"), Tag("2?B?M?0?int"), Tag("2?A?M?0?string-3")}, Hex("34 12 78 56 34 12 41 42 43")))
         << driver->GetLastErrorString();
 }
 
@@ -263,8 +263,7 @@ TEST_F(VariableListTest, AnyOtherStatusWordIsARefusal) {
         EXPECT_FALSE(Read({tag}).ok);
         ExpectError(-6, "Command not acknowledged by PLC");
         // A good one in between, so that the login is not given up.
-        Intel().LinkCheck().Exchange(OneItem("00 00 10 00 00 00 02 00 00 00"),
-                                     Hex("00 00 | 00 00 00 00 | 01 34 12"));
+        Intel().LinkCheck().Exchange(OneItem("00 00 10 00 00 00 02 00 00 00"), Hex("00 00 | 00 00 00 00 | 01 34 12"));
         EXPECT_TRUE(Read({tag}).ok);
     }
 }
@@ -574,7 +573,8 @@ TEST_F(VariableListTest, LargestWriteThatFitsTheRequest) {
     Conversation(port, framing)
         .LinkCheck()
         .Login()
-        .Exchange(Hex("3C 00 | 01 00 00 00 | 00 00 10 00 00 00 E4 24 01 00") + value + Hex("07 00 00 00"), Hex("00 00"));
+        .Exchange(Hex("3C 00 | 01 00 00 00 | 00 00 10 00 00 00 E4 24 01 00") + value + Hex("07 00 00 00"),
+                  Hex("00 00"));
     EXPECT_TRUE(Write({tag}, value)) << driver->GetLastErrorString();
 }
 

@@ -74,7 +74,8 @@ TEST(InterfaceFactory, ProtocolFactoryConvertsToItselfOnly) {
     IInterface* const factory = Create("IProtocolFactory");
     EXPECT_EQ(factory->ConvertTo("ProtocolFactory"), factory);
     EXPECT_EQ(factory->ConvertTo("IProtocolFactory"), factory);
-    for (char const* name : {"IInterface", "ProtFactoryInDLL", "iprotocolfactory", "IProtocolFactory ", "IProtModule"}) {
+    for (char const* name :
+         {"IInterface", "ProtFactoryInDLL", "iprotocolfactory", "IProtocolFactory ", "IProtModule"}) {
         EXPECT_EQ(factory->ConvertTo(name), nullptr) << "'" << name << "'";
     }
 }

@@ -116,6 +116,12 @@ TEST_F(ProtModuleTest, NullHostIsIgnoredOnceInitialised) {
     EXPECT_TRUE(host.Logged("release").empty());
 }
 
+TEST_F(ProtModuleTest, NoHostAtAllIsRefused) {
+    EXPECT_FALSE(module->Init(nullptr));
+    ASSERT_TRUE(Init(host));
+    EXPECT_EQ(host.Logged("create"), kAcquired);
+}
+
 TEST_F(ProtModuleTest, MissingScheduler) {
     host.lacking = {"IMultiTask2"};
     EXPECT_FALSE(Init(host));
@@ -142,9 +148,9 @@ TEST_F(ProtModuleTest, MissingBufferIsNamedByItsVariable) {
     host.lacking = {"ICDSBuffer"};
     EXPECT_FALSE(Init(host));
     EXPECT_STREQ(module->GetLastError(), "piCDSBuffer not created");
-    EXPECT_EQ(host.log, (Names{"create IMultiTask2", "create ISerialFactory", "create ISocketFactory",
-                               "create ICDSBuffer", "release IMultiTask2", "release ISerialFactory",
-                               "release ISocketFactory"}));
+    EXPECT_EQ(host.log,
+              (Names{"create IMultiTask2", "create ISerialFactory", "create ISocketFactory", "create ICDSBuffer",
+                     "release IMultiTask2", "release ISerialFactory", "release ISocketFactory"}));
 }
 
 TEST_F(ProtModuleTest, FailedInitIsNotCounted) {

@@ -1,7 +1,6 @@
 #pragma once
 
 #include <dlfcn.h>
-
 #include <stdexcept>
 #include <string>
 

@@ -273,9 +273,9 @@ TEST_F(SlotOrderTest, Module) {
     EXPECT_EQ(Call<int>(module, 4), 100);
     EXPECT_STREQ(Call<char const*>(module, 7), "");
     Init();
-    EXPECT_EQ(acquired, (std::vector<std::string>{"IMultiTask2", "ISerialFactory", "ISocketFactory", "ICDSBuffer",
-                                                  "IDiag", "IPermanentStorage", "IDriverInterface", "ISmux",
-                                                  "IFastTimer"}));
+    EXPECT_EQ(acquired,
+              (std::vector<std::string>{"IMultiTask2", "ISerialFactory", "ISocketFactory", "ICDSBuffer", "IDiag",
+                                        "IPermanentStorage", "IDriverInterface", "ISmux", "IFastTimer"}));
     Call<void>(module, 6);
     EXPECT_EQ(released, 9);
 }
@@ -462,8 +462,7 @@ TEST_F(SlotOrderTest, ProtocolTags) {
     void* const protocol = StartedProtocol();
     void* const tag = Tag(protocol, "1?A?M?0?short");
     EXPECT_EQ((Call<void*>(protocol, 6, static_cast<char const*>("nonsense"))), nullptr);
-    EXPECT_STREQ(Call<char const*>(protocol, 22),
-                 "Tag URI error: nonsense - there must be 5 tag specification fields");
+    EXPECT_STREQ(Call<char const*>(protocol, 22), "Tag URI error: nonsense - there must be 5 tag specification fields");
     Call<void>(protocol, 7, tag);
     void* const unregistered = Call<void*>(protocol, 52, static_cast<char const*>("1?A?M?5?short"));
     ASSERT_NE(unregistered, nullptr);

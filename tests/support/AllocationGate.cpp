@@ -9,7 +9,8 @@ void* Allocate(std::size_t size) noexcept {
     auto& state = velktest::Allocations();
     if (state.open && state.pauses == 0) {
         ++state.seen;
-        if (state.refuseAt != 0 && (state.seen == state.refuseAt || (state.refuseAllAfter && state.seen > state.refuseAt))) {
+        if (state.refuseAt != 0 &&
+            (state.seen == state.refuseAt || (state.refuseAllAfter && state.seen > state.refuseAt))) {
             state.refused = true;
             return nullptr;
         }

@@ -11,19 +11,19 @@ class ConfigText {
 public:
     ConfigText() {
         for (auto const& [key, value] : std::vector<std::pair<std::string, std::string>>{{"uart", "com1"},
-                                                                                          {"parity", "none"},
-                                                                                          {"baudrate", "115200"},
-                                                                                          {"stopbits", "1"},
-                                                                                          {"protType", "Serial_RS232"},
-                                                                                          {"BlockSize", "128"},
-                                                                                          {"Timeout", "1000"},
-                                                                                          {"repeat", "1"},
-                                                                                          {"model", "Intel"},
-                                                                                          {"RoutingLevels", "0"},
-                                                                                          {"CouplerLV1", "0"},
-                                                                                          {"ChannelLV1", "0"},
-                                                                                          {"CouplerLV2", "0"},
-                                                                                          {"ChannelLV2", "0"}}) {
+                                                                                         {"parity", "none"},
+                                                                                         {"baudrate", "115200"},
+                                                                                         {"stopbits", "1"},
+                                                                                         {"protType", "Serial_RS232"},
+                                                                                         {"BlockSize", "128"},
+                                                                                         {"Timeout", "1000"},
+                                                                                         {"repeat", "1"},
+                                                                                         {"model", "Intel"},
+                                                                                         {"RoutingLevels", "0"},
+                                                                                         {"CouplerLV1", "0"},
+                                                                                         {"ChannelLV1", "0"},
+                                                                                         {"CouplerLV2", "0"},
+                                                                                         {"ChannelLV2", "0"}}) {
             Set(key, value);
         }
     }

@@ -20,7 +20,8 @@ struct Framing {
 
     /** A block frame. */
     Bytes Block(unsigned number, bool last, Bytes const& payload) const {
-        Bytes frame = Hex("AA AA") + Word(payload.size()) + Word(number) + Hex("00") + Hex(last ? "01" : "00") + payload;
+        Bytes frame =
+            Hex("AA AA") + Word(payload.size()) + Word(number) + Hex("00") + Hex(last ? "01" : "00") + payload;
         unsigned sum = 0;
         for (unsigned char const byte : frame) {
             sum += byte;

@@ -102,8 +102,8 @@ protected:
 
     bool Write(std::vector<ITag*> const& tags, Bytes const& values) {
         std::vector<idal_error_t> status(tags.size(), 77);
-        bool const ok = driver->WriteDatagramWithStatus(tags.data(), static_cast<int>(tags.size()), values.data(),
-                                                        status.data());
+        bool const ok =
+            driver->WriteDatagramWithStatus(tags.data(), static_cast<int>(tags.size()), values.data(), status.data());
         EXPECT_EQ(status, std::vector<idal_error_t>(tags.size(), ok ? 1 : 77));
         return ok;
     }

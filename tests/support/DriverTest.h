@@ -70,9 +70,7 @@ protected:
     }
 
     /** Keeps a symbol file for @p node, as an earlier run would have left it. */
-    void Store(int node, Bytes const& file) const {
-        dir.Put("PLCSymbols_" + std::to_string(node) + ".sdb", file);
-    }
+    void Store(int node, Bytes const& file) const { dir.Put("PLCSymbols_" + std::to_string(node) + ".sdb", file); }
 
     Conversation Intel() { return {port, Framing{}}; }
     Conversation Motorola() { return {port, Framing{.bigEndian = true}}; }
@@ -109,8 +107,8 @@ protected:
     bool Write(std::vector<ITag*> const& tags, Bytes values) {
         values.push_back(0xEE); // so that there is a place even for nothing
         std::vector<idal_error_t> status(tags.size(), 77);
-        bool const ok = driver->WriteDatagramWithStatus(tags.data(), static_cast<int>(tags.size()), values.data(),
-                                                        status.data());
+        bool const ok =
+            driver->WriteDatagramWithStatus(tags.data(), static_cast<int>(tags.size()), values.data(), status.data());
         EXPECT_EQ(status, std::vector<idal_error_t>(tags.size(), ok ? 1 : 77));
         return ok;
     }

@@ -4,6 +4,7 @@
 #include "interfaces/IInterfaceFactory.h"
 #include "tests/support/AllocationGate.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <map>
 #include <set>
@@ -82,6 +83,10 @@ public:
             if (!storage_->hasPaths) {
                 return false;
             }
+            if (storage_->unterminated) {
+                std::fill(path, path + size, 'x');
+                return true;
+            }
             int const written =
                 std::snprintf(path, static_cast<std::size_t>(size), "%s/%s", storage_->directory.c_str(), name);
             return written > 0 && written < size;
@@ -94,6 +99,7 @@ public:
     std::string directory = ".";
     bool hasInterface2 = true;
     bool hasPaths = true;
+    bool unterminated = false; ///< every path is one long name without its zero
     int lastSize = 0;
     std::vector<std::pair<std::string, std::string>> asked; ///< instance, file name
 
@@ -156,9 +162,15 @@ public:
 
 private:
     std::map<std::string, IInterface*> Services() {
-        return {{"IMultiTask2", &scheduler},       {"ISerialFactory", &serial}, {"ISocketFactory", &sockets},
-                {"ICDSBuffer", &buffers},          {"IDiag", &diagnosis},       {"IPermanentStorage", &storage},
-                {"IDriverInterface", &driverInterface}, {"ISmux", &smux},       {"IFastTimer", &fastTimer}};
+        return {{"IMultiTask2", &scheduler},
+                {"ISerialFactory", &serial},
+                {"ISocketFactory", &sockets},
+                {"ICDSBuffer", &buffers},
+                {"IDiag", &diagnosis},
+                {"IPermanentStorage", &storage},
+                {"IDriverInterface", &driverInterface},
+                {"ISmux", &smux},
+                {"IFastTimer", &fastTimer}};
     }
 };
 

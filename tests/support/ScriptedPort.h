@@ -86,7 +86,7 @@ public:
     int purges = 0;
     int closes = 0;
     int openResult = 1;
-    bool writesFail = false; ///< whether writes answer 0; the bytes are looked at all the same
+    bool writesFail = false;  ///< whether writes answer 0; the bytes are looked at all the same
     int purgesThatRemove = 0; ///< so many calls to Purge() answer 1, after each of which one fewer does
     bool purgesForEver = false;
     long long nowMs = 0;
@@ -199,8 +199,9 @@ private:
 
     void Derail(std::string const& seen) {
         derailed_ = true;
-        ADD_FAILURE() << "after " << writes.size() << " writes and " << reads.size() << " reads\n  the driver did: "
-                      << seen << "\n  the script has: " << (script_.empty() ? "nothing" : Describe(script_.front()));
+        ADD_FAILURE() << "after " << writes.size() << " writes and " << reads.size()
+                      << " reads\n  the driver did: " << seen
+                      << "\n  the script has: " << (script_.empty() ? "nothing" : Describe(script_.front()));
     }
 
     std::deque<Step> script_;

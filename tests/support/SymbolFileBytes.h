@@ -22,11 +22,11 @@ public:
     }
 
     Bytes Build() const {
-        Bytes const type = Little(4, 4) + Little(18 + 4, 4) + Little(2, 4) + Little(2, 4) + Little(4, 2) +
-                           Text("INT") + Hex("00");
+        Bytes const type =
+            Little(4, 4) + Little(18 + 4, 4) + Little(2, 4) + Little(2, 4) + Little(4, 2) + Text("INT") + Hex("00");
         return Little(1, 4) + Little(16, 4) + Little(0, 4) + Little(projectId_, 4) + //
-               Little(2, 4) + Little(16 + type.size(), 4) + Little(0, 4) + Little(1, 4) + type +
-               Little(3, 4) + Little(16 + variables_.size(), 4) + Little(0, 4) + Little(count_, 4) + variables_;
+               Little(2, 4) + Little(16 + type.size(), 4) + Little(0, 4) + Little(1, 4) + type + Little(3, 4) +
+               Little(16 + variables_.size(), 4) + Little(0, 4) + Little(count_, 4) + variables_;
     }
 
 private:
