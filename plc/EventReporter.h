@@ -14,6 +14,7 @@ public:
     EventReporter(LineObserver* observer, std::size_t stations) : observer_(observer), stations_(stations) {}
 
     void setTime(Micros now) { now_ = now; }
+    [[nodiscard]] Micros time() const { return now_; }
     void report(int station, Cause cause, std::string text);
     void bytes(Direction direction, ByteView bytes) const;
 
@@ -33,6 +34,8 @@ public:
     StationReporter(EventReporter& reporter, int station) : reporter_(&reporter), station_(station) {}
 
     void report(Cause cause, std::string text) const { reporter_->report(station_, cause, std::move(text)); }
+    /// The line's time.
+    [[nodiscard]] Micros time() const { return reporter_->time(); }
 
 private:
     EventReporter* reporter_;

@@ -54,6 +54,14 @@ constexpr double kGeneratorRange = 4294967296.0;
 
 } // namespace
 
+bool isOpen(TimeWindow const& window, Micros now) {
+    if (now < window.from) {
+        return false;
+    }
+    Micros const since = now - window.from;
+    return (window.every ? since % *window.every : since) < window.lasts;
+}
+
 std::string_view nameOf(FaultKind kind) {
     return kNames[static_cast<std::size_t>(kind)];
 }
@@ -84,7 +92,7 @@ std::vector<FaultRule const*> FaultPlan::strikeAll(FaultKind kind) {
     std::vector<FaultRule const*> struck;
     for (CountedRule& counted : rules_) {
         FaultRule const& rule = counted.rule;
-        if (rule.kind == kind && rule.service.value_or(service_) == service_ && takes(counted)) {
+        if (rule.kind == kind && isChance(rule) && takes(counted)) {
             reporter_.report(Cause::kFaultInjected,
                              textOf(nameOf(kind), " at chance ", counted.chances, ", service ", nameOf(service_)));
             struck.push_back(&rule);
@@ -100,6 +108,11 @@ FaultRule const* FaultPlan::strike(FaultKind kind) {
 
 std::size_t FaultPlan::random(std::size_t limit) {
     return generator_() % limit;
+}
+
+bool FaultPlan::isChance(FaultRule const& rule) const {
+    return rule.service.value_or(service_) == service_ &&
+           (!rule.when.window || isOpen(*rule.when.window, reporter_.time()));
 }
 
 bool FaultPlan::takes(CountedRule& counted) {

@@ -68,11 +68,22 @@ enum class FaultKind : std::uint8_t {
 [[nodiscard]] std::optional<FaultKind> faultNamed(std::string_view name);
 [[nodiscard]] std::optional<ServiceKind> serviceNamed(std::string_view name);
 
+/// A part of the line's time.
+struct TimeWindow {
+    Micros from{0};                ///< it opens after so much time ...
+    Micros lasts{0};               ///< ... and closes after so much more
+    std::optional<Micros> every{}; ///< it opens again each time that so much more is over; without it only once
+};
+
+/// Whether the window is open.
+[[nodiscard]] bool isOpen(TimeWindow const& window, Micros now);
+
 /// Which of its chances a rule takes.
 struct Trigger {
     std::uint64_t first = 1;             ///< the first chance, counted from 1 ...
     std::uint64_t count = UINT64_MAX;    ///< ... and how many from there on
     std::optional<double> probability{}; ///< of those, each with this probability; without it all of them
+    std::optional<TimeWindow> window{};  ///< only while it is open; the rest is no chance
 
     [[nodiscard]] static Trigger always() { return {}; }
     [[nodiscard]] static Trigger nth(std::uint64_t n) { return {.first = n, .count = 1}; }
@@ -118,6 +129,7 @@ private:
         std::uint64_t chances = 0;
     };
 
+    [[nodiscard]] bool isChance(FaultRule const& rule) const;
     [[nodiscard]] bool takes(CountedRule& counted);
 
     std::mt19937 generator_;

@@ -1,5 +1,8 @@
 #include "plc/FdServer.h"
 
+#include "plc/TerminalSpeed.h"
+#include "plc/WrongSpeed.h"
+
 #include <algorithm>
 #include <array>
 #include <cerrno>
@@ -19,6 +22,9 @@ constexpr Micros kClientLook = std::chrono::milliseconds(20);
 
 /// What is kept for a client that does not read; beyond it the oldest bytes are lost.
 constexpr std::size_t kMostUnsent = 65'536;
+
+/// What may be on its way from a panel that sends faster than the line is; beyond it nothing is read.
+constexpr std::size_t kMostUnheard = 8'192;
 
 void makeNonBlocking(int descriptor) {
     int const flags = ::fcntl(descriptor, F_GETFL);
@@ -46,9 +52,10 @@ bool isOnlyBusy(int error) {
 
 } // namespace
 
-FdServer::FdServer(Line& line, int descriptor)
+FdServer::FdServer(Line& line, int descriptor, WireLikeness wire)
     : line_(line), descriptor_(descriptor), pseudoTerminal_(isPseudoTerminalMaster(descriptor)),
-      wakeUp_(::eventfd(0, EFD_NONBLOCK | EFD_CLOEXEC), "eventfd"), start_(std::chrono::steady_clock::now()) {
+      wakeUp_(::eventfd(0, EFD_NONBLOCK | EFD_CLOEXEC), "eventfd"), start_(std::chrono::steady_clock::now()),
+      wire_(wire), input_(wire.bytesPerSecond) {
     makeNonBlocking(descriptor);
 }
 
@@ -82,12 +89,32 @@ Micros FdServer::now() const {
 /// Takes what is due from the line and answers when to look again.
 std::optional<Micros> FdServer::collectOutput() {
     std::scoped_lock const lock(mutex_);
-    Bytes const due = line_.takeOutput(now());
+    deliverInput(now());
+    Bytes const due = heard(line_.takeOutput(now()), Direction::kToPanel);
     unsent_.insert(unsent_.end(), due.begin(), due.end());
     if (unsent_.size() > kMostUnsent) {
         unsent_.erase(unsent_.begin(), unsent_.end() - static_cast<std::ptrdiff_t>(kMostUnsent));
     }
-    return line_.nextDeadline();
+    auto const arrival = input_.nextDue();
+    auto const deadline = line_.nextDeadline();
+    return arrival && deadline ? std::min(arrival, deadline) : arrival ? arrival : deadline;
+}
+
+/// Gives the line what has arrived. The lock must be held.
+void FdServer::deliverInput(Micros now) {
+    if (Bytes const bytes = input_.take(now); !bytes.empty()) {
+        line_.receive(bytes, now);
+    }
+}
+
+/// What one side makes of the other's bytes when the panel has set its port to a speed of its own.
+Bytes FdServer::heard(ByteView bytes, Direction direction) const {
+    std::uint32_t const panels =
+        pseudoTerminal_ && wire_.baud != 0 && !bytes.empty() ? speedOf(descriptor_).value_or(wire_.baud) : wire_.baud;
+    if (panels == wire_.baud || panels == 0) {
+        return {bytes.begin(), bytes.end()};
+    }
+    return direction == Direction::kToPanel ? heardAt(panels, bytes, wire_.baud) : heardAt(wire_.baud, bytes, panels);
 }
 
 FdServer::Port FdServer::writeOutput() {
@@ -108,7 +135,8 @@ FdServer::Port FdServer::wait(std::optional<Micros> deadline, Port port) {
         deadline = std::min(deadline.value_or(look), look);
     }
     timespec const timeout = timespecOf(std::max(deadline.value_or(Micros{}) - now(), Micros::zero()));
-    auto const events = static_cast<short>(unsent_.empty() ? POLLIN : POLLIN | POLLOUT);
+    int const input = input_.size() < kMostUnheard ? POLLIN : 0;
+    auto const events = static_cast<short>(unsent_.empty() ? input : input | POLLOUT);
     std::array<pollfd, 2> ports{
         {{.fd = wakeUp_.get(), .events = POLLIN, .revents = 0}, {.fd = descriptor_, .events = events, .revents = 0}}};
     // A pseudo-terminal without a client would end every wait at once: it is looked at when the wait is over.
@@ -136,7 +164,9 @@ FdServer::Port FdServer::readInput() {
     ssize_t const count = ::read(descriptor_, bytes.data(), bytes.size());
     if (count > 0) {
         std::scoped_lock const lock(mutex_);
-        line_.receive(ByteView(bytes).first(static_cast<std::size_t>(count)), now());
+        Micros const time = now();
+        input_.put(heard(ByteView(bytes).first(static_cast<std::size_t>(count)), Direction::kFromPanel), time);
+        deliverInput(time);
         return Port::kThere;
     }
     return count < 0 && isOnlyBusy(errno) ? Port::kThere : hungUp();

@@ -2,6 +2,7 @@
 
 #include "plc/Bytes.h"
 #include "plc/Descriptor.h"
+#include "plc/InputDelay.h"
 #include "plc/Line.h"
 
 #include <chrono>
@@ -12,6 +13,13 @@
 #include <utility>
 
 namespace plc {
+
+/// What makes a pseudo-terminal like a serial line. Serial ports have all of it themselves.
+struct WireLikeness {
+    std::uint32_t bytesPerSecond = 0; ///< the pace of the bytes from the panel; 0: they are there at once
+    std::uint32_t baud =
+        0; ///< a panel that sets its port to another speed says and hears garbage; 0: any speed will do
+};
 
 /**
  * Serves a line over a file descriptor: a pseudo-terminal's master side or a serial port.
@@ -27,7 +35,7 @@ public:
     };
 
     /// Throws std::system_error when the descriptor is none. The line must outlive the server.
-    FdServer(Line& line, int descriptor);
+    FdServer(Line& line, int descriptor, WireLikeness wire = {});
 
     /// Serves until asked to stop. A pseudo-terminal that its client closed is served on: the next client finds it.
     /// What is sent while there is no client is lost, as on a line that nobody listens to.
@@ -56,6 +64,8 @@ private:
         FdServer& server_;
     };
 
+    void deliverInput(Micros now);
+    [[nodiscard]] Bytes heard(ByteView bytes, Direction direction) const;
     void wake() const;
     [[nodiscard]] Micros now() const;
     [[nodiscard]] std::optional<Micros> collectOutput();
@@ -70,6 +80,8 @@ private:
     Descriptor wakeUp_;
     std::mutex mutex_;
     std::chrono::steady_clock::time_point start_;
+    WireLikeness wire_;
+    InputDelay input_;
     Bytes unsent_;
 };
 

@@ -56,7 +56,8 @@ void checkLine(LineDescription const& description) {
 }
 
 Line::Line(LineDescription const& description, LineObserver* observer)
-    : reporter_(observer, checked(description).stations.size()), output_(description.bytesPerSecond),
+    : reporter_(observer, checked(description).stations.size()),
+      output_(description.bytesPerSecond, description.portPaces),
       reader_(description.framing, frameKeys(description), description.frameSilence, *this) {
     for (StationDescription const& station : description.stations) {
         StationReporter const reporter(reporter_, static_cast<int>(stations_.size()));

@@ -3,6 +3,7 @@
 #include "plc/Bytes.h"
 #include "plc/EventReporter.h"
 #include "plc/FrameReader.h"
+#include "plc/LineSpeed.h"
 #include "plc/OutputQueue.h"
 #include "plc/Station.h"
 #include "plc/StationDescription.h"
@@ -22,6 +23,8 @@ struct LineDescription {
     std::vector<StationDescription> stations{}; ///< exactly one with bare framing, at least one with routed framing
     Micros frameSilence{std::chrono::milliseconds(20)}; ///< a pause this long ends a frame
     std::uint32_t bytesPerSecond = 0; ///< the pace of the bytes to the panel; 0 sends a frame in no time
+    bool portPaces = false;           ///< the port has that pace itself: it is given whole frames
+    LineSpeed speed{};                ///< for who opens the port; a description file that tells it sets the pace, too
 };
 
 /// Throws DescriptionError when the line makes no sense. The programs are not looked at.

@@ -1,10 +1,9 @@
 #include "plc/LineFile.h"
 
+#include "plc/FaultTable.h"
 #include "plc/ProgramTable.h"
 #include "plc/Text.h"
 #include "plc/TomlTable.h"
-
-#include <limits>
 
 namespace plc {
 
@@ -13,8 +12,8 @@ namespace {
 constexpr std::int64_t kMost32 = 0xFFFFFFFF;
 constexpr std::int64_t kMostCoupler = 255;
 constexpr std::int64_t kMostMilliseconds = 3'600'000;
-constexpr std::int64_t kMostChances = std::numeric_limits<std::int64_t>::max();
-constexpr std::int64_t kMostSurplus = 1'000'000;
+constexpr std::int64_t kLeastBaud = 50;
+constexpr std::int64_t kMostBaud = 4'000'000;
 
 Micros readTime(TomlTable& table, std::string_view key, Micros usual) {
     auto const milliseconds = table.number(key, 0, kMostMilliseconds);
@@ -42,43 +41,6 @@ RouteLevel readLevel(TomlTable& table, std::string const& number) {
         level.address = *address;
     }
     return level;
-}
-
-Trigger readTrigger(TomlTable& table) {
-    Trigger trigger;
-    if (auto const nth = table.number("nth", 1, kMostChances)) {
-        trigger = Trigger::nth(static_cast<std::uint64_t>(*nth));
-    }
-    if (auto const count = table.number("count", 1, kMostChances)) {
-        trigger.count = static_cast<std::uint64_t>(*count);
-    }
-    trigger.probability = table.fraction("probability");
-    return trigger;
-}
-
-FaultRule readFault(TomlTable& table) {
-    FaultRule rule;
-    auto const kind = faultNamed(table.neededText("kind"));
-    if (!kind) {
-        table.refuseKey("kind", "names no fault");
-    }
-    rule.kind = *kind;
-    rule.when = readTrigger(table);
-    if (auto const service = table.text("service")) {
-        rule.service = serviceNamed(*service);
-        if (!rule.service) {
-            table.refuseKey("service", "names no service");
-        }
-    }
-    if (auto const value = table.number("value", 0, kMostSurplus)) {
-        rule.value = static_cast<std::uint32_t>(*value);
-    }
-    if (auto const item = table.number("item", 0, kMost32)) {
-        rule.item = static_cast<std::uint32_t>(*item);
-    }
-    rule.variable = table.text("variable").value_or("");
-    rule.delay = readTime(table, "delay_ms", rule.delay);
-    return rule;
 }
 
 /// A program in the file itself, in a file of its own, or none.
@@ -119,6 +81,23 @@ StationDescription readStation(TomlTable& table, std::filesystem::path const& fo
     return station;
 }
 
+LineSpeed readSpeed(TomlTable& table) {
+    LineSpeed speed;
+    speed.baud = static_cast<std::uint32_t>(table.number("baud", kLeastBaud, kMostBaud).value_or(0));
+    auto const parity = parityNamed(table.text("parity").value_or("none"));
+    if (!parity) {
+        table.refuseKey("parity", "must be none, even, odd or mark");
+    }
+    speed.parity = *parity;
+    speed.stopBits = static_cast<int>(table.number("stop_bits", 1, 2).value_or(1));
+    for (std::string_view const key : {"parity", "stop_bits"}) {
+        if (speed.baud == 0 && table.has(key)) {
+            table.refuseKey(key, "needs \"baud\" beside it");
+        }
+    }
+    return speed;
+}
+
 Framing readFraming(TomlTable& table) {
     auto const framing = framingNamed(table.neededText("framing"));
     if (!framing) {
@@ -139,7 +118,9 @@ LineDescription readLineText(std::string_view text, std::string_view name, std::
     LineDescription line;
     line.framing = readFraming(table);
     line.frameSilence = readTime(table, "frame_silence_ms", line.frameSilence);
-    line.bytesPerSecond = static_cast<std::uint32_t>(table.number("bytes_per_second", 0, 1'000'000).value_or(0));
+    line.speed = readSpeed(table);
+    line.bytesPerSecond =
+        static_cast<std::uint32_t>(table.number("bytes_per_second", 0, 1'000'000).value_or(bytesPerSecond(line.speed)));
     table.eachTable("station", [&](TomlTable& one) { line.stations.push_back(readStation(one, folder)); });
     table.finish();
     try {
@@ -148,6 +129,25 @@ LineDescription readLineText(std::string_view text, std::string_view name, std::
         table.refuse(0, fault.what());
     }
     return line;
+}
+
+bool isLineText(std::string_view text, std::string_view name) {
+    toml::table const whole = parseToml(text, name);
+    return whole.contains("framing") || whole.contains("station");
+}
+
+std::string readDescription(std::filesystem::path const& file) {
+    return readWholeFile(file.string());
+}
+
+FaultRule readFaultText(std::string_view text, std::string_view name) {
+    toml::table const whole = parseToml(textOf("fault = {", text, "}"), name);
+    TomlTable table(whole, name);
+    auto fault = table.table("fault");
+    FaultRule const rule = readFault(*fault);
+    fault->finish();
+    table.finish();
+    return rule;
 }
 
 } // namespace plc

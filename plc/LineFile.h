@@ -1,9 +1,11 @@
 #pragma once
 
+#include "plc/Faults.h"
 #include "plc/Line.h"
 #include "plc/ProgramFile.h"
 
 #include <filesystem>
+#include <string>
 #include <string_view>
 
 namespace plc {
@@ -16,5 +18,14 @@ namespace plc {
 /// The same from a text; programs in files of their own are sought in `folder`.
 [[nodiscard]] LineDescription readLineText(std::string_view text, std::string_view name,
                                            std::filesystem::path const& folder = {});
+
+/// Whether a text describes a line, or at least tries to: it names a framing or stations. A program does neither.
+[[nodiscard]] bool isLineText(std::string_view text, std::string_view name);
+
+/// The content of a description file; FileError when it cannot be read.
+[[nodiscard]] std::string readDescription(std::filesystem::path const& file);
+
+/// A rule of misbehaviour as it stands between the braces of a description file: `kind = "late", nth = 3`.
+[[nodiscard]] FaultRule readFaultText(std::string_view text, std::string_view name);
 
 } // namespace plc

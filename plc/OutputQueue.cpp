@@ -24,9 +24,8 @@ Micros OutputQueue::send(Bytes bytes, Micros due) {
 Bytes OutputQueue::take(Micros now) {
     Bytes out;
     while (!frames_.empty() && start() <= now) {
-        if (bytesPerSecond_ == 0) {
-            out.insert(out.end(), frames_.front().bytes.begin(), frames_.front().bytes.end());
-            frames_.erase(frames_.begin());
+        if (bytesPerSecond_ == 0 || wholeFrames_) {
+            takeWhole(out);
         } else if (!takePaced(out, now)) {
             break;
         }
@@ -38,7 +37,10 @@ std::optional<Micros> OutputQueue::nextDue() const {
     if (frames_.empty()) {
         return std::nullopt;
     }
-    return bytesPerSecond_ == 0 ? frames_.front().due : start() + lasts(left_ + 1);
+    if (bytesPerSecond_ == 0) {
+        return frames_.front().due;
+    }
+    return wholeFrames_ ? start() : start() + lasts(left_ + 1);
 }
 
 /// When the first frame began or begins to leave.
@@ -49,6 +51,15 @@ Micros OutputQueue::start() const {
 Micros OutputQueue::lasts(std::size_t bytes) const {
     std::uint64_t const micros = (std::uint64_t{bytes} * 1'000'000U + bytesPerSecond_ - 1) / bytesPerSecond_;
     return Micros(static_cast<Micros::rep>(micros));
+}
+
+void OutputQueue::takeWhole(Bytes& out) {
+    Bytes const& bytes = frames_.front().bytes;
+    out.insert(out.end(), bytes.begin(), bytes.end());
+    if (bytesPerSecond_ != 0) {
+        lineFree_ = start() + lasts(bytes.size());
+    }
+    frames_.erase(frames_.begin());
 }
 
 /// Takes what has left of the first frame; true when that is all of it.

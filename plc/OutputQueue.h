@@ -25,7 +25,9 @@ public:
 class OutputQueue final : public FrameSink {
 public:
     /// 0 bytes a second: every frame leaves at once when it is due.
-    explicit OutputQueue(std::uint32_t bytesPerSecond) : bytesPerSecond_(bytesPerSecond) {}
+    /// @param wholeFrames what takes the bytes has the line's pace itself: a frame is given to it whole when it begins
+    explicit OutputQueue(std::uint32_t bytesPerSecond, bool wholeFrames = false)
+        : bytesPerSecond_(bytesPerSecond), wholeFrames_(wholeFrames) {}
 
     Micros send(Bytes bytes, Micros due) override;
 
@@ -44,9 +46,11 @@ private:
 
     [[nodiscard]] Micros start() const;
     [[nodiscard]] Micros lasts(std::size_t bytes) const;
+    void takeWhole(Bytes& out);
     [[nodiscard]] bool takePaced(Bytes& out, Micros now);
 
     std::uint32_t bytesPerSecond_;
+    bool wholeFrames_;
     std::vector<Frame> frames_; ///< by due time; of frames due at the same time the one sent first comes first
     std::size_t left_ = 0;      ///< bytes of the first frame that have left; such a frame is not overtaken
     Micros lineFree_{Micros::min()};

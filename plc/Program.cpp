@@ -64,7 +64,7 @@ private:
         if (variable.name.empty()) {
             throw DescriptionError("a variable has no name", variable.line);
         }
-        if (variable.listedOnly && (!variable.offset || variable.value)) {
+        if (variable.listedOnly && (!variable.offset || variable.value || !variable.parts.empty())) {
             throw DescriptionError(
                 textOf("variable ", variable.name, " is listed only: it needs an offset and has no value"),
                 variable.line);
@@ -125,6 +125,39 @@ std::optional<Place> Program::find(std::string_view path) const {
         }
     }
     return place;
+}
+
+std::optional<Place> Program::partOf(Place const& place, PartStep const& step) const {
+    if (auto const* const name = std::get_if<std::string>(&step)) {
+        return memberOf(place, *name);
+    }
+    DataType const& array = types_[place.type];
+    std::size_t const position = std::get<std::size_t>(step);
+    if (array.kind != TypeKind::kArray || position >= array.size / types_[array.element].size) {
+        return std::nullopt;
+    }
+    return part(place, array.element, std::uint64_t{position} * types_[array.element].size);
+}
+
+std::string Program::describe(std::uint32_t area, std::uint32_t offset, std::uint32_t size) const {
+    bool const bit = size == 0;
+    std::uint64_t const end = std::uint64_t{offset} + std::max(size, 1U);
+    Symbol const* whole = nullptr;
+    for (Symbol const& symbol : symbols_) {
+        Place const& place = symbol.place;
+        if (place.area != area || place.listedOnly || (place.kind == TypeKind::kBit) != bit) {
+            continue;
+        }
+        if (place.offset == offset && (bit || place.size == size)) {
+            return symbol.name;
+        }
+        if (!bit && place.offset <= offset && end <= std::uint64_t{place.offset} + place.size) {
+            whole = &symbol; // the last one is the innermost: members come behind their structure
+        }
+    }
+    std::string const figures = bit ? textOf("area ", area, ", bit ", offset)
+                                    : textOf("area ", area, ", offset ", offset, ", ", size, " bytes");
+    return whole == nullptr ? figures : textOf("part of ", whole->name, " (", figures, ")");
 }
 
 void Program::addSymbols(std::string const& name, Place const& place, std::uint16_t flags, int line) {

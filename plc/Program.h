@@ -46,6 +46,13 @@ public:
     /// is none.
     [[nodiscard]] std::optional<Place> find(std::string_view path) const;
 
+    /// An element or a member of a place; nothing when there is none.
+    [[nodiscard]] std::optional<Place> partOf(Place const& place, PartStep const& step) const;
+
+    /// What lies at a place of the memory: a variable, a part of one, or else the place in figures. A size of 0 is a
+    /// single bit, whose offset counts bits.
+    [[nodiscard]] std::string describe(std::uint32_t area, std::uint32_t offset, std::uint32_t size) const;
+
 private:
     void addSymbols(std::string const& name, Place const& place, std::uint16_t flags, int line);
     [[nodiscard]] Place part(Place const& whole, std::size_t type, std::uint64_t offset) const;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "plc/BehaviourDescription.h"
 #include "plc/Value.h"
 
 #include <array>
@@ -8,12 +9,23 @@
 #include <optional>
 #include <stdexcept>
 #include <string>
+#include <variant>
 #include <vector>
 
 namespace plc {
 
 /// The number of memory areas: 0 M, 1 I, 2 Q, and 3, 4, 5 without a letter.
 inline constexpr std::size_t kAreaCount = 6;
+
+/// A step from a variable to a part of it: an element's position, counted from 0 over all dimensions, the last one
+/// fastest, or a member's name.
+using PartStep = std::variant<std::size_t, std::string>;
+
+/// The initial value of an element or a member.
+struct PartValue {
+    std::vector<PartStep> way{};
+    Value value;
+};
 
 /**
  * A variable of a PLC program.
@@ -30,6 +42,7 @@ struct VariableDescription {
     std::uint16_t area = 0;
     std::optional<std::uint32_t> offset{}; ///< in bytes, bits for BIT; without it the next free one, naturally aligned
     std::optional<Value> value{};          ///< the initial value; without it all bytes are 0
+    std::vector<PartValue> parts{};        ///< of arrays and structures: the initial values of parts
     std::uint16_t flags = 0;               ///< the two flag bytes of the symbol file, low byte first
     bool listedOnly = false; ///< only in the symbol file: no memory behind it, area and offset as they are
     int line = 0;            ///< where the description file says so; 0 when written in code
@@ -59,6 +72,7 @@ struct ProgramDescription {
     std::uint32_t projectId = 1;
     std::vector<StructureDescription> structures{};
     std::vector<VariableDescription> variables{};
+    std::vector<BehaviourDescription> behaviours{}; ///< in the order in which they are carried out
     std::array<std::uint32_t, kAreaCount> areaSizes{4096, 1024, 1024, 1024, 1024, 1024}; ///< in bytes
     SymbolFileForm symbolFile{};
 };

@@ -1,11 +1,13 @@
 #include "plc/ProgramTable.h"
 
+#include "plc/BehaviourTable.h"
 #include "plc/LoadedProgram.h"
 #include "plc/Text.h"
 
 #include <algorithm>
 #include <array>
 #include <limits>
+#include <utility>
 
 namespace plc {
 
@@ -31,7 +33,42 @@ std::uint16_t readArea(TomlTable& table) {
     return static_cast<std::uint16_t>(found - kAreaNames.begin());
 }
 
-VariableDescription readVariable(TomlTable& table) {
+/// The initial values in a list of elements or a table of members, as deep as they go.
+void readParts(TomlTable const& table, toml::node const& node, std::vector<PartStep> const& way,
+               std::vector<PartValue>& parts) {
+    auto const readPart = [&](PartStep step, toml::node const& part) {
+        std::vector<PartStep> there = way;
+        there.push_back(std::move(step));
+        readParts(table, part, there, parts);
+    };
+    if (toml::array const* const elements = node.as_array()) {
+        for (std::size_t i = 0; i < elements->size(); ++i) {
+            readPart(i, *elements->get(i));
+        }
+    } else if (toml::table const* const members = node.as_table()) {
+        for (auto const& [name, member] : *members) {
+            readPart(std::string(name.str()), member);
+        }
+    } else if (auto value = TomlTable::scalar(node)) {
+        parts.push_back({.way = way, .value = std::move(*value)});
+    } else {
+        table.refuse(TomlTable::lineOf(node), "a value is a number, true, false, a text, or a list or table of them");
+    }
+}
+
+void readValue(TomlTable& table, VariableDescription& variable) {
+    toml::node const* const node = table.node("value");
+    if (node == nullptr || (!node->is_array() && !node->is_table())) {
+        variable.value = table.value("value");
+        return;
+    }
+    readParts(table, *node, {}, variable.parts);
+    if (variable.parts.empty()) {
+        table.refuseKey("value", "holds no value");
+    }
+}
+
+void readVariable(TomlTable& table, ProgramDescription& program) {
     VariableDescription variable;
     variable.line = table.line();
     variable.name = table.neededText("name");
@@ -40,10 +77,13 @@ VariableDescription readVariable(TomlTable& table) {
     if (auto const offset = table.number("offset", 0, kMost32)) {
         variable.offset = static_cast<std::uint32_t>(*offset);
     }
-    variable.value = table.value("value");
+    readValue(table, variable);
     variable.flags = static_cast<std::uint16_t>(table.number("flags", 0, kMost16).value_or(0));
     variable.listedOnly = table.truth("listed_only").value_or(false);
-    return variable;
+    if (auto behaviour = table.table("behaviour")) {
+        program.behaviours.push_back(readBehaviour(*behaviour, variable.name));
+    }
+    program.variables.push_back(std::move(variable));
 }
 
 MemberDescription readMember(TomlTable const& table, toml::node const& node) {
@@ -110,7 +150,10 @@ ProgramDescription readProgramTable(TomlTable& table) {
     readAreaSizes(table, program);
     readForm(table, program.symbolFile);
     table.eachTable("structure", [&](TomlTable& one) { program.structures.push_back(readStructure(one)); });
-    table.eachTable("variable", [&](TomlTable& one) { program.variables.push_back(readVariable(one)); });
+    table.eachTable("variable", [&](TomlTable& one) { readVariable(one, program); });
+    table.eachTable("behaviour", [&](TomlTable& one) {
+        program.behaviours.push_back(readBehaviour(one, one.neededText("variable")));
+    });
     tryOut(table, program);
     return program;
 }

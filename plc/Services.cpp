@@ -1,5 +1,6 @@
 #include "plc/Services.h"
 
+#include "plc/ItemNames.h"
 #include "plc/Text.h"
 
 #include <algorithm>
@@ -56,6 +57,11 @@ void store(std::span<std::uint8_t> bytes, ListItem const& item) {
 std::string describe(ListItem const& item) {
     return textOf("area ", item.area, ", offset ", item.offset, ", ",
                   item.isBit() ? "one bit" : textOf(item.size, " bytes"));
+}
+
+/// "2 items read: PLC_PRG.Level, PLC_PRG.Mode".
+std::string counted(std::size_t items, std::string_view what, std::string const& names) {
+    return textOf(items, items == 1 ? " item " : " items ", what, names.empty() ? "" : ": ", names);
 }
 
 bool isFileService(ServiceKind service) {
@@ -180,7 +186,7 @@ Bytes Services::readList(ListRequest const& list) {
             }
         }
     }
-    reporter_.report(Cause::kListRead, textOf(list.items.size(), " items read"));
+    reporter_.report(Cause::kListRead, counted(list.items.size(), "read", namesOf(list.items, program_.program)));
     return reply;
 }
 
@@ -202,7 +208,8 @@ Bytes Services::writeList(ListRequest const& list) {
     for (ListItem const& item : list.items) {
         store(*bytesOf(program_.memory, item), item);
     }
-    reporter_.report(Cause::kListWritten, textOf(list.items.size(), " items written"));
+    reporter_.report(Cause::kListWritten,
+                     counted(list.items.size(), "written", valuesOf(list.items, program_, settings_.order)));
     return statusOnly(status::kDone);
 }
 

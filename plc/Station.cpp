@@ -72,6 +72,7 @@ void Station::setBehaviour(std::unique_ptr<Behaviour> behaviour, Micros interval
 }
 
 void Station::advance(Micros now) {
+    program_.behaviours.advance(program_.memory, now);
     link_.advance(now);
     if (behaviour_ == nullptr) {
         return;
@@ -85,9 +86,12 @@ void Station::advance(Micros now) {
 }
 
 std::optional<Micros> Station::deadline() const {
-    auto const exchange = link_.deadline();
     auto const tick = behaviour_ == nullptr ? std::nullopt : nextTick_;
-    return exchange && tick ? std::min(exchange, tick) : exchange ? exchange : tick;
+    std::optional<Micros> next;
+    for (auto const& one : {link_.deadline(), tick, program_.behaviours.deadline()}) {
+        next = next && one ? std::min(next, one) : next ? next : one;
+    }
+    return next;
 }
 
 } // namespace plc

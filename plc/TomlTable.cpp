@@ -67,6 +67,18 @@ std::optional<double> TomlTable::fraction(std::string_view key) {
     return fraction;
 }
 
+std::optional<double> TomlTable::real(std::string_view key) {
+    toml::node const* const found = node(key);
+    if (found == nullptr) {
+        return std::nullopt;
+    }
+    std::optional<double> const number = found->is_number() ? found->value<double>() : std::nullopt;
+    if (!number) {
+        refuseKey(key, "must be a number");
+    }
+    return number;
+}
+
 std::optional<bool> TomlTable::truth(std::string_view key) {
     toml::node const* const found = node(key);
     if (found == nullptr) {
@@ -102,19 +114,27 @@ std::optional<Value> TomlTable::value(std::string_view key) {
     if (found == nullptr) {
         return std::nullopt;
     }
-    if (found->is_boolean()) {
-        return Value(found->as_boolean()->get());
+    auto scalarValue = scalar(*found);
+    if (!scalarValue) {
+        refuseKey(key, "must be a number, true, false or a text");
     }
-    if (found->is_integer()) {
-        return Value(found->as_integer()->get());
+    return scalarValue;
+}
+
+std::optional<Value> TomlTable::scalar(toml::node const& node) {
+    if (node.is_boolean()) {
+        return Value(node.as_boolean()->get());
     }
-    if (found->is_floating_point()) {
-        return Value(found->as_floating_point()->get());
+    if (node.is_integer()) {
+        return Value(node.as_integer()->get());
     }
-    if (found->is_string()) {
-        return Value(found->as_string()->get());
+    if (node.is_floating_point()) {
+        return Value(node.as_floating_point()->get());
     }
-    refuseKey(key, "must be a number, true, false or a text");
+    if (node.is_string()) {
+        return Value(node.as_string()->get());
+    }
+    return std::nullopt;
 }
 
 toml::node const* TomlTable::node(std::string_view key) {

@@ -26,11 +26,14 @@ public:
     [[nodiscard]] bool has(std::string_view key) const { return table_.contains(key); }
     [[nodiscard]] std::optional<std::int64_t> number(std::string_view key, std::int64_t low, std::int64_t high);
     [[nodiscard]] std::optional<double> fraction(std::string_view key);
+    [[nodiscard]] std::optional<double> real(std::string_view key);
     [[nodiscard]] std::optional<bool> truth(std::string_view key);
     [[nodiscard]] std::optional<std::string> text(std::string_view key);
     [[nodiscard]] std::string neededText(std::string_view key);
     /// A boolean, a whole number, a real number or a text.
     [[nodiscard]] std::optional<Value> value(std::string_view key);
+    /// The same of a node; nothing when it is none of them.
+    [[nodiscard]] static std::optional<Value> scalar(toml::node const& node);
     [[nodiscard]] toml::node const* node(std::string_view key);
     [[nodiscard]] std::optional<TomlTable> table(std::string_view key);
     /// Calls `each` for every table of an array of tables.

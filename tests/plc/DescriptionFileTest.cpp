@@ -111,7 +111,7 @@ TEST(ProgramFile, ValuesAreOfFourKinds) {
     EXPECT_EQ(program.variables[1].value, plc::Value(1.5));
     EXPECT_EQ(program.variables[2].value, plc::Value("x"));
     EXPECT_EQ(program.variables[2].line, 2);
-    EXPECT_EQ(ProgramComplaint("variable = [{name = 'a', type = 'BOOL', value = []}]"),
+    EXPECT_EQ(ProgramComplaint("variable = [{name = 'a', type = 'BOOL', value = 2026-01-01}]"),
               "p.toml:1: \"value\" must be a number, true, false or a text");
 }
 

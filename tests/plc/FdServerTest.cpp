@@ -1,13 +1,16 @@
 #include "plc/FdServer.h"
 
 #include "plc/PseudoTerminal.h"
+#include "plc/TerminalSpeed.h"
 #include "tests/plc/Panel.h"
 
 #include <gtest/gtest.h>
 
 #include <array>
 #include <fcntl.h>
+#include <future>
 #include <poll.h>
+#include <system_error>
 #include <termios.h>
 #include <thread>
 #include <unistd.h>
@@ -118,9 +121,10 @@ TEST_F(Served, PassesEveryByteAsItIs) {
     // 256 bytes of area 0: AA + AA + 14 + 01 + 01 + 2E + 01 + 01 + 01 = 19B; blocks of 120, 120 and 23 bytes.
     EXPECT_EQ(client.say("AA AA 14 00 01 00 9B 01 2E 00 01 00 00 00 00 00 00 00 00 00 00 01 00 00 01 00 00 00", 6),
               kAck1);
-    std::string values = client.say(kAck0, 128).substr(15 * 3) + " ";
-    values += client.say(kAck1, 128).substr(8 * 3) + " ";
-    values += client.say(kAck2, 31).substr(8 * 3);
+    // Three characters a byte: 8 bytes of header in front of each block, and 7 of the reply in the first.
+    std::string values = client.say(kAck0, 128).substr(45) + " ";
+    values += client.say(kAck1, 128).substr(24) + " ";
+    values += client.say(kAck2, 31).substr(24);
     EXPECT_EQ(values, Show(velktest::Counting(256)));
 }
 
@@ -167,6 +171,87 @@ TEST_F(Impatient, TimersAndPaceRunByTheClock) {
     Client const client(terminal.slaveName());
     // The frame behind the garbage is found when the line has been silent; its acknowledge is delayed and paced.
     EXPECT_EQ(client.say("00 AA AA 09 00 01 00 52 01 42 E0 20 26 29 00 00 5D 05", 6), kAck1);
+}
+
+/** Waits for the first complaint about the panel. */
+class FirstComplaint final : public plc::LineObserver {
+public:
+    void onEvent(plc::LineEvent const& event) override {
+        if (plc::isComplaint(event.cause) && !told_) {
+            told_ = true;
+            cause_.set_value(event.cause);
+        }
+    }
+    [[nodiscard]] plc::Cause wait() {
+        auto cause = cause_.get_future();
+        return cause.wait_for(30s) == std::future_status::ready ? cause.get() : plc::Cause::kCount;
+    }
+
+private:
+    bool told_ = false;
+    std::promise<plc::Cause> cause_;
+};
+
+void SetClientSpeed(Client const& client, speed_t speed) {
+    termios settings{};
+    ASSERT_EQ(::tcgetattr(client.descriptor(), &settings), 0);
+    ::cfsetspeed(&settings, speed);
+    ASSERT_EQ(::tcsetattr(client.descriptor(), TCSANOW, &settings), 0);
+}
+
+TEST(FdServerAsAWire, APanelAtAnotherSpeedIsNotUnderstood) {
+    plc::PseudoTerminal terminal;
+    FirstComplaint complaint;
+    plc::Line line(BareLine(), &complaint);
+    plc::FdServer server(line, terminal.master(), {.baud = 9'600});
+    std::jthread const thread([&](std::stop_token const& stop) { server.run(stop); });
+    Client const client(terminal.slaveName());
+    SetClientSpeed(client, B19200);
+    client.write(Hex(kLinkCheck));
+    EXPECT_EQ(complaint.wait(), plc::Cause::kGarbage);
+    SetClientSpeed(client, B9600);
+    ExpectLinkCheck(client);
+}
+
+TEST(FdServerAsAWire, TheAnswerIsNotUnderstoodEither) {
+    plc::PseudoTerminal terminal;
+    plc::LineDescription description = PatientLine();
+    description.stations[0].ackDelay = 500ms;
+    plc::Line line(description);
+    plc::FdServer server(line, terminal.master(), {.baud = 9'600});
+    std::jthread const thread([&](std::stop_token const& stop) { server.run(stop); });
+    Client const client(terminal.slaveName());
+    SetClientSpeed(client, B9600);
+    client.write(Hex(kLinkCheck));
+    while (server.locked([](plc::Line& locked) { return !locked.nextDeadline(); })) {
+        std::this_thread::yield(); // until the acknowledge is on its way
+    }
+    SetClientSpeed(client, B19200);
+    std::string const heard = client.read(1);
+    EXPECT_NE(heard, "");
+    EXPECT_NE(heard, "55"); // the first byte of the acknowledge
+}
+
+TEST(FdServerAsAWire, BytesFromThePanelTakeTheirTime) {
+    plc::PseudoTerminal terminal;
+    plc::Line line(PatientLine());
+    plc::FdServer server(line, terminal.master(), {.bytesPerSecond = 100});
+    std::jthread const thread([&](std::stop_token const& stop) { server.run(stop); });
+    Client const client(terminal.slaveName());
+    auto const begun = std::chrono::steady_clock::now();
+    ExpectLinkCheck(client);
+    EXPECT_GE(std::chrono::steady_clock::now() - begun, 290ms); // 17, 6 and 6 bytes
+}
+
+TEST(TerminalSpeed, OfTheSlaveIsToldByTheMaster) {
+    plc::PseudoTerminal terminal;
+    Client const client(terminal.slaveName());
+    plc::setSpeed(client.descriptor(), 12'345);
+    EXPECT_EQ(plc::speedOf(terminal.master()), 12'345U);
+    SetClientSpeed(client, B115200);
+    EXPECT_EQ(plc::speedOf(terminal.master()), 115'200U);
+    EXPECT_EQ(plc::speedOf(-1), std::nullopt);
+    EXPECT_THROW(plc::setSpeed(-1, 9'600), std::system_error);
 }
 
 } // namespace
