@@ -2,126 +2,201 @@
 
 #include "plc/FdServer.h"
 #include "plc/Line.h"
-#include "plc/LineFile.h"
-#include "plc/PseudoTerminal.h"
+#include "tools/velk/Choices.h"
 #include "tools/velk/CommandError.h"
 #include "tools/velk/Context.h"
 #include "tools/velk/Interrupt.h"
+#include "tools/velk/Interval.h"
 #include "tools/velk/Terminal.h"
-#include "tools/velk/commands/WatchCommand.h"
+#include "tools/velk/plc/EventPrinter.h"
+#include "tools/velk/plc/PlcPort.h"
+#include "tools/velk/plc/PlcService.h"
+#include "tools/velk/plc/SimulatedLine.h"
 
 #include <fmt/format.h>
+#include <nlohmann/json.hpp>
 
-#include <filesystem>
+#include <algorithm>
+#include <csignal>
+#include <limits>
 #include <memory>
 #include <optional>
-#include <system_error>
-#include <thread>
+#include <utility>
 
 namespace velk {
 namespace {
 
-constexpr double kMicrosecondsPerSecond = 1e6;
+using simulation::EventPrinter;
+using simulation::EventStyle;
+using simulation::Happening;
+using simulation::Plan;
+using simulation::PlcPort;
+using simulation::PlcService;
 
-/** Prints what the stations are asked, a line an event. */
-class EventPrinter final : public plc::LineObserver {
-public:
-    EventPrinter(Terminal& terminal, bool quiet) : terminal_(terminal), quiet_(quiet) {}
-
-    void onEvent(plc::LineEvent const& event) override {
-        if (quiet_ || event.cause == plc::Cause::kExchangeDone) {
-            return;
-        }
-        double const seconds = static_cast<double>(event.time.count()) / kMicrosecondsPerSecond;
-        std::string const station = event.station == plc::kNoStation ? "-" : std::to_string(event.station);
-        terminal_.out(fmt::format("{:10.3f} s  station {}  {}{}\n", seconds, station,
-                                  plc::isComplaint(event.cause) ? "! " : "", event.text));
+EventStyle styleOf(PlcOptions const& options) {
+    if (options.quiet) {
+        return EventStyle::None;
     }
+    return options.json ? EventStyle::Json : EventStyle::Text;
+}
 
-private:
-    Terminal& terminal_;
-    bool quiet_;
-};
-
-/** A symbolic link that is gone when this object is. */
-class TemporaryLink {
-public:
-    TemporaryLink(std::string const& target, std::string path) : path_(std::move(path)) {
-        if (path_.empty()) {
-            return;
-        }
-        std::error_code error;
-        if (std::filesystem::is_symlink(path_, error)) {
-            std::filesystem::remove(path_, error); // what an earlier run left behind
-        }
-        std::filesystem::create_symlink(target, path_, error);
-        if (error) {
-            throw CommandError(ExitCode::Usage, "cannot make the link " + path_ + ": " + error.message());
-        }
+std::vector<std::string> stationNames(Plan const& plan) {
+    std::vector<std::string> names;
+    for (plc::StationDescription const& station : plan.line.stations) {
+        names.push_back(station.name);
     }
-    ~TemporaryLink() {
-        if (!path_.empty()) {
-            std::error_code ignored;
-            std::filesystem::remove(path_, ignored);
-        }
+    return names;
+}
+
+plc::WireLikeness wireLikeness(Plan const& plan, PlcPort const& port) {
+    if (!port.isPseudoTerminal()) {
+        return {};
     }
-    TemporaryLink(TemporaryLink const&) = delete;
-    TemporaryLink& operator=(TemporaryLink const&) = delete;
+    return {.bytesPerSecond = plan.line.bytesPerSecond, .baud = plan.line.speed.baud};
+}
 
-private:
-    std::string path_;
-};
-
-plc::LineDescription readProject(std::string const& file) {
-    try {
-        return plc::readLineFile(file);
-    } catch (std::exception const& problem) {
-        throw CommandError(ExitCode::Usage, problem.what());
+void announce(Plan const& plan, PlcPort const& port, PlcOptions const& options, Context& context) {
+    for (std::string const& line : simulation::planText(plan, options)) {
+        context.terminal.note(context.terminal.colouredError(Colour::Dim, line));
+    }
+    std::string const where = options.link.value_or(port.name());
+    context.terminal.note(fmt::format("Playing on {}. End it with Ctrl-C.", where));
+    if (options.json) {
+        context.terminal.out(nlohmann::ordered_json{{"event", "port"}, {"name", port.name()}}.dump() + "\n");
+    } else {
+        context.terminal.out(port.name() + "\n");
     }
 }
 
-/** Lets the stations work until the user wants the end or the time is over. */
-void serve(plc::FdServer& server, PlcOptions const& options, Context& context) {
-    std::jthread const thread([&server](std::stop_token const& stop) { server.run(stop); });
-    if (options.forMicroseconds > 0) {
-        context.interrupt.pause(options.forMicroseconds);
+void carryOut(Happening const& happening, plc::Line& line) {
+    plc::Station& station = line.station(happening.station);
+    if (happening.kind == Happening::Kind::Restart) {
+        station.restart();
+    } else {
+        station.replaceProgram(happening.program);
+    }
+}
+
+/** Has everything happen at its time, until the user wants the end, the time is over or the service is. */
+class Play {
+public:
+    Play(Plan const& plan, PlcOptions const& options, Context& context)
+        : plan_(plan), context_(context), begun_(context.clock.microseconds()),
+          end_(options.forMicroseconds > 0 ? options.forMicroseconds : kNever) {}
+
+    void run(plc::FdServer& server, PlcService const& service) {
+        while (context_.interrupt.waitForInput(service.endDescriptor(), untilNext()) && !service.isOver()) {
+            while (next_ < plan_.happenings.size() && plan_.happenings[next_].at.count() <= now()) {
+                Happening const& happening = plan_.happenings[next_++];
+                server.locked([&](plc::Line& line) { carryOut(happening, line); });
+            }
+            if (now() >= end_) {
+                return;
+            }
+        }
+    }
+
+    [[nodiscard]] std::int64_t now() const { return context_.clock.microseconds() - begun_; }
+
+private:
+    static constexpr std::int64_t kNever = std::numeric_limits<std::int64_t>::max();
+
+    [[nodiscard]] std::int64_t untilNext() const {
+        constexpr std::int64_t kLong = 3'600'000'000;
+        std::int64_t next = now() + kLong;
+        if (next_ < plan_.happenings.size()) {
+            next = std::min<std::int64_t>(next, plan_.happenings[next_].at.count());
+        }
+        return std::max<std::int64_t>(0, std::min(next, end_) - now());
+    }
+
+    Plan const& plan_;
+    Context& context_;
+    std::int64_t begun_;
+    std::int64_t end_;
+    std::size_t next_ = 0;
+};
+
+void tellEnd(plc::Line const& line, std::int64_t time, PlcOptions const& options, Context& context) {
+    plc::Micros const lasted(time);
+    switch (styleOf(options)) {
+    case EventStyle::Json:
+        return context.terminal.out(simulation::endJson(line.counters(), lasted) + "\n");
+    case EventStyle::Text:
+        return context.terminal.out(simulation::endText(line.counters(), lasted) + "\n");
+    case EventStyle::None:
         return;
     }
-    constexpr std::int64_t kLong = 3'600'000'000;
-    while (context.interrupt.pause(kLong)) {
+}
+
+// ---- the flags
+
+void addPort(CLI::App& command, PlcOptions& options) {
+    constexpr char const* kGroup = "Port";
+    command.add_option("--link", options.link, "Makes a symbolic link to the port while it works")
+        ->type_name("PATH")
+        ->group(kGroup);
+    command.add_option("-p,--port", options.port, "A real port, in place of a pseudo-terminal")
+        ->type_name("PORT")
+        ->group(kGroup);
+    command
+        .add_option("-b,--baud", options.baud,
+                    "Line speed in bit/s; on a pseudo-terminal bytes take their time, and a "
+                    "panel at another speed says and hears garbage")
+        ->type_name("BAUD")
+        ->group(kGroup);
+    command.add_option("--parity", options.parity, "Parity of the characters")
+        ->transform(CLI::IsMember(parities(), CLI::ignore_case))
+        ->group(kGroup);
+    command.add_option("--stopbits", options.stopBits, "Stop bits of the characters")
+        ->check(CLI::Range(1, 2))
+        ->type_name("")
+        ->group(kGroup);
+    command.add_option("--mode", options.mode, "What a real port drives")
+        ->transform(CLI::IsMember(modes(), CLI::ignore_case))
+        ->group(kGroup);
+}
+
+void addStations(CLI::App& command, PlcOptions& options) {
+    constexpr char const* kGroup = "Stations, in place of what the description says";
+    command.add_option("--framing", options.framing, "Frames as they are, or routed through couplers")
+        ->transform(CLI::IsMember(framings(), CLI::ignore_case))
+        ->group(kGroup);
+    command.add_option("--byte-order", options.byteOrder, "Order of the bytes in a number")
+        ->transform(CLI::IsMember(byteOrders(), CLI::ignore_case))
+        ->group(kGroup);
+    command.add_option("--block-size", options.blockSize, "Bytes of a block")
+        ->check(CLI::Range(kLeastBlockSize, kMostBlockSize))
+        ->type_name("")
+        ->group(kGroup);
+}
+
+void addFaults(CLI::App& command, PlcOptions& options) {
+    constexpr char const* kGroup = "Misbehaviour";
+    auto const add = [&](char const* flag, auto& target, char const* help, char const* type) {
+        command.add_option(flag, target, help)->type_name(type)->group(kGroup);
+    };
+    add("--drop", options.drop, "So many frames are lost, in either direction: 1%", "SHARE");
+    add("--flip", options.flip, "So many frames from the PLC have a wrong bit: 0.1%", "SHARE");
+    add("--silent", options.silent, "No answer for 5 s every 60 s: 5s@60s; only once: 5s@60s/once; always", "WHEN");
+    command.add_flag("--refuse-login", options.refuseLogin, "Every login is refused")->group(kGroup);
+    add("--bad-quality", options.badQuality, "This variable has a bad quality", "NAME");
+    add("--replace-program", options.replaceProgram,
+        "After this time another program runs: that of a file, or the same under another project identifier",
+        "TIME[:FILE]");
+    add("--restart", options.restart, "After this time the PLC is switched off and on", "TIME");
+    add("--fault", options.faults, "A rule as in a description: 'kind = \"late\", probability = 0.1, delay_ms = 500'",
+        "RULE");
+    add("--only", options.station, "All this for one station only", "STATION");
+    add("--seed", options.seed, "Another run of chances", "NUMBER");
+    for (char const* const flag : {"--silent", "--bad-quality", "--replace-program", "--restart", "--fault"}) {
+        command.get_option(flag)->expected(1)->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
     }
 }
 
-} // namespace
-
-ExitCode runPlc(PlcOptions const& options, Context& context) {
-    context.terminal.setQuiet(options.quiet);
-    EventPrinter printer(context.terminal, options.quiet);
-    plc::Line line(readProject(options.project), &printer);
-    plc::PseudoTerminal const terminal;
-    TemporaryLink const link(terminal.slaveName(), options.link);
-    context.terminal.note(fmt::format("{} station{} on {}{}", line.stationCount(), line.stationCount() == 1 ? "" : "s",
-                                      terminal.slaveName(),
-                                      options.link.empty() ? "" : ", linked from " + options.link));
-    plc::FdServer server(line, terminal.master());
-    serve(server, options, context);
-    context.terminal.note(fmt::format("{} exchanges, {} lists read, {} lists written, {} complaints",
-                                      line.counters().of(plc::Cause::kExchangeDone),
-                                      line.counters().of(plc::Cause::kListRead),
-                                      line.counters().of(plc::Cause::kListWritten), line.counters().complaints()));
-    return ExitCode::Good;
-}
-
-void addPlcCommand(CLI::App& app, Context& context) {
-    CLI::App* const command = app.add_subcommand("plc", "Play the PLCs of a line on a pseudo-terminal");
-    auto const options = std::make_shared<PlcOptions>();
-    command->add_option("project", options->project, "Description of the line and its stations, a TOML file")
-        ->type_name("PROJECT")
-        ->required();
-    command->add_option("--link", options->link, "Makes a symbolic link to the pseudo-terminal while it works")
-        ->type_name("PATH");
+void addOutput(CLI::App& command, std::shared_ptr<PlcOptions> const& options) {
     command
-        ->add_option_function<std::string>(
+        .add_option_function<std::string>(
             "--for",
             [options](std::string const& text) {
                 std::optional<std::int64_t> const interval = parseInterval(text);
@@ -132,7 +207,54 @@ void addPlcCommand(CLI::App& app, Context& context) {
             },
             "Ends after this time, such as 30s")
         ->type_name("TIME");
-    command->add_flag("-q,--quiet", options->quiet, "Prints no events");
+    command.add_flag("-q,--quiet", options->quiet, "Prints nothing but the name of the port");
+    command.add_flag("-v,--verbose", options->verbose, "Prints finished exchanges, too");
+    command.add_flag("--json", options->json, "Prints events as JSON lines");
+}
+
+} // namespace
+
+ExitCode runPlc(PlcOptions const& options, Context& context) {
+    context.terminal.setQuiet(options.quiet);
+    std::signal(SIGPIPE, SIG_IGN); // a reader that goes away must not leave the link behind
+    Plan const plan = simulation::makePlan(options);
+    PlcService* printing = nullptr;
+    EventPrinter printer(
+        styleOf(options), options.verbose, stationNames(plan),
+        [&context](std::string_view line) { context.terminal.out(line); },
+        [&printing] {
+            if (printing != nullptr) {
+                printing->endSoon();
+            }
+        });
+    plc::Line line(plan.line, &printer);
+    PlcPort const port(options, plan.line.speed);
+    announce(plan, port, options, context);
+    plc::FdServer server(line, port.descriptor(), wireLikeness(plan, port));
+    PlcService service(server);
+    printing = &service;
+    service.start();
+    Play play(plan, options, context);
+    play.run(server, service);
+    plc::FdServer::End const end = service.finish();
+    printer.check();
+    tellEnd(line, play.now(), options, context);
+    if (end == plc::FdServer::End::kPortGone) {
+        throw CommandError(ExitCode::Port, "the port " + port.name() + " has gone away");
+    }
+    return ExitCode::Good;
+}
+
+void addPlcCommand(CLI::App& app, Context& context) {
+    CLI::App* const command = app.add_subcommand("plc", "Play the PLCs of a line on a pseudo-terminal or a real port");
+    auto const options = std::make_shared<PlcOptions>();
+    command->add_option("project", options->project, "Description of a line with its stations, or of one program")
+        ->type_name("PROJECT")
+        ->required();
+    addPort(*command, *options);
+    addStations(*command, *options);
+    addFaults(*command, *options);
+    addOutput(*command, options);
     command->callback(
         [options, &context] { context.action = [options, &context] { return runPlc(*options, context); }; });
 }

@@ -3,6 +3,7 @@
 #include "tools/velk/CommandError.h"
 #include "tools/velk/Context.h"
 #include "tools/velk/Interrupt.h"
+#include "tools/velk/Interval.h"
 #include "tools/velk/Readings.h"
 #include "tools/velk/Session.h"
 #include "tools/velk/Terminal.h"
@@ -13,8 +14,6 @@
 
 #include <fmt/format.h>
 
-#include <cmath>
-#include <cstdlib>
 #include <fstream>
 #include <memory>
 #include <optional>
@@ -294,19 +293,6 @@ void Watch::appendCsv() {
 }
 
 } // namespace
-
-std::optional<std::int64_t> parseInterval(std::string const& text) {
-    char* unit = nullptr;
-    double const number = std::strtod(text.c_str(), &unit);
-    std::string const name = unit;
-    double const factor = name == "ms" ? 1e3 : name == "s" ? 1e6 : name == "min" ? 60e6 : 0;
-    constexpr double kLongest = 86'400e6;
-    double const microseconds = number * factor;
-    if (unit == text.c_str() || !std::isfinite(microseconds) || microseconds < 1 || microseconds > kLongest) {
-        return std::nullopt;
-    }
-    return static_cast<std::int64_t>(microseconds);
-}
 
 ExitCode runWatch(WatchOptions const& options, Context& context) {
     return Watch(options, context).run();

@@ -23,9 +23,6 @@ struct WatchOptions {
 /** Reads variables again and again and shows how they change. */
 ExitCode runWatch(WatchOptions const& options, Context& context);
 
-/** Microseconds for "500ms", "2s", "1.5s", "1min"; nothing for anything else and for what is not above zero. */
-std::optional<std::int64_t> parseInterval(std::string const& text);
-
 void addWatchCommand(CLI::App& app, Context& context);
 
 } // namespace velk

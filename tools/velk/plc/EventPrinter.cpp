@@ -1,0 +1,109 @@
+#include "tools/velk/plc/EventPrinter.h"
+
+#include "tools/velk/Text.h"
+
+#include <fmt/format.h>
+#include <nlohmann/json.hpp>
+
+#include <algorithm>
+#include <array>
+#include <exception>
+#include <utility>
+
+namespace velk::simulation {
+namespace {
+
+using plc::Cause;
+using Json = nlohmann::ordered_json;
+
+constexpr double kMicrosPerSecond = 1e6;
+
+double seconds(plc::Micros time) {
+    return static_cast<double>(time.count()) / kMicrosPerSecond;
+}
+
+std::string stationName(int station, std::vector<std::string> const& names) {
+    auto const position = static_cast<std::size_t>(station);
+    return station == plc::kNoStation || position >= names.size() ? "-" : names[position];
+}
+
+/** The causes that are always in the line of counts; the others only when they occurred. */
+constexpr std::array kAlwaysCounted{Cause::kExchangeDone, Cause::kListRead, Cause::kListWritten};
+
+std::string plural(std::uint64_t count, std::string_view one, std::string_view many) {
+    return fmt::format("{} {}", count, count == 1 ? one : many);
+}
+
+} // namespace
+
+std::string eventText(plc::LineEvent const& event, std::vector<std::string> const& stations) {
+    std::size_t longest = 1;
+    for (std::string const& name : stations) {
+        longest = std::max(longest, name.size());
+    }
+    return fmt::format("{:12.3f}  {:<{}}  {}{}: {}", seconds(event.time), stationName(event.station, stations), longest,
+                       plc::isComplaint(event.cause) ? "! " : "", plc::nameOf(event.cause), displayable(event.text));
+}
+
+std::string eventJson(plc::LineEvent const& event, std::vector<std::string> const& stations) {
+    Json json{{"time", seconds(event.time)}};
+    if (event.station != plc::kNoStation) {
+        json["station"] = stationName(event.station, stations);
+    }
+    json["event"] = plc::nameOf(event.cause);
+    json["complaint"] = plc::isComplaint(event.cause);
+    json["text"] = toUtf8(event.text);
+    return json.dump();
+}
+
+std::string endText(plc::EventCounters const& counters, plc::Micros time) {
+    std::string text = fmt::format("{:12.3f}  end: {}, {}, {}", seconds(time),
+                                   plural(counters.of(Cause::kExchangeDone), "exchange", "exchanges"),
+                                   plural(counters.of(Cause::kListRead), "list read", "lists read"),
+                                   plural(counters.of(Cause::kListWritten), "list written", "lists written"));
+    for (std::size_t i = 0; i < plc::kCauseCount; ++i) {
+        auto const cause = static_cast<Cause>(i);
+        bool const named = std::find(kAlwaysCounted.begin(), kAlwaysCounted.end(), cause) != kAlwaysCounted.end();
+        if (!named && counters.of(cause) != 0) {
+            text += fmt::format(", {} x {}", counters.of(cause), plc::nameOf(cause));
+        }
+    }
+    return text + fmt::format("; {}", plural(counters.complaints(), "complaint", "complaints"));
+}
+
+std::string endJson(plc::EventCounters const& counters, plc::Micros time) {
+    Json counts = Json::object();
+    for (std::size_t i = 0; i < plc::kCauseCount; ++i) {
+        auto const cause = static_cast<Cause>(i);
+        if (counters.of(cause) != 0) {
+            counts[std::string(plc::nameOf(cause))] = counters.of(cause);
+        }
+    }
+    return Json{{"time", seconds(time)}, {"event", "end"}, {"counts", counts}, {"complaints", counters.complaints()}}
+        .dump();
+}
+
+EventPrinter::EventPrinter(EventStyle style, bool exchanges, std::vector<std::string> stations, Print print,
+                           Failed failed)
+    : style_(style), exchanges_(exchanges), stations_(std::move(stations)), print_(std::move(print)),
+      failed_(std::move(failed)) {}
+
+void EventPrinter::onEvent(plc::LineEvent const& event) {
+    if (style_ == EventStyle::None || problem_ || (event.cause == Cause::kExchangeDone && !exchanges_)) {
+        return;
+    }
+    try {
+        print_((style_ == EventStyle::Json ? eventJson(event, stations_) : eventText(event, stations_)) + "\n");
+    } catch (...) {
+        problem_ = std::current_exception();
+        failed_();
+    }
+}
+
+void EventPrinter::check() const {
+    if (problem_) {
+        std::rethrow_exception(problem_);
+    }
+}
+
+} // namespace velk::simulation

@@ -1,0 +1,42 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace velk {
+
+/** What the command line says about the simulated PLC, as it was written. */
+struct PlcOptions {
+    std::string project; ///< a line file or a program file
+
+    std::optional<std::string> port; ///< a real port; a pseudo-terminal without it
+    std::optional<std::string> link; ///< a symbolic link to the port
+    std::optional<int> baud;
+    std::optional<std::string> parity;
+    std::optional<int> stopBits;
+    std::optional<std::string> mode;
+
+    std::optional<std::string> framing;
+    std::optional<std::string> byteOrder;
+    std::optional<int> blockSize;
+
+    std::optional<std::string> station; ///< the one that the faults are for; all of them without it
+    std::optional<std::string> drop;
+    std::optional<std::string> flip;
+    std::vector<std::string> silent;
+    std::vector<std::string> replaceProgram;
+    std::vector<std::string> restart;
+    std::vector<std::string> badQuality;
+    std::vector<std::string> faults; ///< rules as in a description
+    bool refuseLogin = false;
+    std::optional<std::uint32_t> seed;
+
+    std::int64_t forMicroseconds = 0; ///< 0: until the user wants the end
+    bool quiet = false;
+    bool json = false;
+    bool verbose = false;
+};
+
+} // namespace velk
