@@ -3,6 +3,7 @@
 #include "tools/velk/CommandError.h"
 #include "tools/velk/HelpFormatter.h"
 #include "tools/velk/Interrupt.h"
+#include "tools/velk/ProjectFile.h"
 #include "tools/velk/Terminal.h"
 #include "tools/velk/Version.h"
 #include "tools/velk/commands/CheckCommand.h"
@@ -106,6 +107,11 @@ ExitCode runCommandLine(std::vector<std::string> const& arguments, Context& cont
     try {
         ExitCode const answer = parseAndRun(arguments, context);
         return context.interrupt.requested() ? ExitCode::Interrupted : answer;
+    } catch (ProjectFileError const& error) {
+        for (std::string const& line : error.complaints()) {
+            context.terminal.error(line);
+        }
+        return ExitCode::Usage;
     } catch (CommandError const& error) {
         if (context.interrupt.requested()) {
             return ExitCode::Interrupted;

@@ -34,12 +34,16 @@ extern "C" void onSignal(int /*signal*/) {
     errno = error;
 }
 
+/** A signal that this program was started without, by nohup for example, stays ignored. */
 void handleSignals(void (*handler)(int)) {
     struct sigaction action {};
     action.sa_handler = handler;
     sigemptyset(&action.sa_mask);
     for (int const signal : kSignals) {
-        sigaction(signal, &action, nullptr);
+        struct sigaction before {};
+        if (sigaction(signal, nullptr, &before) == 0 && before.sa_handler != SIG_IGN) {
+            sigaction(signal, &action, nullptr);
+        }
     }
 }
 

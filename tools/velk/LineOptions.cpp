@@ -28,7 +28,7 @@ CLI::Validator oneOf(std::vector<std::string> const& words) {
 
 void addTheLine(CLI::App& command, LineOptions& options) {
     constexpr int kMostStopBits = 2;
-    command.add_option("-p,--port", options.port, "Serial port: /dev/ttyUSB0, com1 ...")
+    command.add_option("-p,--port", options.port, "Serial port, such as /dev/ttyUSB0 or com1")
         ->type_name("PORT")
         ->group(kLineGroup);
     command.add_option("-b,--baud", options.baud, "Line speed in bit/s")
@@ -85,10 +85,14 @@ void addProjectOptions(CLI::App& command, Context& context) {
     command.add_flag("-q,--quiet", context.options.quiet, "No settings in effect and no progress on standard error");
 }
 
-void addLineOptions(CLI::App& command, Context& context) {
+void addSettingOptions(CLI::App& command, Context& context) {
     addProjectOptions(command, context);
     addTheLine(command, context.options);
     addTheStation(command, context.options);
+}
+
+void addLineOptions(CLI::App& command, Context& context) {
+    addSettingOptions(command, context);
     addTraceOption(command, context);
 }
 

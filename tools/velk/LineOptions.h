@@ -30,6 +30,9 @@ struct LineOptions {
 /** Lets @p command take a project file (-f) and -q. */
 void addProjectOptions(CLI::App& command, Context& context);
 
+/** Lets @p command take the flags of the line and of the station, and those of addProjectOptions(). */
+void addSettingOptions(CLI::App& command, Context& context);
+
 /** Lets @p command take the flags of the line, of the station and of the trace, and those of addProjectOptions(). */
 void addLineOptions(CLI::App& command, Context& context);
 

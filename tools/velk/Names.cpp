@@ -33,8 +33,11 @@ std::string_view lastPart(std::string_view name) {
 /** Small for names that are easily taken for each other: a slip of the keyboard, or the program's name left out. */
 std::size_t strangeness(std::string_view meant, std::string_view candidate) {
     std::size_t const whole = distance(meant, candidate);
-    bool const partLeftOut = meant.find('.') == std::string_view::npos && lastPart(candidate) == meant;
-    return partLeftOut ? 0 : whole;
+    if (meant.find('.') != std::string_view::npos) {
+        return whole;
+    }
+    std::size_t const part = distance(meant, lastPart(candidate));
+    return std::min(whole, part == 0 ? 0 : part + 1);
 }
 
 } // namespace

@@ -48,7 +48,9 @@ bool isAddress(std::string_view text) {
 class Reader {
 public:
     Reader(toml::table const& file, Complaints& complaints, std::filesystem::path folder)
-        : top_(file, "the project file", complaints), folder_(std::move(folder)) {}
+        : top_(file, "the project file", complaints), folder_(std::move(folder)) {
+        project_.config.uart.clear(); // no port but the one that the file or a flag names
+    }
 
     Project read() {
         top_.section("line", [&](TomlSection& line) { readLine(line); });
@@ -89,8 +91,9 @@ void assign(Value& target, std::optional<Value> const& value) {
 
 void Reader::readLine(TomlSection& line) {
     host::DriverConfig& config = project_.config;
-    assign(config.uart, line.text("port"));
-    if (line.has("port") && config.uart.empty()) {
+    std::optional<std::string> const port = line.text("port");
+    assign(config.uart, port);
+    if (port && port->empty()) {
         line.complain("port", "'port' is empty");
     }
     readBaud(line);
@@ -170,10 +173,8 @@ void Reader::readDefaults(TomlSection& defaults) {
 
 void Reader::readStationName(TomlSection& section, Station& station) {
     assign(station.name, section.text("name"));
-    bool const isNumber = !station.name.empty() && station.name.find_first_not_of("0123456789") == std::string::npos;
-    if (isNumber || station.name.find_first_of(":=") != std::string::npos ||
-        (section.has("name") && station.name.empty())) {
-        section.complain("name", "'name' has to be a name: not empty, no number, without ':' and '='");
+    if (std::string const fault = stationNameFault(station.name); !fault.empty()) {
+        section.complain("name", fault);
         return;
     }
     auto const same = [&](Station const& other) { return !station.name.empty() && sameName(other.name, station.name); };
@@ -285,7 +286,7 @@ void Reader::readTag(TomlSection& section) {
     if (tag.name.empty() || tag.name.find_first_of(":=*?[") != std::string::npos) {
         section.complain("name", "a tag needs a 'name' without ':', '=', '*', '?' and '['");
     }
-    if (tag.variable.find_first_of("?:=") != std::string::npos || (section.has("variable") && tag.variable.empty())) {
+    if (section.has("variable") && (tag.variable.empty() || tag.variable.find_first_of("?:=") != std::string::npos)) {
         section.complain("variable", "'variable' has to be the name of a PLC variable");
     }
     auto const same = [&](NamedTag const& other) { return sameName(other.name, tag.name); };
@@ -299,6 +300,12 @@ void Reader::readTag(TomlSection& section) {
 
 ProjectFileError::ProjectFileError(std::vector<std::string> complaints)
     : std::runtime_error(joined(complaints)), complaints_(std::move(complaints)) {}
+
+std::string stationNameFault(std::string const& name) {
+    bool const isNumber = !name.empty() && name.find_first_not_of("0123456789") == std::string::npos;
+    bool const hasMark = name.find_first_of(":=") != std::string::npos;
+    return isNumber || hasMark ? "the name of a station is no number and has no ':' and '='" : "";
+}
 
 Project readProjectText(std::string_view text, std::string const& name, std::filesystem::path const& folder) {
     Complaints complaints(name);
@@ -316,12 +323,12 @@ Project readProjectText(std::string_view text, std::string const& name, std::fil
 }
 
 Project readProjectFile(std::filesystem::path const& file) {
-    std::ifstream stream(file, std::ios::binary);
-    std::string const text{std::istreambuf_iterator<char>(stream), std::istreambuf_iterator<char>()};
     std::error_code error;
+    std::ifstream stream(file, std::ios::binary);
     if (!stream || std::filesystem::is_directory(file, error)) {
-        throw ProjectFileError({file.string() + ": the project file cannot be read"});
+        throw ProjectFileError({file.string() + ": the project file is not there, or cannot be read"});
     }
+    std::string const text{std::istreambuf_iterator<char>(stream), std::istreambuf_iterator<char>()};
     return readProjectText(text, file.string(), std::filesystem::absolute(file, error).parent_path());
 }
 

@@ -36,6 +36,9 @@ struct Project {
     std::optional<std::filesystem::path> storage; ///< absolute
 };
 
+/** What is wrong with the name of a station; nothing when nothing is, or when it is empty. */
+std::string stationNameFault(std::string const& name);
+
 /** Everything that is wrong in a project file, a line each: "velk.toml:12:7: ...". */
 class ProjectFileError : public std::runtime_error {
 public:

@@ -1,6 +1,5 @@
 #include "tools/velk/Session.h"
 
-#include "host/PermanentStorage.h"
 #include "host/TagAddress.h"
 #include "interfaces/ITag.h"
 #include "tools/common/ModuleFile.h"
@@ -106,8 +105,7 @@ void Session::close() {
 // ---- symbols
 
 std::filesystem::path Session::symbolFile(int node) const {
-    return settings_.storage / host::instanceFolder(settings_.instance).value_or("velk") /
-           ("PLCSymbols_" + std::to_string(node) + ".sdb");
+    return storedSymbolFile(settings_, node);
 }
 
 host::Result<SymbolTable const*> Session::storedSymbols(int node) {

@@ -1,5 +1,6 @@
 #include "tools/velk/Settings.h"
 
+#include "host/PermanentStorage.h"
 #include "tools/velk/Choices.h"
 #include "tools/velk/CommandError.h"
 #include "tools/velk/Context.h"
@@ -43,11 +44,7 @@ Project readProject(std::optional<std::filesystem::path> const& file) {
         nothing.config.uart.clear();
         return nothing;
     }
-    try {
-        return readProjectFile(*file);
-    } catch (ProjectFileError const& error) {
-        throw CommandError(ExitCode::Usage, error.what());
-    }
+    return readProjectFile(*file);
 }
 
 /** Eight digits that tell texts apart (FNV-1a). */
@@ -200,18 +197,27 @@ Settings mergeSettings(Project const& project, LineOptions const& options) {
     return settings;
 }
 
-Settings readSettings(Context const& context) {
-    LineOptions const& options = context.options;
+std::filesystem::path storedSymbolFile(Settings const& settings, int node) {
+    return settings.storage / host::instanceFolder(settings.instance).value_or("velk") /
+           fmt::format("PLCSymbols_{}.sdb", node);
+}
+
+Settings loadSettings(LineOptions const& options) {
     std::optional<std::filesystem::path> const file = projectFile(options);
     Settings settings = mergeSettings(readProject(file), options);
     settings.projectFile = file;
+    settings.storage = settings.storage.empty() ? usualStorage() : settings.storage;
+    settings.instance = instanceName(settings);
+    return settings;
+}
+
+Settings readSettings(Context const& context) {
+    Settings settings = loadSettings(context.options);
     if (settings.config.uart.empty()) {
         throw CommandError(ExitCode::Usage,
                            "no serial port is given: name it with --port, or in a project file (velk init writes one, "
                            "velk ports lists the ports)");
     }
-    settings.storage = settings.storage.empty() ? usualStorage() : settings.storage;
-    settings.instance = instanceName(settings);
     return settings;
 }
 

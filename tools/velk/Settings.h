@@ -35,9 +35,14 @@ struct Settings {
     [[nodiscard]] host::NodeSettings nodeSettings(int node) const;
 };
 
+/** Where the module keeps the symbol file of a node. */
+std::filesystem::path storedSymbolFile(Settings const& settings, int node);
+
+/** The settings from the project file, where there is one, and the flags. Throws CommandError and ProjectFileError. */
+Settings loadSettings(LineOptions const& options);
+
 /**
- * The settings of a command with a line. Throws CommandError (usage) for what is wrong or missing, with every
- * complaint about the project file.
+ * The settings of a command with a line. The same, and a port has to be given.
  */
 Settings readSettings(Context const& context);
 

@@ -32,6 +32,23 @@ std::vector<std::string> split(std::string_view word) {
     }
 }
 
+NamedTag const* findAlias(Settings const& settings, std::string const& name) {
+    auto const found = std::find_if(settings.tags.begin(), settings.tags.end(),
+                                    [&](NamedTag const& tag) { return sameName(tag.name, name); });
+    return found == settings.tags.end() ? nullptr : &*found;
+}
+
+bool isType(std::string const& text) {
+    return text == "bit" || parseDriverType(text).ok();
+}
+
+/** A slip in the name of a station is not to be taken for a type that makes no sense. */
+void requireTypeOrStation(std::string_view word, std::vector<std::string> const& parts, Settings const& settings) {
+    if (!isType(parts[1]) && findAlias(settings, parts[1]) != nullptr) {
+        refuse(word, settings.noSuchStation(parts[0]));
+    }
+}
+
 /** Two pieces are STATION:NAME when the first one is a station, else NAME:TYPE. */
 Pieces takeApart(std::string_view word, Settings const& settings) {
     std::vector<std::string> parts = split(word);
@@ -44,18 +61,13 @@ Pieces takeApart(std::string_view word, Settings const& settings) {
     }
     bool const stationFirst = settings.findStation(parts[0]).has_value();
     if (parts.size() == 2 && !stationFirst) {
+        requireTypeOrStation(word, parts, settings);
         return {"", parts[0], parts[1]};
     }
     if (!stationFirst) {
         refuse(word, settings.noSuchStation(parts[0]));
     }
     return {parts[0], parts[1], parts.size() == 3 ? parts[2] : ""};
-}
-
-NamedTag const* findAlias(Settings const& settings, std::string const& name) {
-    auto const found = std::find_if(settings.tags.begin(), settings.tags.end(),
-                                    [&](NamedTag const& tag) { return sameName(tag.name, name); });
-    return found == settings.tags.end() ? nullptr : &*found;
 }
 
 void applyAlias(TagRequest& request, NamedTag const& tag) {

@@ -87,9 +87,13 @@ void Terminal::note(std::string_view line) {
     }
 }
 
-void Terminal::complain(std::string_view text) {
+void Terminal::error(std::string_view line) {
     clearStatus();
-    toError(colouredError(Colour::Red, "velk:") + " " + std::string(text) + "\n");
+    toError(std::string(line) + "\n");
+}
+
+void Terminal::complain(std::string_view text) {
+    error(colouredError(Colour::Red, "velk:") + " " + std::string(text));
 }
 
 void Terminal::status(std::string_view line) {

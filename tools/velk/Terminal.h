@@ -43,6 +43,9 @@ public:
     /** A line for the user; silenced by quiet. */
     void note(std::string_view line);
 
+    /** A line for the user; never silenced. */
+    void error(std::string_view line);
+
     /** A complaint: "velk: " and the text; never silenced. */
     void complain(std::string_view text);
 

@@ -1,9 +1,180 @@
 #include "tools/velk/commands/ConfigCommand.h"
 
+#include "host/ConfigText.h"
+#include "host/DriverInstance.h"
+#include "host/HostFactory.h"
+#include "host/ModuleLoader.h"
+#include "host/PermanentStorage.h"
+#include "host/Scheduler.h"
+#include "host/SerialFactory.h"
+#include "host/TagAddress.h"
+#include "tools/common/ModuleFile.h"
+#include "tools/common/TextTable.h"
+#include "tools/velk/Access.h"
+#include "tools/velk/Choices.h"
+#include "tools/velk/CommandError.h"
 #include "tools/velk/Context.h"
+#include "tools/velk/SymbolTable.h"
+#include "tools/velk/Terminal.h"
+#include "tools/velk/Text.h"
+
+#include <fmt/format.h>
+
+#include <functional>
+#include <memory>
 
 namespace velk {
+namespace {
 
-void addConfigCommand(CLI::App& /*app*/, Context& /*context*/) {}
+constexpr char const* kFromSymbolFile = "";
+
+/** What is known of a variable from the symbol file of an earlier command; null without one. */
+std::unique_ptr<SymbolTable> storedTable(Settings const& settings, int node) {
+    host::Result<SymbolTable> table = SymbolTable::load(storedSymbolFile(settings, node));
+    return table.ok() ? std::make_unique<SymbolTable>(std::move(table.value())) : nullptr;
+}
+
+host::Result<Access> accessOf(NamedTag const& tag, Settings const& settings, int node) {
+    std::unique_ptr<SymbolTable> const table = storedTable(settings, node);
+    Variable const* const variable = table != nullptr ? table->find(tag.variable) : nullptr;
+    if (!tag.type.empty()) {
+        return chosenAccess(tag.type, tag.area.value_or(""), variable);
+    }
+    if (tag.area == "PROJ_ID") {
+        return chosenAccess("unsignedInt", "PROJ_ID", nullptr);
+    }
+    if (variable == nullptr) {
+        return Access{kFromSymbolFile, tag.area.value_or("M"), ICU_NONE, false, 0};
+    }
+    return inferAccess(*variable, byteOrderWord(settings.nodeSettings(node).model) == "big");
+}
+
+host::Result<std::string> addressOf(NamedTag const& tag, Settings const& settings) {
+    int const node = tag.node.value_or(settings.node);
+    host::Result<Access> const access = accessOf(tag, settings, node);
+    if (!access.ok()) {
+        return access.failure();
+    }
+    return host::tagAddress(
+        {node, tag.variable, access.value().addressSpace, tag.offset.value_or("0"), access.value().dataType});
+}
+
+/** What the driver itself says to the configuration and the tags; nothing goes over a line. */
+class DriverOpinion {
+public:
+    static host::Result<std::vector<std::string>> ask(std::filesystem::path const& module, Settings const& settings) {
+        host::Result<host::LoadedModule> const loaded = host::LoadedModule::load(module);
+        if (!loaded.ok()) {
+            return loaded.failure();
+        }
+        host::SteadyClock clock;
+        host::Scheduler scheduler;
+        host::SerialFactory serial(clock);
+        host::HostFactory services(scheduler, serial, nullptr);
+        host::Result<host::DriverInstance> driver = host::DriverInstance::create(loaded.value().factory(), services);
+        if (!driver.ok()) {
+            return driver.failure();
+        }
+        return complaints(driver.value(), settings);
+    }
+
+private:
+    static std::vector<std::string> complaints(host::DriverInstance& driver, Settings const& settings) {
+        std::vector<std::string> lines;
+        host::Result<std::string> const text = host::configText(settings.config);
+        host::Outcome const configured = text.ok() ? driver.configure(text.value()) : host::Outcome(text.failure());
+        if (!configured.ok()) {
+            return {"the driver does not take the configuration: " + configured.failure().text};
+        }
+        for (NamedTag const& tag : settings.tags) {
+            host::Result<std::string> const address = addressOf(tag, settings);
+            bool const open = address.ok() && address.value().ends_with('?'); // the symbol file has the type
+            host::Outcome const made = !address.ok() ? host::Outcome(address.failure())
+                                       : open        ? host::Outcome()
+                                                     : create(driver, address.value());
+            if (!made.ok()) {
+                lines.push_back("tag " + displayable(tag.name) + ": " + displayable(made.failure().text));
+            }
+        }
+        return lines;
+    }
+
+    static host::Outcome create(host::DriverInstance& driver, std::string const& address) {
+        host::Result<ITag*> const tag = driver.createTag(address);
+        return tag.ok() ? host::Outcome() : host::Outcome(tag.failure());
+    }
+};
+
+Settings settingsFor(std::string const& file, Context const& context) {
+    LineOptions options = context.options;
+    options.file = file;
+    return loadSettings(options);
+}
+
+using Run = ExitCode (*)(std::string const&, Context&);
+
+void addSubcommand(CLI::App& config, Context& context, std::string const& name, std::string const& description,
+                   Run run) {
+    CLI::App* const command = config.add_subcommand(name, description);
+    auto const file = std::make_shared<std::string>("velk.toml");
+    command->add_option("file", *file, "Project file; without it velk.toml in the current folder")->type_name("FILE");
+    command->callback(
+        [file, run, &context] { context.action = [file, run, &context] { return run(*file, context); }; });
+}
+
+} // namespace
+
+std::string addressText(NamedTag const& tag, Settings const& settings) {
+    host::Result<std::string> const address = addressOf(tag, settings);
+    if (!address.ok()) {
+        return "- (" + address.failure().text + ")";
+    }
+    bool const open = address.value().ends_with('?');
+    return address.value() + (open ? "  (the type comes from the PLC's symbol file)" : "");
+}
+
+ExitCode runConfigCheck(std::string const& file, Context& context) {
+    Settings const settings = settingsFor(file, context);
+    host::Result<std::filesystem::path> const module = tools::findModule();
+    host::Result<std::vector<std::string>> const opinion =
+        module.ok() ? DriverOpinion::ask(module.value(), settings) : module.failure();
+    if (!opinion.ok()) {
+        context.terminal.note("the driver was not asked: " + opinion.failure().text);
+    } else if (!opinion.value().empty()) {
+        for (std::string const& line : opinion.value()) {
+            context.terminal.error(file + ": " + line);
+        }
+        return ExitCode::Usage;
+    }
+    context.terminal.out(
+        fmt::format("{}: good; {} station(s), {} tag(s)\n", file, settings.stations.size(), settings.tags.size()));
+    return ExitCode::Good;
+}
+
+ExitCode runConfigShow(std::string const& file, Context& context) {
+    Settings const settings = settingsFor(file, context);
+    host::Result<std::string> const text = host::configText(settings.config);
+    if (!text.ok()) {
+        throw CommandError(ExitCode::Usage, file + ": " + text.failure().text);
+    }
+    std::string shown = "configuration:\n  " + text.value() + "\n";
+    if (!settings.tags.empty()) {
+        tools::TextTable table({"tag", "address"});
+        for (NamedTag const& tag : settings.tags) {
+            table.add({displayable(tag.name), displayable(addressText(tag, settings))});
+        }
+        shown += "\n" + table.text();
+    }
+    context.terminal.out(shown);
+    return ExitCode::Good;
+}
+
+void addConfigCommand(CLI::App& app, Context& context) {
+    CLI::App* const config = app.add_subcommand("config", "Check a project file, or show what it stands for");
+    config->require_subcommand(1);
+    addSubcommand(*config, context, "check", "Say what is wrong in a project file, with line and column",
+                  runConfigCheck);
+    addSubcommand(*config, context, "show", "Show the driver's configuration string and tag addresses", runConfigShow);
+}
 
 } // namespace velk

@@ -61,7 +61,7 @@ ExitCode runConsole(Context& context) {
 
 void addConsoleCommand(CLI::App& app, Context& context) {
     CLI::App* const command =
-        app.add_subcommand("console", "Talk to the module's own console: help, info, read, write, lasterror ...");
+        app.add_subcommand("console", "Talk to the module's own console, with its diagnostic commands");
     addLineOptions(*command, context);
     command->callback([&context] { context.action = [&context] { return runConsole(context); }; });
 }

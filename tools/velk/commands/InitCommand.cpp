@@ -1,9 +1,216 @@
 #include "tools/velk/commands/InitCommand.h"
 
+#include "host/FileDescriptor.h"
+#include "host/LineSettings.h"
+#include "tools/velk/Choices.h"
+#include "tools/velk/CommandError.h"
 #include "tools/velk/Context.h"
+#include "tools/velk/Names.h"
+#include "tools/velk/ProjectFile.h"
+#include "tools/velk/ProjectText.h"
+#include "tools/velk/Settings.h"
+#include "tools/velk/Terminal.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <charconv>
+#include <cstring>
+#include <fcntl.h>
+#include <filesystem>
+#include <functional>
+#include <memory>
+#include <unistd.h>
 
 namespace velk {
+namespace {
 
-void addInitCommand(CLI::App& /*app*/, Context& /*context*/) {}
+/** Ports that an adapter or a board is likely to be, those with a name that stays first. */
+std::vector<std::string> likelyPorts() {
+    std::vector<std::string> ports;
+    std::error_code error;
+    for (auto const& entry : std::filesystem::directory_iterator("/dev/serial/by-id", error)) {
+        ports.push_back(entry.path().string());
+    }
+    for (char const* const pattern : {"ttyUSB*", "ttyACM*", "ttyAMA*"}) {
+        for (auto const& entry : std::filesystem::directory_iterator("/dev", error)) {
+            if (matches(pattern, entry.path().filename().string())) {
+                ports.push_back(entry.path().string());
+            }
+        }
+    }
+    return ports;
+}
+
+/** Asks question after question. */
+class Questions {
+public:
+    using Check = std::function<std::string(std::string&)>; // answers a complaint, or nothing
+
+    explicit Questions(Context& context) : context_(context) {}
+
+    /** The answer that passes the check; the usual one for an empty answer. */
+    std::string ask(std::string const& question, std::string const& usual, Check const& check) {
+        while (true) {
+            std::string const shown = usual.empty() ? question + ": " : question + " [" + usual + "]: ";
+            std::optional<std::string> answer = context_.terminal.ask(shown, context_.interrupt);
+            if (!answer) {
+                throw CommandError(ExitCode::Usage, "the answers ended; nothing was written");
+            }
+            std::string text = answer->empty() ? usual : *answer;
+            std::string const complaint = check(text);
+            if (complaint.empty()) {
+                return text;
+            }
+            context_.terminal.error("  " + complaint);
+        }
+    }
+
+    std::string choose(std::string const& question, std::vector<std::string> const& words, std::string const& usual) {
+        return ask(question + " (" + orList(words) + ")", usual, [&](std::string& answer) {
+            auto const found = std::find_if(words.begin(), words.end(),
+                                            [&](std::string const& each) { return sameName(each, answer); });
+            answer = found == words.end() ? answer : *found;
+            return found == words.end() ? "give " + orList(words) : std::string();
+        });
+    }
+
+    int number(std::string const& question, int usual, int low, int high) {
+        int value = usual;
+        ask(question, std::to_string(usual), [&](std::string& answer) {
+            auto const [end, error] = std::from_chars(answer.data(), answer.data() + answer.size(), value);
+            bool const good =
+                error == std::errc() && end == answer.data() + answer.size() && value >= low && value <= high;
+            return good ? std::string() : fmt::format("give a number, {} to {}", low, high);
+        });
+        return value;
+    }
+
+private:
+    Context& context_;
+};
+
+std::string checkPort(std::string& answer) {
+    return answer.empty() ? "give the path of a serial port" : std::string();
+}
+
+int askBaud(Questions& questions, int usual) {
+    constexpr int kDataBits = 8;
+    std::string const text =
+        questions.ask("Line speed in bit/s", std::to_string(usual), [](std::string& answer) -> std::string {
+            int baud = 0;
+            auto const [end, error] = std::from_chars(answer.data(), answer.data() + answer.size(), baud);
+            if (error != std::errc() || end != answer.data() + answer.size()) {
+                return "give a number";
+            }
+            auto const settings = host::lineSettings(baud, 0, kDataBits, 1);
+            return settings.ok() ? std::string() : settings.failure().text;
+        });
+    return std::stoi(text);
+}
+
+void askForLine(host::DriverConfig& config, LineOptions const& options, Questions& questions) {
+    if (!options.port) {
+        std::vector<std::string> const ports = likelyPorts();
+        config.uart = questions.ask("Serial port", ports.empty() ? "" : ports.front(), checkPort);
+    }
+    if (!options.baud) {
+        config.baudrate = askBaud(questions, config.baudrate);
+    }
+    if (!options.parity) {
+        config.parity = questions.choose("Parity", parities(), config.parity);
+    }
+    if (!options.mode) {
+        config.mode = questions.choose("Mode", modes(), config.mode);
+    }
+    if (!options.framing) {
+        config.protType = protocolType(questions.choose("Framing", {"bare", "routed"}, "bare"));
+    }
+}
+
+void askForStation(NewProject& project, InitOptions const& init, LineOptions const& options, Questions& questions) {
+    host::NodeSettings& nodes = project.config.nodes;
+    if (!options.byteOrder) {
+        nodes.model = modelName(questions.choose("Byte order of the PLC", {"big", "little"}, "big"));
+    }
+    if (!options.blockSize) {
+        nodes.blockSize = questions.number("Bytes of a block", nodes.blockSize, kLeastBlockSize, kMostBlockSize);
+    }
+    if (!options.timeoutMs) {
+        nodes.timeoutMs =
+            questions.number("Milliseconds to wait for an answer", nodes.timeoutMs, kLeastTimeoutMs, kMostTimeoutMs);
+    }
+    if (!options.station) {
+        project.node = questions.number("Node number of the PLC", project.node, 0, kMostNode);
+    }
+    if (!init.name) {
+        project.stationName = questions.ask("Name of the PLC, if you like", "",
+                                            [](std::string& answer) { return stationNameFault(answer); });
+    }
+}
+
+NewProject projectFromFlags(InitOptions const& init, LineOptions const& options) {
+    Project nothing;
+    nothing.config.uart.clear();
+    nothing.config.protType = protocolType("bare");
+    Settings const settings = mergeSettings(nothing, options);
+    NewProject project{settings.config, settings.node, init.name.value_or("")};
+    if (std::string const fault = stationNameFault(project.stationName); !fault.empty()) {
+        throw CommandError(ExitCode::Usage, fault);
+    }
+    return project;
+}
+
+/** The file is there as a whole or not at all, and never over another one that is not to be replaced. */
+void writeFile(std::filesystem::path const& file, std::string const& text, bool force) {
+    constexpr mode_t kMode = 0666;
+    host::FileDescriptor const descriptor(
+        ::open(file.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC | (force ? O_TRUNC : O_EXCL), kMode));
+    if (!descriptor.isOpen()) {
+        throw CommandError(ExitCode::Usage, errno == EEXIST
+                                                ? file.string() + " is there already; give --force to write over it"
+                                                : file.string() + " cannot be written: " + std::strerror(errno));
+    }
+    if (::write(descriptor.get(), text.data(), text.size()) != static_cast<ssize_t>(text.size())) {
+        throw CommandError(ExitCode::Usage, file.string() + " cannot be written: " + std::strerror(errno));
+    }
+}
+
+} // namespace
+
+ExitCode runInit(InitOptions const& options, Context& context) {
+    LineOptions const& flags = context.options;
+    std::filesystem::path const file = flags.file.value_or("velk.toml");
+    std::error_code ignored;
+    if (!options.force && std::filesystem::exists(file, ignored)) {
+        throw CommandError(ExitCode::Usage, file.string() + " is there already; give --force to write over it");
+    }
+    NewProject project = projectFromFlags(options, flags);
+    if (context.terminal.kinds().inputIsTerminal) {
+        Questions questions(context);
+        askForLine(project.config, flags, questions);
+        askForStation(project, options, flags, questions);
+    } else if (project.config.uart.empty()) {
+        throw CommandError(ExitCode::Usage, "there is no terminal to ask on: give at least --port");
+    }
+    std::string const text = projectText(project);
+    readProjectText(text, file.string()); // what is written can be read
+    writeFile(file, text, options.force);
+    context.terminal.note(file.string() +
+                          " is written; `velk check` tries the line, `velk symbols` lists the variables");
+    return ExitCode::Good;
+}
+
+void addInitCommand(CLI::App& app, Context& context) {
+    CLI::App* const command =
+        app.add_subcommand("init", "Write a commented project file; asks on a terminal for what the flags leave out");
+    auto const options = std::make_shared<InitOptions>();
+    command->add_option("--name", options->name, "What to call the station")->type_name("NAME");
+    command->add_flag("--force", options->force, "Write over a file that is there");
+    addSettingOptions(*command, context);
+    command->callback(
+        [options, &context] { context.action = [options, &context] { return runInit(*options, context); }; });
+}
 
 } // namespace velk

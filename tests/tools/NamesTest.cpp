@@ -1,0 +1,139 @@
+#include "tools/velk/Names.h"
+
+#include "tools/velk/SymbolTable.h"
+#include "tools/velk/Text.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+namespace {
+
+using testing::ElementsAre;
+using Texts = std::vector<std::string>;
+
+TEST(Pattern, IsToldByItsSigns) {
+    EXPECT_TRUE(velk::isPattern("PLC_PRG.*"));
+    EXPECT_TRUE(velk::isPattern("A?"));
+    EXPECT_TRUE(velk::isPattern("A[0]"));
+    EXPECT_FALSE(velk::isPattern("PLC_PRG.Counter"));
+}
+
+TEST(Pattern, MatchesWholeNamesWhateverTheCase) {
+    EXPECT_TRUE(velk::matches("plc_prg.*", "PLC_PRG.Counter"));
+    EXPECT_TRUE(velk::matches("*", "PLC_PRG.Pump.Speed")) << "dots are characters like others";
+    EXPECT_TRUE(velk::matches("*.speed", "PLC_PRG.Pump.Speed"));
+    EXPECT_TRUE(velk::matches("A?C", "abc"));
+    EXPECT_TRUE(velk::matches("A[0-3]", "a2"));
+    EXPECT_FALSE(velk::matches("A[0-3]", "a4"));
+    EXPECT_FALSE(velk::matches("PLC_PRG", "PLC_PRG.Counter"));
+    EXPECT_FALSE(velk::matches("A?C", "ac"));
+}
+
+TEST(SimilarNames, FindSlipsOfTheKeyboard) {
+    Texts const names{"PLC_PRG.Counter", "PLC_PRG.Pieces", "PLC_PRG.Count"};
+    EXPECT_THAT(velk::similarNames("PLC_PRG.Conter", names), ElementsAre("PLC_PRG.Counter", "PLC_PRG.Count"));
+    EXPECT_THAT(velk::similarNames("Counter", names), ElementsAre("PLC_PRG.Counter"))
+        << "the program's name is easily left out";
+    EXPECT_THAT(velk::similarNames("Conter", names), ElementsAre("PLC_PRG.Counter")) << "a slip in the rest of it";
+    EXPECT_THAT(velk::similarNames("Zzz", names), ElementsAre());
+}
+
+TEST(SimilarNames, AreSaidAsAQuestion) {
+    EXPECT_EQ(velk::didYouMean("bauds", Texts{"baud", "port"}), "; did you mean baud?");
+    EXPECT_EQ(velk::didYouMean("xyz", Texts{"baud", "port"}), "");
+}
+
+TEST(OrList, ReadsAsEnglish) {
+    EXPECT_EQ(velk::orList(Texts{}), "");
+    EXPECT_EQ(velk::orList(Texts{"a"}), "a");
+    EXPECT_EQ(velk::orList(Texts{"a", "b"}), "a or b");
+    EXPECT_EQ(velk::orList(Texts{"a", "b", "c"}), "a, b or c");
+}
+
+class SymbolTable : public testing::Test {
+protected:
+    [[nodiscard]] Texts matching(char const* pattern) const {
+        Texts names;
+        for (velk::Variable const* const variable : table.matching(pattern)) {
+            names.push_back(variable->name);
+        }
+        return names;
+    }
+
+    velk::SymbolTable table{0x1234,
+                            {{"PLC_PRG.Level", "INT", 0, 4, 2},
+                             {"PLC_PRG.Levels", "ARRAY [0..1] OF INT", 0, 8, 4},
+                             {"A[1]", "INT", 0, 0, 2},
+                             {"A1", "INT", 0, 2, 2}}};
+};
+
+TEST_F(SymbolTable, FindsNamesWhateverTheCase) {
+    ASSERT_NE(table.find("plc_prg.LEVEL"), nullptr);
+    EXPECT_EQ(table.find("plc_prg.LEVEL")->offset, 4U);
+    EXPECT_EQ(table.find("PLC_PRG.Leve"), nullptr);
+}
+
+TEST_F(SymbolTable, MatchesInTheOrderOfTheFile) {
+    EXPECT_THAT(matching("plc_prg.level*"), ElementsAre("PLC_PRG.Level", "PLC_PRG.Levels"));
+    EXPECT_THAT(matching("nothing*"), ElementsAre());
+}
+
+TEST_F(SymbolTable, ANameWithBracketsIsItselfFirst) {
+    EXPECT_THAT(matching("a[1]"), ElementsAre("A[1]"));
+    EXPECT_THAT(matching("a[12]"), ElementsAre("A1"));
+}
+
+TEST_F(SymbolTable, AMissingVariableIsSaidWithTheLikelyOnes) {
+    host::Failure const failure = velk::missingVariable(table, "Level");
+    EXPECT_EQ(failure.code, velk::kMissingVariable);
+    EXPECT_EQ(failure.text, "the PLC program has no such variable; did you mean PLC_PRG.Level?");
+}
+
+TEST(SymbolTableFile, OneThatIsNotThereIsToldFromABadOne) {
+    EXPECT_EQ(velk::SymbolTable::load("/nonexistent/a.sdb").failure().text,
+              "there is no symbol file /nonexistent/a.sdb");
+    EXPECT_EQ(velk::SymbolTable::load("/dev/null").failure().text,
+              "the symbol file /dev/null is corrupted or cannot be read");
+}
+
+TEST(AreaName, IsTheAddressSpaces) {
+    EXPECT_EQ(velk::areaName(0), "M");
+    EXPECT_EQ(velk::areaName(5), "5");
+    EXPECT_EQ(velk::areaName(6), "6");
+}
+
+// ---- texts
+
+TEST(Utf8, StaysAsItIs) {
+    EXPECT_EQ(velk::toUtf8("25 \xC2\xB5m \xE2\x82\xAC \xF0\x9F\x98\x80"), "25 \xC2\xB5m \xE2\x82\xAC \xF0\x9F\x98\x80");
+}
+
+TEST(Utf8, AnythingElseIsTakenForLatin1) {
+    EXPECT_EQ(velk::toUtf8("25 \xB5m"), "25 \xC2\xB5m");
+    EXPECT_EQ(velk::toUtf8("\xC2"), "\xC3\x82") << "cut off";
+    EXPECT_EQ(velk::toUtf8("\xC0\x80"), "\xC3\x80\xC2\x80") << "too long a form";
+    EXPECT_EQ(velk::toUtf8("\xED\xA0\x80"), "\xC3\xAD\xC2\xA0\xC2\x80") << "half a pair";
+}
+
+TEST(Displayable, DoesNothingToATerminal) {
+    EXPECT_EQ(velk::displayable("a\x1B[31mb\x7F\r\n"), "a\\x1B[31mb\\x7F\\x0D\\x0A");
+    EXPECT_EQ(velk::displayable("\xC2\x9B[31m"), "\\x9B[31m");
+    EXPECT_EQ(velk::displayable("\x9B[31m"), "\\x9B[31m");
+    EXPECT_EQ(velk::displayable("µm"), "µm");
+}
+
+TEST(CsvField, IsQuotedWhereItHasTo) {
+    EXPECT_EQ(velk::csvField("plain text"), "plain text");
+    EXPECT_EQ(velk::csvField("a,b"), "\"a,b\"");
+    EXPECT_EQ(velk::csvField("say \"x\""), "\"say \"\"x\"\"\"");
+    EXPECT_EQ(velk::csvField("two\nlines"), "\"two\nlines\"");
+}
+
+TEST(Grouped, HasCommasBetweenThousands) {
+    EXPECT_EQ(velk::grouped(0), "0");
+    EXPECT_EQ(velk::grouped(999), "999");
+    EXPECT_EQ(velk::grouped(1000), "1,000");
+    EXPECT_EQ(velk::grouped(1234567), "1,234,567");
+}
+
+} // namespace

@@ -1,0 +1,22 @@
+#pragma once
+
+#include "host/ConfigText.h"
+
+#include <string>
+
+namespace velk {
+
+/** What a new project file has to say. */
+struct NewProject {
+    host::DriverConfig config;
+    int node = 0;
+    std::string stationName; ///< may be empty
+};
+
+/** A text between the quotes of TOML. */
+std::string tomlText(std::string const& text);
+
+/** A commented project file: the line, one station, and how to go on. */
+std::string projectText(NewProject const& project);
+
+} // namespace velk
