@@ -33,6 +33,8 @@ protected:
         read->add_option("--stop", stop, "Stop bits")->check(CLI::Range(1, 2))->type_name("");
         read->add_flag("--json", json, "As JSON");
         read->add_option("--secret", secret, "Hidden")->group("");
+        CLI::Option_group* const form = read->add_option_group("Form");
+        form->add_flag("--csv", csv, "As CSV");
         CLI::App* const config = app.add_subcommand("config", "Configuration");
         config->set_help_flag();
         CLI::App* const check = config->add_subcommand("check", "Check it");
@@ -48,6 +50,7 @@ protected:
     std::string file;
     int stop = 0;
     bool json = false;
+    bool csv = false;
     CLI::App app{"A program", "velk"};
     CommandInfo tree;
 };
@@ -60,7 +63,7 @@ TEST_F(SmallTree, IsDescribedAsItIsParsed) {
     EXPECT_EQ(read.words[0].name, "NAME");
     EXPECT_TRUE(read.words[0].repeated);
     EXPECT_FALSE(read.words[0].required);
-    ASSERT_EQ(read.flags.size(), 4U) << "what is hidden is not described";
+    ASSERT_EQ(read.flags.size(), 5U) << "what is hidden is not described";
     EXPECT_THAT(read.flags[0].names, ElementsAre("-p", "--port"));
     EXPECT_EQ(read.flags[0].group, "Line");
     EXPECT_EQ(read.flags[0].value.placeholder, "PORT");
@@ -68,6 +71,8 @@ TEST_F(SmallTree, IsDescribedAsItIsParsed) {
     EXPECT_EQ(read.flags[1].value.placeholder, "none|even");
     EXPECT_EQ(read.flags[2].value.placeholder, "1..2");
     EXPECT_EQ(read.flags[3].value.placeholder, "") << "a flag without a value";
+    EXPECT_THAT(read.flags[4].names, ElementsAre("--csv"));
+    EXPECT_EQ(read.flags[4].group, "Form") << "one of several that exclude each other";
     EXPECT_EQ(velk::usageLine(read, "velk read"), "velk read [OPTION]... [NAME]...");
     EXPECT_EQ(velk::usageLine(tree, "velk"), "velk [OPTION]... COMMAND ...");
     EXPECT_EQ(velk::usageLine(tree.commands[1].commands[0], "velk config check"), "velk config check [OPTION]... FILE");
@@ -88,6 +93,9 @@ Options:
       --parity none|even  Parity
       --stop 1..2         Stop bits
       --json              As JSON
+
+Form:
+      --csv               As CSV
 )");
 }
 
@@ -101,7 +109,7 @@ TEST_F(SmallTree, BashOffersCommandsFlagsAndValues) {
     std::string const script = velk::bashCompletion(tree);
     EXPECT_THAT(script, HasSubstr("\"read\"|\"config\"|\"config check\")"));
     EXPECT_THAT(script, HasSubstr("compgen -W 'read config'"));
-    EXPECT_THAT(script, HasSubstr("compgen -W '-p --port --parity --stop --json'"));
+    EXPECT_THAT(script, HasSubstr("compgen -W '-p --port --parity --stop --json --csv'"));
     EXPECT_THAT(script, HasSubstr("\"read:--parity\")\n        COMPREPLY=($(compgen -W 'none even' -- \"$cur\"))"));
     EXPECT_THAT(script, HasSubstr("\"read:-p\"|\"read:--port\")\n        COMPREPLY=($(compgen -G"));
     EXPECT_THAT(script, HasSubstr("compgen -W 'check'"));
@@ -145,6 +153,9 @@ Stop bits.
 .TP
 \fB\-\-json\fR
 As JSON.
+.TP
+\fB\-\-csv\fR
+As CSV.
 .PP
 Takes the options of every command with a line.
 .SS "velk config [OPTION]... COMMAND ..."

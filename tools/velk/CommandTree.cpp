@@ -73,6 +73,38 @@ std::string wordText(WordInfo const& word) {
     return text + (word.repeated ? "..." : "");
 }
 
+std::vector<CLI::App const*> subcommandsOf(CLI::App const& app) {
+    return app.get_subcommands([](CLI::App const*) { return true; });
+}
+
+bool isOptionGroup(CLI::App const& app) {
+    return app.get_name().empty();
+}
+
+void describeOptions(CLI::App const& app, CommandInfo& command) {
+    for (CLI::Option const* const option : app.get_options()) {
+        bool const hidden = option->get_group().empty();
+        bool const helpOfTheGroup = isOptionGroup(app) && option == app.get_help_ptr();
+        if (hidden || helpOfTheGroup) {
+            continue;
+        }
+        if (option->nonpositional()) {
+            command.flags.push_back(describeFlag(*option));
+        } else {
+            command.words.push_back(describeWord(*option));
+        }
+    }
+}
+
+/** Flags of which only one may be given are in a group of their own, which is a nameless command to the library. */
+void describeOptionGroup(CLI::App const& group, CommandInfo& command) {
+    std::size_t const first = command.flags.size();
+    describeOptions(group, command);
+    for (std::size_t i = first; i < command.flags.size(); ++i) {
+        command.flags[i].group = group.get_group();
+    }
+}
+
 } // namespace
 
 FlagInfo describeFlag(CLI::Option const& option) {
@@ -108,18 +140,11 @@ CommandInfo describeCommand(CLI::App const& app) {
     CommandInfo command;
     command.name = app.get_name();
     command.description = app.get_description();
-    for (CLI::Option const* const option : app.get_options()) {
-        if (option->get_group().empty()) {
-            continue; // hidden
-        }
-        if (option->nonpositional()) {
-            command.flags.push_back(describeFlag(*option));
-        } else {
-            command.words.push_back(describeWord(*option));
-        }
-    }
-    for (CLI::App const* const sub : app.get_subcommands([](CLI::App const*) { return true; })) {
-        if (!sub->get_name().empty() && !sub->get_group().empty()) {
+    describeOptions(app, command);
+    for (CLI::App const* const sub : subcommandsOf(app)) {
+        if (isOptionGroup(*sub)) {
+            describeOptionGroup(*sub, command);
+        } else if (!sub->get_group().empty()) {
             command.commands.push_back(describeCommand(*sub));
         }
     }

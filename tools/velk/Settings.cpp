@@ -6,6 +6,7 @@
 #include "tools/velk/Context.h"
 #include "tools/velk/Names.h"
 #include "tools/velk/Terminal.h"
+#include "tools/velk/Text.h"
 
 #include <fmt/format.h>
 
@@ -127,9 +128,10 @@ std::string stationLine(Settings const& settings, Station const& station) {
     host::NodeSettings const own = settings.nodeSettings(station.node);
     std::string const called = station.name.empty() ? std::string() : " \"" + station.name + "\"";
     std::string const routing =
-        own.routingLevels == 0 ? std::string() : fmt::format(", {} routing level(s)", own.routingLevels);
-    return fmt::format("  station {}{}: {}-endian, blocks of {} bytes, time-out {} ms, {} attempt(s){}", station.node,
-                       called, byteOrderWord(own.model), own.blockSize, own.timeoutMs, own.repeat, routing);
+        own.routingLevels == 0 ? std::string() : ", " + counted(own.routingLevels, "routing level", "routing levels");
+    return fmt::format("  station {}{}: {}-endian, blocks of {} bytes, time-out {} ms, {}{}", station.node, called,
+                       byteOrderWord(own.model), own.blockSize, own.timeoutMs,
+                       counted(own.repeat, "attempt", "attempts"), routing);
 }
 
 } // namespace
@@ -224,10 +226,10 @@ Settings readSettings(Context const& context) {
 std::vector<std::string> settingsText(Settings const& settings) {
     host::DriverConfig const& config = settings.config;
     std::vector<std::string> lines;
-    lines.push_back(fmt::format("{}{}: {} bit/s, parity {}, {} stop bit(s), {}, {} framing",
-                                settings.projectFile ? settings.projectFile->string() + ": " : std::string(),
-                                config.uart, config.baudrate, config.parity, config.stopbits, config.mode,
-                                framingWord(config.protType)));
+    lines.push_back(fmt::format(
+        "{}{}: {} bit/s, parity {}, {}, {}, {} framing",
+        settings.projectFile ? settings.projectFile->string() + ": " : std::string(), config.uart, config.baudrate,
+        config.parity, counted(config.stopbits, "stop bit", "stop bits"), config.mode, framingWord(config.protType)));
     for (Station const& station : settings.stations) {
         lines.push_back(stationLine(settings, station));
     }

@@ -116,4 +116,8 @@ std::string grouped(unsigned long long number) {
     return text;
 }
 
+std::string counted(unsigned long long number, std::string_view one, std::string_view many) {
+    return grouped(number) + " " + std::string(number == 1 ? one : many);
+}
+
 } // namespace velk

@@ -17,4 +17,7 @@ std::string csvField(std::string_view text);
 /** 1234567 as "1,234,567". */
 std::string grouped(unsigned long long number);
 
+/** "1 piece", "2,345 pieces". */
+std::string counted(unsigned long long number, std::string_view one, std::string_view many);
+
 } // namespace velk

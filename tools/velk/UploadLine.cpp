@@ -38,9 +38,9 @@ std::size_t routingHeaderLength(host::DriverConfig const& config) {
 
 std::string uploadText(tools::Upload const& upload, std::optional<std::uint64_t> expectedBytes) {
     bool const known = expectedBytes && *expectedBytes > 0 && !upload.done;
-    return fmt::format("{} the symbol file: {} bytes, {} pieces, {:.1f} kB/s{}", upload.done ? "fetched" : "fetching",
-                       grouped(upload.bytes), grouped(upload.pieces), upload.rate() / kBytesPerKilobyte,
-                       known ? estimate(upload, *expectedBytes) : std::string());
+    return fmt::format("{} the symbol file: {}, {}, {:.1f} kB/s{}", upload.done ? "fetched" : "fetching",
+                       counted(upload.bytes, "byte", "bytes"), counted(upload.pieces, "piece", "pieces"),
+                       upload.rate() / kBytesPerKilobyte, known ? estimate(upload, *expectedBytes) : std::string());
 }
 
 UploadLine::UploadLine(Settings const& settings, Terminal& terminal)

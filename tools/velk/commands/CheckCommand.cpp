@@ -134,8 +134,9 @@ ExitCode Walk::run() {
     }
     SymbolTable const& table = *symbols.value();
     sayUntil(CheckStep::SymbolFile);
-    std::string const origin =
-        progress_.filePieces() > 0 ? fmt::format("fetched in {} piece(s)", progress_.filePieces()) : "stored already";
+    std::string const origin = progress_.filePieces() > 0
+                                   ? "fetched in " + counted(progress_.filePieces(), "piece", "pieces")
+                                   : "stored already";
     say(CheckStep::SymbolFile, Colour::Green, "good",
         fmt::format("{} variables, {}", table.variables().size(), origin));
     return readOne(table);

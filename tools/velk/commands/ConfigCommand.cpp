@@ -146,8 +146,9 @@ ExitCode runConfigCheck(std::string const& file, Context& context) {
         }
         return ExitCode::Usage;
     }
-    context.terminal.out(
-        fmt::format("{}: good; {} station(s), {} tag(s)\n", file, settings.stations.size(), settings.tags.size()));
+    context.terminal.out(fmt::format("{}: good; {}, {}\n", file,
+                                     counted(settings.stations.size(), "station", "stations"),
+                                     counted(settings.tags.size(), "tag", "tags")));
     return ExitCode::Good;
 }
 

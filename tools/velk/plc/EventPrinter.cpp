@@ -30,10 +30,6 @@ std::string stationName(int station, std::vector<std::string> const& names) {
 /** The causes that are always in the line of counts; the others only when they occurred. */
 constexpr std::array kAlwaysCounted{Cause::kExchangeDone, Cause::kListRead, Cause::kListWritten};
 
-std::string plural(std::uint64_t count, std::string_view one, std::string_view many) {
-    return fmt::format("{} {}", count, count == 1 ? one : many);
-}
-
 } // namespace
 
 std::string eventText(plc::LineEvent const& event, std::vector<std::string> const& stations) {
@@ -58,9 +54,9 @@ std::string eventJson(plc::LineEvent const& event, std::vector<std::string> cons
 
 std::string endText(plc::EventCounters const& counters, plc::Micros time) {
     std::string text = fmt::format("{:12.3f}  end: {}, {}, {}", seconds(time),
-                                   plural(counters.of(Cause::kExchangeDone), "exchange", "exchanges"),
-                                   plural(counters.of(Cause::kListRead), "list read", "lists read"),
-                                   plural(counters.of(Cause::kListWritten), "list written", "lists written"));
+                                   counted(counters.of(Cause::kExchangeDone), "exchange", "exchanges"),
+                                   counted(counters.of(Cause::kListRead), "list read", "lists read"),
+                                   counted(counters.of(Cause::kListWritten), "list written", "lists written"));
     for (std::size_t i = 0; i < plc::kCauseCount; ++i) {
         auto const cause = static_cast<Cause>(i);
         bool const named = std::find(kAlwaysCounted.begin(), kAlwaysCounted.end(), cause) != kAlwaysCounted.end();
@@ -68,7 +64,7 @@ std::string endText(plc::EventCounters const& counters, plc::Micros time) {
             text += fmt::format(", {} x {}", counters.of(cause), plc::nameOf(cause));
         }
     }
-    return text + fmt::format("; {}", plural(counters.complaints(), "complaint", "complaints"));
+    return text + fmt::format("; {}", counted(counters.complaints(), "complaint", "complaints"));
 }
 
 std::string endJson(plc::EventCounters const& counters, plc::Micros time) {

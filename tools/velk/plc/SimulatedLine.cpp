@@ -5,6 +5,7 @@
 #include "tools/velk/Choices.h"
 #include "tools/velk/CommandError.h"
 #include "tools/velk/Names.h"
+#include "tools/velk/Text.h"
 #include "tools/velk/plc/PlcFlags.h"
 
 #include <fmt/format.h>
@@ -235,7 +236,7 @@ std::string stationText(plc::StationDescription const& station) {
                                    station.name, station.byteOrder == plc::ByteOrder::kBig ? "big" : "little",
                                    station.blockSize, station.program.variables.size(), station.program.projectId);
     if (!station.faults.empty()) {
-        text += fmt::format(", {} fault rule{}", station.faults.size(), station.faults.size() == 1 ? "" : "s");
+        text += ", " + counted(station.faults.size(), "fault rule", "fault rules");
     }
     return text;
 }
