@@ -3,6 +3,9 @@
 #   component driver   lib/velk/libvelk.so                 the module: a plug-in, so not among the shared libraries
 #                      share/doc/velk-driver/              README, documents
 #   component tools    bin/                                what runs on a desk
+#                      share/man/, completions of shells   made from the program's own command tree
+#                      share/velk/wireshark/               a dissector for its traces
+#                      share/doc/velk-tools/examples/      a plant to play
 #   component dev      include/velk/interfaces/            what a host compiles against
 #                      share/cmake/velk/, share/pkgconfig/ find_package(velk), pkg-config velk
 #                      share/doc/velk-dev/examples/        a minimal host
@@ -25,11 +28,15 @@ endif()
 file(GLOB documents CONFIGURE_DEPENDS "${PROJECT_SOURCE_DIR}/README.md" "${PROJECT_SOURCE_DIR}/docs/*.md")
 install(FILES ${documents} "${PROJECT_SOURCE_DIR}/CHANGELOG.md" DESTINATION "${CMAKE_INSTALL_DATADIR}/doc/velk-driver"
     COMPONENT driver)
+install(DIRECTORY "${PROJECT_SOURCE_DIR}/docs/images" DESTINATION "${CMAKE_INSTALL_DATADIR}/doc/velk-driver"
+    COMPONENT driver OPTIONAL)
 
 # ---- tools: the folder installs its programs itself
 set(VELK_PROGRAMS "")
 if(TARGET velk-tool)
     list(APPEND VELK_PROGRAMS velk-tool)
+    install(DIRECTORY "${PROJECT_SOURCE_DIR}/examples/plant"
+        DESTINATION "${CMAKE_INSTALL_DATADIR}/doc/velk-tools/examples" COMPONENT tools)
     velk_check_programs(${VELK_PROGRAMS})
 endif()
 
@@ -47,7 +54,8 @@ configure_file("${PROJECT_SOURCE_DIR}/cmake/package/velk.pc.in" "${generated}/ve
 install(FILES "${generated}/velkConfig.cmake" "${generated}/velkConfigVersion.cmake" DESTINATION "${VELK_CONFIG_DIR}"
     COMPONENT dev)
 install(FILES "${generated}/velk.pc" DESTINATION "${VELK_PKGCONFIG_DIR}" COMPONENT dev)
-install(DIRECTORY "${PROJECT_SOURCE_DIR}/examples" DESTINATION "${CMAKE_INSTALL_DATADIR}/doc/velk-dev" COMPONENT dev)
+install(DIRECTORY "${PROJECT_SOURCE_DIR}/examples/minimal-host"
+    DESTINATION "${CMAKE_INSTALL_DATADIR}/doc/velk-dev/examples" COMPONENT dev)
 
 # ---- what every package carries
 set(VELK_COMPONENTS driver dev)
