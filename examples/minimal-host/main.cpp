@@ -60,10 +60,10 @@ public:
         }
     }
 
-    int Open(int baud, int parity, int, int stopBits, int) override {
+    int Open(int baud, int parity, int, int stopBits, int rs485) override {
         fd_ = open(name_.c_str(), O_RDWR | O_NOCTTY | O_NONBLOCK | O_CLOEXEC);
         termios line{};
-        if (fd_ < 0 || tcgetattr(fd_, &line) != 0 || parity > 2) {
+        if (rs485 != 0 || parity > 2 || fd_ < 0 || tcgetattr(fd_, &line) != 0) {
             return 0;
         }
         cfmakeraw(&line);
