@@ -4,6 +4,7 @@
 #include "protlib/MemTypesTable.h"
 
 #include <algorithm>
+#include <atomic>
 #include <optional>
 
 using _VELK::ByteOrder;
@@ -221,9 +222,9 @@ bool Protocol_VELK::takeReadReply(ListCall const& call, std::span<unsigned char 
         recoverFromOtherProject(call);
         return false;
     }
-    // Kept although nothing reads it.
-    [[maybe_unused]] static unsigned char cntNoVarListResponse;
-    cntNoVarListResponse = 0;
+    // Kept although nothing reads it. Every driver object of the library sets it, from whatever thread.
+    [[maybe_unused]] static std::atomic<unsigned char> cntNoVarListResponse;
+    cntNoVarListResponse.store(0, std::memory_order_relaxed);
     doubtLogin();
     return fail(kErrorReply, "Command not acknowledged by PLC");
 }

@@ -30,7 +30,7 @@ public:
      * @param baud bit/s
      * @param parity 0 none, 1 even, 2 odd, 3 mark
      * @param dataBits always 8 from this module
-     * @param stopBits 1 or 2
+     * @param stopBits as configured, not checked by the driver: 1 or 2 make sense
      * @param rs485 1 when the port has to switch the direction of an RS-485 line, else 0
      * @return non-zero on success
      */

@@ -16,6 +16,6 @@ public:
     /** Undoes one Init(); the last one releases the host's services. */
     virtual void Close() = 0;
 
-    /** Why Init() failed; empty when it never did. Valid until the next Init(). */
+    /** Why Init() failed; empty when it never did. A later success does not clear it; valid until the next failure. */
     virtual char const* GetLastError() const = 0;
 };

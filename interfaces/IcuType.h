@@ -4,7 +4,7 @@
  * The host's data types.
  *
  * The values are part of the contract with the host: they are what ITag::GetVarType() answers, and bit
- * (value - 1) of a type mask stands for the type. Lengths and text names are in protlib/DataTypes.h.
+ * (value - 1) of a type mask stands for the type.
  */
 enum ICU_Type : int {
     ICU_NONE = 0, ///< no type, for example the item type of a scalar tag

@@ -81,6 +81,10 @@ void ProtocolBase::DeleteTags() noexcept {
 // Reading
 
 bool ProtocolBase::Read(ITag const* tag, unsigned char* value) {
+    if (tag == nullptr) {
+        SetError(kErrorRequest, "Invalid argument");
+        return false;
+    }
     auto const length = tag->PackedLen();
     ProtUtilsN::ScratchBuffer<kImageOnStack> image(length);
     if (!image.available()) {
@@ -101,7 +105,10 @@ bool ProtocolBase::Read(ITag const* tag, unsigned char* value) {
 }
 
 bool ProtocolBase::CanAddToDatagram(ITag const* const* tags, int count, ITag const* tag) {
-    return CanCoexistInDatagram(tags[0], tag) && MaxDatagramItems(tag) > count &&
+    bool const areTags =
+        tags != nullptr && tag != nullptr && tags[0] != nullptr &&
+        std::none_of(tags, tags + std::max(count, 0), [](ITag const* each) { return each == nullptr; });
+    return areTags && CanCoexistInDatagram(tags[0], tag) && MaxDatagramItems(tag) > count &&
            packedLengthOf(tags, count) + tag->PackedLen() <= MaxDatagramLength(tag);
 }
 
@@ -117,11 +124,12 @@ bool ProtocolBase::ReadDatagramWithStatus(ITag const* const* tags, int count, un
 // Positions
 
 bool ProtocolBase::IsBefore(ITag const* a, ITag const* b) const {
-    return static_cast<unsigned>(a->GetByteOffset()) < static_cast<unsigned>(b->GetByteOffset());
+    return a != nullptr && b != nullptr &&
+           static_cast<unsigned>(a->GetByteOffset()) < static_cast<unsigned>(b->GetByteOffset());
 }
 
 bool ProtocolBase::IsAdjacent(ITag const* a, ITag const* b) const {
-    return ProtUtilsN::getEndingBitExact(b) == ProtUtilsN::getStartingBitExact(a);
+    return a != nullptr && b != nullptr && ProtUtilsN::getEndingBitExact(b) == ProtUtilsN::getStartingBitExact(a);
 }
 
 // Error and ident

@@ -102,6 +102,16 @@ TEST_F(HostileInputTest, NullPointers) {
     ITag const* const none[] = {nullptr};
     unsigned char bytes[64] = {};
     idal_error_t status[2] = {};
+    EXPECT_FALSE(driver->Read(nullptr, bytes));
+    ExpectError(-1, "Invalid argument");
+    EXPECT_FALSE(driver->IsBefore(nullptr, tag));
+    EXPECT_FALSE(driver->IsBefore(tag, nullptr));
+    EXPECT_FALSE(driver->IsAdjacent(nullptr, tag));
+    EXPECT_FALSE(driver->IsAdjacent(tag, nullptr));
+    EXPECT_FALSE(driver->CanAddToDatagram(nullptr, 1, tag));
+    EXPECT_FALSE(driver->CanAddToDatagram(holes, 2, tag));
+    EXPECT_FALSE(driver->CanAddToDatagram(none, 0, tag));
+    EXPECT_FALSE(driver->CanAddToDatagram(tags, 1, nullptr));
     EXPECT_FALSE(driver->Write(nullptr, bytes));
     EXPECT_FALSE(driver->Write(tag, nullptr));
     EXPECT_FALSE(driver->ReadBlock(nullptr, bytes, 2));
