@@ -88,6 +88,13 @@ TEST_F(SymbolTable, AMissingVariableIsSaidWithTheLikelyOnes) {
     EXPECT_EQ(failure.text, "the PLC program has no such variable; did you mean PLC_PRG.Level?");
 }
 
+TEST_F(SymbolTable, APatternThatFindsNothingMayBeMeantForAnElement) {
+    EXPECT_EQ(velk::nothingMatches(table, "Nix*").code, velk::kMissingVariable);
+    EXPECT_EQ(velk::nothingMatches(table, "Nix*").text, "no variable of the PLC program matches the pattern");
+    EXPECT_EQ(velk::nothingMatches(table, "plc_prg.levels[1]").text,
+              "the elements of an array are read with the whole array, PLC_PRG.Levels");
+}
+
 TEST(SymbolTableFile, OneThatIsNotThereIsToldFromABadOne) {
     EXPECT_EQ(velk::SymbolTable::load("/nonexistent/a.sdb").failure().text,
               "there is no symbol file /nonexistent/a.sdb");

@@ -171,7 +171,7 @@ protected:
     }
 
     [[nodiscard]] std::vector<std::string> lines(std::size_t width = 80, std::size_t height = 24) const {
-        return table_.lines(tags_, header_, kNoon + 5s, width, height, terminal_);
+        return table_.lines(header_, kNoon + 5s, width, height, terminal_);
     }
 
     std::vector<Tag> tags_;
@@ -200,6 +200,31 @@ TEST_F(WatchTableTest, AFailureKeepsTheLastGoodValueAndItsAge) {
     EXPECT_NE(shown[4].find("5.0 s"), std::string::npos) << shown[4];
     EXPECT_NE(shown[4].find("failed"), std::string::npos) << shown[4];
     EXPECT_NE(shown[5].find("1.0 s"), std::string::npos) << shown[5];
+}
+
+TEST_F(WatchTableTest, SeveralStationsAreNamed) {
+    round({1, 2});
+    EXPECT_EQ(lines()[2].find("station"), std::string::npos) << lines()[2];
+    tags_[0].station = "press";
+    tags_[1].station = "oven";
+    round({1, 2});
+    EXPECT_TRUE(lines()[2].starts_with("station")) << lines()[2];
+    EXPECT_TRUE(lines()[5].starts_with("oven ")) << lines()[5];
+}
+
+TEST_F(WatchTableTest, ValuesKeepTheirRowsWhenOthersAppear) {
+    round({1, 2});
+    Tag first;
+    first.name = "Another";
+    tags_.insert(tags_.begin(), first);
+    std::vector<Reading> readings(tags_.size());
+    for (std::size_t i = 0; i < tags_.size(); ++i) {
+        readings[i].tag = &tags_[i];
+    }
+    table_.update(readings);
+    EXPECT_EQ(table_.items()[0].value, "-");
+    EXPECT_EQ(table_.items()[1].value, "1");
+    EXPECT_EQ(table_.items()[2].value, "2");
 }
 
 TEST_F(WatchTableTest, HeaderTellsTheRoundTheFloorAndTheTrouble) {

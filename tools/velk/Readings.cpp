@@ -38,17 +38,6 @@ TagRequest requestFor(NamedTag const& tag, Settings const& settings) {
     return parseTagRequest(tag.name, settings);
 }
 
-/** A tag that stands for a request whose station does not answer. */
-Tag unansweredTag(TagRequest const& request, Settings const& settings, host::Failure const& failure) {
-    Tag tag;
-    tag.name = request.shown;
-    tag.node = request.node;
-    tag.station = settings.stationName(request.node);
-    tag.variable = request.variable;
-    tag.failure = failure;
-    return tag;
-}
-
 bool endsEverything(ExitCode code) {
     return code == ExitCode::Port || code == ExitCode::Interrupted;
 }
@@ -145,6 +134,16 @@ std::vector<TagRequest> parseRequests(std::vector<std::string> const& words, Set
     return requests;
 }
 
+Tag unansweredTag(TagRequest const& request, Settings const& settings, host::Failure const& failure) {
+    Tag tag;
+    tag.name = request.shown;
+    tag.node = request.node;
+    tag.station = settings.stationName(request.node);
+    tag.variable = request.variable;
+    tag.failure = failure;
+    return tag;
+}
+
 std::vector<Tag> createAllTags(Session& session, std::span<TagRequest const> requests, Context& context) {
     std::vector<Tag> tags;
     std::map<int, host::Failure> silent; // stations that failed once are not asked again
@@ -158,13 +157,9 @@ std::vector<Tag> createAllTags(Session& session, std::span<TagRequest const> req
                 context.terminal.complain("station " + session.settings().stationName(request.node) + ": " +
                                           session.error(made.failure()).what());
             }
-            tags.push_back(unansweredTag(request, session.settings(), made.failure()));
+            tags.push_back(
+                unansweredTag(request, session.settings(), {made.failure().code, session.describe(made.failure())}));
             continue;
-        }
-        if (made.value().empty()) {
-            throw CommandError(ExitCode::ItemNotGood, "no variable of station " +
-                                                          session.settings().stationName(request.node) + " matches '" +
-                                                          request.variable + "'");
         }
         std::move(made.value().begin(), made.value().end(), std::back_inserter(tags));
     }
@@ -195,6 +190,7 @@ std::vector<Reading> readAll(Session& session, std::span<Tag const> tags) {
             readings[i].at = std::chrono::system_clock::now();
             if (!readings[i].result.good) {
                 throwWhenOver(session, readings[i].result.failure);
+                readings[i].result.failure.text = session.describe(readings[i].result.failure);
             }
         }
     }

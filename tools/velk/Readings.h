@@ -28,10 +28,12 @@ std::vector<TagRequest> parseRequests(std::vector<std::string> const& words, Set
  * The tags of all requests, in their order.
  *
  * A station that does not answer is complained about once, and its tags are there with that failure; so is a tag
- * that cannot be made. Throws CommandError when the port is dead, when the user wants the end, and for a pattern
- * that finds nothing.
+ * that cannot be made. Throws CommandError when the port is dead, and when the user wants the end.
  */
 std::vector<Tag> createAllTags(Session& session, std::span<TagRequest const> requests, Context& context);
+
+/** A tag that stands for a request whose station does not answer. */
+Tag unansweredTag(TagRequest const& request, Settings const& settings, host::Failure const& failure);
 
 /** Reads all tags, station by station. Throws CommandError when the port is dead or the user wants the end. */
 std::vector<Reading> readAll(Session& session, std::span<Tag const> tags);

@@ -7,9 +7,14 @@
 #include "tools/velk/Choices.h"
 #include "tools/velk/Context.h"
 #include "tools/velk/Interrupt.h"
+#include "tools/velk/SetAside.h"
 #include "tools/velk/Text.h"
 
 #include <algorithm>
+#include <cerrno>
+#include <cstring>
+#include <system_error>
+#include <unistd.h>
 
 namespace velk {
 namespace {
@@ -42,6 +47,20 @@ std::optional<std::uint64_t> fileSize(std::filesystem::path const& file) {
     std::error_code error;
     std::uint64_t const size = std::filesystem::file_size(file, error);
     return error ? std::nullopt : std::optional(size);
+}
+
+/** Why a file cannot be kept where it belongs, as far as its folder tells. */
+std::string whyNotKept(std::filesystem::path const& file) {
+    std::filesystem::path const folder = file.parent_path();
+    std::error_code error;
+    if (std::filesystem::exists(file, error) && !std::filesystem::is_regular_file(file, error)) {
+        return file.string() + " is no file";
+    }
+    if (::access(folder.c_str(), W_OK | X_OK) != 0) {
+        return folder.string() + ": " + std::strerror(errno);
+    }
+    std::filesystem::space_info const space = std::filesystem::space(folder, error);
+    return folder.string() + (!error && space.available == 0 ? ": no space is left" : " does not take it");
 }
 
 bool sameTable(SymbolTable const& one, SymbolTable const& other) {
@@ -108,10 +127,21 @@ std::filesystem::path Session::symbolFile(int node) const {
     return storedSymbolFile(settings_, node);
 }
 
+std::optional<Session::FileStamp> Session::stampOf(int node) const {
+    std::error_code error;
+    auto const changed = std::filesystem::last_write_time(symbolFile(node), error);
+    auto const size = fileSize(symbolFile(node));
+    return error || !size ? std::nullopt : std::optional(FileStamp(changed, *size));
+}
+
 host::Result<SymbolTable const*> Session::storedSymbols(int node) {
+    std::optional<FileStamp> const stamp = stampOf(node);
     host::Result<SymbolTable> loaded = SymbolTable::load(symbolFile(node));
     if (!loaded.ok()) {
         return loaded.failure();
+    }
+    if (stamp) {
+        stamps_.insert_or_assign(node, *stamp);
     }
     auto const known = symbols_.find(node);
     if (known != symbols_.end() && sameTable(known->second, loaded.value())) {
@@ -159,10 +189,31 @@ host::Result<SymbolTable const*> Session::symbols(int node) {
         }
     }
     if (!asked.accepted) {
-        return asked.failure;
+        return explained(asked.failure, node);
     }
     current_.insert(node);
     return storedSymbols(node);
+}
+
+/** The driver says of a file that came and could not be stored the same as of one that the PLC does not have. */
+host::Failure Session::explained(host::Failure const& failure, int node) const {
+    tools::Upload const& upload = uploadLine_.upload();
+    bool const came = upload.done && upload.bytes > 0;
+    if (failure.text != kNoSymbolFile || !came || fileSize(symbolFile(node)) == upload.bytes) {
+        return failure;
+    }
+    return {kStorageFailure, "the symbol file came, but it cannot be kept: " + whyNotKept(symbolFile(node))};
+}
+
+bool Session::isProgramReplaced(int node) {
+    auto const known = symbols_.find(node);
+    std::optional<FileStamp> const stamp = stampOf(node);
+    if (known == symbols_.end() || !stamp || stamps_[node] == *stamp) {
+        return false;
+    }
+    SymbolTable const before = known->second;
+    host::Result<SymbolTable const*> const now = storedSymbols(node);
+    return now.ok() && !sameTable(before, *now.value());
 }
 
 host::Result<SymbolTable const*> Session::symbolsAskedOnce(int node) {
@@ -175,13 +226,16 @@ host::Result<SymbolTable const*> Session::fetchSymbols(int node) {
     panel_.reset(); // with what it knows of the symbols
     portOpen_ = false;
     std::optional<std::uint64_t> const size = fileSize(symbolFile(node));
-    std::error_code ignored;
-    std::filesystem::remove(symbolFile(node), ignored);
+    SetAside before(symbolFile(node));
     if (host::Outcome const opened = open(); !opened.ok()) {
         return opened.failure();
     }
     uploadLine_.expect(size);
-    return symbols(node);
+    host::Result<SymbolTable const*> fetched = symbols(node);
+    if (fetched.ok()) {
+        before.drop();
+    }
+    return fetched;
 }
 
 // ---- tags
@@ -220,6 +274,16 @@ Tag Session::createTag(TagRequest const& request, Variable const* variable) {
     return tag;
 }
 
+Tag Session::missingTag(TagRequest const& request, host::Failure failure) const {
+    Tag missing;
+    missing.name = request.shown;
+    missing.node = request.node;
+    missing.station = settings_.stationName(request.node);
+    missing.variable = request.variable;
+    missing.failure = std::move(failure);
+    return missing;
+}
+
 std::vector<Tag> Session::createMatching(TagRequest const& request, SymbolTable const& table) {
     std::vector<Tag> tags;
     for (Variable const* const variable : table.matching(request.variable)) {
@@ -240,19 +304,24 @@ host::Result<std::vector<Tag>> Session::createTags(TagRequest const& request) {
         return table.failure();
     }
     if (request.isPattern) {
-        return createMatching(request, *table.value());
+        std::vector<Tag> tags = createMatching(request, *table.value());
+        return tags.empty() ? std::vector<Tag>{missingTag(request, nothingMatches(*table.value(), request.variable))}
+                            : std::move(tags);
     }
     Variable const* const variable = table.value()->find(request.variable);
     if (variable != nullptr) {
         return std::vector<Tag>{createTag(request, variable)};
     }
-    Tag missing;
-    missing.name = request.shown;
-    missing.node = request.node;
-    missing.station = settings_.stationName(request.node);
-    missing.variable = request.variable;
-    missing.failure = missingVariable(*table.value(), request.variable);
-    return std::vector<Tag>{missing};
+    return std::vector<Tag>{missingTag(request, missingVariable(*table.value(), request.variable))};
+}
+
+void Session::freeTags(std::span<Tag> tags) {
+    for (Tag& tag : tags) {
+        if (tag.tag != nullptr) {
+            panel_->driver().freeTag(tag.tag);
+            tag.tag = nullptr;
+        }
+    }
 }
 
 std::vector<host::TagResult> Session::read(std::span<Tag const> tags, host::TransferPolicy policy) {
@@ -305,7 +374,8 @@ std::string Session::describe(host::Failure const& failure) const {
 
 CommandError Session::error(host::Failure const& failure) const {
     ExitCode const code = exitCode(failure);
-    std::string const hint = advice(code, lineWatch_.received() > 0);
+    bool const refusedLogin = code == ExitCode::Refused && failure.code == kNothingRecorded;
+    std::string const hint = refusedLogin ? loginAdvice() : advice(code, lineWatch_.received() > 0);
     return {code, describe(failure) + (hint.empty() ? "" : ". " + hint)};
 }
 

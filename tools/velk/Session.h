@@ -16,6 +16,7 @@
 #include <filesystem>
 #include <map>
 #include <memory>
+#include <optional>
 #include <set>
 #include <span>
 #include <string>
@@ -62,19 +63,28 @@ public:
      */
     host::Result<SymbolTable const*> symbols(int node);
 
-    /** Forgets what is stored and fetches the symbol file. Tags made before are gone. */
+    /** Fetches the symbol file, whatever is stored; that stays when this fails. Tags made before are gone. */
     host::Result<SymbolTable const*> fetchSymbols(int node);
 
     /** What is stored for a node, with nothing on the line: it may be of another program. */
     host::Result<SymbolTable const*> storedSymbols(int node);
 
     /**
-     * The tags that a request stands for: one, or as many as its pattern finds, none included. Where the symbols of
-     * the node are needed, for a pattern and for a tag without a type, they are asked for once in a session.
+     * The tags that a request stands for: one, or as many as its pattern finds. Where the symbols of the node are
+     * needed, for a pattern and for a tag without a type, they are asked for once in a session.
      *
-     * A tag that cannot be made is there all the same, with its failure.
+     * A tag that cannot be made is there all the same, with its failure, and so is a pattern that finds nothing.
      */
     host::Result<std::vector<Tag>> createTags(TagRequest const& request);
+
+    /** Gives tags back to the driver. */
+    void freeTags(std::span<Tag> tags);
+
+    /**
+     * Whether the module has fetched the symbols of another program since those of the node were asked for. The tags
+     * that were made from the earlier ones have its types and places, and are to be made anew.
+     */
+    bool isProgramReplaced(int node);
 
     /** Reads tags; failures name a dead port where there is one. */
     std::vector<host::TagResult> read(std::span<Tag const> tags, host::TransferPolicy policy = {});
@@ -105,6 +115,8 @@ public:
     [[nodiscard]] tools::Upload const& upload() const { return uploadLine_.upload(); }
 
 private:
+    using FileStamp = std::pair<std::filesystem::file_time_type, std::uint64_t>; ///< time of the last change, and size
+
     /** How a symbol file is found out to be of the PLC's program. */
     struct Probe {
         bool accepted = false;
@@ -112,11 +124,14 @@ private:
     };
 
     host::Outcome prepare();
+    [[nodiscard]] std::optional<FileStamp> stampOf(int node) const;
+    [[nodiscard]] host::Failure explained(host::Failure const& failure, int node) const;
     host::Result<SymbolTable const*> symbolsAskedOnce(int node);
     Probe probe(int node);
     host::Result<host::TagResult> readProbe(int node, SymbolTable const* stored);
     std::vector<Tag> createMatching(TagRequest const& request, SymbolTable const& table);
     Tag createTag(TagRequest const& request, Variable const* variable);
+    [[nodiscard]] Tag missingTag(TagRequest const& request, host::Failure failure) const;
     void addressTag(Tag& tag, std::string const& offset);
     [[nodiscard]] bool bigEndian(int node) const;
 
@@ -129,6 +144,7 @@ private:
     std::unique_ptr<tools::Panel> panel_;
     bool portOpen_ = false;
     std::map<int, SymbolTable> symbols_; ///< by node
+    std::map<int, FileStamp> stamps_;    ///< of the files that they are from
     std::set<int> current_;              ///< nodes whose symbols the PLC has accepted in this session
 };
 

@@ -60,6 +60,13 @@ host::Failure missingVariable(SymbolTable const& table, std::string_view name) {
     return {kMissingVariable, "the PLC program has no such variable" + didYouMean(name, names)};
 }
 
+host::Failure nothingMatches(SymbolTable const& table, std::string_view pattern) {
+    Variable const* const array = table.find(pattern.substr(0, pattern.find('[')));
+    return {kMissingVariable, array != nullptr
+                                  ? "the elements of an array are read with the whole array, " + array->name
+                                  : "no variable of the PLC program matches the pattern"};
+}
+
 std::string areaName(std::uint16_t area) {
     constexpr std::array<char const*, 6> kNames{"M", "I", "Q", "3", "4", "5"};
     return area < kNames.size() ? kNames[area] : std::to_string(area);

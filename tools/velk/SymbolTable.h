@@ -50,8 +50,14 @@ private:
 inline constexpr int kMissingVariable = -101;     ///< the program does not have it
 inline constexpr int kUnreachableVariable = -102; ///< the driver cannot be asked for it
 
+/** Code of the failure that a symbol file cannot be kept on this machine. */
+inline constexpr int kStorageFailure = -103;
+
 /** The complaint about a variable that is not there, with those that may be meant. */
 host::Failure missingVariable(SymbolTable const& table, std::string_view name);
+
+/** The complaint about a pattern that finds none. */
+host::Failure nothingMatches(SymbolTable const& table, std::string_view pattern);
 
 /** The name of a memory area in tag addresses: "M", "I", "Q", "3", "4", "5"; its number for any other. */
 std::string areaName(std::uint16_t area);

@@ -10,6 +10,7 @@
 #include "tools/velk/Text.h"
 #include "tools/velk/watch/LineFigures.h"
 #include "tools/velk/watch/StationPacing.h"
+#include "tools/velk/watch/WatchList.h"
 #include "tools/velk/watch/WatchTable.h"
 
 #include <fmt/format.h>
@@ -17,7 +18,6 @@
 #include <fstream>
 #include <memory>
 #include <optional>
-#include <set>
 #include <sys/ioctl.h>
 #include <unistd.h>
 
@@ -38,7 +38,7 @@ class Watch {
 public:
     Watch(WatchOptions const& options, Context& context)
         : options_(options), context_(context), settings_(readSettings(context)),
-          requests_(parseRequests(options.names, settings_)),
+          list_(parseRequests(options.names, settings_)),
           figures_(settings_.config.baudrate, bitsPerByte(settings_.config.parity, settings_.config.stopbits)),
           attachment_(context.observers, figures_), live_(context.terminal.kinds().outputIsTerminal && !options.json) {}
 
@@ -47,9 +47,11 @@ public:
 private:
     void openCsv();
     bool openLine();
-    void makeTags();
+    void awayRound();
     void round();
-    void readStation(int node);
+    void askStation(int node);
+    void judge(int node);
+    void stationFailed(int node, host::Failure const& failure);
     void lineDied(std::string const& reason);
     void show();
     void showLive();
@@ -61,13 +63,12 @@ private:
     WatchOptions const& options_;
     Context& context_;
     Settings settings_;
-    std::vector<TagRequest> requests_;
+    WatchList list_;
     LineFigures figures_;
     Attachment attachment_;
     bool live_;
 
     std::unique_ptr<Session> session_; ///< null while the line is away
-    std::vector<Tag> tags_;
     std::vector<Reading> readings_;
     StationPacing pacing_;
     WatchTable table_;
@@ -81,23 +82,21 @@ private:
 ExitCode Watch::run() {
     echoSettings(settings_, context_);
     openCsv();
+    startedAt_ = context_.clock.microseconds();
     // The first opening has to succeed: a wrong name of a port is no adapter that comes back.
     session_ = std::make_unique<Session>(settings_, context_);
     session_->require(session_->open());
-    makeTags();
-    startedAt_ = context_.clock.microseconds();
-    std::int64_t next = startedAt_;
-    while (options_.count == 0 || header_.rounds < options_.count) {
+    std::int64_t next = context_.clock.microseconds();
+    while (true) {
         if (session_ != nullptr || openLine()) {
             round();
-            show();
+        } else {
+            awayRound();
         }
-        next += options_.everyMicroseconds;
-        std::int64_t const now = context_.clock.microseconds();
-        next = std::max(next, now);
-        std::int64_t const pause = session_ != nullptr ? next - now : kReopenPause;
-        if (context_.interrupt.requested() || (options_.count != 0 && header_.rounds >= options_.count) ||
-            !context_.interrupt.pause(pause)) {
+        bool const over = options_.count != 0 && header_.rounds >= options_.count;
+        next = std::max(next + options_.everyMicroseconds, context_.clock.microseconds());
+        std::int64_t const pause = session_ != nullptr ? next - context_.clock.microseconds() : kReopenPause;
+        if (over || context_.interrupt.requested() || !context_.interrupt.pause(pause)) {
             break;
         }
     }
@@ -130,94 +129,84 @@ bool Watch::openLine() {
     auto session = std::make_unique<Session>(settings_, context_);
     host::Outcome const opened = session->open();
     if (!opened.ok()) {
-        header_.trouble = opened.failure().text + "; trying again";
-        if (live_) {
-            showLive();
-        }
+        header_.trouble = "trying again: " + opened.failure().text;
         return false;
     }
     session_ = std::move(session);
     header_.trouble.clear();
     context_.terminal.note("the port is back");
     shownLines_ = 0; // the table begins anew below the note
-    try {
-        makeTags();
-    } catch (CommandError const& error) {
-        lineDied(error.what());
-        return false;
-    }
     return true;
 }
 
-void Watch::makeTags() {
-    tags_ = createAllTags(*session_, requests_, context_);
-    readings_.assign(tags_.size(), {});
-    for (std::size_t i = 0; i < tags_.size(); ++i) {
-        readings_[i].tag = &tags_[i];
-        readings_[i].result.failure = tags_[i].failure;
+/** A round in which nobody could be asked. */
+void Watch::awayRound() {
+    ++header_.rounds;
+    worst_ = worse(worst_, ExitCode::Port);
+    if (live_) {
+        showLive();
     }
 }
 
 void Watch::round() {
     std::int64_t const began = context_.clock.microseconds();
     double const busyBefore = figures_.busyMs();
-    std::set<int> nodes;
-    for (Tag const& tag : tags_) {
-        nodes.insert(tag.node);
-    }
-    for (int const node : nodes) {
+    for (int const node : list_.nodes()) {
         if (session_ != nullptr && pacing_.isDue(node, context_.clock.microseconds())) {
-            readStation(node);
+            askStation(node);
         }
+    }
+    if (context_.interrupt.requested()) {
+        return; // what was cut off is no news of the PLC
     }
     ++header_.rounds;
     header_.roundMs = static_cast<double>(context_.clock.microseconds() - began) / kMicrosecondsPerMillisecond;
     header_.floorMs = figures_.busyMs() - busyBefore;
     header_.failures = figures_.failureCount();
+    readings_ = list_.readings();
     table_.update(readings_);
+    show();
 }
 
-void Watch::readStation(int node) {
-    std::vector<Tag> wanted;
-    std::vector<std::size_t> places;
-    for (std::size_t i = 0; i < tags_.size(); ++i) {
-        if (tags_[i].node == node) {
-            wanted.push_back(tags_[i]);
-            places.push_back(i);
-        }
-    }
-    std::vector<host::TagResult> results = session_->read(wanted, {.skipNodeAfterTimeout = true});
-    std::string failure;
-    ExitCode code = ExitCode::Good;
-    for (std::size_t i = 0; i < results.size(); ++i) {
-        ExitCode const one = session_->exitCode(results[i]);
-        worst_ = worse(worst_, one);
-        if (one != ExitCode::Good && one != ExitCode::ItemNotGood) {
-            failure = results[i].failure.text;
-            code = worse(code, one);
-        }
-        readings_[places[i]] = {&tags_[places[i]], std::move(results[i]), std::chrono::system_clock::now()};
-    }
-    if (code == ExitCode::Good) {
-        pacing_.answered(node);
-        header_.trouble.clear();
+void Watch::askStation(int node) {
+    host::Outcome const answered = list_.read(*session_, node);
+    if (context_.interrupt.requested()) {
         return;
     }
-    if (code == ExitCode::Interrupted) {
-        return;
+    judge(node);
+    if (!answered.ok()) {
+        return stationFailed(node, answered.failure());
     }
-    figures_.countFailure(failure);
+    pacing_.answered(node);
+    header_.trouble.clear();
+}
+
+void Watch::judge(int node) {
+    for (Reading const& reading : list_.readings()) {
+        if (reading.tag->node == node) {
+            worst_ = worse(worst_, session_->exitCode(reading.result));
+        }
+    }
+}
+
+void Watch::stationFailed(int node, host::Failure const& failure) {
+    std::string const reason = session_->describe(failure);
+    figures_.countFailure(reason);
+    header_.trouble = "station " + settings_.stationName(node) + ": " + reason;
+    if (!live_ && pacing_.failures(node) == 0) {
+        context_.terminal.complain("station " + settings_.stationName(node) + ": " + session_->error(failure).what());
+    }
     pacing_.failed(node, context_.clock.microseconds());
-    header_.trouble = "station " + settings_.stationName(node) + ": " + failure;
-    if (code == ExitCode::Port) {
-        lineDied(failure);
+    if (session_->exitCode(failure) == ExitCode::Port) {
+        lineDied(reason);
     }
 }
 
 void Watch::lineDied(std::string const& reason) {
+    list_.forgetTags();
     session_.reset();
     pacing_ = {};
-    header_.trouble = reason + "; waiting for the port to come back";
+    header_.trouble = "waiting for the port to come back: " + reason;
     if (!live_) {
         context_.terminal.note(header_.trouble);
     }
@@ -236,8 +225,8 @@ void Watch::show() {
 
 void Watch::showLive() {
     std::vector<std::string> const lines = table_.lines(
-        tags_, header_, std::chrono::system_clock::now(),
-        static_cast<std::size_t>(std::max(context_.terminal.width(), 1)), terminalHeight(), context_.terminal);
+        header_, std::chrono::system_clock::now(), static_cast<std::size_t>(std::max(context_.terminal.width(), 1)),
+        terminalHeight(), context_.terminal);
     std::string text = shownLines_ > 0 ? fmt::format("\x1B[{}A", shownLines_) : std::string();
     for (std::string const& line : lines) {
         text += line + "\x1B[K\n";
@@ -248,9 +237,11 @@ void Watch::showLive() {
 }
 
 void Watch::printPlain() {
+    bool const several = list_.nodes().size() > 1;
     std::string text;
     for (Reading const& reading : readings_) {
-        text += fmt::format("{} {} {} {}\n", utcText(reading.at), displayable(reading.tag->name),
+        std::string const name = (several ? reading.tag->station + ":" : "") + reading.tag->name;
+        text += fmt::format("{} {} {} {}\n", utcText(reading.at), displayable(name),
                             reading.result.good ? displayable(reading.tag->text(reading.result.value)) : "-",
                             statusWord(reading));
     }
@@ -315,7 +306,9 @@ void addWatchCommand(CLI::App& app, Context& context) {
             },
             "Time from round to round, such as 500ms (the default), 2s or 1min")
         ->type_name("INTERVAL");
-    command->add_option("--count", options->count, "Ends after so many rounds")->type_name("N");
+    command->add_option("--count", options->count, "Ends after so many rounds")
+        ->check(CLI::PositiveNumber)
+        ->type_name("N");
     command->add_flag("--json", options->json, "One JSON object a round, each on its line");
     command->add_option("--csv", options->csvFile, "Appends the values to this file as well")->type_name("FILE");
     addLineOptions(*command, context);

@@ -12,8 +12,8 @@ namespace velk {
 namespace {
 
 std::string headerLine(WatchHeader const& header) {
-    return fmt::format("round {}, {:.0f} ms (least on this line: {:.0f} ms), {} failures", header.rounds,
-                       header.roundMs, header.floorMs, header.failures);
+    return fmt::format("round {}, {:.0f} ms (least on this line: {:.0f} ms), {}", header.rounds, header.roundMs,
+                       header.floorMs, counted(header.failures, "failure", "failures"));
 }
 
 /** At most @p width characters of a UTF-8 text. */
@@ -38,6 +38,15 @@ std::vector<std::string> split(std::string const& text) {
     return lines;
 }
 
+/** The cells of a row, with the station in front where there are several. */
+std::vector<std::string> rowOf(bool several, std::string const& station, std::vector<std::string> cells) {
+    cells.front() = displayable(cells.front());
+    if (several) {
+        cells.insert(cells.begin(), displayable(station));
+    }
+    return cells;
+}
+
 Colour colourOf(WatchedItem const& item) {
     return !item.good ? Colour::Red : item.changed ? Colour::Yellow : Colour::None;
 }
@@ -45,32 +54,46 @@ Colour colourOf(WatchedItem const& item) {
 } // namespace
 
 void WatchTable::update(std::span<Reading const> readings) {
-    items_.resize(readings.size());
-    for (std::size_t i = 0; i < readings.size(); ++i) {
-        WatchedItem& item = items_[i];
-        Reading const& reading = readings[i];
-        item.good = reading.result.good;
-        item.status = statusWord(reading);
-        item.changed = false;
-        if (!item.good) {
-            continue;
-        }
-        std::string const value = reading.tag->text(reading.result.value);
-        item.changed = item.goodAt.time_since_epoch().count() != 0 && value != item.value;
-        item.value = value;
-        item.goodAt = reading.at;
+    std::vector<WatchedItem> items;
+    std::map<Key, std::size_t> places;
+    for (Reading const& reading : readings) {
+        Key const key{reading.tag->node, reading.tag->name};
+        auto const before = places_.find(key);
+        WatchedItem item = before == places_.end() ? WatchedItem{} : items_[before->second];
+        update(item, reading);
+        places.emplace(key, items.size());
+        items.push_back(std::move(item));
     }
+    items_ = std::move(items);
+    places_ = std::move(places);
 }
 
-std::vector<std::string> WatchTable::lines(std::span<Tag const> tags, WatchHeader const& header,
-                                           std::chrono::system_clock::time_point now, std::size_t width,
-                                           std::size_t height, Terminal const& terminal) const {
-    tools::TextTable table({"name", "type", "value", "status", "age"});
-    for (std::size_t i = 0; i < items_.size(); ++i) {
-        WatchedItem const& item = items_[i];
+void WatchTable::update(WatchedItem& item, Reading const& reading) const {
+    item.station = reading.tag->station;
+    item.name = reading.tag->name;
+    item.type = reading.tag->typeText();
+    item.good = reading.result.good;
+    item.status = statusWord(reading);
+    item.changed = false;
+    if (!item.good) {
+        return;
+    }
+    std::string const value = reading.tag->text(reading.result.value);
+    item.changed = item.goodAt.time_since_epoch().count() != 0 && value != item.value;
+    item.value = value;
+    item.goodAt = reading.at;
+}
+
+std::vector<std::string> WatchTable::lines(WatchHeader const& header, std::chrono::system_clock::time_point now,
+                                           std::size_t width, std::size_t height, Terminal const& terminal) const {
+    bool const several = std::any_of(items_.begin(), items_.end(),
+                                     [&](WatchedItem const& each) { return each.station != items_.front().station; });
+    tools::TextTable table(rowOf(several, "station", {"name", "type", "value", "status", "age"}));
+    for (WatchedItem const& item : items_) {
         bool const seen = item.goodAt.time_since_epoch().count() != 0;
-        table.add({displayable(tags[i].name), displayable(tags[i].typeText()), displayable(item.value), item.status,
-                   seen ? ageText(now - item.goodAt) : "-"});
+        table.add(rowOf(several, item.station,
+                        {item.name, displayable(item.type), displayable(item.value), item.status,
+                         seen ? ageText(now - item.goodAt) : "-"}));
     }
     constexpr std::size_t kLinesAbove = 2; // of the table's own
     std::vector<std::string> lines{cut(headerLine(header), width),

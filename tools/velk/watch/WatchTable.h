@@ -4,8 +4,10 @@
 
 #include <chrono>
 #include <cstdint>
+#include <map>
 #include <span>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace velk {
@@ -14,6 +16,9 @@ class Terminal;
 
 /** What is shown of one watched variable. */
 struct WatchedItem {
+    std::string station;
+    std::string name;
+    std::string type;
     std::string value = "-"; ///< the last good one
     std::string status = "-";
     bool changed = false; ///< in the last round
@@ -33,18 +38,23 @@ struct WatchHeader {
 /** The live table of watched variables. Knows no clock and no terminal of its own. */
 class WatchTable {
 public:
-    /** Takes over what came of a round; @p readings in the order of the first call. */
+    /** Takes over what came of a round. A variable keeps its last good value as long as it is among the readings. */
     void update(std::span<Reading const> readings);
 
     /** Lines without their ends, at most @p height of them, each at most @p width characters without colours. */
-    [[nodiscard]] std::vector<std::string> lines(std::span<Tag const> tags, WatchHeader const& header,
-                                                 std::chrono::system_clock::time_point now, std::size_t width,
-                                                 std::size_t height, Terminal const& terminal) const;
+    [[nodiscard]] std::vector<std::string> lines(WatchHeader const& header, std::chrono::system_clock::time_point now,
+                                                 std::size_t width, std::size_t height, Terminal const& terminal) const;
 
     [[nodiscard]] std::vector<WatchedItem> const& items() const { return items_; }
 
 private:
+    /** Of which station and of what name. */
+    using Key = std::pair<int, std::string>;
+
+    void update(WatchedItem& item, Reading const& reading) const;
+
     std::vector<WatchedItem> items_;
+    std::map<Key, std::size_t> places_; ///< of the items
 };
 
 /** "0.4 s", "12 s", "3 min", "2 h". */

@@ -1,0 +1,57 @@
+#pragma once
+
+#include "host/Result.h"
+#include "tools/velk/Readings.h"
+#include "tools/velk/TagRequest.h"
+
+#include <set>
+#include <vector>
+
+namespace velk {
+
+class Session;
+
+/**
+ * What is watched, and what was read of it last.
+ *
+ * The tags of a station are made when it is asked for the first time, and anew when its PLC has got another program:
+ * their types and places are those of one program.
+ */
+class WatchList {
+public:
+    explicit WatchList(std::vector<TagRequest> const& requests);
+
+    [[nodiscard]] std::set<int> nodes() const;
+
+    /**
+     * Reads the variables of a station. When their program turns out to be replaced, its values are dropped, and
+     * those of the new one are read.
+     *
+     * The failure is that of the station; what is wrong with one variable is in its reading.
+     */
+    host::Outcome read(Session& session, int node);
+
+    /** The session is gone, and its tags with it. The readings stay. */
+    void forgetTags();
+
+    /** What was read last, in the order of the requests. */
+    [[nodiscard]] std::vector<Reading> readings() const;
+
+private:
+    /** One request with the variables that it stands for. */
+    struct Watched {
+        TagRequest request;
+        std::vector<Tag> tags;
+        std::vector<Reading> readings; ///< of the tags, in their order
+        bool made = false;             ///< the tags are the driver's, of the program that runs
+    };
+
+    host::Outcome make(Session& session, int node);
+    void unmake(Session& session, int node);
+    host::Outcome readTags(Session& session, int node);
+    void failAll(Session const& session, int node, host::Failure const& failure);
+
+    std::vector<Watched> list_;
+};
+
+} // namespace velk
