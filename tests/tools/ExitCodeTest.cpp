@@ -1,6 +1,5 @@
 #include "tools/velk/ExitCode.h"
 
-#include "tools/velk/Advice.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -66,14 +65,6 @@ TEST(ExitCode, TheMoreTellingOneCounts) {
     EXPECT_EQ(velk::worse(ExitCode::Interrupted, ExitCode::Port), ExitCode::Interrupted);
     EXPECT_EQ(velk::worse(ExitCode::Refused, ExitCode::Silent), ExitCode::Silent);
     EXPECT_EQ(velk::worse(ExitCode::Port, ExitCode::Usage), ExitCode::Port);
-}
-
-TEST(Advice, SaysWhatIsLikelyBehindSilence) {
-    EXPECT_THAT(velk::advice(ExitCode::Silent, false), testing::HasSubstr("cable"));
-    EXPECT_THAT(velk::advice(ExitCode::Silent, true), testing::HasSubstr("time-out"));
-    EXPECT_THAT(velk::advice(ExitCode::Refused, true), testing::HasSubstr("line speed"));
-    EXPECT_EQ(velk::advice(ExitCode::Port, false), "") << "the port's own sentence says it";
-    EXPECT_EQ(velk::advice(ExitCode::Good, false), "");
 }
 
 } // namespace

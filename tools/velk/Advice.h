@@ -1,15 +1,17 @@
 #pragma once
 
+#include "host/Result.h"
 #include "tools/velk/ExitCode.h"
 
 #include <string>
 
 namespace velk {
 
-/** What is likely behind an outcome, as a sentence to be put behind the complaint; empty when nothing is to be said. */
-std::string advice(ExitCode code, bool somethingWasReceived);
-
-/** The same behind a login that the PLC refused: the line itself works. */
-std::string loginAdvice();
+/**
+ * What is likely behind a failure, as a sentence to be put behind the complaint; empty when nothing is to be said.
+ *
+ * @param code what the failure means for the program
+ */
+std::string advice(ExitCode code, host::Failure const& failure, bool somethingWasReceived);
 
 } // namespace velk

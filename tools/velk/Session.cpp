@@ -10,6 +10,8 @@
 #include "tools/velk/SetAside.h"
 #include "tools/velk/Text.h"
 
+#include <fmt/format.h>
+
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
@@ -28,6 +30,8 @@ constexpr char const* kNoVariable = "VELK_ASKS_FOR_THE_PROJECT";
 constexpr char const* kBadQuality = "One of the values has bad quality";
 constexpr char const* kOtherProject = "Project ID mismatch";
 constexpr char const* kNoSymbolFile = "Symbol file not present";
+constexpr char const* kWayAdvice = "Likely the coupler number, the channel or the address of a level is another one, "
+                                   "or the device behind the coupler is off.";
 constexpr int kTimeout = -4;
 constexpr int kNothingRecorded = 1;
 
@@ -70,7 +74,8 @@ bool sameTable(SymbolTable const& one, SymbolTable const& other) {
 } // namespace
 
 Session::Session(Settings settings, Context& context)
-    : settings_(std::move(settings)), context_(context), uploadLine_(settings_, context.terminal) {
+    : settings_(std::move(settings)), context_(context), lineWatch_(routingHeaderLength(settings_.config)),
+      uploadLine_(settings_, context.terminal) {
     attachments_.push_back(std::make_unique<Attachment>(context.observers, lineWatch_));
     attachments_.push_back(std::make_unique<Attachment>(context.observers, uploadLine_));
     if (context.makeTracer) {
@@ -354,6 +359,9 @@ ExitCode Session::exitCode(host::Failure const& failure) const {
     if (context_.interrupt.requested()) {
         return ExitCode::Interrupted;
     }
+    if (lineWatch_.couplerStatus() != 0) {
+        return ExitCode::Refused; // the driver keeps an older reason
+    }
     bool const dead = panel_ && (!panel_->serial().lastError().empty() || !panel_->serial().lastFault().empty());
     // The driver says only that it has no symbol file, and not that the PLC fell silent while it was fetched.
     bool const silent = failure.text == kNoSymbolFile && lineWatch_.silent();
@@ -366,6 +374,9 @@ std::string Session::describe(host::Failure const& failure) const {
     if (!fault.empty()) {
         return fault;
     }
+    if (lineWatch_.couplerStatus() != 0) {
+        return fmt::format("a coupler could not pass the frame on: status {}", lineWatch_.couplerStatus());
+    }
     if (failure.code == kNothingRecorded) {
         return "the PLC refused the login, or the logout of another station";
     }
@@ -374,8 +385,8 @@ std::string Session::describe(host::Failure const& failure) const {
 
 CommandError Session::error(host::Failure const& failure) const {
     ExitCode const code = exitCode(failure);
-    bool const refusedLogin = code == ExitCode::Refused && failure.code == kNothingRecorded;
-    std::string const hint = refusedLogin ? loginAdvice() : advice(code, lineWatch_.received() > 0);
+    std::string const hint =
+        lineWatch_.couplerStatus() != 0 ? std::string(kWayAdvice) : advice(code, failure, lineWatch_.received() > 0);
     return {code, describe(failure) + (hint.empty() ? "" : ". " + hint)};
 }
 

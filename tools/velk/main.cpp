@@ -6,10 +6,29 @@
 
 #include <cstdio>
 #include <exception>
+#include <fcntl.h>
 #include <string>
+#include <unistd.h>
 #include <vector>
 
+namespace {
+
+/**
+ * Nothing that is opened later may get the number of a standard stream: it would be read and written in its place.
+ * Writing to a stream that was closed goes on failing, as it has to.
+ */
+void occupyStandardStreams() {
+    for (int stream = STDIN_FILENO; stream <= STDERR_FILENO; ++stream) {
+        if (::fcntl(stream, F_GETFD) == -1) {
+            static_cast<void>(::open("/dev/null", stream == STDIN_FILENO ? O_WRONLY : O_RDONLY));
+        }
+    }
+}
+
+} // namespace
+
 int main(int count, char** arguments) {
+    occupyStandardStreams();
     try {
         velk::Terminal terminal(velk::StreamKinds::ofThisProcess());
         velk::Interrupt interrupt;

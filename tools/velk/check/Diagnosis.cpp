@@ -1,7 +1,6 @@
 #include "tools/velk/check/Diagnosis.h"
 
 #include "tools/velk/trace/Hex.h"
-#include "tools/velk/trace/TextTrace.h"
 
 #include <fmt/format.h>
 
@@ -12,6 +11,9 @@ namespace velk {
 namespace {
 
 using Causes = std::array<std::string, 3>;
+
+/** The driver's own words for a quality of 0. */
+constexpr std::string_view kBadQuality = "One of the values has bad quality";
 
 bool has(std::string const& text, std::string_view part) {
     return text.find(part) != std::string::npos;
@@ -93,7 +95,7 @@ Causes silenceCauses(CheckedSettings const& settings) {
                     settings.baud, settings.parity);
     std::string const framing =
         settings.routed ? "no coupler routes the frames: framing or byte order is another one, or the routing levels, "
-                          "couplers, channels and addresses are not those of the way to the PLC"
+                          "couplers, channels, addresses or the block size are not those of the way to the PLC"
                         : "the framing or the byte order is another one: velk check --scan tries them all";
     return {"the wiring: a straight cable where a crossed one is needed, the wrong connector of the PLC, A and B "
             "exchanged on RS-485, or a PLC that is off",
@@ -154,6 +156,12 @@ Causes fileCauses(Symptom symptom, CheckedSettings const& settings) {
             "the folder for symbol files cannot be written: see --storage"};
 }
 
+Causes qualityCauses() {
+    return {"the PLC marks the value as bad: an input module is missing, faulty or not yet running",
+            "the PLC has the variable in its symbol file and no memory for it any more",
+            "the program was replaced a moment ago: try again"};
+}
+
 Causes readCauses() {
     return {"the program was replaced a moment ago: try again",
             "the PLC has the variable in its symbol file and no memory for it any more",
@@ -203,7 +211,7 @@ Symptom symptomOf(CheckStep failed, LastWords const& lastWords, host::Failure co
         return Symptom::FellSilent;
     }
     if (failed == CheckStep::Read) {
-        return Symptom::BadValue;
+        return failure.text == kBadQuality ? Symptom::BadQuality : Symptom::BadValue;
     }
     return lastWords.status ? Symptom::Refused : Symptom::Unclear;
 }
@@ -224,6 +232,8 @@ std::array<std::string, 3> likelyCauses(CheckStep failed, Symptom symptom, Check
     case Symptom::NoSymbolFile:
     case Symptom::BadSymbolFile:
         return fileCauses(symptom, settings);
+    case Symptom::BadQuality:
+        return qualityCauses();
     case Symptom::BadValue:
         return readCauses();
     default:
@@ -241,12 +251,11 @@ std::vector<std::string> lastWordsText(LastWords const& lastWords, CheckedSettin
     lines.push_back("sent  " + (lastWords.sent.empty() ? "nothing" : shown(lastWords.sent)));
     for (std::size_t i = 0; i < lastWords.came.size(); ++i) {
         lines.push_back("came  " + shown(lastWords.came[i]));
-        trace::Frame const& frame = lastWords.meant[i];
-        std::string meaning = isFrame(frame) ? trace::frameText(frame) : std::string();
-        for (std::string const& fault : frame.faults) {
-            meaning += (meaning.empty() ? "" : "; ") + fault;
+        std::string_view words = lastWords.words[i];
+        for (std::size_t end = 0; end != std::string_view::npos; words.remove_prefix(std::min(end + 1, words.size()))) {
+            end = words.find('\n');
+            lines.push_back("      " + std::string(words.substr(0, end)));
         }
-        lines.push_back("      " + meaning);
     }
     if (lastWords.timedOut) {
         lines.push_back(

@@ -37,6 +37,7 @@ enum class Symptom {
     Refused,        ///< the PLC answered with another status word than wanted
     NoSymbolFile,   ///< the PLC does not give its symbol file
     BadSymbolFile,  ///< it gives one that cannot be used
+    BadQuality,     ///< the PLC says that the value is bad
     BadValue,       ///< the variable was asked for and is not good
     Unclear,        ///< none of these
 };

@@ -1,9 +1,21 @@
 #include "tools/velk/check/LineProgress.h"
 
+#include "tools/velk/trace/TextTrace.h"
+
+#include <utility>
+
 namespace velk {
 namespace {
 
 constexpr std::size_t kMostKept = 8; // frames behind a block that was sent
+
+std::string wordsOf(trace::Step const& step) {
+    std::string words = step.frame.kind == trace::FrameKind::Unknown ? std::string() : trace::frameText(step.frame);
+    for (std::string const& fault : step.frame.faults) {
+        words += (words.empty() ? "" : "; ") + fault;
+    }
+    return step.response ? words + "\n" + trace::responseText(*step.response) : words;
+}
 
 } // namespace
 
@@ -33,7 +45,7 @@ void LineProgress::onReceived(plc::ByteView bytes) {
     if (step.response) {
         onResponse(*step.response);
     }
-    keep(bytes, std::move(step.frame));
+    keep(bytes, std::move(step));
 }
 
 void LineProgress::onResponse(trace::Response const& response) {
@@ -66,17 +78,19 @@ void LineProgress::onTimeout(std::int64_t /*at*/) {
 
 void LineProgress::onDropped(std::span<unsigned char const> bytes, std::int64_t /*at*/) {
     reached_.insert(CheckStep::Bytes);
-    keep(bytes, trace::decodeFrame(bytes, trace::Way::FromPlc));
+    keep(bytes, {.frame = trace::decodeFrame(bytes, trace::Way::FromPlc)});
 }
 
-void LineProgress::keep(plc::ByteView bytes, trace::Frame frame) {
+void LineProgress::keep(plc::ByteView bytes, trace::Step step) {
     if (lastWords_.came.size() >= kMostKept) {
         lastWords_.came.erase(lastWords_.came.begin());
         lastWords_.meant.erase(lastWords_.meant.begin());
+        lastWords_.words.erase(lastWords_.words.begin());
     }
-    frame.payload = {}; // it lies in bytes that go away
+    lastWords_.words.push_back(wordsOf(step));
+    step.frame.payload = {}; // it lies in bytes that go away
     lastWords_.came.emplace_back(bytes.begin(), bytes.end());
-    lastWords_.meant.push_back(std::move(frame));
+    lastWords_.meant.push_back(std::move(step.frame));
 }
 
 } // namespace velk

@@ -17,6 +17,7 @@ struct LastWords {
     plc::Bytes sent;                       ///< no bytes when nothing was sent
     std::vector<plc::Bytes> came;          ///< frames, in their order; the last few
     std::vector<trace::Frame> meant;       ///< the same decoded, without their payloads
+    std::vector<std::string> words;        ///< the same as text, a line for the frame and one for a response
     bool timedOut = false;                 ///< the driver waited in vain in the end
     std::optional<std::uint16_t> status{}; ///< of the response, when one is complete
 };
@@ -46,7 +47,7 @@ private:
     void onSent(plc::ByteView bytes);
     void onReceived(plc::ByteView bytes);
     void onResponse(trace::Response const& response);
-    void keep(plc::ByteView bytes, trace::Frame frame);
+    void keep(plc::ByteView bytes, trace::Step step);
 
     trace::Conversation conversation_;
     std::set<CheckStep> reached_;

@@ -112,12 +112,13 @@ ExitCode Walk::failOnLine(host::Failure const& failure) {
     return fail(failedStep(progress_, true), failure, session_.exitCode(failure));
 }
 
-/** A variable that can be read as it is, or null. */
+/** A variable that can be read as it is, and fast, or null. */
 Variable const* readable(SymbolTable const& table) {
     auto const& variables = table.variables();
     constexpr std::uint16_t kAreas = 6;
+    constexpr std::uint32_t kMostBytes = 256;
     auto const found = std::find_if(variables.begin(), variables.end(), [](Variable const& each) {
-        return each.area < kAreas && each.size > 0 && each.type != "DATA" &&
+        return each.area < kAreas && each.size > 0 && each.size <= kMostBytes && each.type != "DATA" &&
                each.name.find_first_of("?*[:=") == std::string::npos;
     });
     return found == variables.end() ? nullptr : &*found;

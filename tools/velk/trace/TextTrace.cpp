@@ -86,15 +86,7 @@ std::string requestLines(Request const& request) {
 }
 
 std::string responseLines(Response const& response) {
-    std::string line = fmt::format("response: {}, {}", serviceText(response.service), bytesText(response.size));
-    if (response.status) {
-        line += fmt::format(", status {} ({})", *response.status, statusText(response.service, *response.status));
-    }
-    if (response.piece) {
-        line += fmt::format(", {} of the file, {}", bytesText(response.piece->count),
-                            response.piece->more ? "more to come" : "its end");
-    }
-    return indented(line) + itemLines(response.items) + faultLines(response.faults);
+    return indented(responseText(response)) + itemLines(response.items) + faultLines(response.faults);
 }
 
 std::string blockText(Frame const& frame) {
@@ -104,6 +96,18 @@ std::string blockText(Frame const& frame) {
 }
 
 } // namespace
+
+std::string responseText(Response const& response) {
+    std::string line = fmt::format("response: {}, {}", serviceText(response.service), bytesText(response.size));
+    if (response.status) {
+        line += fmt::format(", status {} ({})", *response.status, statusText(response.service, *response.status));
+    }
+    if (response.piece) {
+        line += fmt::format(", {} of the file, {}", bytesText(response.piece->count),
+                            response.piece->more ? "more to come" : "its end");
+    }
+    return line;
+}
 
 std::string frameText(Frame const& frame) {
     switch (frame.kind) {

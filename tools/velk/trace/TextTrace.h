@@ -32,4 +32,7 @@ private:
 /** "block 1, the last, 9 bytes, checksum 52 right, little-endian", and so on. */
 std::string frameText(Frame const& frame);
 
+/** "response: login, 2 bytes, status 1 (refused)", and so on. */
+std::string responseText(Response const& response);
+
 } // namespace velk::trace
