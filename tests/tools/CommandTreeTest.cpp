@@ -78,6 +78,15 @@ TEST_F(SmallTree, IsDescribedAsItIsParsed) {
     EXPECT_EQ(velk::usageLine(tree.commands[1].commands[0], "velk config check"), "velk config check [OPTION]... FILE");
 }
 
+TEST(DescribedFlag, KeepsAColonWithinBracketsOfItsPlaceholder) {
+    CLI::App app;
+    std::string text;
+    CLI::Option const& plain = *app.add_option("--after", text, "When")->type_name("TIME[:FILE]");
+    EXPECT_EQ(velk::describeFlag(plain).value.placeholder, "TIME[:FILE]");
+    CLI::Option const& checked = *app.add_option("--in", text, "Where")->type_name("FILE")->check(CLI::ExistingFile);
+    EXPECT_EQ(velk::describeFlag(checked).value.placeholder, "FILE");
+}
+
 TEST_F(SmallTree, HelpHasTwoColumns) {
     EXPECT_EQ(velk::helpText(tree.commands[0], "velk read"), R"(Usage: velk read [OPTION]... [NAME]...
 

@@ -50,7 +50,13 @@ std::string complaintText(CLI::App const& app, CLI::Error const& error) {
     for (CLI::App const* each : app.get_subcommands()) {
         path += " " + each->get_name();
     }
-    return std::string(error.what()) + "\n" + path + " --help tells what it takes";
+    std::vector<std::string> const unknown = app.remaining(true);
+    bool const noCommand = error.get_name() == "RequiredError" && !unknown.empty();
+    std::string const text =
+        noCommand ? (unknown.front().starts_with('-') ? "there is no option '" : "there is no command '") +
+                        unknown.front() + "'"
+                  : std::string(error.what());
+    return text + "\n" + path + " --help tells what it takes";
 }
 
 /** Answers what the parser itself has to say: help, the version, or a complaint about the words. */

@@ -51,6 +51,15 @@ std::string joinedWith(std::vector<std::string> const& texts, char const* betwee
     return joined;
 }
 
+/** Behind a colon the parser tells what a value is checked for; "TIME[:FILE]" has one within. */
+std::size_t endOfPlaceholder(std::string const& typeName) {
+    std::size_t colon = typeName.find(':');
+    while (colon != std::string::npos && colon > 0 && typeName[colon - 1] == '[') {
+        colon = typeName.find(':', colon + 1);
+    }
+    return colon;
+}
+
 ValueInfo describeValue(CLI::Option const& option) {
     ValueInfo value;
     if (option.get_items_expected_max() == 0) {
@@ -59,7 +68,7 @@ ValueInfo describeValue(CLI::Option const& option) {
     std::string const typeName = option.get_type_name();
     value.choices = choicesIn(typeName);
     std::string const range = rangeIn(typeName);
-    std::string const plain = typeName.substr(0, typeName.find(':'));
+    std::string const plain = typeName.substr(0, endOfPlaceholder(typeName));
     value.placeholder = !value.choices.empty() ? joinedWith(value.choices, "|")
                         : !range.empty()       ? range
                         : !plain.empty()       ? plain

@@ -235,6 +235,10 @@ std::string bashCompletion(CommandInfo const& tree) {
 _velk() {{
     local cur=${{COMP_WORDS[COMP_CWORD]}} prev=${{COMP_WORDS[COMP_CWORD-1]}} path="" longer word
     for word in "${{COMP_WORDS[@]:1:COMP_CWORD-1}}"; do
+        if [[ $path == trace && $word == -- ]]; then
+            path="" # a command line of its own
+            continue
+        fi
         longer="${{path:+$path }}$word"
         case "$longer" in
         {})

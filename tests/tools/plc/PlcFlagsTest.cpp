@@ -37,6 +37,17 @@ TEST(PlcFlags, ASilenceCanComeOnceOrInAnotherTime) {
     EXPECT_EQ(parseSilence("500ms@2s/1min")->every, 60s);
 }
 
+TEST(PlcFlags, ASilenceFromTheBeginningComesOnceUnlessToldOtherwise) {
+    for (char const* const text : {"2s@0s", "2s@0", "2s@0s/once"}) {
+        auto const window = parseSilence(text);
+        ASSERT_TRUE(window) << text;
+        EXPECT_EQ(window->from, 0s) << text;
+        EXPECT_EQ(window->lasts, 2s) << text;
+        EXPECT_EQ(window->every, std::nullopt) << text;
+    }
+    EXPECT_EQ(parseSilence("2s@0s/5s")->every, 5s);
+}
+
 TEST(PlcFlags, ASilenceCanBeForEver) {
     auto const window = parseSilence("always");
     ASSERT_TRUE(window);
@@ -46,7 +57,7 @@ TEST(PlcFlags, ASilenceCanBeForEver) {
 
 TEST(PlcFlags, WhatIsNoSilenceIsRefused) {
     for (char const* const text :
-         {"", "5s", "5s@", "@60s", "5@60s", "5s@60", "5s@60s/", "5s@60s/x", "5s@60s/once/2s"}) {
+         {"", "5s", "5s@", "@60s", "5@60s", "5s@60", "5s@60s/", "5s@60s/x", "5s@60s/once/2s", "0s@5s"}) {
         EXPECT_FALSE(parseSilence(text)) << text;
     }
 }

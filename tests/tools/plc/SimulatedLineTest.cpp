@@ -169,7 +169,7 @@ TEST_F(PlcPlan, EveryStationGetsASeedOfItsOwn) {
 TEST_F(PlcPlan, WhatIsWrongIsRefused) {
     EXPECT_EQ(complaint(), "");
     options.station = "pres";
-    EXPECT_EQ(complaint(), "there is no station 'pres'; there is press or oven");
+    EXPECT_EQ(complaint(), "--only: there is no station 'pres'; there is press or oven");
     options.station.reset();
     options.drop = "much";
     EXPECT_EQ(complaint(), "--drop: 'much' is no share such as 1% or 0.01");
@@ -186,7 +186,7 @@ TEST_F(PlcPlan, WhatIsWrongIsRefused) {
     options.replaceProgram = {"x"};
     EXPECT_EQ(complaint(), "--replace-program: 'x' is not written as 30s or 30s:FILE");
     options.replaceProgram = {"1s:" + path("none.toml")};
-    EXPECT_EQ(complaint(), path("none.toml") + ": No such file or directory");
+    EXPECT_EQ(complaint(), "--replace-program: " + path("none.toml") + ": No such file or directory");
     options.replaceProgram.clear();
     options.restart = {"x"};
     EXPECT_EQ(complaint(), "--restart: 'x' is no time such as 30s");

@@ -61,11 +61,15 @@ std::optional<plc::TimeWindow> parseSilence(std::string_view text) {
         return std::nullopt;
     }
     Parts const times = split(*parts.behind, '/');
-    auto const from = parseTime(times.before);
+    bool const atOnce = times.before == "0" || times.before == "0s";
+    auto const from = atOnce ? std::optional(plc::Micros{0}) : parseTime(times.before);
     if (!from) {
         return std::nullopt;
     }
     plc::TimeWindow window{.from = *from, .lasts = *lasts, .every = from};
+    if (atOnce) {
+        window.every.reset(); // the beginning comes once
+    }
     if (times.behind == "once") {
         window.every.reset();
     } else if (times.behind) {

@@ -108,7 +108,8 @@ std::vector<std::size_t> chosenStations(plc::LineDescription const& line, PlcOpt
         }
     }
     if (chosen.empty()) {
-        refuse(fmt::format("there is no station '{}'; there is {}", options.station.value_or(""), orList(names)));
+        refuse(
+            fmt::format("--only: there is no station '{}'; there is {}", options.station.value_or(""), orList(names)));
     }
     return chosen;
 }
@@ -189,6 +190,14 @@ plc::ProgramDescription downloadedAgain(plc::ProgramDescription program) {
     return program;
 }
 
+plc::ProgramDescription replacingProgram(std::string const& file) {
+    try {
+        return plc::readProgramFile(file);
+    } catch (plc::FileError const& error) {
+        refuse(fmt::format("--replace-program: {}", error.what()));
+    }
+}
+
 std::vector<Happening> happeningsOf(PlcOptions const& options, plc::LineDescription const& line,
                                     std::vector<std::size_t> const& chosen) {
     std::vector<Happening> happenings;
@@ -202,8 +211,8 @@ std::vector<Happening> happeningsOf(PlcOptions const& options, plc::LineDescript
             refuse(fmt::format("--replace-program: '{}' is not written as 30s or 30s:FILE", text));
         }
         for (std::size_t const station : chosen) {
-            programs[station] = replacement->file.empty() ? downloadedAgain(programs[station])
-                                                          : plc::readProgramFile(replacement->file);
+            programs[station] =
+                replacement->file.empty() ? downloadedAgain(programs[station]) : replacingProgram(replacement->file);
             happenings.push_back({.at = replacement->after,
                                   .kind = Happening::Kind::ReplaceProgram,
                                   .station = station,
