@@ -172,7 +172,7 @@ TEST_F(Check, AListThatIsAnsweredEndsWithTheRead) {
     exchange("AA AA 0A 00 01 00 97 01 | 2E 00 00 00 00 00 09 00 00 00", "AA AA 06 00 01 00 5C 01 | 00 00 00 00 00 00");
     EXPECT_TRUE(progress_.reached(CheckStep::SymbolFile));
     EXPECT_EQ(failed(), CheckStep::Read);
-    EXPECT_EQ(symptom({-6, "One of the values has bad quality"}), Symptom::BadValue);
+    EXPECT_EQ(symptom({-6, "One of the values has bad quality"}), Symptom::BadQuality);
 }
 
 TEST_F(Check, TheLoginIsTriedOnlyAfterTheLinkCheck) {

@@ -97,6 +97,13 @@ TEST(SummaryText, IsOneLineAndComputesWithoutTime) {
     EXPECT_NE(summaryText(summary, 0).find("line in use 0 %"), std::string::npos);
 }
 
+TEST(SummaryText, TellsNoAnswerTimesOfNobody) {
+    LineSummary summary;
+    summary.exchanges = 1;
+    EXPECT_EQ(summaryText(summary, 100),
+              "1 frame asked, 0 answered, 0 failed; no answer times; line in use 0 % of the time");
+}
+
 TEST(BitsPerByte, CountsStartDataParityAndStopBits) {
     EXPECT_EQ(bitsPerByte("none", 1), 10);
     EXPECT_EQ(bitsPerByte("even", 1), 11);

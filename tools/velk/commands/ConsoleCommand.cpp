@@ -1,5 +1,6 @@
 #include "tools/velk/commands/ConsoleCommand.h"
 
+#include "host/ProtocolFailure.h"
 #include "interfaces/IProtocol.h"
 #include "tools/velk/Context.h"
 #include "tools/velk/Interrupt.h"
@@ -18,23 +19,34 @@ constexpr std::size_t kReplySize = 64 * 1024;
 constexpr char const* kHistoryFile = "console-history";
 
 std::vector<std::string> knownWords() {
-    return {"deletetags", "exit", "getid", "getmaxtm", "help",  "info",
-            "lasterror",  "quit", "read",  "setid",    "write", "xml"};
+    return {"deletetags", "exit", "getmaxtm", "help", "info", "lasterror", "quit", "read", "write", "xml"};
 }
 
-/** Runs one line in the module; false when it does not know the command. */
-bool runLine(IProtocol& module, std::string const& line, Terminal& terminal) {
+/** Only these two ask the PLC; what they do not end with an end of line is the driver's last error, or nothing. */
+bool asksPlc(std::string const& line) {
+    std::string const word = line.substr(0, line.find(' '));
+    return word == "read" || word == "write";
+}
+
+/** Runs one line in the module. */
+ExitCode runLine(Session& session, std::string const& line, Terminal& terminal) {
+    IProtocol& module = session.panel().driver().protocol();
     std::vector<char> reply(kReplySize + 1); // the reply of a full buffer has no zero of its own
     if (!module.DoCommand(line.c_str(), reply.data(), static_cast<int>(kReplySize))) {
         terminal.complain("the module knows no command '" + line.substr(0, line.find(' ')) + "'; try help");
-        return false;
+        return ExitCode::ItemNotGood;
     }
     std::string text = reply.data();
+    if (asksPlc(line) && !text.ends_with('\n')) {
+        host::Failure const failure = host::protocolFailure(module);
+        terminal.complain(session.describe(failure));
+        return session.exitCode(failure);
+    }
     if (!text.empty() && text.back() != '\n') {
         text += '\n';
     }
     terminal.out(text);
-    return true;
+    return asksPlc(line) && text.starts_with("error: ") ? ExitCode::ItemNotGood : ExitCode::Good;
 }
 
 } // namespace
@@ -47,16 +59,16 @@ ExitCode runConsole(Context& context) {
     StreamKinds const& streams = context.terminal.kinds();
     LineEditor editor(streams.inputIsTerminal && streams.outputIsTerminal, settings.storage / kHistoryFile,
                       knownWords(), context.interrupt);
-    bool allKnown = true;
+    std::vector<ExitCode> codes;
     while (std::optional<std::string> const line = editor.next("velk> ")) {
         if (*line == "exit" || *line == "quit") {
             break;
         }
         if (!line->empty()) {
-            allKnown = runLine(session.panel().driver().protocol(), *line, context.terminal) && allKnown;
+            codes.push_back(runLine(session, *line, context.terminal));
         }
     }
-    return allKnown ? ExitCode::Good : ExitCode::ItemNotGood;
+    return exitCodeOfItems(codes);
 }
 
 void addConsoleCommand(CLI::App& app, Context& context) {

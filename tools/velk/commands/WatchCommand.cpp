@@ -18,6 +18,7 @@
 #include <fstream>
 #include <memory>
 #include <optional>
+#include <set>
 #include <sys/ioctl.h>
 #include <unistd.h>
 
@@ -71,6 +72,7 @@ private:
     std::unique_ptr<Session> session_; ///< null while the line is away
     std::vector<Reading> readings_;
     StationPacing pacing_;
+    std::set<int> troubled_; ///< nodes whose failure was told
     WatchTable table_;
     WatchHeader header_;
     std::ofstream csv_;
@@ -178,6 +180,7 @@ void Watch::askStation(int node) {
         return stationFailed(node, answered.failure());
     }
     pacing_.answered(node);
+    troubled_.erase(node);
     header_.trouble.clear();
 }
 
@@ -193,12 +196,16 @@ void Watch::stationFailed(int node, host::Failure const& failure) {
     std::string const reason = session_->describe(failure);
     figures_.countFailure(reason);
     header_.trouble = "station " + settings_.stationName(node) + ": " + reason;
-    if (!live_ && pacing_.failures(node) == 0) {
+    if (!live_ && troubled_.insert(node).second) {
         context_.terminal.complain("station " + settings_.stationName(node) + ": " + session_->error(failure).what());
     }
-    pacing_.failed(node, context_.clock.microseconds());
-    if (session_->exitCode(failure) == ExitCode::Port) {
-        lineDied(reason);
+    switch (session_->exitCode(failure)) {
+    case ExitCode::Port:
+        return lineDied(reason);
+    case ExitCode::Silent:
+        return pacing_.failed(node, context_.clock.microseconds());
+    default:
+        return; // whoever refuses costs no time, and may be asked at once
     }
 }
 

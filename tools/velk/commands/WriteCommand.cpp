@@ -107,6 +107,17 @@ std::string previewText(std::span<Change const> changes) {
     return table.text();
 }
 
+/** The symbol file does not tell a BOOL that is a byte from one that is a bit among others. */
+void tellOfWholeBytes(std::span<Tag const> tags, Terminal& terminal) {
+    for (Tag const& tag : tags) {
+        if (tag.plcType == "BOOL") {
+            std::string const name = displayable(tag.name);
+            terminal.note(name + " is written as a whole byte; if it is a single bit, its neighbours are lost: then " +
+                          "write " + name + ":bit");
+        }
+    }
+}
+
 bool confirmed(Context& context, std::span<Change const> changes) {
     std::string const what = changes.size() == 1 ? "this value" : "these " + std::to_string(changes.size()) + " values";
     std::optional<std::string> const answer =
@@ -122,6 +133,9 @@ void writeAll(std::vector<Change>& changes, Session& session) {
     std::vector<host::TagResult> results = host::TagReader(session.panel().driver().protocol()).write(writes);
     for (std::size_t i = 0; i < changes.size(); ++i) {
         changes[i].written = std::move(results[i]);
+        if (!changes[i].written.good) {
+            changes[i].written.failure.text = session.describe(changes[i].written.failure);
+        }
     }
 }
 
@@ -209,6 +223,7 @@ ExitCode runWrite(WriteOptions const& options, Context& context) {
     std::vector<Reading> const before = readAll(session, tags);
     requireAllGood(before, session, context.terminal);
     std::vector<Change> changes = parseValues(before, assignments, context.terminal);
+    tellOfWholeBytes(tags, context.terminal);
     if (!options.yes && !confirmed(context, changes)) {
         throw CommandError(ExitCode::ItemNotGood, "nothing was written");
     }

@@ -1,5 +1,7 @@
 #include "tools/velk/watch/LineFigures.h"
 
+#include "tools/velk/Text.h"
+
 #include <fmt/format.h>
 
 #include <algorithm>
@@ -86,12 +88,15 @@ std::string summaryText(LineSummary const& summary, double elapsedMs) {
         causes += fmt::format("{}{} x {}", causes.empty() ? "" : ", ", count, cause);
         failed += count;
     }
+    std::string const times = summary.answered == 0
+                                  ? std::string("no answer times")
+                                  : fmt::format("answer time median {:.1f} ms, 95 % within {:.1f} ms, worst {:.1f} ms",
+                                                summary.answerMedianMs, summary.answer95Ms, summary.answerWorstMs);
     constexpr double kPercent = 100;
-    return fmt::format(
-        "{} frames asked, {} answered, {} failed{}; answer time median {:.1f} ms, 95 % within {:.1f} ms, "
-        "worst {:.1f} ms; line in use {:.0f} % of the time",
-        summary.exchanges, summary.answered, failed, causes.empty() ? "" : " (" + causes + ")", summary.answerMedianMs,
-        summary.answer95Ms, summary.answerWorstMs, elapsedMs > 0 ? kPercent * summary.busyMs / elapsedMs : 0);
+    return fmt::format("{} asked, {} answered, {} failed{}; {}; line in use {:.0f} % of the time",
+                       counted(summary.exchanges, "frame", "frames"), summary.answered, failed,
+                       causes.empty() ? "" : " (" + causes + ")", times,
+                       elapsedMs > 0 ? kPercent * summary.busyMs / elapsedMs : 0);
 }
 
 } // namespace velk
