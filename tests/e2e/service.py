@@ -11,6 +11,7 @@ import signal
 import subprocess
 import sys
 import tempfile
+import termios
 import time
 import tty
 import unittest
@@ -26,27 +27,55 @@ PROGRAM = os.environ["VELK_PROGRAM"]
 DEMO = Path(os.environ["VELK_DEMO"])
 
 GOOD, ITEM_NOT_GOOD, USAGE, PORT, SILENT, REFUSED, INTERRUPTED = 0, 1, 2, 3, 4, 5, 130
+VARIABLES = """project_id = 0x00C0FFEE
+variable = [
+    { name = "Number", type = "INT", value = 7 },
+    { name = "Fixed", type = "INT", value = 12, behaviour = { kind = "constant", every_ms = 1 } },
+    { name = "Flag", type = "BOOL" },
+    { name = "Lamp", type = "BIT", area = "Q", offset = 13 },
+    { name = "Neighbour", type = "BIT", area = "Q", offset = 12, value = true },
+    { name = "Text", type = "STRING(10)", value = "old" },
+    { name = "List", type = "ARRAY [0..3] OF INT", value = [1, 2, 3, 4] },
+    { name = "Share", type = "REAL", value = 0.5 },
+    { name = "Small", type = "USINT", value = 3 },
+]
+"""
 PATIENCE = 60  # seconds; a busy machine is slow
 
 
 class Line:
     """A simulated line behind a symbolic link that stays the same when the pseudo-terminal changes."""
 
-    def __init__(self, description, link):
+    def __init__(self, description, link, flags=()):
         self.description = description
         self.link = link
+        self.flags = [*map(str, flags)]
+        self.output = Path(f"{link}.out")
         self.process = None
         self.plug_in()
 
     def plug_in(self):
-        self.process = subprocess.Popen([PROGRAM, "plc", str(self.description), "--quiet", "--link", str(self.link)],
-                                        stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL, stderr=subprocess.PIPE)
+        with open(self.output, "ab") as output:
+            self.process = subprocess.Popen([PROGRAM, "plc", str(self.description), "--link", str(self.link),
+                                             *self.flags],
+                                            stdin=subprocess.DEVNULL, stdout=output, stderr=subprocess.PIPE)
         deadline = time.monotonic() + PATIENCE
         while not self.link.is_symlink():
             if self.process.poll() is not None:
                 raise RuntimeError(self.process.stderr.read().decode())
             if time.monotonic() > deadline:
                 raise RuntimeError("the simulated line did not start")
+            time.sleep(0.02)
+
+    def said(self):
+        """What it has printed on standard output so far."""
+        return self.output.read_text(encoding="utf-8")
+
+    def wait_until_said(self, text, times=1):
+        deadline = time.monotonic() + PATIENCE
+        while self.said().count(text) < times:
+            if time.monotonic() > deadline:
+                raise AssertionError(f"{text!r} is not {times} times in:\n{self.said()}")
             time.sleep(0.02)
 
     def pull_out(self):
@@ -82,8 +111,11 @@ class ServiceTest(unittest.TestCase):
                             "LC_ALL": "C.UTF-8"}
         self.environment.pop("NO_COLOR", None)
 
-    def line(self, framing="Serial_RS232", model="Motorola", more=""):
-        """A line with one station that runs the program of the demonstration; @p more is of the station."""
+    def line(self, framing="Serial_RS232", model="Motorola", more="", flags=(), program=None, name="plc"):
+        """A line with one station that runs the program of the demonstration; @p more is of the station.
+
+        It has no pace of its own: a busy machine cannot tear its frames.
+        """
         file = self.folder / "line.toml"
         file.write_text(f"""framing = "{framing}"
 [[station]]
@@ -91,10 +123,14 @@ name = "press"
 model = "{model}"
 block_size = 1024
 file_piece_size = 512
-program = "{DEMO / "program-1.toml"}"
+program = "{program or DEMO / "program-1.toml"}"
 {more}
 """)
-        line = Line(file, self.folder / "plc")
+        return self.play(file, flags, name)
+
+    def play(self, description, flags=(), name="plc"):
+        """The line of a description, with flags of `velk plc`."""
+        line = Line(description, self.folder / name, flags)
         self.addCleanup(line.pull_out)
         return line
 
@@ -153,6 +189,27 @@ program = "{DEMO / "program-1.toml"}"
         output, complaints = process.communicate(timeout=PATIENCE)
         self.assertEqual(process.returncode, INTERRUPTED, output + complaints)
         return output, complaints
+
+    def assert_interrupted(self, child):
+        """Ctrl-C ends a program on a terminal soon, and leaves the terminal as it was."""
+        begun = time.monotonic()
+        child.sendintr()
+        self.assert_exit(child, INTERRUPTED)
+        self.assertLess(time.monotonic() - begun, 3, "it ends within a second, on a machine that is not busy")
+        self.assert_restored(child)
+
+    def assert_restored(self, child):
+        """The terminal gives lines and echoes, ends programs with Ctrl-C, and shows the cursor."""
+        modes = termios.tcgetattr(child.child_fd)
+        for place, flag in ((1, termios.OPOST), (3, termios.ICANON), (3, termios.ECHO), (3, termios.ISIG)):
+            self.assertTrue(modes[place] & flag, modes)
+        self.assertLessEqual(child.before.count("\x1b[?25l"), child.before.count("\x1b[?25h"))
+
+    def variables(self):
+        """A program of its own for tests that write, with one variable of each kind."""
+        file = self.folder / "variables.toml"
+        file.write_text(VARIABLES)
+        return file
 
 
 def main():

@@ -3,6 +3,7 @@
 import os
 
 from service import GOOD, INTERRUPTED, PORT, REFUSED, SILENT, USAGE, ServiceTest, main
+from troubles import Troubles
 
 STEPS = ["the port opens", "bytes come back", "the link check is answered", "the login is accepted",
          "the symbol file is there", "a variable is read"]
@@ -104,6 +105,62 @@ class Check(ServiceTest):
         done = self.run_velk(["check", "--scan", "--port", dead.port, "--timeout", "100"])
         self.assert_ends(done, SILENT)
         self.assertEqual(done.stdout, "")
+
+
+class CheckTroubles(Troubles, ServiceTest):
+    def say(self, port, *more):
+        return [each for each in self.words("check", port, *more) if each not in ("--repeat", "1")]
+
+    def test_the_right_speed_beside_the_wrong_one(self):
+        line = self.line(flags=["--baud", 9600])
+        done = self.run_velk(self.quick(line.link, "--baud", 19200))
+        self.assertIn("2. the line speed or the parity is not 19200 bit/s", done.stdout)
+
+    def test_quiet_says_nothing_beside_the_data(self):
+        done = self.run_velk(self.say(self.line().link, "-q"))
+        self.assert_ends(done, GOOD)
+        self.assertEqual(done.stderr, "")
+
+    def test_colours_only_when_they_are_wanted(self):
+        line = self.line()
+        child = self.type_velk(self.say(line.link))
+        self.assert_exit(child, GOOD)
+        self.assertIn("\x1b[32mgood", child.before)
+        self.environment["NO_COLOR"] = "1"
+        child = self.type_velk(self.say(line.link))
+        self.assert_exit(child, GOOD)
+        self.assertNotRegex(child.before, "\x1b\\[[0-9;]*m")
+        self.assertIn("good", child.before)
+
+
+class ScanTroubles(Troubles, ServiceTest):
+    wrong_speed = GOOD  # that is what it is for
+    refused = GOOD  # it is the line that is found
+
+    def say(self, port, *more):
+        return ["check", "--scan", "--port", str(port), "--block-size", "1024", *map(str, more)]
+
+    def quick(self, port, *more):
+        return self.say(port, "--timeout", 100, *more)
+
+    def test_trouble_garbage(self):
+        """All settings are tried, and none is answered."""
+        dead = self.dead_port()
+        process = self.start_velk(self.quick(dead.port))
+        self.wait_for_request(dead)
+        os.write(dead.master, b"\xf8\x00\x3c\x81")
+        output, complaints = process.communicate(timeout=60)
+        self.assertEqual(process.returncode, REFUSED, output + complaints)
+        self.assertIn("bytes came back with these", complaints)
+        self.assertEqual(output, "")
+
+    test_trouble_silent_line = None  # above
+
+    def test_trouble_line_at_another_speed(self):
+        line = self.line(flags=["--baud", 9600])
+        done = self.run_velk(self.say(line.link, "--timeout", 200, "--repeat", 5))
+        self.assert_ends(done, GOOD)
+        self.assertIn("baud = 9600", done.stdout)
 
 
 if __name__ == "__main__":

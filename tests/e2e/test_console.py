@@ -1,6 +1,7 @@
 """velk console."""
 
-from service import GOOD, INTERRUPTED, ITEM_NOT_GOOD, PORT, USAGE, ServiceTest, main
+from service import GOOD, INTERRUPTED, ITEM_NOT_GOOD, PORT, REFUSED, USAGE, ServiceTest, main
+from troubles import Troubles
 
 PROMPT = "velk> "
 
@@ -74,6 +75,41 @@ class Console(ServiceTest):
 
     def test_missing_port(self):
         self.assert_ends(self.run_velk(self.words("console", self.folder / "nowhere")), PORT)
+
+
+class ConsoleTroubles(Troubles, ServiceTest):
+    text = "read 0?PLC_PRG.Counter?M?0?int\n"
+
+    def say(self, port, *more):
+        return self.words("console", port, *more)
+
+    def test_trouble_ctrl_c_in_an_exchange(self):
+        dead = self.dead_port()
+        child = self.type_velk(self.say(dead.port, "--timeout", 20000))
+        child.expect(PROMPT)
+        child.send("read 0?X?M?0?int\r")
+        self.wait_for_request(dead)
+        self.assert_interrupted(child)
+
+    def test_a_write_and_what_is_wrong_with_others(self):
+        line = self.line()
+        done = self.run_velk(self.say(line.link, "-q"), "write 0?PLC_PRG.Counter?M?0?int 2a000000\n" + self.text)
+        self.assert_ends(done, GOOD)
+        self.assertEqual(done.stdout, "written ok\n2a000000\n")
+        done = self.run_velk(self.say(line.link, "-q"), "write 0?PLC_PRG.Counter?M?0?int 2a\nread\n")
+        self.assert_ends(done, ITEM_NOT_GOOD)
+        self.assertIn("error: incorrect length", done.stdout)
+
+    def test_a_refused_login_is_told(self):
+        line = self.line(flags=["--refuse-login"])
+        child = self.type_velk(self.say(line.link, "-q"))
+        child.expect(PROMPT)
+        child.send("read 0?X?M?0?int\r")
+        child.expect("refused the login")
+        child.expect(PROMPT)
+        child.send("exit\r")
+        self.assert_exit(child, REFUSED)
+        self.assert_restored(child)
 
 
 if __name__ == "__main__":

@@ -1,9 +1,12 @@
 """velk read."""
 
+import csv
+import io
 import json
 import os
 
 from service import GOOD, ITEM_NOT_GOOD, PORT, REFUSED, SILENT, USAGE, ServiceTest, main
+from troubles import Troubles
 
 
 class Read(ServiceTest):
@@ -65,6 +68,30 @@ class Read(ServiceTest):
         dead.pull_out()
         output, complaints = process.communicate(timeout=60)
         self.assertEqual(process.returncode, PORT, output + complaints)
+
+
+class ReadTroubles(Troubles, ServiceTest):
+    def say(self, port, *more):
+        return self.words("read", port, *more, "PLC_PRG.Counter")
+
+    def test_bad_quality_of_one_beside_a_good_one(self):
+        line = self.line(flags=["--bad-quality", "PLC_PRG.Counter"])
+        done = self.run_velk([*self.say(line.link), "PLC_PRG.Mode"])
+        self.assert_ends(done, ITEM_NOT_GOOD)
+        self.assertRegex(done.stdout, r"PLC_PRG\.Counter +DINT +- +failed: .*bad quality")
+        self.assertRegex(done.stdout, r"PLC_PRG\.Mode +BYTE +3 +good")
+
+    def test_a_pattern_that_finds_nothing(self):
+        done = self.run_velk([*self.say(self.line().link), "Nothing*"])
+        self.assert_ends(done, ITEM_NOT_GOOD)
+        self.assertIn("Nothing*", done.stderr)
+
+    def test_another_type_than_that_of_the_program(self):
+        done = self.run_velk(self.words("read", self.line().link, "-q", "--csv", "PLC_PRG.Counter:unsignedByte-4",
+                                        "PLC_PRG.Counter:int(swap4)"))
+        self.assert_ends(done, GOOD)
+        values = [row["value"] for row in csv.DictReader(io.StringIO(done.stdout))]
+        self.assertEqual(values, ["[0, 18, 214, 135]", str(int.from_bytes(b"\x87\xd6\x12\x00", "big", signed=True))])
 
 
 if __name__ == "__main__":

@@ -4,7 +4,8 @@ import csv
 import io
 import json
 
-from service import GOOD, ITEM_NOT_GOOD, PORT, SILENT, USAGE, ServiceTest, main
+from service import DEMO, GOOD, ITEM_NOT_GOOD, PORT, SILENT, USAGE, ServiceTest, main
+from troubles import Troubles
 
 
 class Symbols(ServiceTest):
@@ -67,6 +68,39 @@ class Symbols(ServiceTest):
         process = self.start_velk(self.words("symbols", dead.port, "--timeout", 20000))
         self.wait_for_request(dead)
         self.interrupt(process)
+
+
+class SymbolsTroubles(Troubles, ServiceTest):
+    def say(self, port, *more):
+        return self.words("symbols", port, *more)
+
+    def test_an_upload_that_is_interrupted_leaves_no_half_file(self):
+        line = self.line(flags=["--baud", 2400])
+        child = self.type_velk(self.say(line.link, "--baud", 2400, "--storage", self.folder / "kept"))
+        child.expect("bytes")
+        self.assert_interrupted(child)
+        line.pull_out()
+        done = self.run_velk(self.say(line.link, "--storage", self.folder / "kept", "--stored"))
+        self.assertNotEqual(done.returncode, GOOD)
+
+    def test_progress_only_on_a_terminal(self):
+        line = self.line()
+        child = self.type_velk(self.say(line.link))
+        self.assert_exit(child, GOOD)
+        self.assertIn("\r\x1b[K", child.before)
+        done = self.run_velk(self.say(line.link, "--fetch"))
+        self.assertNotIn("\r", done.stderr)
+
+    def test_a_program_that_was_replaced_is_fetched_again(self):
+        line = self.line(flags=["--replace-program", f"1s:{DEMO / 'program-2.toml'}"])
+        before = self.run_velk(self.say(line.link))
+        self.assert_ends(before, GOOD)
+        line.wait_until_said("program changed")
+        after = self.run_velk(self.say(line.link))
+        self.assert_ends(after, GOOD)
+        self.assertIn("PLC_PRG.Trim", before.stdout)
+        self.assertNotIn("PLC_PRG.Trim", after.stdout)
+        self.assertIn("PLC_PRG.Forgotten", after.stdout)
 
 
 if __name__ == "__main__":

@@ -1,0 +1,151 @@
+"""velk completions, help and --version."""
+
+import shutil
+import subprocess
+import unittest
+from pathlib import Path
+
+from service import GOOD, PROGRAM, USAGE, ServiceTest, main
+
+ASK = r"""
+source "$1"
+shift
+COMP_WORDS=("$@")
+COMP_CWORD=$((${#COMP_WORDS[@]} - 1))
+COMP_LINE="${COMP_WORDS[*]}"
+COMP_POINT=${#COMP_LINE}
+function=$(complete -p velk | sed 's/.* -F \([^ ]*\).*/\1/')
+"$function" velk "${COMP_WORDS[COMP_CWORD]}" "${COMP_WORDS[COMP_CWORD-1]}"
+printf '%s\n' "${COMPREPLY[@]}"
+"""
+
+
+class Completions(ServiceTest):
+    def script(self, shell):
+        done = self.run_velk(["completions", shell])
+        self.assert_ends(done, GOOD)
+        self.assertEqual(done.stderr, "")
+        file = self.folder / f"velk.{shell}"
+        file.write_text(done.stdout, encoding="utf-8")
+        return file
+
+    def complete(self, *words):
+        """What a real bash offers for the last one of these words."""
+        script = self.folder / "velk.bash"
+        script = script if script.exists() else self.script("bash")
+        done = subprocess.run(["bash", "--norc", "-c", ASK, "bash", script, "velk", *words], cwd=self.folder,
+                              capture_output=True, text=True, timeout=60, check=True,
+                              env={**self.environment, "PATH": f"{Path(PROGRAM).parent}:{self.environment['PATH']}"})
+        self.assertEqual(done.stderr, "")
+        return {word.rstrip() for word in done.stdout.splitlines() if word}
+
+    def test_commands(self):
+        self.assertEqual(self.complete("c"), {"check", "console", "config", "completions"})
+        everything = self.complete("")
+        self.assertTrue({"ports", "init", "check", "symbols", "read", "write", "watch", "console", "trace", "plc",
+                         "config", "completions", "help"} <= everything, everything)
+
+    def test_commands_of_commands(self):
+        self.assertEqual(self.complete("config", ""), {"check", "show"})
+
+    def test_flags(self):
+        self.assertEqual(self.complete("read", "--ba"), {"--baud"})
+        self.assertEqual(self.complete("plc", "--re"), {"--refuse-login", "--replace-program", "--restart"})
+        self.assertIn("--every", self.complete("watch", "--"))
+        self.assertNotIn("--every", self.complete("read", "--"))
+
+    def test_values_of_flags(self):
+        self.assertEqual(self.complete("check", "--parity", ""), {"none", "even", "odd", "mark"})
+        self.assertEqual(self.complete("check", "--byte-order", "b"), {"big"})
+        self.assertEqual(self.complete("completions", ""), {"bash", "zsh", "fish"})
+
+    def test_files_and_folders(self):
+        (self.folder / "plant.toml").touch()
+        self.assertIn("plant.toml", self.complete("config", "check", "pl"))
+        self.assertIn("plant.toml", self.complete("read", "--file", "pl"))
+
+    def test_behind_a_trace(self):
+        self.assertIn("read", self.complete("trace", "--", "re"))
+
+    def test_typed_on_a_terminal(self):
+        """Tab after a part of a word, as a person would."""
+        script = self.script("bash")
+        import pexpect  # checked for by service
+        shell = pexpect.spawn("bash", ["--norc", "--noprofile"], cwd=str(self.folder), timeout=60, encoding="utf-8",
+                              env={**self.environment, "PS1": "$ "})
+        self.addCleanup(shell.close, True)
+        shell.expect_exact("$ ")
+        shell.sendline(f"source {script}; velk() {{ echo \"ran:$*:\"; }}; echo read''y")
+        shell.expect("ready\r\n")
+        shell.send("velk symb\t--byte-o\tlit\t\r")
+        shell.expect("ran:symbols --byte-order little")
+
+    @unittest.skipUnless(shutil.which("zsh"), "zsh is missing")
+    def test_zsh_takes_its_script(self):
+        script = self.script("zsh")
+        subprocess.run(["zsh", "-f", "-n", script], check=True, timeout=60)
+        script.rename(self.folder / "_velk")  # where zsh looks for it
+        done = subprocess.run(["zsh", "-f", "-c", f"fpath=({self.folder} $fpath); autoload -Uz compinit; "
+                               f"compinit -u -d {self.folder}/dump; print -r -- ${{_comps[velk]}}"],
+                              capture_output=True, text=True, timeout=60, check=True)
+        self.assertEqual(done.stdout.strip(), "_velk", done.stderr)
+
+    @unittest.skipUnless(shutil.which("fish"), "fish is missing")
+    def test_fish_completes(self):
+        script = self.script("fish")
+        subprocess.run(["fish", "--no-execute", script], check=True, timeout=60)
+        done = subprocess.run(["fish", "--no-config", "-c", f"source {script}; complete -C 'velk conf'; "
+                               "complete -C 'velk check --par'; complete -C 'velk check --parity o'"],
+                              capture_output=True, text=True, timeout=60, check=True,
+                              env={**self.environment, "HOME": str(self.folder)})
+        words = {line.split("\t")[0] for line in done.stdout.splitlines()}
+        self.assertEqual(words, {"config", "--parity", "odd"}, done.stderr)
+
+    def test_wrong_usage(self):
+        for words in (["completions"], ["completions", "tcsh"], ["completions", "bash", "zsh"]):
+            done = self.run_velk(words)
+            self.assert_ends(done, USAGE)
+            self.assertEqual(done.stdout, "")
+
+
+class Help(ServiceTest):
+    def test_version(self):
+        done = self.run_velk(["--version"])
+        self.assert_ends(done, GOOD)
+        self.assertRegex(done.stdout, r"velk \d+\.\d+\.\d+")
+        self.assertEqual(done.stderr, "")
+        self.assertEqual(self.run_velk(["-V"]).stdout, done.stdout)
+
+    def test_help_in_all_its_ways_is_the_same(self):
+        whole = self.run_velk(["help"])
+        self.assert_ends(whole, GOOD)
+        self.assertEqual(whole.stderr, "")
+        for words in (["--help"], ["-h"]):
+            self.assertEqual(self.run_velk(words).stdout, whole.stdout)
+
+    def test_help_for_each_command(self):
+        commands = [line.split()[0] for line in self.run_velk(["help"]).stdout.split("Commands:\n")[1].split(
+            "\n\n")[0].splitlines() if line.startswith("  ") and line[2] != " "]
+        self.assertGreaterEqual(len(commands), 13)
+        for command in commands:
+            done = self.run_velk(["help", command])
+            self.assert_ends(done, GOOD)
+            self.assertTrue(done.stdout.startswith(f"Usage: velk {command}"), done.stdout)
+            self.assertEqual(self.run_velk([command, "--help"]).stdout, done.stdout)
+            for line in done.stdout.splitlines():
+                self.assertLessEqual(len(line), 80, line)
+
+    def test_help_names_what_a_flag_takes(self):
+        self.assertIn("--replace-program TIME[:FILE]\n", self.run_velk(["help", "plc"]).stdout)
+
+    def test_wrong_usage(self):
+        for words, reason in (([], "what is to be done"), (["help", "nonsense"], "nonsense"), (["nonsense"], "nonsense"),
+                              (["--nonsense"], "--nonsense")):
+            done = self.run_velk(words)
+            self.assert_ends(done, USAGE)
+            self.assertIn(reason, done.stderr)
+            self.assertEqual(done.stdout, "")
+
+
+if __name__ == "__main__":
+    main()
