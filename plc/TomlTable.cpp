@@ -1,20 +1,43 @@
 #include "plc/TomlTable.h"
 
+#include "plc/Descriptor.h"
 #include "plc/Text.h"
 
 #include <array>
 #include <cerrno>
-#include <cstdio>
 #include <cstring>
-#include <memory>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 namespace plc {
 
 namespace {
 
-struct FileCloser {
-    void operator()(std::FILE* file) const { static_cast<void>(std::fclose(file)); }
-};
+constexpr std::size_t kMostBytes = 16U * 1024 * 1024;
+
+void checkKind(std::string const& file, mode_t mode) {
+    if (S_ISDIR(mode)) {
+        throw FileError(file, 0, std::strerror(EISDIR));
+    }
+    if (!S_ISREG(mode) && !S_ISFIFO(mode)) {
+        throw FileError(file, 0, "is neither a file nor a pipe");
+    }
+}
+
+/// Looks before it opens: to open a device may already do something to it.
+int openFile(std::string const& file) {
+    struct stat status {};
+    if (::stat(file.c_str(), &status) != 0) {
+        throw FileError(file, 0, std::strerror(errno));
+    }
+    checkKind(file, status.st_mode);
+    int const opened = ::open(file.c_str(), O_RDONLY | O_NOCTTY | O_CLOEXEC);
+    if (opened < 0) {
+        throw FileError(file, 0, std::strerror(errno));
+    }
+    return opened;
+}
 
 } // namespace
 
@@ -28,20 +51,22 @@ toml::table parseToml(std::string_view text, std::string_view name) {
 }
 
 std::string readWholeFile(std::string const& file) {
-    std::unique_ptr<std::FILE, FileCloser> const opened(std::fopen(file.c_str(), "rb"));
-    if (!opened) {
-        throw FileError(file, 0, std::strerror(errno));
-    }
+    Descriptor const opened(openFile(file), file);
     std::string text;
-    for (std::size_t count = 1; count != 0;) {
-        std::array<char, 4096> piece{};
-        count = std::fread(piece.data(), 1, piece.size(), opened.get());
-        text.append(piece.data(), count);
+    std::array<char, 65'536> piece{};
+    while (true) {
+        ssize_t const count = ::read(opened.get(), piece.data(), piece.size());
+        if (count < 0) {
+            throw FileError(file, 0, std::strerror(errno));
+        }
+        if (count == 0) {
+            return text;
+        }
+        text.append(piece.data(), static_cast<std::size_t>(count));
+        if (text.size() > kMostBytes) {
+            throw FileError(file, 0, "is larger than 16 MiB: too large for a description");
+        }
     }
-    if (std::ferror(opened.get()) != 0) {
-        throw FileError(file, 0, std::strerror(errno));
-    }
-    return text;
 }
 
 std::optional<std::int64_t> TomlTable::number(std::string_view key, std::int64_t low, std::int64_t high) {

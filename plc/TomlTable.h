@@ -15,7 +15,8 @@ namespace plc {
 
 /// The whole of a description file. FileErrors for a text that is no TOML.
 [[nodiscard]] toml::table parseToml(std::string_view text, std::string_view name);
-/// The content of a file, FileError when it cannot be read.
+/// The content of a file or of what comes through a pipe, up to 16 MiB. FileError when there is more, when it cannot be
+/// read, or for what is neither: a device may have no end.
 [[nodiscard]] std::string readWholeFile(std::string const& file);
 
 /// One table of a description file, read key by key. Every complaint is a FileError with its line.

@@ -7,6 +7,8 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <sys/stat.h>
+#include <thread>
 
 namespace {
 
@@ -260,6 +262,15 @@ protected:
 
     void write(std::string const& name, std::string_view text) const { std::ofstream(folder / name) << text; }
 
+    [[nodiscard]] static std::string complaintAbout(std::filesystem::path const& line) {
+        try {
+            static_cast<void>(plc::readLineFile(line));
+            return "";
+        } catch (plc::FileError const& fault) {
+            return fault.what();
+        }
+    }
+
     std::filesystem::path folder;
 };
 
@@ -289,7 +300,31 @@ TEST_F(InFolder, AMissingFileIsSaidToBeMissing) {
     } catch (plc::FileError const& fault) {
         EXPECT_EQ(fault.what(), (folder / "none.toml").string() + ": No such file or directory");
     }
-    EXPECT_THROW(static_cast<void>(plc::readProgramFile(folder)), plc::FileError);
+}
+
+TEST_F(InFolder, WhatMayHaveNoEndIsNotRead) {
+    EXPECT_EQ(complaintAbout("/dev/zero"), "/dev/zero: is neither a file nor a pipe");
+    EXPECT_EQ(complaintAbout(folder), folder.string() + ": Is a directory");
+    write("line.toml", "framing = 'Serial_RS232'\n[[station]]\nprogram = '/dev/zero'");
+    EXPECT_EQ(complaintAbout(folder / "line.toml"), "/dev/zero: is neither a file nor a pipe");
+}
+
+TEST_F(InFolder, ALargeFileIsNoDescription) {
+    std::string text(16 * 1024 * 1024, '\n');
+    text.replace(0, 26, "framing = 'Serial_RS232' #");
+    text.replace(text.size() - 12, 12, "\n[[station]]");
+    write("line.toml", text);
+    EXPECT_EQ(complaintAbout(folder / "line.toml"), "");
+    write("line.toml", text + "\n");
+    EXPECT_EQ(complaintAbout(folder / "line.toml"),
+              (folder / "line.toml").string() + ": is larger than 16 MiB: too large for a description");
+}
+
+TEST_F(InFolder, ADescriptionMayComeThroughAPipe) {
+    std::filesystem::path const pipe = folder / "pipe";
+    ASSERT_EQ(::mkfifo(pipe.c_str(), 0600), 0);
+    std::jthread const writer([&] { write("pipe", "project_id = 77"); });
+    EXPECT_EQ(plc::readProgramFile(pipe).projectId, 77U);
 }
 
 } // namespace
