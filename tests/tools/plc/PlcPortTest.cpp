@@ -23,17 +23,29 @@ protected:
     }
     ~PlcPorts() override { std::filesystem::remove_all(folder); }
 
-    [[nodiscard]] velk::ExitCode codeOf(PlcOptions const& asked) const {
+    [[nodiscard]] velk::ExitCode codeOf(PlcOptions const& asked) {
         try {
             PlcPort const port(asked, {.baud = 9'600});
             return velk::ExitCode::Good;
         } catch (velk::CommandError const& error) {
+            complaint = error.what();
             return error.code();
         }
     }
 
+    /** Whether a link to @p target is complained about and stays. */
+    void expectToStay(std::filesystem::path const& target, std::string const& why) {
+        std::filesystem::path const link = folder / "plc";
+        std::filesystem::create_symlink(target, link);
+        options.link = link.string();
+        EXPECT_EQ(codeOf(options), velk::ExitCode::Usage);
+        EXPECT_EQ(complaint, "the link " + link.string() + " cannot be made: " + why);
+        EXPECT_EQ(std::filesystem::read_symlink(link), target);
+    }
+
     std::filesystem::path folder;
     PlcOptions options;
+    std::string complaint;
 };
 
 TEST_F(PlcPorts, APseudoTerminalHasTheSpeedOfTheLine) {
@@ -63,6 +75,33 @@ TEST_F(PlcPorts, ALinkThatWasLeftBehindMakesRoom) {
     EXPECT_EQ(std::filesystem::read_symlink(link), port.name());
 }
 
+TEST_F(PlcPorts, ALinkToNothingMakesRoom) {
+    std::filesystem::path const link = folder / "plc";
+    std::filesystem::create_symlink("nowhere", link);
+    options.link = link.string();
+    PlcPort const port(options, {});
+    EXPECT_EQ(std::filesystem::read_symlink(link), port.name());
+}
+
+TEST_F(PlcPorts, ALinkToAPseudoTerminalThatIsThereStays) {
+    plc::PseudoTerminal const other;
+    expectToStay(other.slaveName(), "there is a link of that name to " + other.slaveName() +
+                                        ", which is in use, by another simulated PLC perhaps");
+}
+
+TEST_F(PlcPorts, ALinkToAFileStays) {
+    std::ofstream(folder / "file") << "mine";
+    expectToStay("file", "there is a link of that name to file, which is there");
+}
+
+TEST_F(PlcPorts, ALinkToItselfStays) {
+    expectToStay("plc", "there is a link of that name to plc, which cannot be looked at");
+}
+
+TEST_F(PlcPorts, ALinkToAFolderStays) {
+    expectToStay(folder, "there is a link of that name to " + folder.string() + ", which is there");
+}
+
 TEST_F(PlcPorts, ALinkThatSomebodyElseMadeAnewStays) {
     std::filesystem::path const link = folder / "plc";
     options.link = link.string();
@@ -79,6 +118,7 @@ TEST_F(PlcPorts, AFileInTheWayStaysAndIsComplainedAbout) {
     std::ofstream(file) << "mine";
     options.link = file.string();
     EXPECT_EQ(codeOf(options), velk::ExitCode::Usage);
+    EXPECT_EQ(complaint, "the link " + file.string() + " cannot be made: there is a file of that name");
     EXPECT_TRUE(std::filesystem::is_regular_file(file));
 }
 

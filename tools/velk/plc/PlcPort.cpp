@@ -53,6 +53,47 @@ void applySettings(int descriptor, std::string const& path, plc::LineSpeed const
     ::tcflush(descriptor, TCIOFLUSH); // what came in at other settings is noise
 }
 
+[[noreturn]] void refuseLink(std::string const& path, std::string const& why) {
+    throw CommandError(ExitCode::Usage, fmt::format("the link {} cannot be made: {}", path, why));
+}
+
+/** A pseudo-terminal that has gone away takes its name along, and something else may have come to be there. */
+bool isLeftBehind(std::filesystem::path const& target, std::filesystem::file_type there) {
+    return there == std::filesystem::file_type::not_found ||
+           (target.parent_path() == "/dev/pts" && there != std::filesystem::file_type::character);
+}
+
+char const* stateOf(std::filesystem::file_type there) {
+    switch (there) {
+    case std::filesystem::file_type::character:
+        return "which is in use, by another simulated PLC perhaps";
+    case std::filesystem::file_type::none:
+        return "which cannot be looked at";
+    default:
+        return "which is there";
+    }
+}
+
+/** A link that an earlier run left behind makes room; anything else stays. */
+void makeRoom(std::string const& path) {
+    namespace fs = std::filesystem;
+    std::error_code error;
+    fs::file_type const kind = fs::symlink_status(path, error).type();
+    if (kind == fs::file_type::directory || kind == fs::file_type::regular) {
+        refuseLink(path, kind == fs::file_type::directory ? "there is a folder of that name"
+                                                          : "there is a file of that name");
+    }
+    if (kind != fs::file_type::symlink) {
+        return; // nothing, or something that the system has a word for
+    }
+    fs::path const target = fs::read_symlink(path, error);
+    fs::file_type const there = fs::status(path, error).type();
+    if (!isLeftBehind(target, there)) {
+        refuseLink(path, fmt::format("there is a link of that name to {}, {}", target.string(), stateOf(there)));
+    }
+    fs::remove(path, error);
+}
+
 } // namespace
 
 PlcPort::PlcPort(PlcOptions const& options, plc::LineSpeed const& speed) {
@@ -112,15 +153,12 @@ void PlcPort::openSerial(std::string const& port, plc::LineSpeed const& speed, b
     name_ = *path;
 }
 
-/** A link that an earlier run left behind makes room; anything else stays. */
 void PlcPort::makeLink(std::string const& path) {
+    makeRoom(path);
     std::error_code error;
-    if (std::filesystem::is_symlink(path, error)) {
-        std::filesystem::remove(path, error);
-    }
     std::filesystem::create_symlink(name_, path, error);
     if (error) {
-        throw CommandError(ExitCode::Usage, fmt::format("the link {} cannot be made: {}", path, error.message()));
+        refuseLink(path, error.message());
     }
     link_ = path;
 }
