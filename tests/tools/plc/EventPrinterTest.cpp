@@ -2,14 +2,13 @@
 
 #include <gtest/gtest.h>
 
-#include <stdexcept>
-
 namespace {
 
 using namespace std::chrono_literals;
 using plc::Cause;
 using velk::simulation::eventJson;
 using velk::simulation::EventPrinter;
+using velk::simulation::EventQueue;
 using velk::simulation::EventStyle;
 using velk::simulation::eventText;
 
@@ -55,40 +54,32 @@ TEST(PlcEvents, AreCountedAtTheEnd) {
               R"("garbage":2},"complaints":2})");
 }
 
-TEST(PlcEventPrinter, LeavesFinishedExchangesOutUnlessTheyAreWanted) {
+TEST(PlcEvents, ThatNobodyReadAreCounted) {
+    EXPECT_EQ(velk::simulation::leftOutText(1'234, 2'500ms),
+              "       2.500  left out: 1,234 events that nobody read in time");
+    EXPECT_EQ(velk::simulation::leftOutJson(1, 2'500ms), R"({"time":2.5,"event":"left out","count":1})");
+}
+
+/** A printer and what it has printed. */
+class PlcEventPrinter : public testing::Test {
+protected:
+    EventQueue queue{10'000, [](std::size_t /*count*/, plc::Micros /*time*/) { return ""; }};
+};
+
+TEST_F(PlcEventPrinter, LeavesFinishedExchangesOutUnlessTheyAreWanted) {
     for (bool const wanted : {false, true}) {
-        std::string printed;
-        EventPrinter printer(
-            EventStyle::Text, wanted, kStations, [&](std::string_view line) { printed += line; }, [] {});
+        EventPrinter printer(EventStyle::Text, wanted, kStations, queue);
         printer.onEvent({.station = 0, .cause = Cause::kExchangeDone, .text = "x"});
-        EXPECT_EQ(!printed.empty(), wanted);
+        EXPECT_EQ(!queue.take().empty(), wanted);
         printer.onEvent({.station = 0, .cause = Cause::kLoggedIn, .text = "x"});
-        EXPECT_NE(printed.find("logged in: x\n"), std::string::npos);
+        EXPECT_EQ(queue.take(), "       0.000  press  logged in: x\n");
     }
 }
 
-TEST(PlcEventPrinter, PrintsNothingWhenItIsToldSo) {
-    EventPrinter printer(
-        EventStyle::None, true, kStations, [](std::string_view line) { ADD_FAILURE() << line; }, [] {});
+TEST_F(PlcEventPrinter, PrintsNothingWhenItIsToldSo) {
+    EventPrinter printer(EventStyle::None, true, kStations, queue);
     printer.onEvent({.station = 0, .cause = Cause::kLoggedIn, .text = "x"});
-    printer.check();
-}
-
-TEST(PlcEventPrinter, KeepsWhatPrintingThrewAndSaysSo) {
-    int prints = 0;
-    int failures = 0;
-    EventPrinter printer(
-        EventStyle::Json, false, kStations,
-        [&](std::string_view /*line*/) {
-            ++prints;
-            throw std::runtime_error("broken pipe");
-        },
-        [&] { ++failures; });
-    printer.onEvent({.station = 0, .cause = Cause::kLoggedIn, .text = "x"});
-    printer.onEvent({.station = 0, .cause = Cause::kLoggedOut, .text = "x"});
-    EXPECT_EQ(prints, 1);
-    EXPECT_EQ(failures, 1);
-    EXPECT_THROW(printer.check(), std::runtime_error);
+    EXPECT_EQ(queue.take(), "");
 }
 
 } // namespace

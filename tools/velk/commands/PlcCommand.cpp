@@ -8,30 +8,45 @@
 #include "tools/velk/Interrupt.h"
 #include "tools/velk/Interval.h"
 #include "tools/velk/Terminal.h"
+#include "tools/velk/Text.h"
 #include "tools/velk/plc/EventPrinter.h"
+#include "tools/velk/plc/EventQueue.h"
 #include "tools/velk/plc/PlcPort.h"
 #include "tools/velk/plc/PlcService.h"
 #include "tools/velk/plc/SimulatedLine.h"
+#include "tools/velk/plc/StreamWriter.h"
 
 #include <fmt/format.h>
 #include <nlohmann/json.hpp>
 
 #include <algorithm>
+#include <array>
 #include <csignal>
 #include <limits>
 #include <memory>
 #include <optional>
+#include <poll.h>
+#include <unistd.h>
 #include <utility>
 
 namespace velk {
 namespace {
 
 using simulation::EventPrinter;
+using simulation::EventQueue;
 using simulation::EventStyle;
 using simulation::Happening;
 using simulation::Plan;
 using simulation::PlcPort;
 using simulation::PlcService;
+using simulation::StreamWriter;
+
+/** Events that wait for a reader; beyond them they are left out. */
+constexpr std::size_t kMostWaitingBytes = 1'048'576;
+
+/** For a reader that has stopped reading, or is slow, when the end has come. */
+constexpr StreamWriter::Patience kPatience{.standstill = std::chrono::milliseconds(500),
+                                           .altogether = std::chrono::seconds(10)};
 
 EventStyle styleOf(PlcOptions const& options) {
     if (options.quiet) {
@@ -55,17 +70,27 @@ plc::WireLikeness wireLikeness(Plan const& plan, PlcPort const& port) {
     return {.bytesPerSecond = plan.line.bytesPerSecond, .baud = plan.line.speed.baud};
 }
 
-void announce(Plan const& plan, PlcPort const& port, PlcOptions const& options, Context& context) {
+EventQueue::LeftOut leftOut(EventStyle style) {
+    return [style](std::size_t count, plc::Micros time) {
+        return (style == EventStyle::Json ? simulation::leftOutJson(count, time)
+                                          : simulation::leftOutText(count, time)) +
+               "\n";
+    };
+}
+
+void announce(Plan const& plan, PlcPort const& port, PlcOptions const& options, Context& context,
+              StreamWriter& output) {
     for (std::string const& line : simulation::planText(plan, options)) {
         context.terminal.note(context.terminal.colouredError(Colour::Dim, line));
     }
     std::string const where = options.link.value_or(port.name());
     context.terminal.note(fmt::format("Playing on {}. End it with Ctrl-C.", where));
     if (options.json) {
-        context.terminal.out(nlohmann::ordered_json{{"event", "port"}, {"name", port.name()}}.dump() + "\n");
+        output.put(nlohmann::ordered_json{{"event", "port"}, {"name", port.name()}}.dump() + "\n");
     } else {
-        context.terminal.out(port.name() + "\n");
+        output.put(port.name() + "\n");
     }
+    output.write();
 }
 
 void carryOut(Happening const& happening, plc::Line& line) {
@@ -77,15 +102,15 @@ void carryOut(Happening const& happening, plc::Line& line) {
     }
 }
 
-/** Has everything happen at its time, until the user wants the end, the time is over or the service is. */
+/** Has everything happen at its time and prints, until the user wants the end, the time is over or the service is. */
 class Play {
 public:
-    Play(Plan const& plan, PlcOptions const& options, Context& context)
-        : plan_(plan), context_(context), begun_(context.clock.microseconds()),
+    Play(Plan const& plan, PlcOptions const& options, Context& context, EventQueue& events, StreamWriter& output)
+        : plan_(plan), context_(context), events_(events), output_(output), begun_(context.clock.microseconds()),
           end_(options.forMicroseconds > 0 ? options.forMicroseconds : kNever) {}
 
     void run(plc::FdServer& server, PlcService const& service) {
-        while (context_.interrupt.waitForInput(service.endDescriptor(), untilNext()) && !service.isOver()) {
+        while (wait(service) && !service.isOver()) {
             while (next_ < plan_.happenings.size() && plan_.happenings[next_].at.count() <= now()) {
                 Happening const& happening = plan_.happenings[next_++];
                 server.locked([&](plc::Line& line) { carryOut(happening, line); });
@@ -93,6 +118,7 @@ public:
             if (now() >= end_) {
                 return;
             }
+            print();
         }
     }
 
@@ -100,6 +126,25 @@ public:
 
 private:
     static constexpr std::int64_t kNever = std::numeric_limits<std::int64_t>::max();
+
+    /** Waits until there is something to do. False as soon as the user wants the end. */
+    bool wait(PlcService const& service) {
+        constexpr std::int64_t kMicrosPerMilli = 1000;
+        pollfd const printing =
+            output_.isPending() ? pollfd{output_.descriptor(), POLLOUT, 0} : pollfd{events_.descriptor(), POLLIN, 0};
+        std::array<pollfd, 3> waiting{
+            {{context_.interrupt.descriptor(), POLLIN, 0}, {service.endDescriptor(), POLLIN, 0}, printing}};
+        ::poll(waiting.data(), waiting.size(), static_cast<int>((untilNext() + kMicrosPerMilli - 1) / kMicrosPerMilli));
+        return !context_.interrupt.requested();
+    }
+
+    /** What the last events left over first: so nobody has to remember more than the queue holds. */
+    void print() {
+        if (!output_.isPending()) {
+            output_.put(events_.take());
+        }
+        output_.write();
+    }
 
     [[nodiscard]] std::int64_t untilNext() const {
         constexpr std::int64_t kLong = 3'600'000'000;
@@ -112,20 +157,33 @@ private:
 
     Plan const& plan_;
     Context& context_;
+    EventQueue& events_;
+    StreamWriter& output_;
     std::int64_t begun_;
     std::int64_t end_;
     std::size_t next_ = 0;
 };
 
-void tellEnd(plc::Line const& line, std::int64_t time, PlcOptions const& options, Context& context) {
+std::string endLine(plc::Line const& line, std::int64_t time, PlcOptions const& options) {
     plc::Micros const lasted(time);
     switch (styleOf(options)) {
     case EventStyle::Json:
-        return context.terminal.out(simulation::endJson(line.counters(), lasted) + "\n");
+        return simulation::endJson(line.counters(), lasted) + "\n";
     case EventStyle::Text:
-        return context.terminal.out(simulation::endText(line.counters(), lasted) + "\n");
+        return simulation::endText(line.counters(), lasted) + "\n";
     case EventStyle::None:
-        return;
+        break;
+    }
+    return "";
+}
+
+/** A reader that has stopped reading does not keep the program, nor does one of standard error. */
+void printRest(StreamWriter& output, Context& context) {
+    std::size_t const left = output.finish(kPatience);
+    pollfd error{STDERR_FILENO, POLLOUT, 0};
+    if (left > 0 && ::poll(&error, 1, 0) == 1) {
+        context.terminal.note(fmt::format("Nobody read standard output: {} left out at the end.",
+                                          counted(left, "line was", "lines were")));
     }
 }
 
@@ -221,27 +279,20 @@ ExitCode runPlc(PlcOptions const& options, Context& context) {
     context.terminal.setQuiet(options.quiet);
     std::signal(SIGPIPE, SIG_IGN); // a reader that goes away must not leave the link behind
     Plan const plan = simulation::makePlan(options);
-    PlcService* printing = nullptr;
-    EventPrinter printer(
-        styleOf(options), options.verbose, stationNames(plan),
-        [&context](std::string_view line) { context.terminal.out(line); },
-        [&printing] {
-            if (printing != nullptr) {
-                printing->endSoon();
-            }
-        });
+    EventQueue events(kMostWaitingBytes, leftOut(styleOf(options)));
+    EventPrinter printer(styleOf(options), options.verbose, stationNames(plan), events);
     plc::Line line(plan.line, &printer);
+    StreamWriter output(STDOUT_FILENO);
     PlcPort const port(options, plan.line.speed);
-    announce(plan, port, options, context);
+    announce(plan, port, options, context, output);
     plc::FdServer server(line, port.descriptor(), wireLikeness(plan, port));
     PlcService service(server);
-    printing = &service;
     service.start();
-    Play play(plan, options, context);
+    Play play(plan, options, context, events, output);
     play.run(server, service);
     plc::FdServer::End const end = service.finish();
-    printer.check();
-    tellEnd(line, play.now(), options, context);
+    output.put(events.take() + endLine(line, play.now(), options));
+    printRest(output, context);
     if (end == plc::FdServer::End::kPortGone) {
         throw CommandError(ExitCode::Port, "the port " + port.name() + " has gone away");
     }

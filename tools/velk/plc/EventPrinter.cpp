@@ -7,7 +7,6 @@
 
 #include <algorithm>
 #include <array>
-#include <exception>
 #include <utility>
 
 namespace velk::simulation {
@@ -52,6 +51,15 @@ std::string eventJson(plc::LineEvent const& event, std::vector<std::string> cons
     return json.dump();
 }
 
+std::string leftOutText(std::size_t count, plc::Micros time) {
+    return fmt::format("{:12.3f}  left out: {} that nobody read in time", seconds(time),
+                       counted(count, "event", "events"));
+}
+
+std::string leftOutJson(std::size_t count, plc::Micros time) {
+    return Json{{"time", seconds(time)}, {"event", "left out"}, {"count", count}}.dump();
+}
+
 std::string endText(plc::EventCounters const& counters, plc::Micros time) {
     std::string text = fmt::format("{:12.3f}  end: {}, {}, {}", seconds(time),
                                    counted(counters.of(Cause::kExchangeDone), "exchange", "exchanges"),
@@ -79,27 +87,15 @@ std::string endJson(plc::EventCounters const& counters, plc::Micros time) {
         .dump();
 }
 
-EventPrinter::EventPrinter(EventStyle style, bool exchanges, std::vector<std::string> stations, Print print,
-                           Failed failed)
-    : style_(style), exchanges_(exchanges), stations_(std::move(stations)), print_(std::move(print)),
-      failed_(std::move(failed)) {}
+EventPrinter::EventPrinter(EventStyle style, bool exchanges, std::vector<std::string> stations, EventQueue& queue)
+    : style_(style), exchanges_(exchanges), stations_(std::move(stations)), queue_(queue) {}
 
 void EventPrinter::onEvent(plc::LineEvent const& event) {
-    if (style_ == EventStyle::None || problem_ || (event.cause == Cause::kExchangeDone && !exchanges_)) {
+    if (style_ == EventStyle::None || (event.cause == Cause::kExchangeDone && !exchanges_)) {
         return;
     }
-    try {
-        print_((style_ == EventStyle::Json ? eventJson(event, stations_) : eventText(event, stations_)) + "\n");
-    } catch (...) {
-        problem_ = std::current_exception();
-        failed_();
-    }
-}
-
-void EventPrinter::check() const {
-    if (problem_) {
-        std::rethrow_exception(problem_);
-    }
+    queue_.put((style_ == EventStyle::Json ? eventJson(event, stations_) : eventText(event, stations_)) + "\n",
+               event.time);
 }
 
 } // namespace velk::simulation

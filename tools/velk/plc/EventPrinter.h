@@ -1,11 +1,10 @@
 #pragma once
 
 #include "plc/LineObserver.h"
+#include "tools/velk/plc/EventQueue.h"
 
-#include <exception>
-#include <functional>
+#include <cstddef>
 #include <string>
-#include <string_view>
 #include <vector>
 
 namespace velk::simulation {
@@ -18,34 +17,27 @@ std::string eventText(plc::LineEvent const& event, std::vector<std::string> cons
 /** The same as a JSON object on a line of its own. */
 std::string eventJson(plc::LineEvent const& event, std::vector<std::string> const& stations);
 
+/** In place of events that nobody read in time. */
+std::string leftOutText(std::size_t count, plc::Micros time);
+std::string leftOutJson(std::size_t count, plc::Micros time);
+
 /** What was counted until the end. */
 std::string endText(plc::EventCounters const& counters, plc::Micros time);
 std::string endJson(plc::EventCounters const& counters, plc::Micros time);
 
-/** Prints what the stations are asked, a line an event. Finished exchanges are left out unless they are wanted. */
+/** Has what the stations are asked printed, a line an event, but finished exchanges only when they are wanted. */
 class EventPrinter final : public plc::LineObserver {
 public:
-    using Print = std::function<void(std::string_view)>;
-    using Failed = std::function<void()>;
-
-    /**
-     * @param print what throws is kept, and nothing is printed any more
-     * @param failed told when @p print has thrown
-     */
-    EventPrinter(EventStyle style, bool exchanges, std::vector<std::string> stations, Print print, Failed failed);
+    /** @p queue must outlive the printer. */
+    EventPrinter(EventStyle style, bool exchanges, std::vector<std::string> stations, EventQueue& queue);
 
     void onEvent(plc::LineEvent const& event) override;
-
-    /** Throws what printing has thrown. */
-    void check() const;
 
 private:
     EventStyle style_;
     bool exchanges_;
     std::vector<std::string> stations_;
-    Print print_;
-    Failed failed_;
-    std::exception_ptr problem_;
+    EventQueue& queue_;
 };
 
 } // namespace velk::simulation

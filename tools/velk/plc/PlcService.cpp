@@ -23,7 +23,7 @@ void PlcService::start() {
         } catch (...) {
             problem_ = std::current_exception();
         }
-        endSoon();
+        tellEnd();
     });
 }
 
@@ -32,7 +32,7 @@ bool PlcService::isOver() const {
     return ::poll(&end, 1, 0) == 1;
 }
 
-void PlcService::endSoon() const {
+void PlcService::tellEnd() const {
     std::uint64_t const one = 1;
     // It can only fail when the counter is full: then the end is known already.
     [[maybe_unused]] ssize_t const written = ::write(end_.get(), &one, sizeof one);

@@ -19,17 +19,16 @@ public:
 
     void start();
 
-    /** Readable from the moment on when nothing is served any more, or endSoon() was called. */
+    /** Readable from the moment on when nothing is served any more. */
     [[nodiscard]] int endDescriptor() const { return end_.get(); }
     [[nodiscard]] bool isOver() const;
-
-    /** Has isOver() answer true; from any thread. */
-    void endSoon() const;
 
     /** Ends and answers why the server stopped. Throws what it has thrown. */
     plc::FdServer::End finish();
 
 private:
+    void tellEnd() const;
+
     plc::FdServer& server_;
     host::FileDescriptor end_;
     plc::FdServer::End why_ = plc::FdServer::End::kStopped;

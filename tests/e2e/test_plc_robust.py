@@ -1,0 +1,101 @@
+"""velk plc when it is used wrongly, or left alone."""
+
+import fcntl
+import json
+import os
+import signal
+import subprocess
+import time
+
+from service import DEMO, GOOD, INTERRUPTED, ITEM_NOT_GOOD, PATIENCE, PROGRAM, ServiceTest, main
+
+AT_ONCE = 10  # seconds; it takes half of one, a busy machine longer
+
+
+class StuckReader(ServiceTest):
+    """Standard output is a pipe of 4 KiB that nobody reads."""
+
+    def setUp(self):
+        super().setUp()
+        self.link = self.folder / "plc"
+        self.reading, self.writing = os.pipe()
+        self.addCleanup(os.close, self.reading)
+        fcntl.fcntl(self.writing, fcntl.F_SETPIPE_SZ, 4096)
+
+    def fill(self):
+        """Not one event more goes in."""
+        os.write(self.writing, b"x" * 4096)
+
+    def play(self, *more):
+        process = subprocess.Popen([PROGRAM, "plc", str(DEMO / "line.toml"), "--link", str(self.link), "--json", "-v",
+                                    *more], cwd=self.folder, stdin=subprocess.DEVNULL, stdout=self.writing,
+                                   stderr=subprocess.PIPE, text=True)
+        os.close(self.writing)
+
+        def end():
+            if process.poll() is None:
+                process.kill()
+            process.communicate()
+
+        self.addCleanup(end)
+        deadline = time.monotonic() + PATIENCE
+        while not self.link.is_symlink():
+            self.assertIsNone(process.poll())
+            self.assertLess(time.monotonic(), deadline)
+            time.sleep(0.02)
+        return process
+
+    def read_often(self):
+        for _ in range(3):
+            self.assert_ends(self.run_velk(self.words("read", self.link, "PLC_PRG.Counter")), GOOD)
+
+    def assert_over(self, process, code):
+        _, complaints = process.communicate(timeout=AT_ONCE)
+        self.assertEqual(process.returncode, code, complaints)
+        self.assertFalse(os.path.lexists(self.link))
+        return complaints
+
+    def assert_ended_by(self, ask):
+        self.fill()
+        process = self.play()
+        self.read_often()
+        process.send_signal(ask)
+        self.assertIn("Nobody read standard output", self.assert_over(process, INTERRUPTED))
+
+    def test_does_not_stop_the_plc_nor_an_interrupt(self):
+        self.assert_ended_by(signal.SIGINT)
+
+    def test_does_not_stop_the_plc_nor_a_termination(self):
+        self.assert_ended_by(signal.SIGTERM)
+
+    def test_does_not_stop_the_end_that_was_planned(self):
+        self.fill()
+        process = self.play("--for", "200ms")
+        self.assert_over(process, GOOD)
+
+    def test_that_reads_on_gets_everything(self):
+        process = self.play()
+        self.read_often()
+        process.send_signal(signal.SIGINT)
+        with os.fdopen(os.dup(self.reading)) as pipe:
+            events = [json.loads(line) for line in pipe]
+        self.assert_over(process, INTERRUPTED)
+        self.assertEqual(events[0]["event"], "port")
+        self.assertEqual(events[-1]["event"], "end")
+        times = [event["time"] for event in events[1:]]
+        self.assertEqual(times, sorted(times))
+        names = [event["event"] for event in events[1:-1]]
+        self.assertGreaterEqual(names.count("list read"), 3)
+        self.assertEqual(events[-1]["counts"], {name: names.count(name) for name in names})
+
+    def test_that_goes_away_ends_it(self):
+        process = self.play()
+        silent = os.open(os.devnull, os.O_RDONLY)
+        os.dup2(silent, self.reading)
+        os.close(silent)
+        self.run_velk(self.words("read", self.link, "PLC_PRG.Counter"))
+        self.assertIn("Broken pipe", self.assert_over(process, ITEM_NOT_GOOD))
+
+
+if __name__ == "__main__":
+    main()

@@ -1,0 +1,45 @@
+#pragma once
+
+#include "host/FileDescriptor.h"
+
+#include <chrono>
+#include <cstddef>
+#include <string>
+#include <string_view>
+
+namespace velk::simulation {
+
+/** Writes to standard output, or another stream, only what it takes without waiting. */
+class StreamWriter {
+public:
+    explicit StreamWriter(int stream);
+
+    void put(std::string_view text) { text_ += text; }
+
+    [[nodiscard]] bool isPending() const { return written_ < text_.size(); }
+
+    /** Ready to be written to when more of what is pending can go. */
+    [[nodiscard]] int descriptor() const { return own_.isOpen() ? own_.get() : stream_; }
+
+    /** Writes what goes at once and answers whether any did. Throws CommandError when nothing ever will. */
+    bool write();
+
+    /** What a stream that is not read any more, or too slowly, is waited for. */
+    struct Patience {
+        std::chrono::milliseconds standstill;
+        std::chrono::milliseconds altogether;
+    };
+
+    /** Writes the rest and answers how many lines were left over when the patience was. */
+    std::size_t finish(Patience patience);
+
+private:
+    [[nodiscard]] bool isReady(std::chrono::milliseconds wait) const;
+
+    int stream_;
+    host::FileDescriptor own_;
+    std::string text_;
+    std::size_t written_ = 0;
+};
+
+} // namespace velk::simulation
