@@ -12,8 +12,6 @@ namespace {
 constexpr std::int64_t kMost32 = 0xFFFFFFFF;
 constexpr std::int64_t kMostCoupler = 255;
 constexpr std::int64_t kMostMilliseconds = 3'600'000;
-constexpr std::int64_t kLeastBaud = 50;
-constexpr std::int64_t kMostBaud = 4'000'000;
 
 Micros readTime(TomlTable& table, std::string_view key, Micros usual) {
     auto const milliseconds = table.number(key, 0, kMostMilliseconds);

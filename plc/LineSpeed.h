@@ -14,6 +14,10 @@ enum class Parity : std::uint8_t { kNone, kEven, kOdd, kMark };
 /// "none", "even", "odd" or "mark".
 [[nodiscard]] std::optional<Parity> parityNamed(std::string_view name);
 
+/// The line speeds in bit/s that can be played.
+inline constexpr std::uint32_t kLeastBaud = 50;
+inline constexpr std::uint32_t kMostBaud = 4'000'000;
+
 /// How characters go over a serial line: a start bit, eight data bits, a parity bit or none, one or two stop bits.
 struct LineSpeed {
     std::uint32_t baud = 0; ///< bit/s; 0: no speed

@@ -104,6 +104,28 @@ TEST_F(PlcPlan, ALineWithoutASpeedGetsOneForARealPort) {
     EXPECT_TRUE(plan.line.portPaces);
 }
 
+TEST_F(PlcPlan, APseudoTerminalHasAnySpeedThatALineMayHave) {
+    for (int const baud : {50, 12'345, 4'000'000}) {
+        options.baud = baud;
+        EXPECT_EQ(makePlan(options).line.speed.baud, static_cast<std::uint32_t>(baud));
+    }
+    for (int const baud : {-5, 0, 49, 4'000'001, 2'000'000'000}) {
+        options.baud = baud;
+        EXPECT_EQ(complaint(), "--baud: " + std::to_string(baud) + " is no line speed from 50 to 4000000 bit/s");
+    }
+}
+
+TEST_F(PlcPlan, ARealPortHasTheSpeedsThatSerialPortsKnow) {
+    options.port = "/dev/ttyUSB0";
+    options.baud = 4'000'000;
+    EXPECT_EQ(makePlan(options).line.speed.baud, 4'000'000U);
+    for (int const baud : {-5, 0, 12'345, 2'000'000'000}) {
+        options.baud = baud;
+        EXPECT_EQ(complaint(), "--baud: a serial line cannot run at " + std::to_string(baud) +
+                                   " bit/s, only at a standard rate such as 9600, 19200, 38400, 57600 or 115200");
+    }
+}
+
 TEST_F(PlcPlan, APaceInTheFileStaysUnlessASpeedIsGiven) {
     write("line.toml", "framing = 'Serial_RS232'\nbytes_per_second = 50\n[[station]]\n");
     EXPECT_EQ(makePlan(options).line.bytesPerSecond, 50U);

@@ -1,5 +1,6 @@
 #include "tools/velk/plc/SimulatedLine.h"
 
+#include "host/LineSettings.h"
 #include "plc/LineFile.h"
 #include "plc/PlcRouting.h"
 #include "tools/velk/Choices.h"
@@ -78,8 +79,24 @@ void allowForFrames(plc::LineDescription& line) {
     }
 }
 
+/** A pseudo-terminal plays any speed; a real port knows the usual ones. */
+void checkBaud(int baud, bool realPort) {
+    constexpr int kDataBits = 8;
+    if (realPort) {
+        auto const settings = host::lineSettings(baud, 0, kDataBits, 1);
+        if (!settings.ok()) {
+            refuse("--baud: " + settings.failure().text);
+        }
+    } else if (baud < static_cast<int>(plc::kLeastBaud) || baud > static_cast<int>(plc::kMostBaud)) {
+        refuse(fmt::format("--baud: {} is no line speed from {} to {} bit/s", baud, plc::kLeastBaud, plc::kMostBaud));
+    }
+}
+
 void overrideSpeed(plc::LineDescription& line, PlcOptions const& options) {
     plc::LineSpeed& speed = line.speed;
+    if (options.baud) {
+        checkBaud(*options.baud, options.port.has_value());
+    }
     bool const asked = options.baud || options.parity || options.stopBits || options.port;
     speed.baud = options.baud ? static_cast<std::uint32_t>(*options.baud) : speed.baud;
     if (asked && speed.baud == 0) {
