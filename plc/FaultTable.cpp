@@ -1,5 +1,7 @@
 #include "plc/FaultTable.h"
 
+#include "plc/Text.h"
+
 #include <limits>
 
 namespace plc {
@@ -43,6 +45,30 @@ Trigger readTrigger(TomlTable& table) {
     return trigger;
 }
 
+bool canHappenAt(FaultKind kind, ServiceKind service) {
+    switch (kind) {
+    case FaultKind::kBadQuality:
+        return service == ServiceKind::kReadList;
+    case FaultKind::kFileDataCount:
+    case FaultKind::kFileEndless:
+        return service == ServiceKind::kFileOpen || service == ServiceKind::kFileNext;
+    default:
+        return true;
+    }
+}
+
+/// A rule that could never do what it says is a mistake.
+void refuseWhatCannotApply(TomlTable const& table, FaultRule const& rule) {
+    if (rule.service && !canHappenAt(rule.kind, *rule.service)) {
+        table.refuseKey("service", textOf("is none at which ", nameOf(rule.kind), " can happen"));
+    }
+    for (std::string_view const key : {"item", "variable"}) {
+        if (rule.kind != FaultKind::kBadQuality && table.has(key)) {
+            table.refuseKey(key, textOf("means nothing to ", nameOf(rule.kind), ", only to bad_quality"));
+        }
+    }
+}
+
 } // namespace
 
 FaultRule readFault(TomlTable& table) {
@@ -67,6 +93,7 @@ FaultRule readFault(TomlTable& table) {
     }
     rule.variable = table.text("variable").value_or("");
     rule.delay = readMilliseconds(table, "delay_ms", 0, kMostMilliseconds).value_or(rule.delay);
+    refuseWhatCannotApply(table, rule);
     return rule;
 }
 

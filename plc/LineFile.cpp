@@ -1,6 +1,7 @@
 #include "plc/LineFile.h"
 
 #include "plc/FaultTable.h"
+#include "plc/Program.h"
 #include "plc/ProgramTable.h"
 #include "plc/Text.h"
 #include "plc/TomlTable.h"
@@ -56,6 +57,15 @@ ProgramDescription readProgram(TomlTable& table, std::filesystem::path const& fo
     return description;
 }
 
+/// A rule of a station whose program is known.
+FaultRule readFaultOf(TomlTable& table, ProgramDescription const& program) {
+    FaultRule rule = readFault(table);
+    if (!rule.variable.empty() && !Program(program).find(rule.variable)) {
+        table.refuseKey("variable", textOf("names no variable of the program: ", rule.variable));
+    }
+    return rule;
+}
+
 StationDescription readStation(TomlTable& table, std::filesystem::path const& folder) {
     StationDescription station;
     station.name = table.text("name").value_or(station.name);
@@ -69,8 +79,8 @@ StationDescription readStation(TomlTable& table, std::filesystem::path const& fo
     station.answerDelay = readTime(table, "answer_delay_ms", station.answerDelay);
     station.exchangeTimeout = readTime(table, "exchange_timeout_ms", station.exchangeTimeout);
     station.faultSeed = static_cast<std::uint32_t>(table.number("fault_seed", 0, kMost32).value_or(1));
-    table.eachTable("fault", [&](TomlTable& one) { station.faults.push_back(readFault(one)); });
     station.program = readProgram(table, folder);
+    table.eachTable("fault", [&](TomlTable& one) { station.faults.push_back(readFaultOf(one, station.program)); });
     try {
         checkStation(station);
     } catch (DescriptionError const& fault) {

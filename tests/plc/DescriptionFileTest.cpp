@@ -247,6 +247,22 @@ TEST(LineFile, ComplaintsNameTheLine) {
               "l.toml:3: \"probability\" must be a number from 0 to 1");
     EXPECT_EQ(station("fault = [{kind = 'late', nth = 0}]"),
               "l.toml:3: \"nth\" must be a whole number from 1 to 9223372036854775807");
+    EXPECT_EQ(station("fault = [{kind = 'late', item = 1}]"),
+              "l.toml:3: \"item\" means nothing to late, only to bad_quality");
+    EXPECT_EQ(station("fault = [{kind = 'silent', variable = 'x'}]"),
+              "l.toml:3: \"variable\" means nothing to silent, only to bad_quality");
+    EXPECT_EQ(station("fault = [{kind = 'bad_quality', service = 'write_list'}]"),
+              "l.toml:3: \"service\" is none at which bad_quality can happen");
+    EXPECT_EQ(station("fault = [{kind = 'file_endless', service = 'login'}]"),
+              "l.toml:3: \"service\" is none at which file_endless can happen");
+    EXPECT_EQ(station("fault = [{kind = 'file_data_count', service = 'file_next'}]"), "");
+    EXPECT_EQ(
+        station("fault = [{kind = 'bad_quality', service = 'read_list'},\n{kind = 'bad_quality', variable = 'x'}]"),
+        "l.toml:4: \"variable\" names no variable of the program: x");
+    EXPECT_EQ(station("fault = [{kind = 'bad_quality', variable = 'A[2].b'}]\n[station.program]\n"
+                      "structure = [{name = 'S', members = [['B', 'INT']]}]\n"
+                      "variable = [{name = 'a', type = 'ARRAY [1..2] OF S'}]"),
+              "");
     EXPECT_EQ(station("program = 1"), "l.toml:3: \"program\" must be a table");
     EXPECT_EQ(station("[station.program]\nproject = 1"), "l.toml:4: unknown key \"project\"");
 }

@@ -204,6 +204,15 @@ TEST_F(PlcPlan, WhatIsWrongIsRefused) {
     options.badQuality.clear();
     options.faults = {"kind = 'x'"};
     EXPECT_EQ(complaint(), "--fault:1: \"kind\" names no fault");
+    options.faults = {"kind = 'bad_quality', variable = 'Pressure'"};
+    EXPECT_EQ(complaint(), "--fault: there is no variable Pressure");
+    options.faults = {"kind = 'bad_quality', variable = 'Level'"};
+    EXPECT_EQ(complaint(), "");
+    options.station = "oven"; // where there is no Level
+    EXPECT_EQ(complaint(), "--fault: there is no variable Level");
+    options.station.reset();
+    options.faults = {"kind = 'late', item = 1"};
+    EXPECT_EQ(complaint(), "--fault:1: \"item\" means nothing to late, only to bad_quality");
     options.faults.clear();
     options.replaceProgram = {"x"};
     EXPECT_EQ(complaint(), "--replace-program: 'x' is not written as 30s or 30s:FILE");

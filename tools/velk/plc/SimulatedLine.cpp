@@ -165,14 +165,13 @@ bool hasVariable(plc::StationDescription const& station, std::string const& name
     return plc::Program(station.program).find(name).has_value();
 }
 
-FaultRule badQuality(std::string const& name, plc::LineDescription const& line,
-                     std::vector<std::size_t> const& chosen) {
+void checkVariable(std::string const& flag, std::string const& name, plc::LineDescription const& line,
+                   std::vector<std::size_t> const& chosen) {
     bool const known = std::any_of(chosen.begin(), chosen.end(),
                                    [&](std::size_t station) { return hasVariable(line.stations[station], name); });
     if (!known) {
-        refuse(fmt::format("--bad-quality: there is no variable {}", name));
+        refuse(fmt::format("{}: there is no variable {}", flag, name));
     }
-    return {.kind = FaultKind::kBadQuality, .variable = name};
 }
 
 std::vector<FaultRule> faultRules(PlcOptions const& options, plc::LineDescription const& line,
@@ -191,10 +190,14 @@ std::vector<FaultRule> faultRules(PlcOptions const& options, plc::LineDescriptio
         rules.push_back(silence(text));
     }
     for (std::string const& name : options.badQuality) {
-        rules.push_back(badQuality(name, line, chosen));
+        checkVariable("--bad-quality", name, line, chosen);
+        rules.push_back({.kind = FaultKind::kBadQuality, .variable = name});
     }
     for (std::string const& text : options.faults) {
         rules.push_back(plc::readFaultText(text, "--fault"));
+        if (std::string const& variable = rules.back().variable; !variable.empty()) {
+            checkVariable("--fault", variable, line, chosen);
+        }
     }
     return rules;
 }
