@@ -7,7 +7,7 @@ import signal
 import subprocess
 import time
 
-from service import DEMO, GOOD, INTERRUPTED, ITEM_NOT_GOOD, PATIENCE, PROGRAM, ServiceTest, main
+from service import DEMO, GOOD, INTERRUPTED, ITEM_NOT_GOOD, PATIENCE, PROGRAM, Line, ServiceTest, main
 
 AT_ONCE = 10  # seconds; it takes half of one, a busy machine longer
 
@@ -95,6 +95,15 @@ class StuckReader(ServiceTest):
         os.close(silent)
         self.run_velk(self.words("read", self.link, "PLC_PRG.Counter"))
         self.assertIn("Broken pipe", self.assert_over(process, ITEM_NOT_GOOD))
+
+
+class ProgramAlone(ServiceTest):
+    def test_is_read_without_any_flag_but_the_port(self):
+        line = Line(DEMO / "program-1.toml", self.folder / "plc")
+        self.addCleanup(line.pull_out)
+        done = self.run_velk(["read", "-p", "./plc", "PLC_PRG.Counter"])
+        self.assert_ends(done, GOOD)
+        self.assertIn("1234567", done.stdout)
 
 
 if __name__ == "__main__":

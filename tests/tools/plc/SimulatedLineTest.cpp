@@ -70,25 +70,26 @@ TEST_F(PlcPlan, OfALineFileIsWhatItSays) {
 TEST_F(PlcPlan, OfAProgramAloneIsALineOfTheDriversOwnDefaults) {
     options.project = path("program.toml");
     Plan const plan = makePlan(options);
-    EXPECT_EQ(plan.line.framing, plc::Framing::kBare);
+    EXPECT_EQ(plan.line.framing, plc::Framing::kRouted);
     EXPECT_EQ(plan.line.speed.baud, 19'200U);
     EXPECT_EQ(plan.line.bytesPerSecond, 1'920U);
     ASSERT_EQ(plan.line.stations.size(), 1U);
     EXPECT_EQ(plan.line.stations[0].byteOrder, plc::ByteOrder::kBig);
     EXPECT_EQ(plan.line.stations[0].blockSize, 128U);
+    EXPECT_EQ(plan.line.stations[0].route.levels, 0);
     EXPECT_EQ(plan.line.stations[0].program.projectId, 7U);
 }
 
 TEST_F(PlcPlan, FlagsCountMoreThanTheDescription) {
     options.project = path("program.toml");
-    options.framing = "routed";
+    options.framing = "bare";
     options.byteOrder = "little";
     options.blockSize = 512;
     options.baud = 38'400;
     options.parity = "even";
     options.stopBits = 2;
     Plan const plan = makePlan(options);
-    EXPECT_EQ(plan.line.framing, plc::Framing::kRouted);
+    EXPECT_EQ(plan.line.framing, plc::Framing::kBare);
     EXPECT_EQ(plan.line.stations[0].byteOrder, plc::ByteOrder::kLittle);
     EXPECT_EQ(plan.line.stations[0].blockSize, 512U);
     EXPECT_EQ(plan.line.bytesPerSecond, 3'200U); // 12 bits a character

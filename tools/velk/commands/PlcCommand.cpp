@@ -302,7 +302,11 @@ ExitCode runPlc(PlcOptions const& options, Context& context) {
 void addPlcCommand(CLI::App& app, Context& context) {
     CLI::App* const command = app.add_subcommand("plc", "Play the PLCs of a line on a pseudo-terminal or a real port");
     auto const options = std::make_shared<PlcOptions>();
-    command->add_option("project", options->project, "Description of a line with its stations, or of one program")
+    command
+        ->add_option(
+            "project", options->project,
+            "Description of a line with its stations, or of one program, which is played with the defaults of the "
+            "other commands: routed framing, big-endian, blocks of 128 bytes, 19200 bit/s")
         ->type_name("PROJECT")
         ->required();
     addPort(*command, *options);

@@ -44,6 +44,7 @@ plc::LineDescription lineOfOneProgram(std::string_view text, std::string const& 
     station.byteOrder = plc::ByteOrder::kBig;
     station.program = plc::readProgramText(text, name);
     plc::LineDescription line;
+    line.framing = plc::Framing::kRouted;
     line.speed.baud = kUsualBaud;
     line.stations.push_back(std::move(station));
     return line;

@@ -29,8 +29,8 @@ struct Plan {
  * What the description and the flags make together; flags count more. Throws CommandError (usage) with file and line
  * for what is wrong in a file.
  *
- * A program file alone gets a line of its own: bare framing, a big-endian station with blocks of 128 bytes, 19,200
- * bit/s, as the driver is configured when nothing else is said.
+ * A program file alone gets a line of its own: routed framing without levels, a big-endian station with blocks of 128
+ * bytes, 19,200 bit/s, as the other commands have it when nothing else is said.
  */
 Plan makePlan(PlcOptions const& options);
 
