@@ -7,7 +7,7 @@ import signal
 import subprocess
 import time
 
-from service import DEMO, GOOD, INTERRUPTED, ITEM_NOT_GOOD, PATIENCE, PROGRAM, Line, ServiceTest, main
+from service import DEMO, GOOD, INTERRUPTED, ITEM_NOT_GOOD, PATIENCE, PROGRAM, USAGE, Line, ServiceTest, main
 
 AT_ONCE = 10  # seconds; it takes half of one, a busy machine longer
 
@@ -104,6 +104,36 @@ class ProgramAlone(ServiceTest):
         done = self.run_velk(["read", "-p", "./plc", "PLC_PRG.Counter"])
         self.assert_ends(done, GOOD)
         self.assertIn("1234567", done.stdout)
+
+    def test_is_told_where_it_can_be_read(self):
+        done = self.run_velk(["plc", DEMO / "program-1.toml", "--link", "here", "--for", "10ms"])
+        self.assert_ends(done, GOOD)
+        self.assertIn("Playing on ./here.", done.stderr)
+
+
+class WrongUse(ServiceTest):
+    def assert_refused(self, words, complaint):
+        done = self.run_velk(["plc", *words])
+        self.assert_ends(done, USAGE)
+        self.assertIn(complaint, done.stderr)
+
+    def test_a_line_speed_that_cannot_be(self):
+        self.assert_refused([DEMO / "line.toml", "--baud", "-5"], "--baud: -5 is no line speed")
+        self.assert_refused([DEMO / "line.toml", "--baud", "12345", "--port", "/dev/null"], "--baud: a serial line")
+
+    def test_a_link_that_somebody_needs(self):
+        line = Line(DEMO / "line.toml", self.folder / "plc")
+        self.addCleanup(line.pull_out)
+        self.assert_refused([DEMO / "line.toml", "--link", "plc"], "which is in use")
+        self.assert_ends(self.run_velk(self.words("read", line.link, "PLC_PRG.Counter")), GOOD)
+
+    def test_a_description_without_an_end(self):
+        self.assert_refused(["/dev/zero"], "/dev/zero: is neither a file nor a pipe")
+        self.assert_refused([DEMO / "line.toml", "--replace-program", "1s:/dev/zero"], "/dev/zero: is neither")
+
+    def test_a_rule_for_a_variable_that_is_not_there(self):
+        self.assert_refused([DEMO / "line.toml", "--fault", "kind='bad_quality', variable='nix'"],
+                            "--fault: there is no variable nix")
 
 
 if __name__ == "__main__":

@@ -67,6 +67,17 @@ TEST_F(PlcPorts, ALinkGoesWithThePort) {
     EXPECT_FALSE(std::filesystem::exists(std::filesystem::symlink_status(link)));
 }
 
+TEST_F(PlcPorts, ALinkIsToldAsAPortIsGiven) {
+    EXPECT_TRUE(PlcPort(options, {}).wayToIt().starts_with("/dev/pts/"));
+    options.link = (folder / "plc").string();
+    EXPECT_EQ(PlcPort(options, {}).wayToIt(), folder.string() + "/plc");
+    std::filesystem::path const before = std::filesystem::current_path();
+    std::filesystem::current_path(folder);
+    options.link = "com1";
+    EXPECT_EQ(PlcPort(options, {}).wayToIt(), "./com1");
+    std::filesystem::current_path(before);
+}
+
 TEST_F(PlcPorts, ALinkThatWasLeftBehindMakesRoom) {
     std::filesystem::path const link = folder / "plc";
     std::filesystem::create_symlink("/dev/pts/99999", link);

@@ -83,8 +83,7 @@ void announce(Plan const& plan, PlcPort const& port, PlcOptions const& options, 
     for (std::string const& line : simulation::planText(plan, options)) {
         context.terminal.note(context.terminal.colouredError(Colour::Dim, line));
     }
-    std::string const where = options.link.value_or(port.name());
-    context.terminal.note(fmt::format("Playing on {}. End it with Ctrl-C.", where));
+    context.terminal.note(fmt::format("Playing on {}. End it with Ctrl-C.", port.wayToIt()));
     if (options.json) {
         output.put(nlohmann::ordered_json{{"event", "port"}, {"name", port.name()}}.dump() + "\n");
     } else {

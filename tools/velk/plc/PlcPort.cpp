@@ -118,6 +118,14 @@ int PlcPort::descriptor() const {
     return terminal_ ? terminal_->master() : serial_.get();
 }
 
+std::string PlcPort::wayToIt() const {
+    if (link_.empty()) {
+        return name_;
+    }
+    bool const takenForAName = link_.find('/') == std::string::npos; // as com1 is
+    return takenForAName ? "./" + link_ : link_;
+}
+
 void PlcPort::openTerminal(plc::LineSpeed const& speed) {
     try {
         terminal_ = std::make_unique<plc::PseudoTerminal>();

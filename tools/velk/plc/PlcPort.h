@@ -24,6 +24,8 @@ public:
     [[nodiscard]] int descriptor() const;
     /** What a panel opens: the pseudo-terminal's name. Of a serial port its own. */
     [[nodiscard]] std::string const& name() const { return name_; }
+    /** What to give other commands as their port: the link when there is one. */
+    [[nodiscard]] std::string wayToIt() const;
     [[nodiscard]] bool isPseudoTerminal() const { return terminal_ != nullptr; }
 
 private:
