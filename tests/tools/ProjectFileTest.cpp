@@ -1,5 +1,6 @@
 #include "tools/velk/ProjectFile.h"
 
+#include "tests/support/TempDir.h"
 #include "tools/velk/ProjectText.h"
 
 #include <gmock/gmock.h>
@@ -322,15 +323,35 @@ TEST(ProjectFile, ATextThatIsNoTomlIsToldWithItsPlace) {
     EXPECT_THAT(lines[0], testing::StartsWith("velk.toml:2:8: "));
 }
 
-TEST(ProjectFile, AFileThatIsNotThereIsTold) {
+/** What is said about a file on the disk. */
+Lines complaintsAboutFile(std::string const& file) {
     try {
-        velk::readProjectFile("/nonexistent/velk.toml");
-        FAIL() << "there is no such file";
+        velk::readProjectFile(file);
     } catch (ProjectFileError const& error) {
-        EXPECT_THAT(error.complaints(), ElementsAre("/nonexistent/velk.toml: the project file is not there, or cannot "
-                                                    "be read"));
+        return error.complaints();
     }
-    EXPECT_THROW(velk::readProjectFile("/"), ProjectFileError) << "a folder is no file";
+    return {};
+}
+
+TEST(ProjectFile, WhyAFileCannotBeReadIsTold) {
+    velktest::TempDir const folder;
+    EXPECT_THAT(complaintsAboutFile(folder.Path("velk.toml")),
+                ElementsAre(folder.Path("velk.toml") + ": the project file cannot be read: No such file or directory"));
+    EXPECT_THAT(complaintsAboutFile(folder.Path()),
+                ElementsAre(folder.Path() + ": the project file cannot be read: it is a directory"));
+    EXPECT_THAT(complaintsAboutFile("/dev/zero"),
+                ElementsAre("/dev/zero: the project file cannot be read: it is a device, not a file"));
+    std::ofstream(folder.Path("large.toml")) << "# nothing\n";
+    constexpr std::uintmax_t kMost = 16U * 1024 * 1024;
+    std::filesystem::resize_file(folder.Path("large.toml"), kMost + 1);
+    EXPECT_THAT(complaintsAboutFile(folder.Path("large.toml")),
+                ElementsAre(folder.Path("large.toml") + ": the project file cannot be read: it is larger than 16 MiB"));
+}
+
+TEST(ProjectFile, PathsInAFileAreSeenFromItsFolder) {
+    velktest::TempDir const folder;
+    std::ofstream(folder.Path("velk.toml")) << "[storage]\ndirectory = \"symbols\"\n";
+    EXPECT_EQ(velk::readProjectFile(folder.Path("velk.toml")).storage, folder.Path("symbols"));
 }
 
 TEST(ProjectText, WhatIsWrittenIsReadAsItWasMeant) {

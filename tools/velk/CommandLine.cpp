@@ -114,6 +114,9 @@ ExitCode runCommandLine(std::vector<std::string> const& arguments, Context& cont
         ExitCode const answer = parseAndRun(arguments, context);
         return context.interrupt.requested() ? ExitCode::Interrupted : answer;
     } catch (ProjectFileError const& error) {
+        if (context.interrupt.requested()) { // while it waited for a pipe
+            return ExitCode::Interrupted;
+        }
         for (std::string const& line : error.complaints()) {
             context.terminal.error(line);
         }

@@ -5,12 +5,11 @@
 #include "tools/velk/DriverType.h"
 #include "tools/velk/Names.h"
 #include "tools/velk/TomlSection.h"
+#include "tools/velk/WholeFile.h"
 
 #include <algorithm>
 #include <cstdlib>
-#include <fstream>
 #include <functional>
-#include <iterator>
 #include <utility>
 
 namespace velk {
@@ -323,13 +322,13 @@ Project readProjectText(std::string_view text, std::string const& name, std::fil
 }
 
 Project readProjectFile(std::filesystem::path const& file) {
-    std::error_code error;
-    std::ifstream stream(file, std::ios::binary);
-    if (!stream || std::filesystem::is_directory(file, error)) {
-        throw ProjectFileError({file.string() + ": the project file is not there, or cannot be read"});
+    constexpr std::size_t kMostBytes = 16UL * 1024 * 1024;
+    host::Result<std::string> const text = readWholeFile(file, kMostBytes);
+    if (!text.ok()) {
+        throw ProjectFileError({file.string() + ": the project file cannot be read: " + text.failure().text});
     }
-    std::string const text{std::istreambuf_iterator<char>(stream), std::istreambuf_iterator<char>()};
-    return readProjectText(text, file.string(), std::filesystem::absolute(file, error).parent_path());
+    std::error_code error;
+    return readProjectText(text.value(), file.string(), std::filesystem::absolute(file, error).parent_path());
 }
 
 } // namespace velk
