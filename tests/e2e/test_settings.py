@@ -1,6 +1,10 @@
 """What velk takes its settings from: project files that cannot be read, new ones, and what is said about them."""
 
-from service import USAGE, ServiceTest, main
+import resource
+import signal
+import subprocess
+
+from service import GOOD, PATIENCE, PROGRAM, USAGE, ServiceTest, main
 
 
 class ProjectFiles(ServiceTest):
@@ -14,6 +18,44 @@ class ProjectFiles(ServiceTest):
             self.assert_ends(done, USAGE)
             self.assertTrue(done.stderr.startswith(f"{file}: the project file cannot be read: {reason}"), done.stderr)
             self.assertEqual(done.stdout, "")
+
+
+class NewProjectFile(ServiceTest):
+    """velk init."""
+
+    def init_on_a_full_disk(self, *more):
+        def limit_files():
+            signal.signal(signal.SIGXFSZ, signal.SIG_IGN)
+            resource.setrlimit(resource.RLIMIT_FSIZE, (100, 100))
+
+        return subprocess.run([PROGRAM, "init", "--port", "/dev/ttyUSB0", *more], cwd=self.folder,
+                              env=self.environment, stdin=subprocess.DEVNULL, capture_output=True, text=True,
+                              timeout=PATIENCE, check=False, preexec_fn=limit_files)
+
+    def names(self):
+        return sorted(each.name for each in self.folder.iterdir())
+
+    def test_as_a_whole_or_not_at_all(self):
+        done = self.init_on_a_full_disk()
+        self.assert_ends(done, USAGE)
+        self.assertIn("velk.toml cannot be written: File too large", done.stderr)
+        self.assertEqual(self.names(), [])
+        self.assert_ends(self.run_velk(["init", "--port", "/dev/ttyUSB0"]), GOOD)
+        old = (self.folder / "velk.toml").read_text()
+        self.assert_ends(self.init_on_a_full_disk("--baud", "9600", "--force"), USAGE)
+        self.assertEqual((self.folder / "velk.toml").read_text(), old)
+        self.assertEqual(self.names(), ["velk.toml"])
+
+    def test_replaces_only_by_force(self):
+        file = self.folder / "velk.toml"
+        file.write_text("# mine\n")
+        done = self.run_velk(["init", "--port", "/dev/ttyUSB0"])
+        self.assert_ends(done, USAGE)
+        self.assertIn("velk.toml is there already; give --force to write over it", done.stderr)
+        self.assertEqual(file.read_text(), "# mine\n")
+        self.assert_ends(self.run_velk(["init", "--port", "/dev/ttyUSB0", "--force"]), GOOD)
+        self.assertIn('port = "/dev/ttyUSB0"', file.read_text())
+        self.assertEqual(self.names(), ["velk.toml"])
 
 
 if __name__ == "__main__":

@@ -1,27 +1,24 @@
 #include "tools/velk/commands/InitCommand.h"
 
-#include "host/FileDescriptor.h"
 #include "host/LineSettings.h"
 #include "tools/velk/Choices.h"
 #include "tools/velk/CommandError.h"
 #include "tools/velk/Context.h"
+#include "tools/velk/Interrupt.h"
 #include "tools/velk/Names.h"
 #include "tools/velk/ProjectFile.h"
 #include "tools/velk/ProjectText.h"
 #include "tools/velk/Settings.h"
 #include "tools/velk/Terminal.h"
+#include "tools/velk/WholeFile.h"
 
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <cerrno>
 #include <charconv>
-#include <cstring>
-#include <fcntl.h>
 #include <filesystem>
 #include <functional>
 #include <memory>
-#include <unistd.h>
 
 namespace velk {
 namespace {
@@ -162,18 +159,17 @@ NewProject projectFromFlags(InitOptions const& init, LineOptions const& options)
     return project;
 }
 
-/** The file is there as a whole or not at all, and never over another one that is not to be replaced. */
+[[noreturn]] void refuseToReplace(std::filesystem::path const& file) {
+    throw CommandError(ExitCode::Usage, file.string() + " is there already; give --force to write over it");
+}
+
 void writeFile(std::filesystem::path const& file, std::string const& text, bool force) {
-    constexpr mode_t kMode = 0666;
-    host::FileDescriptor const descriptor(
-        ::open(file.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC | (force ? O_TRUNC : O_EXCL), kMode));
-    if (!descriptor.isOpen()) {
-        throw CommandError(ExitCode::Usage, errno == EEXIST
-                                                ? file.string() + " is there already; give --force to write over it"
-                                                : file.string() + " cannot be written: " + std::strerror(errno));
+    host::Outcome const written = writeWholeFile(file, text, force);
+    if (!written.ok() && written.failure().code == kFileIsThere) {
+        refuseToReplace(file);
     }
-    if (::write(descriptor.get(), text.data(), text.size()) != static_cast<ssize_t>(text.size())) {
-        throw CommandError(ExitCode::Usage, file.string() + " cannot be written: " + std::strerror(errno));
+    if (!written.ok()) {
+        throw CommandError(ExitCode::Usage, file.string() + " cannot be written: " + written.failure().text);
     }
 }
 
@@ -184,7 +180,7 @@ ExitCode runInit(InitOptions const& options, Context& context) {
     std::filesystem::path const file = flags.file.value_or("velk.toml");
     std::error_code ignored;
     if (!options.force && std::filesystem::exists(file, ignored)) {
-        throw CommandError(ExitCode::Usage, file.string() + " is there already; give --force to write over it");
+        refuseToReplace(file);
     }
     NewProject project = projectFromFlags(options, flags);
     if (context.terminal.kinds().inputIsTerminal) {
@@ -196,6 +192,9 @@ ExitCode runInit(InitOptions const& options, Context& context) {
     }
     std::string const text = projectText(project);
     readProjectText(text, file.string()); // what is written can be read
+    if (context.interrupt.requested()) {
+        throw CommandError(ExitCode::Interrupted, "interrupted");
+    }
     writeFile(file, text, options.force);
     context.terminal.note(file.string() +
                           " is written; `velk check` tries the line, `velk symbols` lists the variables");
