@@ -19,6 +19,41 @@ class ProjectFiles(ServiceTest):
             self.assertTrue(done.stderr.startswith(f"{file}: the project file cannot be read: {reason}"), done.stderr)
             self.assertEqual(done.stdout, "")
 
+    def test_nothing_but_the_file_is_needed(self):
+        del self.environment["XDG_STATE_HOME"]
+        self.environment.pop("HOME", None)
+        file = self.folder / "press.toml"
+        file.write_text('[line]\nport = "/dev/ttyUSB0"\n[[tag]]\nname = "Counter"\n')
+        done = self.run_velk(["config", "check", file])
+        self.assert_ends(done, GOOD)
+        self.assertEqual(done.stdout, f"{file}: good; 1 station, 1 tag\n")
+        done = self.run_velk(["config", "show", "-f", file])
+        self.assert_ends(done, GOOD)
+        self.assertIn("0?Counter?M?0?", done.stdout)
+        done = self.run_velk(["read", "-f", file, "Counter"])
+        self.assert_ends(done, USAGE)
+        self.assertIn("there is no home directory for the symbol files: give --storage", done.stderr)
+
+    def test_file_as_a_word_or_as_a_flag(self):
+        file = self.folder / "press.toml"
+        file.write_text('[line]\nport = "/dev/ttyUSB0"\n')
+        for words in ([file], ["-f", file], ["--file", file]):
+            done = self.run_velk(["config", "check", *words])
+            self.assert_ends(done, GOOD)
+            self.assertTrue(done.stdout.startswith(f"{file}: good"), done.stdout)
+            self.assertEqual(done.stderr, "")
+        self.assert_ends(self.run_velk(["config", "check", file, "-f", file]), USAGE)
+
+    def test_complaints_go_to_standard_error(self):
+        file = self.folder / "velk.toml"
+        for text, complaint in (("[line]\nbauds = 5\n", "velk.toml:2:1: there is no 'bauds'"),
+                                ('[[tag]]\nname = "a"\ntype = "short"\narea = "QB"\n', "velk.toml: tag a: ")):
+            file.write_text(text)
+            done = self.run_velk(["config", "check"])
+            self.assert_ends(done, USAGE)
+            self.assertTrue(done.stderr.startswith(complaint), done.stderr)
+            self.assertEqual(done.stdout, "")
+
 
 class NewProjectFile(ServiceTest):
     """velk init."""

@@ -20,6 +20,7 @@ namespace {
 
 constexpr char const* kUsualProjectFile = "velk.toml";
 
+/** Empty without a home directory. */
 std::filesystem::path usualStorage() {
     if (char const* const state = std::getenv("XDG_STATE_HOME"); state != nullptr && *state == '/') {
         return std::filesystem::path(state) / "velk";
@@ -27,7 +28,7 @@ std::filesystem::path usualStorage() {
     if (char const* const home = std::getenv("HOME"); home != nullptr && *home == '/') {
         return std::filesystem::path(home) / ".local/state/velk";
     }
-    throw CommandError(ExitCode::Usage, "there is no home directory for the symbol files: give --storage");
+    return {};
 }
 
 std::optional<std::filesystem::path> projectFile(LineOptions const& options) {
@@ -219,6 +220,9 @@ Settings readSettings(Context const& context) {
         throw CommandError(ExitCode::Usage,
                            "no serial port is given: name it with --port, or in a project file (velk init writes one, "
                            "velk ports lists the ports)");
+    }
+    if (settings.storage.empty()) {
+        throw CommandError(ExitCode::Usage, "there is no home directory for the symbol files: give --storage");
     }
     return settings;
 }

@@ -17,8 +17,8 @@ struct Settings {
     host::DriverConfig config;
     std::vector<Station> stations; ///< at least the default one
     std::vector<NamedTag> tags;
-    int node = 0; ///< of the station that is meant when none is named
-    std::filesystem::path storage;
+    int node = 0;                                     ///< of the station that is meant when none is named
+    std::filesystem::path storage;                    ///< empty when none is named and there is no home directory
     std::string instance;                             ///< names the line in the storage
     std::optional<std::filesystem::path> projectFile; ///< the one that was read
 
@@ -41,9 +41,7 @@ std::filesystem::path storedSymbolFile(Settings const& settings, int node);
 /** The settings from the project file, where there is one, and the flags. Throws CommandError and ProjectFileError. */
 Settings loadSettings(LineOptions const& options);
 
-/**
- * The settings of a command with a line. The same, and a port has to be given.
- */
+/** The settings of a command with a line. The same, and there has to be a port and a storage. */
 Settings readSettings(Context const& context);
 
 /** The same from a project and the flags over it, without looking for a file; the storage stays empty without one. */

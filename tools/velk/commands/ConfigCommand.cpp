@@ -30,6 +30,9 @@ constexpr char const* kFromSymbolFile = "";
 
 /** What is known of a variable from the symbol file of an earlier command; null without one. */
 std::unique_ptr<SymbolTable> storedTable(Settings const& settings, int node) {
+    if (settings.storage.empty()) {
+        return nullptr;
+    }
     host::Result<SymbolTable> table = SymbolTable::load(storedSymbolFile(settings, node));
     return table.ok() ? std::make_unique<SymbolTable>(std::move(table.value())) : nullptr;
 }
@@ -117,7 +120,10 @@ void addSubcommand(CLI::App& config, Context& context, std::string const& name, 
                    Run run) {
     CLI::App* const command = config.add_subcommand(name, description);
     auto const file = std::make_shared<std::string>("velk.toml");
-    command->add_option("file", *file, "Project file; without it velk.toml in the current folder")->type_name("FILE");
+    CLI::Option* const word =
+        command->add_option("project", *file, "Project file; without it velk.toml in the current folder")
+            ->type_name("FILE");
+    command->add_option("-f,--file", *file, "The same, as other commands take it")->type_name("FILE")->excludes(word);
     command->callback(
         [file, run, &context] { context.action = [file, run, &context] { return run(*file, context); }; });
 }
