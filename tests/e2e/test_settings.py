@@ -54,6 +54,24 @@ class ProjectFiles(ServiceTest):
             self.assertTrue(done.stderr.startswith(complaint), done.stderr)
             self.assertEqual(done.stdout, "")
 
+    def test_a_thousand_tags_with_a_symbol_file(self):
+        line = self.line()
+        file = self.folder / "velk.toml"
+        file.write_text(f"""[line]
+port = "{line.link}"
+framing = "bare"
+[defaults]
+block_size = 1024
+[storage]
+directory = "symbols"
+""" + "".join(f'[[tag]]\nname = "tag{i}"\nvariable = "PLC_PRG.Counter"\n' for i in range(1000)))
+        self.assert_ends(self.run_velk(["symbols"]), GOOD)
+        done = self.run_velk(["config", "show"])
+        self.assert_ends(done, GOOD)
+        self.assertEqual(done.stdout.count("0?PLC_PRG.Counter?M?0?"), 1000, done.stdout[:2000])
+        self.assertNotIn("the type comes from", done.stdout)
+        self.assert_ends(self.run_velk(["config", "check"]), GOOD)
+
 
 class NewProjectFile(ServiceTest):
     """velk init."""

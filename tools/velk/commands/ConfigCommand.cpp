@@ -14,31 +14,29 @@
 #include "tools/velk/Choices.h"
 #include "tools/velk/CommandError.h"
 #include "tools/velk/Context.h"
-#include "tools/velk/SymbolTable.h"
 #include "tools/velk/Terminal.h"
 #include "tools/velk/Text.h"
 
 #include <fmt/format.h>
 
-#include <functional>
 #include <memory>
+#include <utility>
 
 namespace velk {
 namespace {
 
 constexpr char const* kFromSymbolFile = "";
 
-/** What is known of a variable from the symbol file of an earlier command; null without one. */
-std::unique_ptr<SymbolTable> storedTable(Settings const& settings, int node) {
-    if (settings.storage.empty()) {
-        return nullptr;
-    }
-    host::Result<SymbolTable> table = SymbolTable::load(storedSymbolFile(settings, node));
-    return table.ok() ? std::make_unique<SymbolTable>(std::move(table.value())) : nullptr;
+/** The symbol files that earlier commands left in the storage. */
+StoredTables storedTables(Settings const& settings) {
+    return StoredTables([&settings](int node) {
+        return settings.storage.empty() ? host::Result<SymbolTable>(host::hostFailure("there is no storage"))
+                                        : SymbolTable::load(storedSymbolFile(settings, node));
+    });
 }
 
-host::Result<Access> accessOf(NamedTag const& tag, Settings const& settings, int node) {
-    std::unique_ptr<SymbolTable> const table = storedTable(settings, node);
+host::Result<Access> accessOf(NamedTag const& tag, Settings const& settings, int node, StoredTables& tables) {
+    SymbolTable const* const table = tables.of(node);
     Variable const* const variable = table != nullptr ? table->find(tag.variable) : nullptr;
     if (!tag.type.empty()) {
         return chosenAccess(tag.type, tag.area.value_or(""), variable);
@@ -52,9 +50,9 @@ host::Result<Access> accessOf(NamedTag const& tag, Settings const& settings, int
     return inferAccess(*variable, byteOrderWord(settings.nodeSettings(node).model) == "big");
 }
 
-host::Result<std::string> addressOf(NamedTag const& tag, Settings const& settings) {
+host::Result<std::string> addressOf(NamedTag const& tag, Settings const& settings, StoredTables& tables) {
     int const node = tag.node.value_or(settings.node);
-    host::Result<Access> const access = accessOf(tag, settings, node);
+    host::Result<Access> const access = accessOf(tag, settings, node, tables);
     if (!access.ok()) {
         return access.failure();
     }
@@ -89,8 +87,9 @@ private:
         if (!configured.ok()) {
             return {"the driver does not take the configuration: " + configured.failure().text};
         }
+        StoredTables tables = storedTables(settings);
         for (NamedTag const& tag : settings.tags) {
-            host::Result<std::string> const address = addressOf(tag, settings);
+            host::Result<std::string> const address = addressOf(tag, settings, tables);
             bool const open = address.ok() && address.value().ends_with('?'); // the symbol file has the type
             host::Outcome const made = !address.ok() ? host::Outcome(address.failure())
                                        : open        ? host::Outcome()
@@ -130,8 +129,18 @@ void addSubcommand(CLI::App& config, Context& context, std::string const& name, 
 
 } // namespace
 
-std::string addressText(NamedTag const& tag, Settings const& settings) {
-    host::Result<std::string> const address = addressOf(tag, settings);
+SymbolTable const* StoredTables::of(int node) {
+    auto const known = tables_.find(node);
+    if (known != tables_.end()) {
+        return known->second.get();
+    }
+    host::Result<SymbolTable> table = load_(node);
+    auto loaded = table.ok() ? std::make_unique<SymbolTable>(std::move(table.value())) : nullptr;
+    return tables_.emplace(node, std::move(loaded)).first->second.get();
+}
+
+std::string addressText(NamedTag const& tag, Settings const& settings, StoredTables& tables) {
+    host::Result<std::string> const address = addressOf(tag, settings, tables);
     if (!address.ok()) {
         return "- (" + address.failure().text + ")";
     }
@@ -167,8 +176,9 @@ ExitCode runConfigShow(std::string const& file, Context& context) {
     std::string shown = "configuration:\n  " + text.value() + "\n";
     if (!settings.tags.empty()) {
         tools::TextTable table({"tag", "address"});
+        StoredTables tables = storedTables(settings);
         for (NamedTag const& tag : settings.tags) {
-            table.add({displayable(tag.name), displayable(addressText(tag, settings))});
+            table.add({displayable(tag.name), displayable(addressText(tag, settings, tables))});
         }
         shown += "\n" + table.text();
     }

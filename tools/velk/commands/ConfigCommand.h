@@ -2,10 +2,15 @@
 
 #include "tools/velk/ExitCode.h"
 #include "tools/velk/Settings.h"
+#include "tools/velk/SymbolTable.h"
 
 #include <CLI/CLI.hpp>
 
+#include <functional>
+#include <map>
+#include <memory>
 #include <string>
+#include <utility>
 
 namespace velk {
 
@@ -17,8 +22,23 @@ ExitCode runConfigCheck(std::string const& file, Context& context);
 /** Shows the driver's configuration string and the tag addresses that a project file stands for. */
 ExitCode runConfigShow(std::string const& file, Context& context);
 
+/** The symbol files of the nodes; each is loaded once, when it is first asked for. */
+class StoredTables {
+public:
+    using Load = std::function<host::Result<SymbolTable>(int node)>;
+
+    explicit StoredTables(Load load) : load_(std::move(load)) {}
+
+    /** Null where there is none. */
+    SymbolTable const* of(int node);
+
+private:
+    Load load_;
+    std::map<int, std::unique_ptr<SymbolTable>> tables_;
+};
+
 /** The tag address of a tag of the project file, as far as it is known without the PLC. */
-std::string addressText(NamedTag const& tag, Settings const& settings);
+std::string addressText(NamedTag const& tag, Settings const& settings, StoredTables& tables);
 
 void addConfigCommand(CLI::App& app, Context& context);
 
