@@ -73,6 +73,15 @@ directory = "symbols"
         self.assert_ends(self.run_velk(["config", "check"]), GOOD)
 
 
+class Commands(ServiceTest):
+    def test_a_command_that_is_not_there(self):
+        for words in (["reed"], ["help", "reed"]):
+            done = self.run_velk(words)
+            self.assert_ends(done, USAGE)
+            self.assertIn("there is no command 'reed'; did you mean read?", done.stderr)
+            self.assertEqual(done.stdout, "")
+
+
 class NewProjectFile(ServiceTest):
     """velk init."""
 

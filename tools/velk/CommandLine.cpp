@@ -3,8 +3,10 @@
 #include "tools/velk/CommandError.h"
 #include "tools/velk/HelpFormatter.h"
 #include "tools/velk/Interrupt.h"
+#include "tools/velk/Names.h"
 #include "tools/velk/ProjectFile.h"
 #include "tools/velk/Terminal.h"
+#include "tools/velk/Text.h"
 #include "tools/velk/Version.h"
 #include "tools/velk/commands/CheckCommand.h"
 #include "tools/velk/commands/CompletionsCommand.h"
@@ -73,12 +75,42 @@ ExitCode answerParser(CLI::App const& app, CLI::ParseError const& answer, Termin
     return ExitCode::Usage;
 }
 
+std::vector<std::string> commandsOf(CLI::App const& app) {
+    std::vector<std::string> names;
+    for (CLI::App const* each : app.get_subcommands([](CLI::App const*) { return true; })) {
+        if (!each->get_name().empty()) { // those without a name are groups of flags
+            names.push_back(each->get_name());
+        }
+    }
+    return names;
+}
+
+/** The parser would answer the help of what it knows, or ask for a command where one is misspelt. */
+void refuseUnknownCommand(CLI::App& app, std::vector<std::string> const& words) {
+    CLI::App* at = &app;
+    std::string path = app.get_name();
+    for (std::string const& word : words) {
+        std::vector<std::string> const commands = commandsOf(*at);
+        if (commands.empty() || word.starts_with('-')) {
+            return;
+        }
+        if (std::find(commands.begin(), commands.end(), word) == commands.end()) {
+            throw CommandError(ExitCode::Usage, "there is no command '" + displayable(word) + "'" +
+                                                    didYouMean(word, commands) + "\n" + path +
+                                                    " --help lists the commands");
+        }
+        at = at->get_subcommand(word);
+        path += " " + word;
+    }
+}
+
 ExitCode parseAndRun(std::vector<std::string> words, Context& context) {
     std::unique_ptr<CLI::App> const app = makeCommandTree(context);
     if (words.empty()) {
         context.terminal.complain("what is to be done?\n\n" + app->help());
         return ExitCode::Usage;
     }
+    refuseUnknownCommand(*app, words);
     context.action = nullptr;
     context.options = {};
     std::reverse(words.begin(), words.end()); // the parser takes them from the end

@@ -1,0 +1,75 @@
+#include "tools/velk/CommandLine.h"
+
+#include "host/Clock.h"
+#include "tools/velk/Interrupt.h"
+#include "tools/velk/Terminal.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+namespace {
+
+using testing::HasSubstr;
+using testing::Not;
+using testing::StartsWith;
+using velk::ExitCode;
+
+/** Command lines of velk, and what they put on the standard streams. */
+class CommandLine : public testing::Test {
+protected:
+    ExitCode run(std::vector<std::string> const& words) {
+        testing::internal::CaptureStdout();
+        testing::internal::CaptureStderr();
+        ExitCode const code = velk::runCommandLine(words, context_);
+        output_ = testing::internal::GetCapturedStdout();
+        complaint_ = testing::internal::GetCapturedStderr();
+        return code;
+    }
+
+    std::string output_;
+    std::string complaint_;
+
+private:
+    velk::Terminal terminal_{velk::StreamKinds{}};
+    velk::Interrupt interrupt_;
+    host::SteadyClock clock_;
+    velk::Context context_{.terminal = terminal_, .interrupt = interrupt_, .clock = clock_};
+};
+
+TEST_F(CommandLine, AMisspeltCommandIsToldWithTheOneThatMayBeMeant) {
+    for (std::vector<std::string> const& words :
+         {std::vector<std::string>{"reed"}, {"help", "reed"}, {"reed", "--help"}, {"reed", "Counter"}}) {
+        EXPECT_EQ(run(words), ExitCode::Usage);
+        EXPECT_EQ(output_, "");
+        EXPECT_EQ(complaint_, "velk: there is no command 'reed'; did you mean read?\nvelk --help lists the commands\n");
+    }
+}
+
+TEST_F(CommandLine, ACommandThatIsLikeNoOtherIsToldToo) {
+    for (std::vector<std::string> const& words : {std::vector<std::string>{"nix"}, {"help", "nix"}}) {
+        EXPECT_EQ(run(words), ExitCode::Usage);
+        EXPECT_EQ(output_, "");
+        EXPECT_EQ(complaint_, "velk: there is no command 'nix'\nvelk --help lists the commands\n");
+    }
+}
+
+TEST_F(CommandLine, ACommandOfACommandIsToldInItsPlace) {
+    for (std::vector<std::string> const& words :
+         {std::vector<std::string>{"config", "chek"}, {"help", "config", "chek"}}) {
+        EXPECT_EQ(run(words), ExitCode::Usage);
+        EXPECT_EQ(complaint_,
+                  "velk: there is no command 'chek'; did you mean check?\nvelk config --help lists the commands\n");
+    }
+}
+
+TEST_F(CommandLine, HelpIsDataAndGood) {
+    EXPECT_EQ(run({"help"}), ExitCode::Good);
+    EXPECT_THAT(output_, StartsWith("Usage: velk [OPTION]... COMMAND ..."));
+    EXPECT_EQ(run({"help", "read"}), ExitCode::Good);
+    EXPECT_THAT(output_, StartsWith("Usage: velk read "));
+    EXPECT_EQ(run({"help", "config", "check"}), ExitCode::Good);
+    EXPECT_THAT(output_, StartsWith("Usage: velk config check "));
+    EXPECT_EQ(complaint_, "");
+}
+
+} // namespace
