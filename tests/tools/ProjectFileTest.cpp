@@ -390,6 +390,28 @@ TEST(ProjectText, AStationMayHaveNoName) {
     EXPECT_EQ(project.stations[0].name, "");
 }
 
+TEST(ProjectText, AnyNameIsRightInItsCommentToo) {
+    velk::NewProject wanted;
+    wanted.stationName = "x  # y's";
+    std::string const text = velk::projectText(wanted);
+    EXPECT_THAT(text, testing::HasSubstr("\nname = \"x  # y's\"       # what to call it: velk read "
+                                         "'x  # y'\\''s:PLC_PRG.Counter'\n"));
+    EXPECT_EQ(readProjectText(text, "velk.toml").stations.at(0).name, "x  # y's");
+    wanted.stationName = "press-2";
+    EXPECT_THAT(
+        velk::projectText(wanted),
+        testing::HasSubstr("\nname = \"press-2\"        # what to call it: velk read press-2:PLC_PRG.Counter\n"));
+}
+
+TEST(ProjectFile, ANameThatATerminalCannotShowIsRefused) {
+    for (char const* const name : {"a\nb", "a\x7F", "a\xC2\x85", "\xFF"}) {
+        EXPECT_EQ(velk::stationNameFault(name), "the name of a station is UTF-8 without control characters");
+    }
+    EXPECT_EQ(velk::stationNameFault("P\xC3\xBCnktchen 2"), "");
+    EXPECT_THAT(complaintsAbout("[[station]]\nnode = 1\nname = \"a\\u0007\"\n"),
+                ElementsAre("velk.toml:3:8: the name of a station is UTF-8 without control characters"));
+}
+
 TEST(ProjectText, ItsCommentedPartsAreRightToo) {
     std::string text;
     std::istringstream lines(velk::projectText({}));

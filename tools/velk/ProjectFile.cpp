@@ -4,6 +4,7 @@
 #include "tools/velk/Choices.h"
 #include "tools/velk/DriverType.h"
 #include "tools/velk/Names.h"
+#include "tools/velk/Text.h"
 #include "tools/velk/TomlSection.h"
 #include "tools/velk/WholeFile.h"
 
@@ -303,7 +304,11 @@ ProjectFileError::ProjectFileError(std::vector<std::string> complaints)
 std::string stationNameFault(std::string const& name) {
     bool const isNumber = !name.empty() && name.find_first_not_of("0123456789") == std::string::npos;
     bool const hasMark = name.find_first_of(":=") != std::string::npos;
-    return isNumber || hasMark ? "the name of a station is no number and has no ':' and '='" : "";
+    if (isNumber || hasMark) {
+        return "the name of a station is no number and has no ':' and '='";
+    }
+    bool const shownAsItIs = displayable(name) == name;
+    return shownAsItIs ? "" : "the name of a station is UTF-8 without control characters";
 }
 
 Project readProjectText(std::string_view text, std::string const& name, std::filesystem::path const& folder) {

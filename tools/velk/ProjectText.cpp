@@ -5,42 +5,67 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <cctype>
 
 namespace velk {
 namespace {
 
+/** "key = value", with the comment behind it in the column of all comments. */
+std::string entry(std::string const& key, std::string const& value, std::string const& comment) {
+    constexpr std::size_t kColumn = 24;
+    std::string line = key + " = " + value;
+    line.resize(std::max(line.size() + 1, kColumn), ' ');
+    return line + "# " + comment + "\n";
+}
+
+std::string entry(std::string const& key, int value, std::string const& comment) {
+    return entry(key, std::to_string(value), comment);
+}
+
+/** @p text as one word of a shell. */
+std::string shellWord(std::string const& text) {
+    auto const isPlain = [](unsigned char each) {
+        return std::isalnum(each) != 0 || each == '_' || each == '-' || each == '.' || each == ':' || each > '~';
+    };
+    if (std::all_of(text.begin(), text.end(), isPlain)) {
+        return text;
+    }
+    std::string quoted = "'";
+    for (char const each : text) {
+        quoted += each == '\'' ? std::string("'\\''") : std::string(1, each);
+    }
+    return quoted + "'";
+}
+
 std::string lineSection(host::DriverConfig const& config) {
-    return fmt::format(R"([line]
-port = {}              # the port; a name under /dev/serial/by-id stays the same when an adapter is plugged in again
-baud = {}              # bit/s
-parity = {}            # "none", "even", "odd" or "mark"
-stopbits = {}          # 1 or 2
-mode = {}              # "RS-232", or "RS-485" where the port has it
-framing = {}           # "bare": frames as they are; "routed": each behind a header that leads it through couplers
-)",
-                       tomlText(config.uart), config.baudrate, tomlText(config.parity), config.stopbits,
-                       tomlText(config.mode), tomlText(framingWord(config.protType)));
+    return "[line]\n" +
+           entry("port", tomlText(config.uart),
+                 "the port; a name under /dev/serial/by-id stays the same when an adapter is plugged in again") +
+           entry("baud", config.baudrate, "bit/s") +
+           entry("parity", tomlText(config.parity), R"("none", "even", "odd" or "mark")") +
+           entry("stopbits", config.stopbits, "1 or 2") +
+           entry("mode", tomlText(config.mode), R"("RS-232", or "RS-485" where the port has it)") +
+           entry("framing", tomlText(framingWord(config.protType)),
+                 R"("bare": frames as they are; "routed": each behind a header that leads it through couplers)");
 }
 
 std::string defaultsSection(host::NodeSettings const& nodes) {
-    return fmt::format(R"(# For every station; a [[station]] can have its own.
-[defaults]
-byte_order = {}        # "big" or "little": the order of the bytes in the PLC's numbers
-block_size = {}        # bytes of a block, 128 to 1460; as the PLC has it
-timeout_ms = {}        # how long to wait for an answer, 100 to 20000
-repeat = {}            # attempts for one request
-)",
-                       tomlText(byteOrderWord(nodes.model)), nodes.blockSize, nodes.timeoutMs, nodes.repeat);
+    return "# For every station; a [[station]] can have its own.\n[defaults]\n" +
+           entry("byte_order", tomlText(byteOrderWord(nodes.model)),
+                 R"("big" or "little": the order of the bytes in the PLC's numbers)") +
+           entry("block_size", nodes.blockSize,
+                 fmt::format("bytes of a block, {} to {}; as the PLC has it", kLeastBlockSize, kMostBlockSize)) +
+           entry("timeout_ms", nodes.timeoutMs,
+                 fmt::format("how long to wait for an answer, {} to {}", kLeastTimeoutMs, kMostTimeoutMs)) +
+           entry("repeat", nodes.repeat, "attempts for one request");
 }
 
 std::string stationSection(NewProject const& project) {
     bool const named = !project.stationName.empty();
-    return fmt::format(R"([[station]]
-node = {}              # the number of the PLC, 0 to 256
-{}name = {}            # what to call it: velk read {}:PLC_PRG.Counter
-)",
-                       project.node, named ? "" : "# ", tomlText(named ? project.stationName : "press"),
-                       named ? project.stationName : "press");
+    std::string const name = named ? project.stationName : "press";
+    return "[[station]]\n" + entry("node", project.node, fmt::format("the number of the PLC, 0 to {}", kMostNode)) +
+           entry(named ? "name" : "# name", tomlText(name),
+                 "what to call it: velk read " + shellWord(name + ":PLC_PRG.Counter"));
 }
 
 constexpr char const* kRouting = R"(# Through couplers, with the framing "routed", in one or two levels:
@@ -70,26 +95,6 @@ constexpr char const* kTags =
 # directory = "symbols"
 )";
 
-/** Brings the comments behind the values into one column. */
-std::string withAlignedComments(std::string const& text) {
-    constexpr std::size_t kColumn = 24;
-    std::string aligned;
-    for (std::size_t at = 0; at < text.size();) {
-        std::size_t const end = text.find('\n', at);
-        std::string line = text.substr(at, end - at);
-        std::size_t const comment = line.rfind("  #");
-        if (comment != std::string::npos) {
-            std::string const behind = line.substr(line.find('#', comment));
-            line.erase(line.find_last_not_of(' ', comment) + 1);
-            line.resize(std::max(line.size() + 1, kColumn), ' ');
-            line += behind;
-        }
-        aligned += line + "\n";
-        at = end + 1;
-    }
-    return aligned;
-}
-
 } // namespace
 
 std::string tomlText(std::string const& text) {
@@ -109,11 +114,10 @@ std::string tomlText(std::string const& text) {
 }
 
 std::string projectText(NewProject const& project) {
-    std::string const text =
-        "# The serial line to a PLC, for velk. `velk config check` checks this file, `man velk.toml` explains it.\n\n" +
-        lineSection(project.config) + "\n" + defaultsSection(project.config.nodes) + "\n" + stationSection(project) +
-        "\n" + kRouting + "\n" + kTags;
-    return withAlignedComments(text);
+    return "# The serial line to a PLC, for velk. `velk config check` checks this file, `man velk.toml` explains "
+           "it.\n\n" +
+           lineSection(project.config) + "\n" + defaultsSection(project.config.nodes) + "\n" + stationSection(project) +
+           "\n" + kRouting + "\n" + kTags;
 }
 
 } // namespace velk
