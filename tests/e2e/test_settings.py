@@ -119,6 +119,16 @@ class NewProjectFile(ServiceTest):
         self.assertIn('port = "/dev/ttyUSB0"', file.read_text())
         self.assertEqual(self.names(), ["velk.toml"])
 
+    def test_the_storage_is_where_it_was_meant_to_be(self):
+        (self.folder / "machine").mkdir()
+        for storage, file, written in (("symbols", "velk.toml", "symbols"),
+                                       ("machine/symbols", "machine/velk.toml", "symbols"),
+                                       ("symbols", "machine/far.toml", str(self.folder / "symbols")),
+                                       ("/srv/symbols", "absolute.toml", "/srv/symbols"),
+                                       ("~/symbols", "tilde.toml", "./~/symbols")):
+            self.assert_ends(self.run_velk(["init", "--port", "com1", "--storage", storage, "-f", file]), GOOD)
+            self.assertIn(f'\ndirectory = "{written}"\n', (self.folder / file).read_text())
+
 
 if __name__ == "__main__":
     main()

@@ -390,6 +390,13 @@ TEST(ProjectText, AStationMayHaveNoName) {
     EXPECT_EQ(project.stations[0].name, "");
 }
 
+TEST(ProjectText, AStorageIsNamedWhenThereIsOne) {
+    EXPECT_EQ(readProjectText(velk::projectText({}), "velk.toml", "/machine").storage, std::nullopt);
+    velk::NewProject wanted;
+    wanted.storage = "the \"symbols\"";
+    EXPECT_EQ(readProjectText(velk::projectText(wanted), "velk.toml", "/machine").storage, "/machine/the \"symbols\"");
+}
+
 TEST(ProjectText, AnyNameIsRightInItsCommentToo) {
     velk::NewProject wanted;
     wanted.stationName = "x  # y's";

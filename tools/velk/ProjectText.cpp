@@ -89,11 +89,13 @@ constexpr char const* kTags =
 # variable = "PLC_PRG.Serial"
 # type = "unsignedShort"
 # conversions = ["bcd"]
-
-# Where the PLC's symbol files are kept; without it in your home directory.
-# [storage]
-# directory = "symbols"
 )";
+
+std::string storageSection(std::string const& directory) {
+    std::string const mark = directory.empty() ? "# " : "";
+    return "# Where the PLC's symbol files are kept; without it in your home directory.\n" + mark + "[storage]\n" +
+           mark + "directory = " + tomlText(directory.empty() ? "symbols" : directory) + "\n";
+}
 
 } // namespace
 
@@ -117,7 +119,7 @@ std::string projectText(NewProject const& project) {
     return "# The serial line to a PLC, for velk. `velk config check` checks this file, `man velk.toml` explains "
            "it.\n\n" +
            lineSection(project.config) + "\n" + defaultsSection(project.config.nodes) + "\n" + stationSection(project) +
-           "\n" + kRouting + "\n" + kTags;
+           "\n" + kRouting + "\n" + kTags + "\n" + storageSection(project.storage);
 }
 
 } // namespace velk

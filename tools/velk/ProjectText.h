@@ -11,6 +11,7 @@ struct NewProject {
     host::DriverConfig config;
     int node = 0;
     std::string stationName; ///< may be empty
+    std::string storage;     ///< folder of the symbol files as the file is to name it; empty for the usual one
 };
 
 /** A text between the quotes of TOML. */

@@ -10,6 +10,7 @@
 #include "tools/velk/ProjectText.h"
 #include "tools/velk/Settings.h"
 #include "tools/velk/Terminal.h"
+#include "tools/velk/Text.h"
 #include "tools/velk/WholeFile.h"
 
 #include <fmt/format.h>
@@ -147,12 +148,38 @@ void askForStation(NewProject& project, InitOptions const& init, LineOptions con
     }
 }
 
+std::filesystem::path projectFileOf(LineOptions const& options) {
+    return options.file.value_or("velk.toml");
+}
+
+/** A folder beside the file is named as it is seen from there, so that both can be moved together. */
+std::string storageAsWritten(std::filesystem::path const& storage, std::filesystem::path const& file) {
+    std::filesystem::path const folder = std::filesystem::absolute(file).lexically_normal().parent_path();
+    std::filesystem::path const whole = std::filesystem::absolute(storage).lexically_normal();
+    std::filesystem::path const beside = whole.lexically_relative(folder);
+    bool const elsewhere = storage.is_absolute() || beside.empty() || *beside.begin() == "..";
+    bool const likeHome = beside.string().starts_with("~/"); // a folder of that name is meant
+    return elsewhere ? whole.string() : (likeHome ? "." / beside : beside).string();
+}
+
+void refuseOddName(char const* what, std::string const& name) {
+    if (displayable(name) != name) {
+        throw CommandError(ExitCode::Usage,
+                           fmt::format("the name of the {} has to be UTF-8 without control characters", what));
+    }
+}
+
 NewProject projectFromFlags(InitOptions const& init, LineOptions const& options) {
     Project nothing;
     nothing.config.uart.clear();
     nothing.config.protType = protocolType("bare");
     Settings const settings = mergeSettings(nothing, options);
-    NewProject project{settings.config, settings.node, init.name.value_or("")};
+    NewProject project{settings.config, settings.node, init.name.value_or(""), ""};
+    if (options.storage) {
+        project.storage = storageAsWritten(*options.storage, projectFileOf(options));
+        refuseOddName("storage", project.storage);
+    }
+    refuseOddName("port", project.config.uart);
     if (std::string const fault = stationNameFault(project.stationName); !fault.empty()) {
         throw CommandError(ExitCode::Usage, fault);
     }
@@ -177,7 +204,7 @@ void writeFile(std::filesystem::path const& file, std::string const& text, bool 
 
 ExitCode runInit(InitOptions const& options, Context& context) {
     LineOptions const& flags = context.options;
-    std::filesystem::path const file = flags.file.value_or("velk.toml");
+    std::filesystem::path const file = projectFileOf(flags);
     std::error_code ignored;
     if (!options.force && std::filesystem::exists(file, ignored)) {
         refuseToReplace(file);
