@@ -12,6 +12,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <map>
 
 namespace {
 
@@ -224,6 +225,30 @@ TEST_F(WholeTree, EverythingIsExplainedInOneWay) {
             EXPECT_FALSE(word.description.empty()) << path << " " << word.name;
         }
     });
+}
+
+TEST_F(WholeTree, EveryDefaultOfALineIsTheDriversOwnAndIsNamed) {
+    auto const read = std::find_if(tree.commands.begin(), tree.commands.end(),
+                                   [](CommandInfo const& each) { return each.name == "read"; });
+    std::map<std::string, std::string> const wanted{
+        {"--baud", "19200"},     {"--parity", "none"},    {"--stopbits", "1"},
+        {"--mode", "RS-232"},    {"--framing", "routed"}, {"--repeat", "2"},
+        {"--byte-order", "big"}, {"--block-size", "128"}, {"--timeout", "10000"}};
+    std::size_t found = 0;
+    for (velk::FlagInfo const& flag : read->flags) {
+        if (auto const each = wanted.find(flag.names.back()); each != wanted.end()) {
+            EXPECT_THAT(flag.description, testing::EndsWith("; " + each->second + " by default")) << each->first;
+            ++found;
+        }
+    }
+    EXPECT_EQ(found, wanted.size());
+}
+
+TEST_F(SmallTree, TheManualNamesTheDriversOwnSettings) {
+    EXPECT_EQ(velk::fillManual("@BAUD@ @PARITY@ @STOPBITS@ @MODE@ @FRAMING@ @BYTE_ORDER@ @BLOCK_SIZE@ @TIMEOUT_MS@ "
+                               "@REPEAT@ @ROUTING_LEVELS@ @COUPLER@ @CHANNEL@ @ADDRESS@",
+                               tree, "1.2"),
+              "19200 none 1 RS\\-232 routed big 128 10000 2 0 0 0 0.0.0.0");
 }
 
 TEST_F(WholeTree, NoLineOfHelpIsTooLong) {

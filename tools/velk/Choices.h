@@ -12,6 +12,8 @@ inline constexpr int kMostBlockSize = 1460;
 inline constexpr int kLeastTimeoutMs = 100;
 inline constexpr int kMostTimeoutMs = 20'000;
 inline constexpr int kMostNode = 256;
+inline constexpr int kMostStopBits = 2;
+inline constexpr int kMostRepeats = 100;
 
 std::vector<std::string> const& parities();
 std::vector<std::string> const& modes();

@@ -1,9 +1,12 @@
 #include "tools/velk/LineOptions.h"
 
+#include "host/ConfigText.h"
 #include "host/LineSettings.h"
 #include "tools/velk/Choices.h"
 #include "tools/velk/Context.h"
 #include "tools/velk/commands/TraceCommand.h"
+
+#include <fmt/format.h>
 
 namespace velk {
 namespace {
@@ -26,24 +29,34 @@ CLI::Validator oneOf(std::vector<std::string> const& words) {
     return CLI::IsMember(words, CLI::ignore_case);
 }
 
+/** What counts when neither a flag nor the project file says anything else. */
+template <typename Value>
+std::string withDefault(char const* description, Value const& value) {
+    return fmt::format("{}; {} by default", description, value);
+}
+
 void addTheLine(CLI::App& command, LineOptions& options) {
-    constexpr int kMostStopBits = 2;
+    host::DriverConfig const usual;
     command.add_option("-p,--port", options.port, "Serial port, such as /dev/ttyUSB0 or com1")
         ->type_name("PORT")
         ->group(kLineGroup);
-    command.add_option("-b,--baud", options.baud, "Line speed in bit/s")
+    command.add_option("-b,--baud", options.baud, withDefault("Line speed in bit/s", usual.baudrate))
         ->type_name("BAUD")
         ->check(CLI::Validator(checkBaud, ""))
         ->group(kLineGroup);
-    command.add_option("--parity", options.parity, "Parity of the characters")
+    command.add_option("--parity", options.parity, withDefault("Parity of the characters", usual.parity))
         ->transform(oneOf(parities()))
         ->group(kLineGroup);
-    command.add_option("--stopbits", options.stopBits, "Stop bits of the characters")
+    command.add_option("--stopbits", options.stopBits, withDefault("Stop bits of the characters", usual.stopbits))
         ->check(CLI::Range(1, kMostStopBits))
         ->type_name("")
         ->group(kLineGroup);
-    command.add_option("--mode", options.mode, "What the port drives")->transform(oneOf(modes()))->group(kLineGroup);
-    command.add_option("--framing", options.framing, "Frames as they are, or routed through couplers")
+    command.add_option("--mode", options.mode, withDefault("What the port drives", usual.mode))
+        ->transform(oneOf(modes()))
+        ->group(kLineGroup);
+    command
+        .add_option("--framing", options.framing,
+                    withDefault("Frames as they are, or routed through couplers", framingWord(usual.protType)))
         ->transform(oneOf(framings()))
         ->group(kLineGroup);
     command.add_option("--storage", options.storage, "Folder where symbol files are kept")
@@ -52,24 +65,27 @@ void addTheLine(CLI::App& command, LineOptions& options) {
 }
 
 void addTheStation(CLI::App& command, LineOptions& options) {
-    constexpr int kMostRepeats = 100;
+    host::NodeSettings const usual;
     command
         .add_option("-n,--node", options.station,
                     "The station that is meant: its node number, or its name in the project file")
         ->type_name("STATION")
         ->group(kStationGroup);
-    command.add_option("--byte-order", options.byteOrder, "Order of the bytes in a number")
+    command
+        .add_option("--byte-order", options.byteOrder,
+                    withDefault("Order of the bytes in a number", byteOrderWord(usual.model)))
         ->transform(oneOf(byteOrders()))
         ->group(kStationGroup);
-    command.add_option("--block-size", options.blockSize, "Bytes of a block")
+    command.add_option("--block-size", options.blockSize, withDefault("Bytes of a block", usual.blockSize))
         ->check(CLI::Range(kLeastBlockSize, kMostBlockSize))
         ->type_name("")
         ->group(kStationGroup);
-    command.add_option("--timeout", options.timeoutMs, "Milliseconds to wait for an answer")
+    command
+        .add_option("--timeout", options.timeoutMs, withDefault("Milliseconds to wait for an answer", usual.timeoutMs))
         ->check(CLI::Range(kLeastTimeoutMs, kMostTimeoutMs))
         ->type_name("")
         ->group(kStationGroup);
-    command.add_option("--repeat", options.repeat, "Attempts for one request")
+    command.add_option("--repeat", options.repeat, withDefault("Attempts for one request", usual.repeat))
         ->check(CLI::Range(1, kMostRepeats))
         ->type_name("")
         ->group(kStationGroup);

@@ -1,7 +1,11 @@
 #include "tools/velk/Manual.h"
 
+#include "host/ConfigText.h"
+#include "tools/velk/Choices.h"
+
 #include <algorithm>
 #include <array>
+#include <map>
 
 namespace velk {
 namespace {
@@ -71,6 +75,25 @@ void replaceAll(std::string& text, std::string const& mark, std::string const& c
     }
 }
 
+/** What counts where nothing else is said, by the marks for it. */
+std::map<std::string, std::string> usualSettings() {
+    host::DriverConfig const line;
+    host::NodeSettings const& node = line.nodes;
+    return {{"@BAUD@", std::to_string(line.baudrate)},
+            {"@PARITY@", line.parity},
+            {"@STOPBITS@", std::to_string(line.stopbits)},
+            {"@MODE@", line.mode},
+            {"@FRAMING@", framingWord(line.protType)},
+            {"@BYTE_ORDER@", byteOrderWord(node.model)},
+            {"@BLOCK_SIZE@", std::to_string(node.blockSize)},
+            {"@TIMEOUT_MS@", std::to_string(node.timeoutMs)},
+            {"@REPEAT@", std::to_string(node.repeat)},
+            {"@ROUTING_LEVELS@", std::to_string(node.routingLevels)},
+            {"@COUPLER@", node.coupler1},
+            {"@CHANNEL@", std::to_string(node.channel1)},
+            {"@ADDRESS@", node.address1}};
+}
+
 } // namespace
 
 std::string manText(std::string_view text) {
@@ -116,6 +139,9 @@ std::string manCommonOptions(CommandInfo const& tree) {
 
 std::string fillManual(std::string text, CommandInfo const& tree, std::string const& version) {
     replaceAll(text, "@VERSION@", version);
+    for (auto const& [mark, value] : usualSettings()) {
+        replaceAll(text, mark, manText(value));
+    }
     replaceAll(text, "@COMMON_OPTIONS@\n", manCommonOptions(tree));
     replaceAll(text, "@COMMANDS@\n", manCommands(tree));
     return text;

@@ -15,8 +15,8 @@ std::string manCommands(CommandInfo const& tree);
 std::string manCommonOptions(CommandInfo const& tree);
 
 /**
- * Fills a template: @COMMANDS@, @COMMON_OPTIONS@ and @VERSION@, each wherever it stands. Anything else between two
- * "@" stays.
+ * Fills a template: @COMMANDS@, @COMMON_OPTIONS@, @VERSION@ and the driver's own settings such as @BAUD@, each
+ * wherever it stands. Anything else between two "@" stays.
  */
 std::string fillManual(std::string text, CommandInfo const& tree, std::string const& version);
 

@@ -98,7 +98,6 @@ void Reader::readLine(TomlSection& line) {
     }
     readBaud(line);
     assign(config.parity, line.choice("parity", parities()));
-    constexpr int kMostStopBits = 2;
     assign(config.stopbits, line.number("stopbits", 1, kMostStopBits));
     assign(config.mode, line.choice("mode", modes()));
     if (auto const framing = line.choice("framing", framings())) {
@@ -130,7 +129,6 @@ std::optional<std::string> Reader::address(TomlSection& section, char const* key
 }
 
 host::NodeOverrides Reader::nodeSettings(TomlSection& section) {
-    constexpr int kMostRepeats = 100;
     constexpr int kMostCouplers = 6;
     constexpr int kMostChannels = 19;
     auto const coupler = [&](char const* key) -> std::optional<std::string> {

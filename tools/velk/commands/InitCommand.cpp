@@ -123,14 +123,15 @@ void askForLine(host::DriverConfig& config, LineOptions const& options, Question
         config.mode = questions.choose("Mode", modes(), config.mode);
     }
     if (!options.framing) {
-        config.protType = protocolType(questions.choose("Framing", {"bare", "routed"}, "bare"));
+        config.protType = protocolType(questions.choose("Framing", {"bare", "routed"}, framingWord(config.protType)));
     }
 }
 
 void askForStation(NewProject& project, InitOptions const& init, LineOptions const& options, Questions& questions) {
     host::NodeSettings& nodes = project.config.nodes;
     if (!options.byteOrder) {
-        nodes.model = modelName(questions.choose("Byte order of the PLC", {"big", "little"}, "big"));
+        nodes.model =
+            modelName(questions.choose("Byte order of the PLC", {"big", "little"}, byteOrderWord(nodes.model)));
     }
     if (!options.blockSize) {
         nodes.blockSize = questions.number("Bytes of a block", nodes.blockSize, kLeastBlockSize, kMostBlockSize);
@@ -172,7 +173,6 @@ void refuseOddName(char const* what, std::string const& name) {
 NewProject projectFromFlags(InitOptions const& init, LineOptions const& options) {
     Project nothing;
     nothing.config.uart.clear();
-    nothing.config.protType = protocolType("bare");
     Settings const settings = mergeSettings(nothing, options);
     NewProject project{settings.config, settings.node, init.name.value_or(""), ""};
     if (options.storage) {
