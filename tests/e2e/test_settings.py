@@ -119,6 +119,22 @@ class NewProjectFile(ServiceTest):
         self.assertIn('port = "/dev/ttyUSB0"', file.read_text())
         self.assertEqual(self.names(), ["velk.toml"])
 
+    def test_flags_are_in_the_file(self):
+        self.assert_ends(self.run_velk(["init", "--port", "/dev/ttyUSB0", "--storage", "symbols", "--stopbits", "2",
+                                        "--routing-levels", "2", "--coupler1", "6", "--channel1", "19", "--address1",
+                                        "10.0.0.1", "--coupler2", "5", "--name", "x  # y"]), GOOD)
+        text = (self.folder / "velk.toml").read_text()
+        for line in ("[storage]", 'directory = "symbols"', "routing_levels = 2 ", "coupler1 = 6 ", "channel1 = 19 ",
+                     'address1 = "10.0.0.1" ', "coupler2 = 5 ", "channel2 = 0 ", 'address2 = "0.0.0.0" ',
+                     "stopbits = 2 ", 'framing = "routed" '):
+            self.assertIn("\n" + line, text)
+        self.assertIn("velk read 'x  # y:PLC_PRG.Counter'\n", text)
+        done = self.run_velk(["config", "show"])
+        self.assert_ends(done, GOOD)
+        for setting in ("Node0::RoutingLevels=2", "Node0::CouplerLV1=6", "Node0::ChannelLV1=19",
+                        "Node0::AddressLV1=10.0.0.1", "Node0::CouplerLV2=5", "stopbits=2", "protType=ABB_RS232_AC"):
+            self.assertIn(setting, done.stdout)
+
     def test_the_storage_is_where_it_was_meant_to_be(self):
         (self.folder / "machine").mkdir()
         for storage, file, written in (("symbols", "velk.toml", "symbols"),
@@ -128,6 +144,49 @@ class NewProjectFile(ServiceTest):
                                        ("~/symbols", "tilde.toml", "./~/symbols")):
             self.assert_ends(self.run_velk(["init", "--port", "com1", "--storage", storage, "-f", file]), GOOD)
             self.assertIn(f'\ndirectory = "{written}"\n', (self.folder / file).read_text())
+
+    def test_names_that_cannot_be_written(self):
+        for flag, value in (("--name", "a\nb"), ("--name", "12"), ("--port", "a\nb"), ("--storage", "a\nb"),
+                            ("--storage", "")):
+            done = self.run_velk(["init", "--port", "com1", flag, value] if flag != "--port" else
+                                 ["init", flag, value])
+            self.assert_ends(done, USAGE)
+            self.assertNotIn("velk.toml", done.stderr)
+        self.assertEqual(self.names(), [])
+
+    def test_couplers_that_have_no_effect_are_refused(self):
+        for words in (["--coupler1", "3"], ["--routing-levels", "1", "--address2", "10.0.0.1"],
+                      ["--routing-levels", "1", "--framing", "bare"], ["--routing-levels", "3"],
+                      ["--routing-levels", "1", "--address1", "10.0.0"]):
+            self.assert_ends(self.run_velk(["init", "--port", "com1", *words]), USAGE)
+        self.assertEqual(self.names(), [])
+
+    def test_what_is_left_out_is_asked_with_the_drivers_own_settings(self):
+        child = self.type_velk(["init", "--port", "com1"])
+        for question, answer in (("Line speed in bit/s [19200]", "9600"), ("or mark) [none]", "even"),
+                                 ("Stop bits [1]", "2"), ("[RS-232]", ""), ("(bare or routed) [routed]", ""),
+                                 ("Levels of couplers on the way [0]", "1"), ("Coupler of level 1 [0]", "7"),
+                                 ("give a number, 0 to 6", "6"), ("Channel of the coupler of level 1 [0]", "3"),
+                                 ("Address behind the coupler of level 1 [0.0.0.0]", "10.0.0"),
+                                 ("it has to be like 192.168.0.1", "10.0.0.1"), ("(big or little) [big]", ""),
+                                 ("Bytes of a block [128]", ""), ("wait for an answer [10000]", ""),
+                                 ("Node number of the PLC [0]", "4"), ("Name of the PLC", "press")):
+            child.expect_exact(question)
+            child.sendline(answer)
+        self.assert_exit(child, GOOD)
+        done = self.run_velk(["config", "show"])
+        for setting in ("baudrate=9600", "parity=even", "stopbits=2", "protType=ABB_RS232_AC",
+                        "Node4::RoutingLevels=1", "Node4::CouplerLV1=6", "Node4::ChannelLV1=3",
+                        "Node4::AddressLV1=10.0.0.1"):
+            self.assertIn(setting, done.stdout)
+
+    def test_without_couplers_nothing_is_asked_about_them(self):
+        child = self.type_velk(["init", "--port", "com1", "--baud", "9600", "--parity", "none", "--stopbits", "1",
+                                "--mode", "RS-232"])
+        child.expect_exact("(bare or routed) [routed]")
+        child.sendline("bare")
+        child.expect_exact("Byte order")
+        self.assertNotIn("oupler", child.before)
 
 
 if __name__ == "__main__":

@@ -390,6 +390,32 @@ TEST(ProjectText, AStationMayHaveNoName) {
     EXPECT_EQ(project.stations[0].name, "");
 }
 
+TEST(ProjectText, CouplersAreThoseOfTheStation) {
+    velk::NewProject wanted;
+    wanted.config.nodes.routingLevels = 1;
+    wanted.config.nodes.coupler1 = "6";
+    wanted.config.nodes.channel1 = 19;
+    wanted.config.nodes.address1 = "10.0.0.1";
+    wanted.config.nodes.coupler2 = "5";
+    Project const one = readProjectText(velk::projectText(wanted), "velk.toml");
+    ASSERT_EQ(one.config.nodeOverrides.size(), 1U);
+    EXPECT_EQ(one.config.nodeOverrides[0].routingLevels, 1);
+    EXPECT_EQ(one.config.nodeOverrides[0].coupler1, "6");
+    EXPECT_EQ(one.config.nodeOverrides[0].channel1, 19);
+    EXPECT_EQ(one.config.nodeOverrides[0].address1, "10.0.0.1");
+    EXPECT_EQ(one.config.nodeOverrides[0].coupler2, std::nullopt) << "there is no such level";
+    wanted.config.nodes.routingLevels = 2;
+    wanted.config.nodes.channel2 = 7;
+    wanted.config.nodes.address2 = "10.0.0.2";
+    Project const two = readProjectText(velk::projectText(wanted), "velk.toml");
+    EXPECT_EQ(two.config.nodeOverrides.at(0).routingLevels, 2);
+    EXPECT_EQ(two.config.nodeOverrides.at(0).coupler2, "5");
+    EXPECT_EQ(two.config.nodeOverrides.at(0).channel2, 7);
+    EXPECT_EQ(two.config.nodeOverrides.at(0).address2, "10.0.0.2");
+    EXPECT_EQ(readProjectText(velk::projectText({}), "velk.toml").config.nodeOverrides.at(0).routingLevels,
+              std::nullopt);
+}
+
 TEST(ProjectText, AStorageIsNamedWhenThereIsOne) {
     EXPECT_EQ(readProjectText(velk::projectText({}), "velk.toml", "/machine").storage, std::nullopt);
     velk::NewProject wanted;

@@ -183,6 +183,23 @@ TEST(Settings, TheStationIsChosenByNameOrNumber) {
     }
 }
 
+TEST(Settings, FlagsOfTheCouplersCountForEveryStation) {
+    velk::Project project = twoStations();
+    project.config.nodeOverrides.at(1).coupler1 = "2";
+    velk::LineOptions options;
+    options.routingLevels = 2;
+    options.couplers[0] = {6, 19, "10.0.0.1"};
+    options.couplers[1] = {5, 18, "10.0.0.2"};
+    host::NodeSettings const node = velk::mergeSettings(project, options).nodeSettings(7);
+    EXPECT_EQ(node.routingLevels, 2);
+    EXPECT_EQ(node.coupler1, "6");
+    EXPECT_EQ(node.channel1, 19);
+    EXPECT_EQ(node.address1, "10.0.0.1");
+    EXPECT_EQ(node.coupler2, "5");
+    EXPECT_EQ(node.channel2, 18);
+    EXPECT_EQ(node.address2, "10.0.0.2");
+}
+
 TEST(Settings, WithoutAProjectThereIsOneStation) {
     Settings const settings = velk::mergeSettings({}, {});
     ASSERT_EQ(settings.stations.size(), 1U);

@@ -14,6 +14,9 @@ inline constexpr int kMostTimeoutMs = 20'000;
 inline constexpr int kMostNode = 256;
 inline constexpr int kMostStopBits = 2;
 inline constexpr int kMostRepeats = 100;
+inline constexpr int kMostRoutingLevels = 2;
+inline constexpr int kMostCoupler = 6;
+inline constexpr int kMostChannel = 19;
 
 std::vector<std::string> const& parities();
 std::vector<std::string> const& modes();

@@ -4,6 +4,7 @@
 #include "host/LineSettings.h"
 #include "tools/velk/Choices.h"
 #include "tools/velk/Context.h"
+#include "tools/velk/ProjectFile.h"
 #include "tools/velk/commands/TraceCommand.h"
 
 #include <fmt/format.h>
@@ -13,6 +14,7 @@ namespace {
 
 constexpr char const* kLineGroup = "Line";
 constexpr char const* kStationGroup = "Station";
+constexpr char const* kCouplerGroup = "Couplers";
 
 /** Refuses a line speed that no serial port knows. */
 std::string checkBaud(std::string const& text) {
@@ -25,13 +27,17 @@ std::string checkBaud(std::string const& text) {
     return settings.ok() ? std::string() : settings.failure().text;
 }
 
+std::string checkFolder(std::string const& text) {
+    return text.empty() ? "a folder has to have a name" : "";
+}
+
 CLI::Validator oneOf(std::vector<std::string> const& words) {
     return CLI::IsMember(words, CLI::ignore_case);
 }
 
 /** What counts when neither a flag nor the project file says anything else. */
 template <typename Value>
-std::string withDefault(char const* description, Value const& value) {
+std::string withDefault(std::string const& description, Value const& value) {
     return fmt::format("{}; {} by default", description, value);
 }
 
@@ -61,6 +67,7 @@ void addTheLine(CLI::App& command, LineOptions& options) {
         ->group(kLineGroup);
     command.add_option("--storage", options.storage, "Folder where symbol files are kept")
         ->type_name("DIR")
+        ->check(CLI::Validator(checkFolder, ""))
         ->group(kLineGroup);
 }
 
@@ -91,6 +98,37 @@ void addTheStation(CLI::App& command, LineOptions& options) {
         ->group(kStationGroup);
 }
 
+void addTheCouplers(CLI::App& command, LineOptions& options) {
+    host::NodeSettings const usual;
+    command
+        .add_option("--routing-levels", options.routingLevels,
+                    withDefault("Levels of couplers on the way, with routed framing", usual.routingLevels))
+        ->check(CLI::Range(0, kMostRoutingLevels))
+        ->type_name("")
+        ->group(kCouplerGroup);
+    for (std::size_t i = 0; i < options.couplers.size(); ++i) {
+        CouplerOptions& coupler = options.couplers[i];
+        std::string const level = std::to_string(i + 1);
+        std::string const what = " of level " + level;
+        command.add_option("--coupler" + level, coupler.coupler, withDefault("Coupler" + what, usual.coupler1))
+            ->check(CLI::Range(0, kMostCoupler))
+            ->type_name("")
+            ->group(kCouplerGroup);
+        command
+            .add_option("--channel" + level, coupler.channel,
+                        withDefault("Channel of the coupler" + what, usual.channel1))
+            ->check(CLI::Range(0, kMostChannel))
+            ->type_name("")
+            ->group(kCouplerGroup);
+        command
+            .add_option("--address" + level, coupler.address,
+                        withDefault("Address behind the coupler" + what, usual.address1))
+            ->check(CLI::Validator([](std::string& text) { return addressFault(text); }, ""))
+            ->type_name("ADDRESS")
+            ->group(kCouplerGroup);
+    }
+}
+
 } // namespace
 
 void addProjectOptions(CLI::App& command, Context& context) {
@@ -105,6 +143,7 @@ void addSettingOptions(CLI::App& command, Context& context) {
     addProjectOptions(command, context);
     addTheLine(command, context.options);
     addTheStation(command, context.options);
+    addTheCouplers(command, context.options);
 }
 
 void addLineOptions(CLI::App& command, Context& context) {

@@ -1,13 +1,23 @@
 #pragma once
 
+#include "tools/velk/Choices.h"
+
 #include <CLI/CLI.hpp>
 
+#include <array>
 #include <optional>
 #include <string>
 
 namespace velk {
 
 struct Context;
+
+/** Where a frame is led on one routing level. */
+struct CouplerOptions {
+    std::optional<int> coupler;
+    std::optional<int> channel;
+    std::optional<std::string> address;
+};
 
 /** The flags that every command with a line takes. What is not given is as the project file says. */
 struct LineOptions {
@@ -23,6 +33,8 @@ struct LineOptions {
     std::optional<int> blockSize;
     std::optional<int> timeoutMs;
     std::optional<int> repeat;
+    std::optional<int> routingLevels;
+    std::array<CouplerOptions, kMostRoutingLevels> couplers; ///< by routing level
     std::optional<std::string> storage;
     bool quiet = false;
 };
@@ -30,10 +42,10 @@ struct LineOptions {
 /** Lets @p command take a project file (-f) and -q. */
 void addProjectOptions(CLI::App& command, Context& context);
 
-/** Lets @p command take the flags of the line and of the station, and those of addProjectOptions(). */
+/** Lets @p command take the flags of the line, of the station and of the couplers, and those of addProjectOptions(). */
 void addSettingOptions(CLI::App& command, Context& context);
 
-/** Lets @p command take the flags of the line, of the station and of the trace, and those of addProjectOptions(). */
+/** Lets @p command take the flags of addSettingOptions() and those of the trace. */
 void addLineOptions(CLI::App& command, Context& context);
 
 } // namespace velk

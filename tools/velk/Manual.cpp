@@ -11,7 +11,7 @@ namespace velk {
 namespace {
 
 /** Groups whose flags every command with a line has; they are explained once. */
-constexpr std::array<std::string_view, 3> kCommonGroups{"Line", "Station", "Trace"};
+constexpr std::array<std::string_view, 4> kCommonGroups{"Line", "Station", "Couplers", "Trace"};
 constexpr std::array<std::string_view, 3> kCommonFlags{"--file", "--quiet", "--help"};
 
 bool isCommon(FlagInfo const& flag) {

@@ -121,18 +121,16 @@ void Reader::readBaud(TomlSection& line) {
 
 std::optional<std::string> Reader::address(TomlSection& section, char const* key) {
     std::optional<std::string> const text = section.text(key);
-    if (text && !isAddress(*text)) {
-        section.complain(key, "'" + std::string(key) + "' is '" + *text + "'; it has to be like 192.168.0.1");
+    if (std::string const fault = text ? addressFault(*text) : std::string(); !fault.empty()) {
+        section.complain(key, "'" + std::string(key) + "' is " + fault);
         return std::nullopt;
     }
     return text;
 }
 
 host::NodeOverrides Reader::nodeSettings(TomlSection& section) {
-    constexpr int kMostCouplers = 6;
-    constexpr int kMostChannels = 19;
     auto const coupler = [&](char const* key) -> std::optional<std::string> {
-        std::optional<int> const number = section.number(key, 0, kMostCouplers);
+        std::optional<int> const number = section.number(key, 0, kMostCoupler);
         return number ? std::optional(std::to_string(*number)) : std::nullopt;
     };
     host::NodeOverrides settings;
@@ -142,12 +140,12 @@ host::NodeOverrides Reader::nodeSettings(TomlSection& section) {
     if (auto const order = section.choice("byte_order", byteOrders())) {
         settings.model = modelName(*order);
     }
-    settings.routingLevels = section.number("routing_levels", 0, 2);
+    settings.routingLevels = section.number("routing_levels", 0, kMostRoutingLevels);
     settings.coupler1 = coupler("coupler1");
-    settings.channel1 = section.number("channel1", 0, kMostChannels);
+    settings.channel1 = section.number("channel1", 0, kMostChannel);
     settings.address1 = address(section, "address1");
     settings.coupler2 = coupler("coupler2");
-    settings.channel2 = section.number("channel2", 0, kMostChannels);
+    settings.channel2 = section.number("channel2", 0, kMostChannel);
     settings.address2 = address(section, "address2");
     return settings;
 }
@@ -298,6 +296,10 @@ void Reader::readTag(TomlSection& section) {
 
 ProjectFileError::ProjectFileError(std::vector<std::string> complaints)
     : std::runtime_error(joined(complaints)), complaints_(std::move(complaints)) {}
+
+std::string addressFault(std::string_view address) {
+    return isAddress(address) ? "" : "'" + std::string(address) + "'; it has to be like 192.168.0.1";
+}
 
 std::string stationNameFault(std::string const& name) {
     bool const isNumber = !name.empty() && name.find_first_not_of("0123456789") == std::string::npos;

@@ -68,12 +68,24 @@ std::string stationSection(NewProject const& project) {
                  "what to call it: velk read " + shellWord(name + ":PLC_PRG.Counter"));
 }
 
-constexpr char const* kRouting = R"(# Through couplers, with the framing "routed", in one or two levels:
-# routing_levels = 1
-# coupler1 = 0         # 0 to 6
-# channel1 = 0         # 0 to 19
-# address1 = "0.0.0.0"
-)";
+/** The keys of one routing level, @p mark before each. */
+std::string levelEntries(std::string const& mark, char const* level, std::string const& coupler, int channel,
+                         std::string const& address) {
+    return entry(mark + "coupler" + level, coupler, fmt::format("0 to {}", kMostCoupler)) +
+           entry(mark + "channel" + level, channel, fmt::format("0 to {}", kMostChannel)) +
+           entry(mark + "address" + level, tomlText(address), "the one behind the coupler");
+}
+
+/** Belongs to the station above it; what is not needed is there as a comment. */
+std::string routingEntries(host::NodeSettings const& nodes) {
+    std::string const mark = nodes.routingLevels == 0 ? "# " : "";
+    std::string text =
+        "# Through couplers, with the framing \"routed\", in one or two levels:\n" +
+        entry(mark + "routing_levels", std::max(1, nodes.routingLevels), fmt::format("0 to {}", kMostRoutingLevels)) +
+        levelEntries(mark, "1", nodes.coupler1, nodes.channel1, nodes.address1);
+    return nodes.routingLevels < 2 ? text
+                                   : text + levelEntries("", "2", nodes.coupler2, nodes.channel2, nodes.address2);
+}
 
 constexpr char const* kTags =
     R"(# Names of your own for variables. The type comes from the PLC's symbol file unless it is given:
@@ -119,7 +131,7 @@ std::string projectText(NewProject const& project) {
     return "# The serial line to a PLC, for velk. `velk config check` checks this file, `man velk.toml` explains "
            "it.\n\n" +
            lineSection(project.config) + "\n" + defaultsSection(project.config.nodes) + "\n" + stationSection(project) +
-           "\n" + kRouting + "\n" + kTags + "\n" + storageSection(project.storage);
+           "\n" + routingEntries(project.config.nodes) + "\n" + kTags + "\n" + storageSection(project.storage);
 }
 
 } // namespace velk

@@ -84,6 +84,23 @@ void overrideAll(std::optional<Value> const& flag, Value host::NodeSettings::*ge
     }
 }
 
+std::optional<std::string> asText(std::optional<int> const& number) {
+    return number ? std::optional(std::to_string(*number)) : std::nullopt;
+}
+
+void overrideCouplers(host::DriverConfig& config, LineOptions const& options) {
+    using All = host::NodeSettings;
+    using Own = host::NodeOverrides;
+    auto const& [first, second] = options.couplers;
+    overrideAll(options.routingLevels, &All::routingLevels, &Own::routingLevels, config);
+    overrideAll(asText(first.coupler), &All::coupler1, &Own::coupler1, config);
+    overrideAll(first.channel, &All::channel1, &Own::channel1, config);
+    overrideAll(first.address, &All::address1, &Own::address1, config);
+    overrideAll(asText(second.coupler), &All::coupler2, &Own::coupler2, config);
+    overrideAll(second.channel, &All::channel2, &Own::channel2, config);
+    overrideAll(second.address, &All::address2, &Own::address2, config);
+}
+
 void overrideStations(host::DriverConfig& config, LineOptions const& options) {
     std::optional<std::string> const model =
         options.byteOrder ? std::optional(modelName(*options.byteOrder)) : std::nullopt;
@@ -91,6 +108,7 @@ void overrideStations(host::DriverConfig& config, LineOptions const& options) {
     overrideAll(options.timeoutMs, &host::NodeSettings::timeoutMs, &host::NodeOverrides::timeoutMs, config);
     overrideAll(options.repeat, &host::NodeSettings::repeat, &host::NodeOverrides::repeat, config);
     overrideAll(model, &host::NodeSettings::model, &host::NodeOverrides::model, config);
+    overrideCouplers(config, options);
 }
 
 void overrideLine(host::DriverConfig& config, LineOptions const& options) {

@@ -119,11 +119,60 @@ void askForLine(host::DriverConfig& config, LineOptions const& options, Question
     if (!options.parity) {
         config.parity = questions.choose("Parity", parities(), config.parity);
     }
+    if (!options.stopBits) {
+        config.stopbits = questions.number("Stop bits", config.stopbits, 1, kMostStopBits);
+    }
     if (!options.mode) {
         config.mode = questions.choose("Mode", modes(), config.mode);
     }
     if (!options.framing) {
         config.protType = protocolType(questions.choose("Framing", {"bare", "routed"}, framingWord(config.protType)));
+    }
+}
+
+void askForCoupler(CouplerOptions const& given, int level, std::string& coupler, int& channel, std::string& address,
+                   Questions& questions) {
+    std::string const what = fmt::format(" of level {}", level);
+    if (!given.coupler) {
+        coupler = std::to_string(questions.number("Coupler" + what, std::stoi(coupler), 0, kMostCoupler));
+    }
+    if (!given.channel) {
+        channel = questions.number("Channel of the coupler" + what, channel, 0, kMostChannel);
+    }
+    if (!given.address) {
+        address = questions.ask("Address behind the coupler" + what, address,
+                                [](std::string& answer) { return addressFault(answer); });
+    }
+}
+
+void askForCouplers(host::NodeSettings& nodes, LineOptions const& options, Questions& questions) {
+    auto const& [first, second] = options.couplers;
+    if (!options.routingLevels) {
+        nodes.routingLevels =
+            questions.number("Levels of couplers on the way", nodes.routingLevels, 0, kMostRoutingLevels);
+    }
+    if (nodes.routingLevels >= 1) {
+        askForCoupler(first, 1, nodes.coupler1, nodes.channel1, nodes.address1, questions);
+    }
+    if (nodes.routingLevels >= 2) {
+        askForCoupler(second, 2, nodes.coupler2, nodes.channel2, nodes.address2, questions);
+    }
+}
+
+/** A flag that would have no effect is a misunderstanding. */
+void checkCouplers(host::DriverConfig const& config, LineOptions const& options) {
+    int const levels = config.nodes.routingLevels;
+    if (levels > 0 && framingWord(config.protType) != "routed") {
+        throw CommandError(ExitCode::Usage, "couplers need the framing routed");
+    }
+    for (int level = levels + 1; level <= kMostRoutingLevels; ++level) {
+        CouplerOptions const& given = options.couplers.at(static_cast<std::size_t>(level) - 1);
+        if (given.coupler || given.channel || given.address) {
+            throw CommandError(ExitCode::Usage,
+                               fmt::format("--coupler{0}, --channel{0} and --address{0} need {0} or more levels of "
+                                           "couplers: give --routing-levels {0}",
+                                           level));
+        }
     }
 }
 
@@ -213,10 +262,14 @@ ExitCode runInit(InitOptions const& options, Context& context) {
     if (context.terminal.kinds().inputIsTerminal) {
         Questions questions(context);
         askForLine(project.config, flags, questions);
+        if (framingWord(project.config.protType) == "routed") {
+            askForCouplers(project.config.nodes, flags, questions);
+        }
         askForStation(project, options, flags, questions);
     } else if (project.config.uart.empty()) {
         throw CommandError(ExitCode::Usage, "there is no terminal to ask on: give at least --port");
     }
+    checkCouplers(project.config, flags);
     std::string const text = projectText(project);
     readProjectText(text, file.string()); // what is written can be read
     if (context.interrupt.requested()) {
