@@ -188,6 +188,12 @@ class NewProjectFile(ServiceTest):
         child.expect_exact("Byte order")
         self.assertNotIn("oupler", child.before)
 
+    def test_the_help_is_about_the_new_file(self):
+        done = self.run_velk(["init", "--help"])
+        self.assertIn("Project file to write", done.stdout)
+        self.assertNotIn("its name in the project file", done.stdout)
+        self.assertNotIn("when there is one", done.stdout)
+
 
 if __name__ == "__main__":
     main()

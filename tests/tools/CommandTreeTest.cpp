@@ -179,6 +179,23 @@ The file.
     EXPECT_EQ(velk::manCommonOptions(tree), ".TP\n\\fB\\-p\\fR, \\fB\\-\\-port\\fR \\fIPORT\\fR\nA port's name.\n");
 }
 
+TEST(Manual, AFlagThatMeansAnotherThingToOneCommandIsExplainedThere) {
+    CLI::App app{"A program", "velk"};
+    app.set_help_flag();
+    std::string file;
+    for (char const* const name : {"init", "read", "watch"}) {
+        CLI::App* const command = app.add_subcommand(name, "Does something");
+        command->set_help_flag();
+        bool const writes = command->get_name() == "init";
+        command->add_option("--file", file, writes ? "File to write" : "File to read")->type_name("F")->group("Line");
+    }
+    CommandInfo const tree = velk::describeCommand(app);
+    EXPECT_EQ(velk::manCommonOptions(tree), ".TP\n\\fB\\-\\-file\\fR \\fIF\\fR\nFile to read.\n");
+    std::string const commands = velk::manCommands(tree);
+    EXPECT_THAT(commands, HasSubstr("Does something.\n.TP\n\\fB\\-\\-file\\fR \\fIF\\fR\nFile to write.\n"));
+    EXPECT_THAT(commands, Not(HasSubstr("File to read")));
+}
+
 TEST(Manual, TakesNoTextForItsOwnSigns) {
     EXPECT_EQ(velk::manText(".dot -x \\ \"q\"\n'line"), "\\&.dot \\-x \\e \\(dqq\\(dq\n\\&'line");
 }
@@ -225,6 +242,18 @@ TEST_F(WholeTree, EverythingIsExplainedInOneWay) {
             EXPECT_FALSE(word.description.empty()) << path << " " << word.name;
         }
     });
+}
+
+TEST_F(WholeTree, InitSaysWhatItsFlagsMeanToIt) {
+    auto const init = std::find_if(tree.commands.begin(), tree.commands.end(),
+                                   [](CommandInfo const& each) { return each.name == "init"; });
+    std::map<std::string, velk::FlagInfo> flags;
+    for (velk::FlagInfo const& flag : init->flags) {
+        flags[flag.names.back()] = flag;
+    }
+    EXPECT_EQ(flags["--file"].description, "Project file to write; velk.toml in the current folder by default");
+    EXPECT_EQ(flags["--node"].description, "Node number of the station; 0 by default");
+    EXPECT_EQ(flags["--node"].value.placeholder, "0..256");
 }
 
 TEST_F(WholeTree, EveryDefaultOfALineIsTheDriversOwnAndIsNamed) {

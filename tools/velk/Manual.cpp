@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <array>
+#include <iterator>
 #include <map>
 
 namespace velk {
@@ -14,12 +15,25 @@ namespace {
 constexpr std::array<std::string_view, 4> kCommonGroups{"Line", "Station", "Couplers", "Trace"};
 constexpr std::array<std::string_view, 3> kCommonFlags{"--file", "--quiet", "--help"};
 
-bool isCommon(FlagInfo const& flag) {
+bool isHelp(FlagInfo const& flag) {
+    return std::find(flag.names.begin(), flag.names.end(), "--help") != flag.names.end();
+}
+
+/** Whether a flag may be one of those that are explained once. */
+bool mayBeCommon(FlagInfo const& flag) {
     auto const isOneOfThem = [&](std::string_view name) {
         return std::find(flag.names.begin(), flag.names.end(), name) != flag.names.end();
     };
     return std::find(kCommonGroups.begin(), kCommonGroups.end(), flag.group) != kCommonGroups.end() ||
            std::any_of(kCommonFlags.begin(), kCommonFlags.end(), isOneOfThem);
+}
+
+bool sameMeaning(FlagInfo const& one, FlagInfo const& other) {
+    return one.names == other.names && one.description == other.description;
+}
+
+bool isAmong(std::vector<FlagInfo> const& flags, FlagInfo const& flag) {
+    return std::any_of(flags.begin(), flags.end(), [&](FlagInfo const& each) { return sameMeaning(each, flag); });
 }
 
 bool hasLine(CommandInfo const& command) {
@@ -40,33 +54,53 @@ std::string wordEntry(WordInfo const& word) {
     return ".TP\n\\fI" + manText(word.name) + "\\fR\n" + manText(word.description) + ".\n";
 }
 
-std::string commandEntry(CommandInfo const& command, std::string const& path) {
+/** @p common are the flags that are explained elsewhere. */
+std::string commandEntry(CommandInfo const& command, std::string const& path, std::vector<FlagInfo> const& common) {
     std::string text = ".SS \"" + manText(usageLine(command, path)) + "\"\n" + manText(command.description) + ".\n";
     for (WordInfo const& word : command.words) {
         text += wordEntry(word);
     }
     for (FlagInfo const& flag : command.flags) {
-        text += isCommon(flag) ? std::string() : flagEntry(flag);
+        text += isHelp(flag) || isAmong(common, flag) ? std::string() : flagEntry(flag);
     }
     if (hasLine(command)) {
         text += ".PP\nTakes the options of every command with a line.\n";
     }
     for (CommandInfo const& each : command.commands) {
-        text += commandEntry(each, path + " " + each.name);
+        text += commandEntry(each, path + " " + each.name, common);
     }
     return text;
 }
 
-void collectCommon(CommandInfo const& command, std::vector<FlagInfo>& flags) {
-    for (FlagInfo const& flag : command.flags) {
-        auto const same = [&](FlagInfo const& other) { return other.names == flag.names; };
-        if (isCommon(flag) && std::none_of(flags.begin(), flags.end(), same)) {
-            flags.push_back(flag);
+void collect(CommandInfo const& command, std::vector<FlagInfo>& flags) {
+    std::copy_if(command.flags.begin(), command.flags.end(), std::back_inserter(flags), mayBeCommon);
+    for (CommandInfo const& each : command.commands) {
+        collect(each, flags);
+    }
+}
+
+/** The flags of the commands with a line, each with what it means to most of them. */
+std::vector<FlagInfo> commonFlags(CommandInfo const& tree) {
+    std::vector<FlagInfo> all;
+    for (CommandInfo const& command : tree.commands) {
+        if (hasLine(command)) {
+            collect(command, all);
         }
     }
-    for (CommandInfo const& each : command.commands) {
-        collectCommon(each, flags);
+    auto const times = [&](FlagInfo const& flag) {
+        return std::count_if(all.begin(), all.end(), [&](FlagInfo const& each) { return sameMeaning(each, flag); });
+    };
+    std::vector<FlagInfo> common;
+    for (FlagInfo const& flag : all) {
+        auto const known =
+            std::find_if(common.begin(), common.end(), [&](FlagInfo const& each) { return each.names == flag.names; });
+        if (known == common.end()) {
+            common.push_back(flag);
+        } else if (times(flag) > times(*known)) {
+            *known = flag;
+        }
     }
+    return common;
 }
 
 void replaceAll(std::string& text, std::string const& mark, std::string const& content) {
@@ -116,22 +150,17 @@ std::string manText(std::string_view text) {
 }
 
 std::string manCommands(CommandInfo const& tree) {
+    std::vector<FlagInfo> const common = commonFlags(tree);
     std::string text;
     for (CommandInfo const& command : tree.commands) {
-        text += commandEntry(command, tree.name + " " + command.name);
+        text += commandEntry(command, tree.name + " " + command.name, common);
     }
     return text;
 }
 
 std::string manCommonOptions(CommandInfo const& tree) {
-    std::vector<FlagInfo> flags;
-    for (CommandInfo const& command : tree.commands) {
-        if (hasLine(command)) {
-            collectCommon(command, flags);
-        }
-    }
     std::string text;
-    for (FlagInfo const& flag : flags) {
+    for (FlagInfo const& flag : commonFlags(tree)) {
         text += flagEntry(flag);
     }
     return text;

@@ -249,6 +249,17 @@ void writeFile(std::filesystem::path const& file, std::string const& text, bool 
     }
 }
 
+/** Some flags that other commands read with mean another thing here. */
+void describeForWriting(CLI::App& command) {
+    command.get_option("--file")->description("Project file to write; velk.toml in the current folder by default");
+    command.get_option("--quiet")->description("No word about the file when it is written");
+    command.get_option("--storage")->description("Folder where symbol files are to be kept");
+    command.get_option("--node")
+        ->description(fmt::format("Node number of the station; {} by default", NewProject().node))
+        ->check(CLI::Range(0, kMostNode))
+        ->type_name("");
+}
+
 } // namespace
 
 ExitCode runInit(InitOptions const& options, Context& context) {
@@ -288,6 +299,7 @@ void addInitCommand(CLI::App& app, Context& context) {
     command->add_option("--name", options->name, "What to call the station")->type_name("NAME");
     command->add_flag("--force", options->force, "Write over a file that is there");
     addSettingOptions(*command, context);
+    describeForWriting(*command);
     command->callback(
         [options, &context] { context.action = [options, &context] { return runInit(*options, context); }; });
 }
