@@ -3,8 +3,9 @@
 import resource
 import signal
 import subprocess
+import termios
 
-from service import GOOD, PATIENCE, PROGRAM, USAGE, ServiceTest, main
+from service import GOOD, INTERRUPTED, PATIENCE, PROGRAM, USAGE, ServiceTest, main
 
 
 class ProjectFiles(ServiceTest):
@@ -187,6 +188,32 @@ class NewProjectFile(ServiceTest):
         child.sendline("bare")
         child.expect_exact("Byte order")
         self.assertNotIn("oupler", child.before)
+
+    def ask_the_last_question(self):
+        child = self.type_velk(["init", "--port", "com1", "--baud", "9600", "--parity", "none", "--stopbits", "1",
+                                "--mode", "RS-232", "--framing", "bare", "--byte-order", "big", "--block-size", "128",
+                                "--timeout", "500", "--node", "1"])
+        self.settings = termios.tcgetattr(child.child_fd)
+        child.expect_exact("Name of the PLC")
+        return child
+
+    def assert_nothing_was_written(self, child):
+        self.assertEqual(termios.tcgetattr(child.child_fd), self.settings)
+        self.assertEqual(self.names(), [])
+
+    def test_nothing_is_written_when_the_answers_end(self):
+        for keys in ("\x04", "pre\x04\x04"):  # also in the middle of a line
+            child = self.ask_the_last_question()
+            child.send(keys)
+            child.expect_exact("the answers ended; nothing was written")
+            self.assert_exit(child, USAGE)
+            self.assert_nothing_was_written(child)
+
+    def test_nothing_is_written_after_ctrl_c(self):
+        child = self.ask_the_last_question()
+        child.send("pre\x03")
+        self.assert_exit(child, INTERRUPTED)
+        self.assert_nothing_was_written(child)
 
     def test_the_help_is_about_the_new_file(self):
         done = self.run_velk(["init", "--help"])

@@ -131,6 +131,7 @@ std::optional<std::string> Terminal::ask(std::string_view question, Interrupt& i
             continue;
         }
         if (count <= 0) {
+            inputEnded_ = true;
             return line.empty() ? std::nullopt : std::optional(line);
         }
         if (byte == '\n') {

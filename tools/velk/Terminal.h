@@ -64,12 +64,16 @@ public:
      */
     std::optional<std::string> ask(std::string_view question, Interrupt& interrupt);
 
+    /** Whether ask() came to the end of the input; the last answer may be half a line then. */
+    [[nodiscard]] bool inputEnded() const { return inputEnded_; }
+
 private:
     void clearStatus();
 
     StreamKinds kinds_;
     bool quiet_ = false;
     bool statusShown_ = false;
+    bool inputEnded_ = false;
 };
 
 } // namespace velk

@@ -53,7 +53,8 @@ public:
         while (true) {
             std::string const shown = usual.empty() ? question + ": " : question + " [" + usual + "]: ";
             std::optional<std::string> answer = context_.terminal.ask(shown, context_.interrupt);
-            if (!answer) {
+            if (!answer || context_.terminal.inputEnded()) {
+                context_.terminal.error(""); // ends the line of the question
                 throw CommandError(ExitCode::Usage, "the answers ended; nothing was written");
             }
             std::string text = answer->empty() ? usual : *answer;
