@@ -41,7 +41,7 @@ class Config(ServiceTest):
         self.write(PROJECT)
         done = self.run_velk(["config", "check"])
         self.assert_ends(done, GOOD)
-        self.assertEqual(done.stdout, "velk.toml: good; 2 station(s), 2 tag(s)\n")
+        self.assertEqual(done.stdout, "velk.toml: good; 2 stations, 2 tags\n")
         self.assertEqual(done.stderr, "")
 
     def test_what_it_stands_for(self):
@@ -117,7 +117,7 @@ class Config(ServiceTest):
         self.assertRegex(after.stdout, r"count +0\?PLC_PRG\.Counter\?M\?0\?int")
 
     def test_wrong_usage(self):
-        for words, reason in ((["config"], "required"), (["config", "chekc"], "chekc"),
+        for words, reason in ((["config"], "missing"), (["config", "chekc"], "chekc"),
                               (["config", "check", "nowhere.toml"], "nowhere.toml"),
                               (["config", "show", "nowhere.toml"], "nowhere.toml"),
                               (["config", "check"], "velk.toml"),

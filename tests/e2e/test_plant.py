@@ -38,7 +38,7 @@ class Plant(ServiceTest):
     def test_the_project_file_is_good(self):
         done = self.run_velk(["config", "check"])
         self.assert_ends(done, GOOD)
-        self.assertIn("3 station(s), 4 tag(s)", done.stdout)
+        self.assertIn("3 stations, 4 tags", done.stdout)
 
     def test_all_tags(self):
         done = self.run_velk(["read", "-q", "--json"])

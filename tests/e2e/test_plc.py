@@ -180,7 +180,8 @@ class PlcLine(PlcTest):
         self.addCleanup(os.close, master)
         tty.setraw(slave)
         port = os.ttyname(slave)
-        process = self.start_velk(["plc", str(PROGRAM_1), "--port", port, "--link", str(self.folder / "x")])
+        process = self.start_velk(["plc", str(PROGRAM_1), "--framing", "bare", "--port", port,
+                                   "--link", str(self.folder / "x")])
         self.assertEqual(process.stdout.readline().strip(), port)
         os.close(slave)
         os.write(master, LINK_CHECK)

@@ -18,7 +18,25 @@ TEST(Interrupt, IsNotRequestedByItself) {
     EXPECT_FALSE(interrupt.requested());
 }
 
+TEST(Interrupt, ATimeThatIsOverIsNotWaitedFor) {
+    velk::Interrupt interrupt;
+    EXPECT_TRUE(interrupt.pause(-1));
+    int ends[2] = {};
+    ASSERT_EQ(pipe(ends), 0);
+    EXPECT_TRUE(interrupt.waitForInput(ends[0], -1));
+    close(ends[0]);
+    close(ends[1]);
+}
+
+/** Whoever starts the tests in the background may have these signals ignored. */
+void takeSignals() {
+    for (int const signal : {SIGINT, SIGTERM, SIGHUP}) {
+        std::signal(signal, SIG_DFL);
+    }
+}
+
 TEST(Interrupt, ASignalRequestsTheEndForGood) {
+    takeSignals();
     velk::Interrupt interrupt;
     ASSERT_EQ(raise(SIGINT), 0);
     EXPECT_TRUE(interrupt.requested());
@@ -27,6 +45,7 @@ TEST(Interrupt, ASignalRequestsTheEndForGood) {
 }
 
 TEST(Interrupt, EverySignalOfTheUserCounts) {
+    takeSignals();
     for (int const signal : {SIGTERM, SIGHUP}) {
         velk::Interrupt const interrupt;
         ASSERT_EQ(raise(signal), 0);

@@ -46,19 +46,38 @@ void addCommands(CLI::App& app, Context& context) {
     addHelpCommand(app, context);
 }
 
+std::vector<std::string> commandsOf(CLI::App const& app) {
+    std::vector<std::string> names;
+    for (CLI::App const* each : app.get_subcommands([](CLI::App const*) { return true; })) {
+        if (!each->get_name().empty()) { // those without a name are groups of flags
+            names.push_back(each->get_name());
+        }
+    }
+    return names;
+}
+
+/** What is wrong with the words, where the parser's own text would not tell. */
+std::string reasonText(CLI::App const& app, CLI::App const& last, CLI::Error const& error) {
+    std::vector<std::string> const unknown = app.remaining(true);
+    if (error.get_name() != "RequiredError") {
+        return error.what();
+    }
+    if (!unknown.empty() && unknown.front().starts_with('-')) {
+        return "there is no option '" + displayable(unknown.front()) + "'";
+    }
+    std::vector<std::string> const commands = commandsOf(last);
+    return commands.empty() ? std::string(error.what()) : "a command is missing: " + orList(commands);
+}
+
 /** A complaint about the words of a command line, and where to look. */
 std::string complaintText(CLI::App const& app, CLI::Error const& error) {
     std::string path = app.get_name();
+    CLI::App const* last = &app;
     for (CLI::App const* each : app.get_subcommands()) {
         path += " " + each->get_name();
+        last = each;
     }
-    std::vector<std::string> const unknown = app.remaining(true);
-    bool const noCommand = error.get_name() == "RequiredError" && !unknown.empty();
-    std::string const text =
-        noCommand ? (unknown.front().starts_with('-') ? "there is no option '" : "there is no command '") +
-                        unknown.front() + "'"
-                  : std::string(error.what());
-    return text + "\n" + path + " --help tells what it takes";
+    return reasonText(app, *last, error) + "\n" + path + " --help tells what it takes";
 }
 
 /** Answers what the parser itself has to say: help, the version, or a complaint about the words. */
@@ -73,16 +92,6 @@ ExitCode answerParser(CLI::App const& app, CLI::ParseError const& answer, Termin
     text.erase(text.find_last_not_of('\n') + 1);
     terminal.complain(text);
     return ExitCode::Usage;
-}
-
-std::vector<std::string> commandsOf(CLI::App const& app) {
-    std::vector<std::string> names;
-    for (CLI::App const* each : app.get_subcommands([](CLI::App const*) { return true; })) {
-        if (!each->get_name().empty()) { // those without a name are groups of flags
-            names.push_back(each->get_name());
-        }
-    }
-    return names;
 }
 
 /** The parser would answer the help of what it knows, or ask for a command where one is misspelt. */

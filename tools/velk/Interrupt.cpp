@@ -100,7 +100,7 @@ void Interrupt::request() {
 }
 
 bool Interrupt::pause(std::int64_t microseconds) {
-    return waitFor(event_.get(), -1, microseconds);
+    return waitFor(event_.get(), -1, std::max<std::int64_t>(0, microseconds));
 }
 
 bool Interrupt::waitForInput(int input) {
@@ -108,7 +108,7 @@ bool Interrupt::waitForInput(int input) {
 }
 
 bool Interrupt::waitForInput(int input, std::int64_t microseconds) {
-    return waitFor(event_.get(), input, microseconds);
+    return waitFor(event_.get(), input, std::max<std::int64_t>(0, microseconds));
 }
 
 } // namespace velk

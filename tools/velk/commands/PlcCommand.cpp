@@ -190,8 +190,6 @@ void printRest(StreamWriter& output, Context& context) {
 
 void addPort(CLI::App& command, PlcOptions& options) {
     constexpr char const* kGroup = "Port";
-    constexpr int kLeastBaud = 50; // as in a description
-    constexpr int kMostBaud = 4'000'000;
     command.add_option("--link", options.link, "Makes a symbolic link to the port while it works")
         ->type_name("PATH")
         ->group(kGroup);
@@ -202,7 +200,6 @@ void addPort(CLI::App& command, PlcOptions& options) {
         .add_option("-b,--baud", options.baud,
                     "Line speed in bit/s; on a pseudo-terminal bytes take their time, and a "
                     "panel at another speed says and hears garbage")
-        ->check(CLI::Range(kLeastBaud, kMostBaud))
         ->type_name("BAUD")
         ->group(kGroup);
     command.add_option("--parity", options.parity, "Parity of the characters")

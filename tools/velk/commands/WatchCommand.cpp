@@ -96,8 +96,9 @@ ExitCode Watch::run() {
             awayRound();
         }
         bool const over = options_.count != 0 && header_.rounds >= options_.count;
-        next = std::max(next + options_.everyMicroseconds, context_.clock.microseconds());
-        std::int64_t const pause = session_ != nullptr ? next - context_.clock.microseconds() : kReopenPause;
+        std::int64_t const now = context_.clock.microseconds();
+        next = std::max(next + options_.everyMicroseconds, now);
+        std::int64_t const pause = session_ != nullptr ? next - now : kReopenPause;
         if (over || context_.interrupt.requested() || !context_.interrupt.pause(pause)) {
             break;
         }
