@@ -26,8 +26,13 @@ class Init(ServiceTest):
         self.answer(child, "Serial port", "/dev/ttyS7")
         self.answer(child, "Line speed", "fast", "12", "9600")
         self.answer(child, "Parity", "strange", "EVEN")
+        self.answer(child, "Stop bits", "3", "2")
         self.answer(child, "Mode", "RS-232")
         self.answer(child, "Framing", "both", "routed")
+        self.answer(child, "Levels of couplers", "3", "1")
+        self.answer(child, "Coupler of level 1", "7", "2")
+        self.answer(child, "Channel of the coupler of level 1", "20", "3")
+        self.answer(child, "Address behind the coupler of level 1", "10.0.0", "10.0.0.1")
         self.answer(child, "Byte order", "middle", "little")
         self.answer(child, "Bytes of a block", "127", "1461", "512")
         self.answer(child, "Milliseconds", "99", "soon", "250")
@@ -38,23 +43,24 @@ class Init(ServiceTest):
         self.assert_restored(child)
         text = self.file.read_text(encoding="utf-8")
         for line in ('port = "/dev/ttyS7"', "baud = 9600", 'parity = "even"', 'framing = "routed"',
-                     'byte_order = "little"', "block_size = 512", "timeout_ms = 250", "node = 7", 'name = "press"'):
+                     'byte_order = "little"', "block_size = 512", "timeout_ms = 250", "node = 7", 'name = "press"', "stopbits = 2",
+                     "routing_levels = 1", "coupler1 = 2", "channel1 = 3", 'address1 = "10.0.0.1"'):
             self.assertIn(line, text)
         self.assert_ends(self.run_velk(["config", "check"]), GOOD)
         self.assertIn("/dev/ttyS7", self.shown())
 
     def test_empty_answers_take_what_is_usual(self):
         child = self.type_velk(["init", "--port", "/dev/ttyS7"])
-        for question in ("Line speed", "Parity", "Mode", "Framing", "Byte order", "Bytes of a block", "Milliseconds",
-                         "Node number", "Name of the PLC"):
+        for question in ("Line speed", "Parity", "Stop bits", "Mode", "Framing", "Levels of couplers", "Byte order",
+                         "Bytes of a block", "Milliseconds", "Node number", "Name of the PLC"):
             self.answer(child, question, "")
         self.assert_exit(child, GOOD)
         self.assertIn("baud = 19200", self.file.read_text(encoding="utf-8"))
         self.assert_ends(self.run_velk(["config", "check"]), GOOD)
 
     def test_flags_leave_out_their_questions(self):
-        child = self.type_velk(["init", "--port", "/dev/ttyS7", "--baud", "9600", "--parity", "none", "--mode",
-                                "RS-485", "--framing", "bare", "--byte-order", "big", "--block-size", "256",
+        child = self.type_velk(["init", "--port", "/dev/ttyS7", "--baud", "9600", "--parity", "none",
+                                "--stopbits", "1", "--mode", "RS-485", "--framing", "bare", "--byte-order", "big", "--block-size", "256",
                                 "--timeout", "300", "--node", "3"])
         self.answer(child, "Name of the PLC", "oven")
         self.assert_exit(child, GOOD)

@@ -1,6 +1,5 @@
 #include "tools/velk/ExitCode.h"
 
-
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
