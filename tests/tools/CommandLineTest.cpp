@@ -62,6 +62,15 @@ TEST_F(CommandLine, ACommandOfACommandIsToldInItsPlace) {
     }
 }
 
+TEST_F(CommandLine, WhatIsMissingIsCalledAsInTheHelp) {
+    EXPECT_EQ(run({"write"}), ExitCode::Usage);
+    EXPECT_EQ(complaint_, "velk: NAME=VALUE is missing\nvelk write --help tells what it takes\n");
+    EXPECT_EQ(run({"plc"}), ExitCode::Usage);
+    EXPECT_THAT(complaint_, StartsWith("velk: PROJECT is missing\n"));
+    EXPECT_EQ(run({"config"}), ExitCode::Usage);
+    EXPECT_THAT(complaint_, StartsWith("velk: a command is missing: check or show\n"));
+}
+
 TEST_F(CommandLine, HelpIsDataAndGood) {
     EXPECT_EQ(run({"help"}), ExitCode::Good);
     EXPECT_THAT(output_, StartsWith("Usage: velk [OPTION]... COMMAND ..."));

@@ -47,6 +47,15 @@ TEST_F(SymbolsText, TreeDoesNotTellTheCasesOfLettersApart) {
                                          "   └─ B  INT  M:2\n");
 }
 
+TEST_F(SymbolsText, TreeDoesNotGrowWithoutEnd) {
+    Variable const deep{std::string(30'000, '.') + "X", "INT", 0, 0, 2};
+    Variable const* const one[] = {&deep};
+    std::string const tree = velk::symbolsText(one, 1, SymbolsFormat::Tree);
+    EXPECT_EQ(std::count(tree.begin(), tree.end(), '\n'), 32);
+    EXPECT_LT(tree.size(), 40'000U);
+    EXPECT_NE(tree.find("X  INT  M:0"), std::string::npos);
+}
+
 TEST_F(SymbolsText, TreeShowsAStructureThatIsAVariableItself) {
     variables_ = {{"Pump", "DATA", 0, 0, 6}, {"Pump.Speed", "INT", 0, 4, 2}};
     EXPECT_EQ(text(SymbolsFormat::Tree), "└─ Pump  DATA  M:0\n"

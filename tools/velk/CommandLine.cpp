@@ -1,6 +1,7 @@
 #include "tools/velk/CommandLine.h"
 
 #include "tools/velk/CommandError.h"
+#include "tools/velk/CommandTree.h"
 #include "tools/velk/HelpFormatter.h"
 #include "tools/velk/Interrupt.h"
 #include "tools/velk/Names.h"
@@ -65,8 +66,12 @@ std::string reasonText(CLI::App const& app, CLI::App const& last, CLI::Error con
     if (!unknown.empty() && unknown.front().starts_with('-')) {
         return "there is no option '" + displayable(unknown.front()) + "'";
     }
-    std::vector<std::string> const commands = commandsOf(last);
-    return commands.empty() ? std::string(error.what()) : "a command is missing: " + orList(commands);
+    if (std::vector<std::string> const commands = commandsOf(last); !commands.empty()) {
+        return "a command is missing: " + orList(commands);
+    }
+    std::vector<WordInfo> const words = describeCommand(last).words;
+    auto const needed = std::find_if(words.begin(), words.end(), [](WordInfo const& each) { return each.required; });
+    return needed == words.end() ? std::string(error.what()) : needed->name + " is missing";
 }
 
 /** A complaint about the words of a command line, and where to look. */

@@ -53,12 +53,17 @@ struct Branch {
     std::map<std::string, Branch> below{}; ///< by label in upper case
 };
 
+/** No program nests so deep; a name that does keeps its rest in one piece. */
+constexpr int kMostDepth = 32;
+
 Branch makeTree(std::span<Variable const* const> variables) {
     Branch root;
     for (Variable const* const variable : variables) {
         Branch* branch = &root;
-        for (std::size_t begin = 0; begin <= variable->name.size();) {
-            std::size_t const end = std::min(variable->name.find('.', begin), variable->name.size());
+        int depth = 1;
+        for (std::size_t begin = 0; begin <= variable->name.size(); ++depth) {
+            std::size_t const dot = depth < kMostDepth ? variable->name.find('.', begin) : std::string::npos;
+            std::size_t const end = std::min(dot, variable->name.size());
             std::string const label = variable->name.substr(begin, end - begin);
             branch = &branch->below.try_emplace(upperCase(label), Branch{label}).first->second;
             begin = end + 1;
