@@ -16,9 +16,9 @@
 #include <fmt/format.h>
 
 #include <fstream>
+#include <map>
 #include <memory>
 #include <optional>
-#include <set>
 #include <sys/ioctl.h>
 #include <unistd.h>
 
@@ -54,6 +54,7 @@ private:
     void judge(int node);
     void stationFailed(int node, host::Failure const& failure);
     void lineDied(std::string const& reason);
+    [[nodiscard]] std::string troubleText() const;
     void show();
     void showLive();
     void printPlain();
@@ -72,7 +73,7 @@ private:
     std::unique_ptr<Session> session_; ///< null while the line is away
     std::vector<Reading> readings_;
     StationPacing pacing_;
-    std::set<int> troubled_; ///< nodes whose failure was told
+    std::map<int, std::string> troubles_; ///< what is wrong with stations now, by node
     WatchTable table_;
     WatchHeader header_;
     std::ofstream csv_;
@@ -181,8 +182,17 @@ void Watch::askStation(int node) {
         return stationFailed(node, answered.failure());
     }
     pacing_.answered(node);
-    troubled_.erase(node);
-    header_.trouble.clear();
+    troubles_.erase(node);
+    header_.trouble = troubleText();
+}
+
+/** One station after the other. */
+std::string Watch::troubleText() const {
+    std::string text;
+    for (auto const& [node, reason] : troubles_) {
+        text += fmt::format("{}station {}: {}", text.empty() ? "" : "; ", settings_.stationName(node), reason);
+    }
+    return text;
 }
 
 void Watch::judge(int node) {
@@ -196,8 +206,9 @@ void Watch::judge(int node) {
 void Watch::stationFailed(int node, host::Failure const& failure) {
     std::string const reason = session_->describe(failure);
     figures_.countFailure(reason);
-    header_.trouble = "station " + settings_.stationName(node) + ": " + reason;
-    if (!live_ && troubled_.insert(node).second) {
+    bool const isNew = troubles_.insert_or_assign(node, reason).second;
+    header_.trouble = troubleText();
+    if (!live_ && isNew) {
         context_.terminal.complain("station " + settings_.stationName(node) + ": " + session_->error(failure).what());
     }
     switch (session_->exitCode(failure)) {
@@ -214,6 +225,7 @@ void Watch::lineDied(std::string const& reason) {
     list_.forgetTags();
     session_.reset();
     pacing_ = {};
+    troubles_.clear();
     header_.trouble = "waiting for the port to come back: " + reason;
     if (!live_) {
         context_.terminal.note(header_.trouble);
