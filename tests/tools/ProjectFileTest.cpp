@@ -309,6 +309,12 @@ area = "PROJ_ID"
                     "velk.toml:41:8: the offset of a PROJ_ID tag is the project identifier, and it is missing"));
 }
 
+TEST(ProjectFile, ATagsNameDoesNothingToATerminal) {
+    EXPECT_THAT(complaintsAbout("[[tag]]\nname = \"a\\u001B[2J\"\nvariable = \"X\"\n"),
+                ElementsAre("velk.toml:2:8: a tag needs a 'name' without ':', '=', '*', '?' and '['",
+                            "velk.toml:2:8: the name of a tag has no control characters"));
+}
+
 TEST(ProjectFile, ASectionHasToBeOne) {
     EXPECT_THAT(complaintsAbout("line = 5\nstation = 1\n"),
                 ElementsAre("velk.toml:1:8: 'line' has to be a table, not a whole number",

@@ -1,5 +1,6 @@
 #include "tools/common/UploadProgress.h"
 
+#include <algorithm>
 #include <utility>
 
 namespace tools {
@@ -20,6 +21,14 @@ bool isBlock(std::span<unsigned char const> frame) {
 
 bool isFirstBlock(std::span<unsigned char const> block) {
     return block[kNumberOffset] + block[kNumberOffset + 1] == 1;
+}
+
+/** The block begins a reply that is good, and behind which no other one comes: both words are 0 in any byte order. */
+bool isLastPiece(std::span<unsigned char const> block) {
+    constexpr std::size_t kStatusAndMore = 4;
+    std::span<unsigned char const> const payload = block.subspan(kBlockHeaderLength);
+    return payload.size() >= kFileReplyHeaderLength &&
+           std::all_of(payload.begin(), payload.begin() + kStatusAndMore, [](unsigned char byte) { return byte == 0; });
 }
 
 } // namespace
@@ -56,10 +65,9 @@ void UploadProgress::onSent(std::span<unsigned char const> block, std::int64_t a
         upload_ = {};
         began_ = at;
         underWay_ = true;
-    } else if (service != kReadOn && underWay_) {
-        underWay_ = false;
-        upload_.done = true;
-        tell();
+        lastPiece_ = false;
+    } else if (service != kReadOn) {
+        underWay_ = false; // it broke off
     }
     pieceBegins_ = underWay_;
 }
@@ -70,9 +78,12 @@ void UploadProgress::onReceived(std::span<unsigned char const> block, std::int64
     }
     std::size_t const payload = block.size() - kBlockHeaderLength;
     std::size_t const header = pieceBegins_ ? kFileReplyHeaderLength : 0;
+    lastPiece_ = pieceBegins_ ? isLastPiece(block) : lastPiece_;
     upload_.bytes += payload > header ? payload - header : 0;
     upload_.pieces += block[kLastFlagOffset] != 0 ? 1 : 0;
     upload_.microseconds = at - began_;
+    upload_.done = lastPiece_ && block[kLastFlagOffset] != 0;
+    underWay_ = !upload_.done;
     pieceBegins_ = false;
     tell();
 }

@@ -13,7 +13,7 @@ struct Upload {
     std::uint64_t bytes = 0;  ///< of the file
     std::uint64_t pieces = 0; ///< replies of the PLC
     std::int64_t microseconds = 0;
-    bool done = false;
+    bool done = false; ///< the PLC has sent its last byte
 
     /** Bytes in a second, 0 before any time has passed. */
     [[nodiscard]] double rate() const;
@@ -42,6 +42,7 @@ private:
     Upload upload_;
     std::int64_t began_ = 0;
     bool underWay_ = false;
+    bool lastPiece_ = false;   ///< the reply under way says that none follows
     bool pieceBegins_ = false; ///< the next received block is the first one of a reply
 };
 

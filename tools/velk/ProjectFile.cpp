@@ -282,6 +282,9 @@ void Reader::readTag(TomlSection& section) {
     if (tag.name.empty() || tag.name.find_first_of(":=*?[") != std::string::npos) {
         section.complain("name", "a tag needs a 'name' without ':', '=', '*', '?' and '['");
     }
+    if (displayable(tag.name) != toUtf8(tag.name)) {
+        section.complain("name", "the name of a tag has no control characters");
+    }
     if (section.has("variable") && (tag.variable.empty() || tag.variable.find_first_of("?:=") != std::string::npos)) {
         section.complain("variable", "'variable' has to be the name of a PLC variable");
     }

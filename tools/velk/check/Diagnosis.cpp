@@ -151,8 +151,10 @@ Causes fileCauses(Symptom symptom, CheckedSettings const& settings) {
                 "the PLC's symbol file was made by a tool that this driver does not know"};
     }
     return {"the PLC has no symbol file: the project was loaded without its symbol configuration",
-            fmt::format("the block size of {} bytes is not that of the PLC: it matters first where much is sent",
-                        settings.blockSize),
+            settings.routed ? std::string("the settings of the PLC forbid reading its files")
+                            : fmt::format("the block size of {} bytes is not that of the PLC: it matters first where "
+                                          "much is sent",
+                                          settings.blockSize),
             "the folder for symbol files cannot be written: see --storage"};
 }
 

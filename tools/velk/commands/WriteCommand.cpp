@@ -108,12 +108,13 @@ std::string previewText(std::span<Change const> changes) {
 }
 
 /** The symbol file does not tell a BOOL that is a byte from one that is a bit among others. */
-void tellOfWholeBytes(std::span<Tag const> tags, Terminal& terminal) {
+void tellOfWholeBytes(std::span<Tag const> tags, bool asking, Terminal& terminal) {
     for (Tag const& tag : tags) {
         if (tag.plcType == "BOOL") {
             std::string const name = displayable(tag.name);
-            terminal.note(name + " is written as a whole byte; if it is a single bit, its neighbours are lost: then " +
-                          "write " + name + ":bit");
+            std::string const text = name + " is written as a whole byte; if it is a single bit, its neighbours are " +
+                                     "lost: then write " + name + ":bit";
+            asking ? terminal.error(text) : terminal.note(text); // whoever is asked has to know
         }
     }
 }
@@ -223,7 +224,7 @@ ExitCode runWrite(WriteOptions const& options, Context& context) {
     std::vector<Reading> const before = readAll(session, tags);
     requireAllGood(before, session, context.terminal);
     std::vector<Change> changes = parseValues(before, assignments, context.terminal);
-    tellOfWholeBytes(tags, context.terminal);
+    tellOfWholeBytes(tags, !options.yes, context.terminal);
     if (!options.yes && !confirmed(context, changes)) {
         throw CommandError(ExitCode::ItemNotGood, "nothing was written");
     }
