@@ -147,7 +147,7 @@ class Write(ServiceTest):
         self.assert_nothing_written(done, "did you mean Number", ITEM_NOT_GOOD)
 
     def test_wrong_usage(self):
-        for words, reason in ((["-y"], "required"), (["-y", "Number"], "NAME=VALUE"), (["-y", "=1"], "NAME=VALUE"),
+        for words, reason in ((["-y"], "missing"), (["-y", "Number"], "NAME=VALUE"), (["-y", "=1"], "NAME=VALUE"),
                               (["-y", "Num*=1"], "single variables"),
                               (["-y", "Number=1", "number=2"], "written twice")):
             done = self.run_velk(self.say(*words))

@@ -54,7 +54,7 @@ std::optional<std::uint64_t> fileSize(std::filesystem::path const& file) {
 }
 
 /** Why a file cannot be kept where it belongs, as far as its folder tells. */
-std::string whyNotKept(std::filesystem::path const& file) {
+std::optional<std::string> whyNotKept(std::filesystem::path const& file) {
     std::filesystem::path const folder = file.parent_path();
     std::error_code error;
     if (std::filesystem::exists(file, error) && !std::filesystem::is_regular_file(file, error)) {
@@ -64,7 +64,7 @@ std::string whyNotKept(std::filesystem::path const& file) {
         return folder.string() + ": " + std::strerror(errno);
     }
     std::filesystem::space_info const space = std::filesystem::space(folder, error);
-    return folder.string() + (!error && space.available == 0 ? ": no space is left" : " does not take it");
+    return !error && space.available == 0 ? std::optional(folder.string() + ": no space is left") : std::nullopt;
 }
 
 bool sameTable(SymbolTable const& one, SymbolTable const& other) {
@@ -202,12 +202,11 @@ host::Result<SymbolTable const*> Session::symbols(int node) {
 
 /** The driver says of a file that came and could not be stored the same as of one that the PLC does not have. */
 host::Failure Session::explained(host::Failure const& failure, int node) const {
-    tools::Upload const& upload = uploadLine_.upload();
-    bool const came = upload.done && upload.bytes > 0;
-    if (failure.text != kNoSymbolFile || !came || fileSize(symbolFile(node)) == upload.bytes) {
-        return failure;
-    }
-    return {kStorageFailure, "the symbol file came, but it cannot be kept: " + whyNotKept(symbolFile(node))};
+    bool const came = uploadLine_.upload().bytes > 0 && !lineWatch_.silent();
+    std::optional<std::string> const reason =
+        failure.text == kNoSymbolFile && came ? whyNotKept(symbolFile(node)) : std::nullopt;
+    return reason ? host::Failure{kStorageFailure, "the symbol file comes, but it cannot be kept: " + *reason}
+                  : failure;
 }
 
 bool Session::isProgramReplaced(int node) {

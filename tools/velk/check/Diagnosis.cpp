@@ -1,5 +1,6 @@
 #include "tools/velk/check/Diagnosis.h"
 
+#include "tools/velk/SymbolTable.h"
 #include "tools/velk/trace/Hex.h"
 
 #include <fmt/format.h>
@@ -64,6 +65,9 @@ std::optional<Symptom> lastWordsSymptom(LastWords const& lastWords, CheckedSetti
 }
 
 Symptom fileSymptom(LastWords const& lastWords, host::Failure const& failure) {
+    if (failure.code == kStorageFailure) {
+        return Symptom::BadSymbolFile;
+    }
     if (lastWords.timedOut) {
         return Symptom::FellSilent;
     }
