@@ -27,36 +27,66 @@ constexpr std::array<SpeedCode, 10> kSpeedCodes{{{300, B300},
                                                  {57'600, B57600},
                                                  {115'200, B115200}}};
 
-tcflag_t speedCode(std::uint32_t baud) {
+std::optional<tcflag_t> speedCode(std::uint32_t baud) {
     for (SpeedCode const& each : kSpeedCodes) {
         if (each.baud == baud) {
             return each.code;
         }
     }
-    return BOTHER; // the number says it
+    return std::nullopt;
+}
+
+std::optional<std::uint32_t> speedNamed(tcflag_t code) {
+    for (SpeedCode const& each : kSpeedCodes) {
+        if (each.code == code) {
+            return each.baud;
+        }
+    }
+    return std::nullopt;
+}
+
+/** The flags with a speed for both directions. */
+tcflag_t withSpeed(tcflag_t flags, tcflag_t code) {
+    constexpr unsigned kInputShift = 16;
+    flags &= ~static_cast<tcflag_t>(CBAUD | CBAUD << kInputShift);
+    return flags | code | code << kInputShift;
+}
+
+bool setNumber(int terminal, std::uint32_t baud) {
+    termios2 settings{};
+    if (::ioctl(terminal, TCGETS2, &settings) != 0) {
+        return false;
+    }
+    settings.c_cflag = withSpeed(settings.c_cflag, speedCode(baud).value_or(BOTHER)); // BOTHER: the number says it
+    settings.c_ispeed = baud;
+    settings.c_ospeed = baud;
+    return ::ioctl(terminal, TCSETS2, &settings) == 0;
+}
+
+/** For emulated systems, which know the speeds by their names only. */
+bool setName(int terminal, std::uint32_t baud) {
+    std::optional<tcflag_t> const code = speedCode(baud);
+    termios settings{};
+    if (!code || ::ioctl(terminal, TCGETS, &settings) != 0) {
+        return false;
+    }
+    settings.c_cflag = withSpeed(settings.c_cflag, *code);
+    return ::ioctl(terminal, TCSETS, &settings) == 0;
 }
 
 } // namespace
 
 std::optional<std::uint32_t> speedOf(int terminal) {
     termios2 settings{};
-    if (::ioctl(terminal, TCGETS2, &settings) != 0) {
-        return std::nullopt;
+    if (::ioctl(terminal, TCGETS2, &settings) == 0) {
+        return settings.c_ospeed;
     }
-    return settings.c_ospeed;
+    termios named{};
+    return ::ioctl(terminal, TCGETS, &named) == 0 ? speedNamed(named.c_cflag & CBAUD) : std::nullopt;
 }
 
 void setSpeed(int terminal, std::uint32_t baud) {
-    termios2 settings{};
-    if (::ioctl(terminal, TCGETS2, &settings) != 0) {
-        throwSystemError("terminal speed");
-    }
-    constexpr unsigned kInputShift = 16;
-    settings.c_cflag &= ~static_cast<tcflag_t>(CBAUD | CBAUD << kInputShift);
-    settings.c_cflag |= speedCode(baud) | speedCode(baud) << kInputShift;
-    settings.c_ispeed = baud;
-    settings.c_ospeed = baud;
-    if (::ioctl(terminal, TCSETS2, &settings) != 0) {
+    if (!setNumber(terminal, baud) && !setName(terminal, baud)) {
         throwSystemError("terminal speed");
     }
 }
