@@ -104,7 +104,7 @@ class Trace(ServiceTest):
 
     def test_wrong_usage(self):
         read = self.words("read", "/dev/null", "X")
-        for words, reason in ((["trace"], "required"), (["trace", "--format", "x", "--", *read], "--format"),
+        for words, reason in ((["trace"], "missing"), (["trace", "--format", "x", "--", *read], "--format"),
                               (["trace", "-o", "t.doc", "--", *read], "t.doc"),
                               (["trace", "--format", "pcapng", "--", *read], "name a file"),
                               (["trace", "-o", "no/folder.txt", "--", *read], "no/folder.txt"),
