@@ -120,7 +120,7 @@ void Reader::readBaud(TomlSection& line) {
 }
 
 std::optional<std::string> Reader::address(TomlSection& section, char const* key) {
-    std::optional<std::string> const text = section.text(key);
+    std::optional<std::string> text = section.text(key);
     if (std::string const fault = text ? addressFault(*text) : std::string(); !fault.empty()) {
         section.complain(key, "'" + std::string(key) + "' is " + fault);
         return std::nullopt;

@@ -111,10 +111,10 @@ host::Outcome Session::prepare() {
 }
 
 host::Outcome Session::open() {
-    if (host::Outcome const prepared = prepare(); !prepared.ok()) {
+    if (host::Outcome prepared = prepare(); !prepared.ok()) {
         return prepared;
     }
-    host::Outcome const started = panel_->start();
+    host::Outcome started = panel_->start();
     portOpen_ = started.ok();
     return started;
 }
@@ -369,7 +369,7 @@ ExitCode Session::exitCode(host::Failure const& failure) const {
 }
 
 std::string Session::describe(host::Failure const& failure) const {
-    std::string const fault = panel_ ? panel_->serial().lastFault() : std::string();
+    std::string fault = panel_ ? panel_->serial().lastFault() : std::string();
     if (!fault.empty()) {
         return fault;
     }

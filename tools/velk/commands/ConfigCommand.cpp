@@ -157,7 +157,7 @@ ExitCode runConfigCheck(std::string const& file, Context& context) {
         context.terminal.note("the driver was not asked: " + opinion.failure().text);
     } else if (!opinion.value().empty()) {
         for (std::string const& line : opinion.value()) {
-            context.terminal.error(file + ": " + line);
+            context.terminal.error(fmt::format("{}: {}", file, line));
         }
         return ExitCode::Usage;
     }

@@ -15,7 +15,7 @@
 namespace velk {
 namespace {
 
-constexpr std::size_t kReplySize = 64 * 1024;
+constexpr std::size_t kReplySize = 65'536;
 constexpr char const* kHistoryFile = "console-history";
 
 std::vector<std::string> knownWords() {

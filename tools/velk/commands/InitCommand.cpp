@@ -51,7 +51,7 @@ public:
     /** The answer that passes the check; the usual one for an empty answer. */
     std::string ask(std::string const& question, std::string const& usual, Check const& check) {
         while (true) {
-            std::string const shown = usual.empty() ? question + ": " : question + " [" + usual + "]: ";
+            std::string const shown = usual.empty() ? question + ": " : fmt::format("{} [{}]: ", question, usual);
             std::optional<std::string> answer = context_.terminal.ask(shown, context_.interrupt);
             if (!answer || context_.terminal.inputEnded()) {
                 context_.terminal.error(""); // ends the line of the question

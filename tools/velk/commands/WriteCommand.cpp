@@ -10,6 +10,7 @@
 #include "tools/velk/Terminal.h"
 #include "tools/velk/Text.h"
 
+#include <fmt/format.h>
 #include <nlohmann/json.hpp>
 
 #include <algorithm>
@@ -112,8 +113,9 @@ void tellOfWholeBytes(std::span<Tag const> tags, bool asking, Terminal& terminal
     for (Tag const& tag : tags) {
         if (tag.plcType == "BOOL") {
             std::string const name = displayable(tag.name);
-            std::string const text = name + " is written as a whole byte; if it is a single bit, its neighbours are " +
-                                     "lost: then write " + name + ":bit";
+            std::string const text = fmt::format("{0} is written as a whole byte; if it is a single bit, its "
+                                                 "neighbours are lost: then write {0}:bit",
+                                                 name);
             asking ? terminal.error(text) : terminal.note(text); // whoever is asked has to know
         }
     }
@@ -128,6 +130,7 @@ bool confirmed(Context& context, std::span<Change const> changes) {
 
 void writeAll(std::vector<Change>& changes, Session& session) {
     std::vector<host::TagWrite> writes;
+    writes.reserve(changes.size());
     for (Change const& change : changes) {
         writes.push_back({change.tag->tag, change.wanted});
     }

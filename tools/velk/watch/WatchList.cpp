@@ -38,10 +38,10 @@ std::set<int> WatchList::nodes() const {
 }
 
 host::Outcome WatchList::read(Session& session, int node) {
-    if (host::Outcome const made = make(session, node); !made.ok()) {
+    if (host::Outcome made = make(session, node); !made.ok()) {
         return made;
     }
-    host::Outcome const answered = readTags(session, node);
+    host::Outcome answered = readTags(session, node);
     if (!session.isProgramReplaced(node)) {
         return answered;
     }
