@@ -22,10 +22,13 @@ bool isHelp(char const* command) {
 } // namespace
 
 bool Protocol_VELK::DoCommand(char const* command, char* reply, int size) {
+    // Asked first: a host may have the answer written over the command.
+    bool const addsHelp = command != nullptr && reply != nullptr && size > 0 &&
+                          ProtUtilsN::noThrow([&] { return isHelp(command); }, false);
     if (!ProtocolBase::DoCommand(command, reply, size)) {
         return false;
     }
-    if (reply != nullptr && size > 0 && ProtUtilsN::noThrow([&] { return isHelp(command); }, false)) {
+    if (addsHelp) {
         auto const written = static_cast<int>(strnlen(reply, static_cast<std::size_t>(size)));
         BoundedText text(reply + written, size - written);
         text.append(kDriverHelp);

@@ -98,7 +98,7 @@ bool SymbolFileParser::readTypeRecord(SdbType& type) {
         type.typeClass = kPlaceholderTypeClass;
         return reader_.seek(start + kTypeRecordSize + record.length); // unlike a type, counted from here on purpose
     }
-    return record.length >= kTypeRecordSize && readType(record, type) && reader_.seek(start + record.length);
+    return record.length != 0 && readType(record, type) && reader_.seek(start + record.length);
 }
 
 bool SymbolFileParser::readType(TypeRecord const& record, SdbType& type) {
@@ -156,7 +156,7 @@ bool SymbolFileParser::readVariableRecord(Symbol& symbol, TextPool& texts) {
     VariableRecord const record = parseVariableRecord(bytes);
     if (record.isPlaceholder()) {
         symbol = placeholderSymbol();
-        return record.length >= kVariableRecordSize && reader_.seek(start + record.length);
+        return record.length != 0 && reader_.seek(start + record.length);
     }
     symbol.typeNumber = record.typeNumber;
     symbol.area = record.area;

@@ -40,9 +40,7 @@ bool SymbolFileReader::read(std::span<std::uint8_t> bytes) noexcept {
 }
 
 bool SymbolFileReader::seek(std::uint64_t target) noexcept {
-    if (target > size_) {
-        return false;
-    }
+    target = std::min(target, size_);
     if (target >= bufferStart_ && target <= bufferStart_ + bufferFilled_) {
         bufferUsed_ = static_cast<std::size_t>(target - bufferStart_);
         return true;

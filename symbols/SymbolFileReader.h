@@ -25,7 +25,7 @@ public:
     /** Fills all of @p bytes and moves behind them; false when the file ends before or cannot be read. */
     bool read(std::span<std::uint8_t> bytes) noexcept;
 
-    /** Goes to @p target. False, and the position stays, behind the end of the file. The end itself is allowed. */
+    /** Goes to @p target, behind the end of the file to its end: only reading there fails. False at a failure of I/O. */
     bool seek(std::uint64_t target) noexcept;
 
 private:

@@ -43,6 +43,17 @@ TEST_F(ConsoleTest, HelpHasTheDriversLinesBehindTheFrameworks) {
     EXPECT_EQ(Reply("help"), std::string(kBaseHelp) + kDriverHelp);
 }
 
+TEST_F(ConsoleTest, HelpMayBeWrittenOverTheCommand) {
+    for (int const size : {4096, 5}) {
+        reply_.assign(4096, '#');
+        reply_.replace(0, 5, "help", 5);
+        EXPECT_TRUE(driver->DoCommand(reply_.data(), reply_.data(), size));
+        std::string const whole = std::string(kBaseHelp) + kDriverHelp;
+        EXPECT_EQ(reply_.substr(0, 5), whole.substr(0, 5)) << size;
+        EXPECT_EQ(reply_.find(kDriverHelp) != std::string::npos, size == 4096) << size;
+    }
+}
+
 TEST_F(ConsoleTest, HelpIsCutAtTheBuffersEnd) {
     std::string const whole = std::string(kBaseHelp) + kDriverHelp;
     for (int const size : {0, 1, 10, static_cast<int>(std::string(kBaseHelp).size()),

@@ -154,6 +154,12 @@ TEST(SymbolFileHeaderCheck, HeaderLengthBehindTheFileIsRefused) {
     expectRefused(fileWithHeader(1, 0xFFFFFFFF, 0));
 }
 
+TEST(SymbolFileHeaderCheck, HeaderLengthInsideTheHeaderIsRefused) {
+    for (std::uint32_t const length : {0U, 1U, 15U}) {
+        expectRefused(fileWithHeader(1, length, 0));
+    }
+}
+
 TEST(SymbolFileHeaderCheck, ShortHeaderIsRefused) {
     expectRefused(SdbBytes());
     expectRefused(SdbBytes().hex("01 00 00 00 10 00 00 00 00 00 00 00 44 33 22"));
@@ -457,6 +463,14 @@ TEST(SymbolFileTypes, NoTypesAreFineAsLongAsNoVariableNeedsOne) {
     EXPECT_EQ(Parsed(file).result, 1);
 }
 
+TEST(SymbolFileTypes, SectionShorterThanItsHeaderIsRefused) {
+    for (std::uint32_t const length : {0U, 15U}) {
+        SdbBytes types;
+        expectRefused(types.fileHeader().section(2, length, 1).simpleType("INT", 3, 2).section(3, 44, 1).variable("a"));
+        expectRefused(SdbBytes::withInt().section(3, length, 1).variable("a"));
+    }
+}
+
 // --- the names of types ---
 
 TEST(SymbolTypeName, StructureIsData) {
@@ -647,6 +661,33 @@ TEST(SymbolFileVariables, RecordThatEndsBehindTheFileIsRefusedWhenAnotherFollows
         variable.section(3, 500, 2).variableRecord(5, length, 0, 0, 0, 2).hex("EE EE").text("a").byte(0);
         expectRefused(variable.variable("b"));
     }
+}
+
+TEST(SymbolFileVariables, LastRecordMayEndBehindTheFile) {
+    // Nothing is read there: the fixed part and the name are whole.
+    for (std::uint32_t const length : {29U + 2U, 30U + 2U, 500U, 0xFFFFFFFFU}) {
+        SdbBytes file = SdbBytes::withInt();
+        file.section(3, 500, 2).variable("first").variableRecord(5, length, 0, 1, 10, 2).hex("EE EE").text("l").byte(0);
+        Parsed const parsed(file);
+        ASSERT_EQ(parsed.result, 1) << length;
+        EXPECT_EQ(names(parsed), (Names{"first", "l"})) << length;
+    }
+    SdbBytes placeholder = SdbBytes::withInt();
+    Parsed const parsed(placeholder.section(3, 500, 2).variable("first").variableRecord(6, 500, 0, 0, 0, 0));
+    ASSERT_EQ(parsed.result, 1);
+    EXPECT_EQ(names(parsed), (Names{"first", ""}));
+}
+
+TEST(SymbolFileVariables, PlaceholderShorterThanItsFixedPartLeadsToItsOwnMiddle) {
+    // 12 bytes after its start the placeholder holds the whole of another record.
+    SdbBytes file = SdbBytes::withInt();
+    file.section(3, 500, 2).u32(6).u32(12).u32(0);
+    file.variableRecord(5, 26 + 2, 0, 4, 1234, 2).text("b").byte(0);
+    file.hex("EE EE EE EE EE EE EE EE EE EE EE EE"); // as many bytes as two records have at least
+    Parsed const parsed(file);
+    ASSERT_EQ(parsed.result, 1);
+    EXPECT_EQ(names(parsed), (Names{"", "b"}));
+    EXPECT_EQ(parsed.at(1).offset, 1234U);
 }
 
 TEST(SymbolFileVariables, MoreVariablesThanTheFileCanHoldAreRefused) {
