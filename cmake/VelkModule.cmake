@@ -88,13 +88,10 @@ elseif(NOT VELK_SANITIZERS)
     velk_check_module(velk LABEL "module" ENTRY ${VELK_MODULE_ENTRY} LIBRARIES ${shared_runtime})
 endif()
 
-# The programs of tools/ go along: a self-contained build needs no shared C++ runtime anywhere.
+# The programs of tools/ use the shared libraries of a Debian system, the C++ runtime among them, on every machine.
 function(velk_check_programs)
     foreach(program IN LISTS ARGN)
-        if(VELK_SELF_CONTAINED)
-            target_link_options(${program} PRIVATE -static-libstdc++ -static-libgcc LINKER:--as-needed)
-            velk_check_module(${program} LABEL "${program}" LIBRARIES ${c_library})
-        elseif(NOT VELK_SANITIZERS)
+        if(NOT VELK_SANITIZERS)
             velk_check_module(${program} LABEL "${program}")
         endif()
     endforeach()

@@ -62,7 +62,7 @@ set(CPACK_DEBIAN_DEV_PACKAGE_DEPENDS "velk-driver (= ${PROJECT_VERSION})")
 # ---- the libraries they depend on, found out when cpack runs
 set(CPACK_PROJECT_CONFIG_FILE "${PROJECT_SOURCE_DIR}/cmake/package/DebianDetails.cmake")
 set(CPACK_VELK_BUILD_DIR "${PROJECT_BINARY_DIR}")
-set(CPACK_VELK_SELF_CONTAINED "${VELK_SELF_CONTAINED}")
+set(CPACK_VELK_LIBRARIES "${VELK_LIBRARIES}")
 set(CPACK_VELK_REPORTS_DRIVER "${PROJECT_BINARY_DIR}/velk-report.cmake")
 set(CPACK_VELK_REPORTS_TOOLS "")
 foreach(program IN LISTS VELK_PROGRAMS)

@@ -3,12 +3,10 @@ set(CMAKE_SYSTEM_NAME Linux)
 set(CMAKE_SYSTEM_PROCESSOR i686)
 set(CMAKE_C_COMPILER i686-linux-gnu-gcc)
 set(CMAKE_CXX_COMPILER i686-linux-gnu-g++)
-# The loader of the cross C library; it also finds the shared C++ library there.
-set(CMAKE_CROSSCOMPILING_EMULATOR
-    /usr/i686-linux-gnu/lib/ld-linux.so.2;--library-path;/usr/i686-linux-gnu/lib)
 set(CMAKE_LIBRARY_ARCHITECTURE i386-linux-gnu)
-set(CMAKE_FIND_ROOT_PATH /usr/i686-linux-gnu)
-set(CMAKE_FIND_ROOT_PATH_MODE_PROGRAM NEVER)
-set(CMAKE_FIND_ROOT_PATH_MODE_LIBRARY ONLY)
-set(CMAKE_FIND_ROOT_PATH_MODE_INCLUDE BOTH)
-set(CMAKE_FIND_ROOT_PATH_MODE_PACKAGE BOTH)
+set(VELK_MACHINE i386)
+set(velk_compiler_root /usr/i686-linux-gnu)
+include("${CMAKE_CURRENT_LIST_DIR}/libraries.cmake")
+# The loader of that C library; it also finds the shared C++ library there.
+set(CMAKE_CROSSCOMPILING_EMULATOR
+    ${velk_run_root}/lib/ld-linux.so.2;--library-path;${velk_run_root}/lib:${velk_run_root}/lib/i386-linux-gnu)
