@@ -98,7 +98,8 @@ bool Protocol_VELK::needsLookup(ListCall const& call) const {
     }
     std::uint32_t const identifier = call.state->projectIdentifier;
     return std::any_of(call.tags, call.tags + call.count, [&](ITag const* tag) {
-        return !velkTag(*tag).isBoundTo(identifier) && !velkTag(*tag).isMissing(symbolLoads_, identifier);
+        Tag_VELK const& each = velkTag(*tag);
+        return !each.isProjectIdentifier() && !each.isBoundTo(identifier) && !each.isMissing(symbolLoads_, identifier);
     });
 }
 

@@ -146,7 +146,7 @@ bool Protocol_VELK::buildRequest(ListCall const& call, int& length) {
         if (!request.addItem(item) || (call.write && !addValue(request, tag, {value, packedLength}))) {
             return fault(kErrorRequest, _VELK::kTxExceeded);
         }
-        value += packedLength;
+        value += call.write ? packedLength : 0; // the place of a read may be shorter than the value
     }
     if (!request.addProjectIdentifier(call.state->projectIdentifier)) {
         return fault(kErrorRequest, _VELK::kTxExceeded);

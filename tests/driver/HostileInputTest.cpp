@@ -128,6 +128,7 @@ TEST_F(HostileInputTest, NullPointers) {
     EXPECT_FALSE(driver->WriteDatagramWithStatus(nullptr, 1, bytes, status));
     EXPECT_FALSE(driver->WriteDatagramWithStatus(holes, 2, bytes, status));
     EXPECT_FALSE(driver->WriteDatagramWithStatus(tags, 1, nullptr, status));
+    EXPECT_FALSE(driver->WriteDatagramWithStatus(tags, 1, bytes, nullptr));
     driver->SetIdent(nullptr);
     EXPECT_STREQ(driver->GetIdent(), "VELK");
     EXPECT_FALSE(driver->DoCommand(nullptr, nullptr, 0));

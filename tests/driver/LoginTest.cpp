@@ -1,3 +1,4 @@
+#include "driver/Protocol_VELK.h"
 #include "tests/support/DriverTest.h"
 
 #include <string>
@@ -16,6 +17,8 @@ protected:
             Store(node, SymbolFileBytes(0x11223344).Variable("A", 0, 16).Build());
         }
     }
+
+    Protocol_VELK& Velk() { return *static_cast<Protocol_VELK*>(driver); }
 
     static Bytes ListOfA() { return Hex("2E 00 | 01 00 00 00 | 00 00 10 00 00 00 02 00 00 00 | 44 33 22 11"); }
     static Bytes ListOfABigEndian() { return Hex("2E 00 | 00 00 00 01 | 00 00 00 00 00 10 00 00 00 02 | 11 22 33 44"); }
@@ -306,9 +309,12 @@ TEST_F(LoginTest, FailedListExchangeForgetsTheLogin) {
     ITag* const tag = Tag("1?A?M?0?short");
     ScriptRead(true);
     ExpectReadOf(tag);
+    EXPECT_EQ(Velk().loginNode(), 1U);
     Intel().LinkCheck().Dead(ListOfA());
     EXPECT_FALSE(Read({tag}).ok);
     ExpectError(-4, "Timeout on Acknowledge");
+    EXPECT_FALSE(Velk().isLoggedIn());
+    EXPECT_EQ(Velk().loginNode(), 0U);
     ScriptRead(true);
     ExpectReadOf(tag);
 }
@@ -389,6 +395,19 @@ TEST_F(LoginTest, LoginIsForgottenAtTheFifthRefusedListInARow) {
         Intel().LinkCheck().Exchange(ListOfA(), Hex("05 00"));
         EXPECT_FALSE(Read({tag}).ok);
         ExpectError(-6, "Command not acknowledged by PLC");
+    }
+    ScriptRead(true);
+    ExpectReadOf(tag);
+}
+
+TEST_F(LoginTest, ListReplyWithoutAStatusWordCountsToo) {
+    ConfigureAndStart();
+    ITag* const tag = Tag("1?A?M?0?short");
+    ScriptRead(true);
+    ExpectReadOf(tag);
+    for (int i = 0; i < 5; ++i) {
+        Intel().LinkCheck().Exchange(ListOfA(), Hex("00"));
+        EXPECT_FALSE(Read({tag}).ok);
     }
     ScriptRead(true);
     ExpectReadOf(tag);
@@ -479,6 +498,22 @@ TEST_F(LoginTest, EveryAttemptIsACallThatCounts) {
     }
     EXPECT_FALSE(Read({tag}).ok);
     ScriptRead(true);
+    ExpectReadOf(tag);
+}
+
+TEST_F(LoginTest, RefusalsWithoutAnExchangeDoNotCount) {
+    ConfigureAndStart();
+    ITag* const tag = Tag("1?A?M?0?short");
+    ITag* const missing = Tag("1?NO/SUCH?M?0?short");
+    ScriptRead(true);
+    ExpectReadOf(tag);
+    Intel().DeadLinkCheck();
+    EXPECT_FALSE(Read({tag}).ok);
+    for (int i = 0; i < 6; ++i) {
+        Intel().LinkCheck();
+        EXPECT_FALSE(Write({missing}, Hex("34 12")));
+    }
+    ScriptRead(false);
     ExpectReadOf(tag);
 }
 

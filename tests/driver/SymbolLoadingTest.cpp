@@ -532,6 +532,37 @@ TEST_F(SymbolLoadingTest, LateTagWhoseOwnFileIsGoneIsNeverSentWithAnotherNodesAd
     driver->Stop();
 }
 
+TEST_F(SymbolLoadingTest, LateTagIsBoundAfterABrokenFileOfAnotherNodeEmptiedTheTable) {
+    ConfigureAndStart();
+    Store(1, Hex("01 00 00 00 10 00"));
+    Store(2, SymbolFileBytes(0xB2).Variable("A", 0, 200).Variable("B", 0, 300).Build());
+    GoodRead(200, 0xB2);
+    ExpectGoodRead(Tag("2?A?M?0?short"));
+    Intel().Logout().LinkCheck().Login().RefusedUpload();
+    EXPECT_FALSE(Read({Tag("1?A?M?0?short")}).ok);
+    Intel().Logout();
+    GoodRead(300, 0xB2);
+    ExpectGoodRead(Tag("2?B?M?0?short"));
+}
+
+TEST_F(SymbolLoadingTest, ProjectIdentifierTagInAListNeedsNoFile) {
+    ConfigureAndStart();
+    Store(1, FileOf(0xA1, 16));
+    Store(2, FileOf(0xB2, 200));
+    ITag* const one = Tag("1?A?M?0?short");
+    GoodRead(16, 0xA1);
+    ExpectGoodRead(one);
+    Intel().Logout();
+    GoodRead(200, 0xB2);
+    ExpectGoodRead(Tag("2?A?M?0?short"));
+    std::filesystem::remove(dir.Path("PLCSymbols_1.sdb"));
+    Intel().Logout().LinkCheck().Login();
+    EXPECT_FALSE(Read({one, Tag("1?ID?PROJ_ID?0?unsignedInt")}).ok);
+    ExpectError(-1, "1?ID?PROJ_ID?0?unsignedInt not present in Symbols files");
+    GoodRead(16, 0xA1, false);
+    ExpectGoodRead(one);
+}
+
 TEST_F(SymbolLoadingTest, FileOfProjectZeroServesToo) {
     ConfigureAndStart();
     Store(1, SymbolFileBytes(0).Variable("A", 0, 16).Variable("B", 0, 32).Build());

@@ -73,6 +73,15 @@ TEST_F(UploadTest, PiecesAreAppendedInTheirOrder) {
     }
 }
 
+TEST_F(UploadTest, AnswersThePortsResultOfTheLastExchange) {
+    Conversation line = Intel();
+    line.Request(line.OpenFileRequest());
+    port.AnswerReturning(line.Line().Block(1, true, line.FilePiece(Text("abc"), false)), 9)
+        .Expect(line.Line().Ack(1))
+        .Answer(line.Line().Ack(0));
+    EXPECT_EQ(Fetch(), 9U);
+}
+
 TEST_F(UploadTest, OtherNamesAreAskedForToo) {
     Intel().Exchange(Hex("31 00 02 00 58 00"), Hex("00 00 00 00 01 00 77"));
     EXPECT_NE(Velk().readFileFromPLC("X", Local().c_str(), &node, false), 0U);

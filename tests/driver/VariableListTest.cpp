@@ -424,6 +424,33 @@ TEST_F(VariableListTest, ProjectIdentifierTagInsideAListWithDefaultAddressesIsRe
     ExpectError(-1, "1?ID?PROJ_ID?9?unsignedInt not present in Symbols files");
 }
 
+TEST_F(VariableListTest, ProjectIdentifierTagWithTheNameOfAVariableIsRefusedInAListToo) {
+    ConfigureAndStart();
+    std::vector<ITag*> const tags{Tag("1?A?M?0?int"), Tag("1?A?PROJ_ID?0?unsignedInt")};
+    Intel().LinkCheck().Login();
+    EXPECT_FALSE(Read(tags).ok);
+    ExpectError(-1, "1?A?PROJ_ID?0?unsignedInt not present in Symbols files");
+}
+
+TEST_F(VariableListTest, ExplicitLengthLeavesTheOutputWhereItIs) {
+    ConfigureAndStart();
+    ITag const* const tags[] = {Tag("1?A?M?0?short"), Tag("1?A?M?0?short")};
+    Script("2E 00 | 02 00 00 00 | 00 00 10 00 00 00 01 00 00 00 | 00 00 10 00 00 00 01 00 00 00 | 07 00 00 00",
+           "00 00 | 00 00 00 00 | 01 34 | 01 12");
+    Bytes image(2, 0xCC);
+    EXPECT_TRUE(Velk().doProtocolInner(false, tags, 2, image.data(), 1)) << driver->GetLastErrorString();
+    EXPECT_EQ(image, Hex("12 CC"));
+}
+
+TEST_F(VariableListTest, ItemThatPassesTheRequestIsAFaultToo) {
+    ConfigureAndStart();
+    ITag* const tag = Tag("1?A?M?0?string-74990");
+    Intel().LinkCheck().Login();
+    EXPECT_FALSE(Write({tag}, Counting(74990)));
+    ExpectError(-1, "Tx Buffer dimension exceeded");
+    EXPECT_TRUE(Velk().hasCommunicationFault());
+}
+
 TEST_F(VariableListTest, WrittenProjectIdentifierDatagramIsRefused) {
     ConfigureAndStart();
     Intel().LinkCheck().Login();
