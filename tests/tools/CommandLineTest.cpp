@@ -45,6 +45,11 @@ TEST_F(CommandLine, AMisspeltCommandIsToldWithTheOneThatMayBeMeant) {
     }
 }
 
+TEST_F(CommandLine, TwoLettersInTheWrongOrderAreToldToo) {
+    EXPECT_EQ(run({"raed"}), ExitCode::Usage);
+    EXPECT_THAT(complaint_, StartsWith("velk: there is no command 'raed'; did you mean read?\n"));
+}
+
 TEST_F(CommandLine, ACommandThatIsLikeNoOtherIsToldToo) {
     for (std::vector<std::string> const& words : {std::vector<std::string>{"nix"}, {"help", "nix"}}) {
         EXPECT_EQ(run(words), ExitCode::Usage);

@@ -37,6 +37,14 @@ TEST(SimilarNames, FindSlipsOfTheKeyboard) {
     EXPECT_THAT(velk::similarNames("Zzz", names), ElementsAre());
 }
 
+TEST(SimilarNames, TakeSwappedNeighboursForOneSlip) {
+    Texts const names{"read", "write", "trace"};
+    EXPECT_THAT(velk::similarNames("raed", names), ElementsAre("read"));
+    EXPECT_THAT(velk::similarNames("raedx", names), ElementsAre()) << "two slips are too many for five letters";
+    EXPECT_THAT(velk::similarNames("rtace", names), ElementsAre("trace"));
+    EXPECT_THAT(velk::similarNames("daer", names), ElementsAre()) << "these are not neighbours";
+}
+
 TEST(SimilarNames, AreSaidAsAQuestion) {
     EXPECT_EQ(velk::didYouMean("bauds", Texts{"baud", "port"}), "; did you mean baud?");
     EXPECT_EQ(velk::didYouMean("xyz", Texts{"baud", "port"}), "");

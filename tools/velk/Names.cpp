@@ -9,20 +9,28 @@
 namespace velk {
 namespace {
 
-/** How many letters have to be changed, put in or left out to make one of the other (Levenshtein). */
+using Row = std::vector<std::size_t>;
+
+/** Whether both have the same two letters there, the other way round. */
+bool areSwapped(std::string_view one, std::size_t i, std::string_view other, std::size_t j) {
+    return i > 0 && j > 0 && one[i] == other[j - 1] && one[i - 1] == other[j];
+}
+
+/** How many slips make one of the other: a letter changed, put in or left out, or two neighbours swapped (Damerau). */
 std::size_t distance(std::string_view one, std::string_view other) {
-    std::vector<std::size_t> row(other.size() + 1);
-    std::iota(row.begin(), row.end(), std::size_t{0});
+    Row beforeLast;
+    Row last(other.size() + 1);
+    std::iota(last.begin(), last.end(), std::size_t{0});
     for (std::size_t i = 0; i < one.size(); ++i) {
-        std::size_t diagonal = row[0];
-        row[0] = i + 1;
+        Row row{i + 1};
         for (std::size_t j = 0; j < other.size(); ++j) {
-            std::size_t const changed = diagonal + (one[i] == other[j] ? 0 : 1);
-            diagonal = row[j + 1];
-            row[j + 1] = std::min({changed, row[j] + 1, diagonal + 1});
+            std::size_t const changed = last[j] + (one[i] == other[j] ? 0 : 1);
+            std::size_t const swapped = areSwapped(one, i, other, j) ? beforeLast[j - 1] + 1 : changed;
+            row.push_back(std::min({changed, swapped, row[j] + 1, last[j + 1] + 1}));
         }
+        beforeLast = std::exchange(last, std::move(row));
     }
-    return row.back();
+    return last.back();
 }
 
 /** The name without what stands before its last dot. */
