@@ -76,6 +76,42 @@ TEST_F(CommandLine, WhatIsMissingIsCalledAsInTheHelp) {
     EXPECT_THAT(complaint_, StartsWith("velk: a command is missing: check or show\n"));
 }
 
+TEST_F(CommandLine, AFlagInFrontOfItsCommandIsToldWhereItBelongs) {
+    struct Case {
+        std::vector<std::string> words;
+        char const* reason;
+    };
+    for (Case const& each :
+         {Case{{"-n", "2", "symbols", "A*"}, "'-n' belongs behind the command: velk symbols -n 2 'A*'"},
+          Case{{"--node=2", "symbols"}, "'--node' belongs behind the command: velk symbols --node=2"},
+          Case{{"-q", "-n2", "read", "X"}, "'-q' belongs behind the command: velk read -q -n2 X"},
+          Case{{"-f", "a.toml", "config", "show"}, "'-f' belongs behind the command: velk config show -f a.toml"},
+          Case{{"config", "-f", "a.toml", "show"}, "'-f' belongs behind the command: velk config show -f a.toml"}}) {
+        EXPECT_EQ(run(each.words), ExitCode::Usage);
+        EXPECT_EQ(output_, "");
+        EXPECT_EQ(complaint_, std::string("velk: ") + each.reason + "\n");
+    }
+}
+
+TEST_F(CommandLine, AFlagWithoutACommandIsToldThatItNeedsOne) {
+    for (std::vector<std::string> const& words : {std::vector<std::string>{"-n", "2"}, {"-n", "2", "symbls"}}) {
+        EXPECT_EQ(run(words), ExitCode::Usage);
+        EXPECT_EQ(complaint_, "velk: '-n' belongs behind a command\nvelk --help lists the commands\n");
+    }
+}
+
+TEST_F(CommandLine, AFlagThatDoesNotExistIsCalledSo) {
+    EXPECT_EQ(run({"--nonsense", "read"}), ExitCode::Usage);
+    EXPECT_EQ(complaint_, "velk: there is no option '--nonsense'\nvelk --help tells what it takes\n");
+    EXPECT_EQ(run({"symbols", "--nonsense", "5"}), ExitCode::Usage);
+    EXPECT_EQ(complaint_, "velk: there is no option '--nonsense'\nvelk symbols --help tells what it takes\n");
+}
+
+TEST_F(CommandLine, AWordTooManyIsNamed) {
+    EXPECT_EQ(run({"ports", "now", "please"}), ExitCode::Usage);
+    EXPECT_EQ(complaint_, "velk: 'now' is one word too many\nvelk ports --help tells what it takes\n");
+}
+
 TEST_F(CommandLine, HelpIsDataAndGood) {
     EXPECT_EQ(run({"help"}), ExitCode::Good);
     EXPECT_THAT(output_, StartsWith("Usage: velk [OPTION]... COMMAND ..."));

@@ -4,6 +4,7 @@
 #include "tools/velk/CommandTree.h"
 #include "tools/velk/HelpFormatter.h"
 #include "tools/velk/Interrupt.h"
+#include "tools/velk/MisplacedFlag.h"
 #include "tools/velk/Names.h"
 #include "tools/velk/ProjectFile.h"
 #include "tools/velk/Terminal.h"
@@ -24,6 +25,7 @@
 #include "tools/velk/commands/WriteCommand.h"
 
 #include <algorithm>
+#include <span>
 #include <sstream>
 #include <utility>
 
@@ -57,14 +59,23 @@ std::vector<std::string> commandsOf(CLI::App const& app) {
     return names;
 }
 
+bool isFlag(std::string const& word) {
+    return word.size() > 1 && word.starts_with('-') && word != "--";
+}
+
 /** What is wrong with the words, where the parser's own text would not tell. */
 std::string reasonText(CLI::App const& app, CLI::App const& last, CLI::Error const& error) {
     std::vector<std::string> const unknown = app.remaining(true);
-    if (error.get_name() != "RequiredError") {
+    auto const flag = std::find_if(unknown.begin(), unknown.end(), [](auto const& word) { return isFlag(word); });
+    bool const isTooMuch = error.get_exit_code() == static_cast<int>(CLI::ExitCodes::ExtrasError);
+    if (!isTooMuch && error.get_name() != "RequiredError") {
         return error.what();
     }
-    if (!unknown.empty() && unknown.front().starts_with('-')) {
-        return "there is no option '" + displayable(unknown.front()) + "'";
+    if (flag != unknown.end()) {
+        return "there is no option '" + displayable(*flag) + "'";
+    }
+    if (isTooMuch && !unknown.empty()) {
+        return "'" + displayable(unknown.front()) + "' is one word too many";
     }
     if (std::vector<std::string> const commands = commandsOf(last); !commands.empty()) {
         return "a command is missing: " + orList(commands);
@@ -99,14 +110,24 @@ ExitCode answerParser(CLI::App const& app, CLI::ParseError const& answer, Termin
     return ExitCode::Usage;
 }
 
+void refuseMisplacedFlag(CLI::App const& at, std::string const& path, std::span<std::string const> words) {
+    if (std::string const reason = misplacedFlag(at, path, words); !reason.empty()) {
+        throw CommandError(ExitCode::Usage, reason);
+    }
+}
+
 /** The parser would answer the help of what it knows, or ask for a command where one is misspelt. */
-void refuseUnknownCommand(CLI::App& app, std::vector<std::string> const& words) {
+void refuseUnknownCommand(CLI::App& app, std::span<std::string const> words) {
     CLI::App* at = &app;
     std::string path = app.get_name();
-    for (std::string const& word : words) {
+    for (; !words.empty(); words = words.subspan(1)) {
+        std::string const& word = words.front();
         std::vector<std::string> const commands = commandsOf(*at);
-        if (commands.empty() || word.starts_with('-')) {
+        if (commands.empty()) {
             return;
+        }
+        if (word.starts_with('-')) {
+            return refuseMisplacedFlag(*at, path, words);
         }
         if (std::find(commands.begin(), commands.end(), word) == commands.end()) {
             throw CommandError(ExitCode::Usage, "there is no command '" + displayable(word) + "'" +
