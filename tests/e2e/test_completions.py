@@ -90,6 +90,22 @@ class Completions(ServiceTest):
                               capture_output=True, text=True, timeout=60, check=True)
         self.assertEqual(done.stdout.strip(), "_velk", done.stderr)
 
+    @unittest.skipUnless(shutil.which("zsh"), "zsh is missing")
+    def test_zsh_completes_on_a_terminal(self):
+        self.script("zsh").rename(self.folder / "_velk")
+        import pexpect  # checked for by service
+        shell = pexpect.spawn("zsh", ["-f"], cwd=str(self.folder), timeout=60, encoding="utf-8",
+                              env={**self.environment, "PS1": "$ ", "TERM": "dumb"})
+        self.addCleanup(shell.close, True)
+        shell.sendline(f"fpath=({self.folder} $fpath); autoload -Uz compinit; compinit -u -d dump; "
+                       "velk() { echo \"ran:$*:\" }; echo read''y")
+        shell.expect("ready\r\n")
+        for typed, ran in (("velk symb\t--byte-o\tlit\t", "symbols --byte-order little"),
+                           ("velk trace -- symb\t--byte-o\tlit\t", "trace -- symbols --byte-order little"),
+                           ("velk trace -o t.txt -- conf\tsh\t", "trace -o t.txt -- config show")):
+            shell.send(typed + "\r")
+            shell.expect_exact(f"ran:{ran}:")
+
     @unittest.skipUnless(shutil.which("fish"), "fish is missing")
     def test_fish_completes(self):
         script = self.script("fish")
@@ -100,6 +116,17 @@ class Completions(ServiceTest):
                               env={**self.environment, "HOME": str(self.folder)})
         words = {line.split("\t")[0] for line in done.stdout.splitlines()}
         self.assertEqual(words, {"config", "--parity", "odd"}, done.stderr)
+
+    @unittest.skipUnless(shutil.which("fish"), "fish is missing")
+    def test_fish_completes_behind_a_trace(self):
+        script = self.script("fish")
+        for line, wanted in (("velk trace -- symb", {"symbols"}), ("velk trace -o t.txt -- conf", {"config"}),
+                             ("velk trace -- config ", {"check", "show"}), ("velk trace -- read --ba", {"--baud"}),
+                             ("velk trace -- check --parity o", {"odd"}), ("velk trace --form", {"--format"})):
+            done = subprocess.run(["fish", "--no-config", "-c", f"source {script}; complete -C '{line}'"],
+                                  capture_output=True, text=True, timeout=60, check=True,
+                                  env={**self.environment, "HOME": str(self.folder)})
+            self.assertEqual({each.split("\t")[0] for each in done.stdout.splitlines()}, wanted, line)
 
     def test_wrong_usage(self):
         for words in (["completions"], ["completions", "tcsh"], ["completions", "bash", "zsh"]):

@@ -134,6 +134,7 @@ TEST_F(SmallTree, ZshOffersCommandsFlagsAndValues) {
     EXPECT_THAT(script, HasSubstr("'--parity[Parity]:none|even:(none even)'"));
     EXPECT_THAT(script, HasSubstr("'--json[As JSON]'"));
     EXPECT_THAT(script, HasSubstr("':FILE:_files'"));
+    EXPECT_THAT(script, HasSubstr("'*:NAME:()'")) << "nothing to offer, and nothing in the way of flags";
     EXPECT_THAT(script, Not(HasSubstr("secret")));
 }
 
@@ -142,6 +143,7 @@ TEST_F(SmallTree, FishOffersCommandsFlagsAndValues) {
     EXPECT_THAT(script, HasSubstr("complete -c velk -n '__fish_use_subcommand' -a read -d 'Read a [thing]'\n"));
     EXPECT_THAT(script, HasSubstr("complete -c velk -n '__fish_seen_subcommand_from read' -l parity -x -a 'none even' "
                                   "-d 'Parity'\n"));
+    EXPECT_THAT(script, HasSubstr("-a '(complete -C (__velk_traced))'\n"));
     EXPECT_THAT(script, HasSubstr("-s p -l port -x -a '(ls -d /dev/tty*)' -d 'A port'\\''s name'\n"));
     EXPECT_THAT(script, HasSubstr("complete -c velk -n '__fish_seen_subcommand_from config; and not "
                                   "__fish_seen_subcommand_from check' -a check -d 'Check it'\n"));

@@ -149,14 +149,19 @@ std::string zshFlag(FlagInfo const& flag) {
     return text;
 }
 
+/** Where any word may stand a flag may stand, too; the message of an empty action would keep it from being put in. */
+std::string zshWordAction(ValueInfo const& value) {
+    return offerFor(value) == Offer::Nothing ? "()" : zshAction(value);
+}
+
 std::string zshArguments(CommandInfo const& command) {
     std::string text = "            _arguments -s";
     for (FlagInfo const& flag : command.flags) {
         text += zshFlag(flag);
     }
     for (WordInfo const& word : command.words) {
-        text += fmt::format(" \\\n                {}",
-                            quoted((word.repeated ? "*:" : ":") + zshEscaped(word.name) + ":" + zshAction(word.value)));
+        text += fmt::format(" \\\n                {}", quoted((word.repeated ? "*:" : ":") + zshEscaped(word.name) +
+                                                              ":" + zshWordAction(word.value)));
     }
     if (!command.commands.empty()) {
         text += fmt::format(" \\\n                {}", quoted(":command:(" + joined(commandNames(command)) + ")"));
@@ -180,6 +185,16 @@ std::string fishCondition(std::string const& path, CommandInfo const& command) {
     }
     return condition;
 }
+
+/** Behind the dashes of a trace stands a command line of its own, which fish completes as one. */
+constexpr char const* kFishTrace = R"(function __velk_traced
+    set -l words (commandline -opc)
+    set -l dashes (contains -i -- -- $words); or return
+    contains -- trace $words[1..$dashes]; or return
+    echo (string escape -- velk $words[(math $dashes + 1)..-1]) (commandline -ct)
+end
+complete -c velk -n 'string length -q -- (__velk_traced)' -x -a '(complete -C (__velk_traced))'
+)";
 
 std::string fishValue(ValueInfo const& value) {
     switch (offerFor(value)) {
@@ -266,13 +281,19 @@ std::string zshCompletion(CommandInfo const& tree) {
     paths.pop_back();
     return fmt::format(R"(#compdef velk
 _velk() {{
-    local path="" longer word
+    local command="" longer word
     integer at=2
     for word in "${{(@)words[2,CURRENT-1]}}"; do
-        longer="${{path:+$path }}$word"
+        if [[ $command == trace && $word == -- ]]; then
+            command="" # a command line of its own
+            words[2,at]=()
+            (( CURRENT -= at - 1, at = 2 ))
+            continue
+        fi
+        longer="${{command:+$command }}$word"
         case "$longer" in
             ({})
-                path=$longer
+                command=$longer
                 words[at]=()
                 (( CURRENT-- ))
                 ;;
@@ -281,7 +302,7 @@ _velk() {{
                 ;;
         esac
     done
-    case "$path" in
+    case "$command" in
 {}    esac
 }}
 _velk "$@"
@@ -291,6 +312,7 @@ _velk "$@"
 
 std::string fishCompletion(CommandInfo const& tree) {
     std::string text = "# fish completion of velk\ncomplete -c velk -f\n";
+    text += kFishTrace;
     forEachCommand(tree, "",
                    [&](CommandInfo const& command, std::string const& path) { text += fishCommand(command, path); });
     return text;
