@@ -83,6 +83,12 @@ class SymbolsTroubles(Troubles, ServiceTest):
         done = self.run_velk(self.say(line.link, "--storage", self.folder / "kept", "--stored"))
         self.assertNotEqual(done.returncode, GOOD)
 
+    def test_a_port_that_is_not_there_leaves_no_folder(self):
+        for port in (self.folder / "nowhere", "nowhere"):
+            self.assert_ends(self.run_velk(self.say(port, "--storage", self.folder / "kept")), PORT)
+            self.assert_ends(self.run_velk(self.say(port)), PORT)
+        self.assertEqual(list(self.folder.iterdir()), [])
+
     def test_progress_only_on_a_terminal(self):
         line = self.line()
         child = self.type_velk(self.say(line.link))

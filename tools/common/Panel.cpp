@@ -6,7 +6,7 @@ namespace tools {
 
 Panel::Panel(host::LoadedModule module, PanelSettings const& settings, host::Clock& clock, host::PortObserver* observer)
     : module_(std::move(module)), serial_(clock, settings.ports, observer, settings.interruption),
-      storage_(settings.storage), services_(scheduler_, serial_, &storage_) {}
+      ident_(settings.ident), storage_(settings.storage), services_(scheduler_, serial_, &storage_) {}
 
 host::Result<std::unique_ptr<Panel>> Panel::create(PanelSettings const& settings, host::Clock& clock,
                                                    host::PortObserver* observer) {
@@ -15,9 +15,6 @@ host::Result<std::unique_ptr<Panel>> Panel::create(PanelSettings const& settings
         return module.failure();
     }
     std::unique_ptr<Panel> panel(new Panel(std::move(module.value()), settings, clock, observer));
-    if (host::Outcome const prepared = panel->storage_.prepare(settings.ident); !prepared.ok()) {
-        return prepared.failure();
-    }
     host::Result<host::DriverInstance> driver =
         host::DriverInstance::create(panel->module_.factory(), panel->services_);
     if (!driver.ok()) {
@@ -37,10 +34,14 @@ host::Result<std::unique_ptr<Panel>> Panel::create(PanelSettings const& settings
 
 host::Outcome Panel::start() {
     host::Outcome const started = driver_->start();
-    if (started.ok() || serial_.lastError().empty()) {
-        return started;
+    if (!started.ok()) {
+        return serial_.lastError().empty() ? started : host::Failure{started.failure().code, serial_.lastError()};
     }
-    return host::Failure{started.failure().code, serial_.lastError()};
+    host::Outcome const prepared = storage_.prepare(ident_); // not before: a port that is not there leaves no folder
+    if (!prepared.ok()) {
+        static_cast<void>(driver_->stop());
+    }
+    return prepared;
 }
 
 host::Outcome Panel::stop() {

@@ -33,7 +33,7 @@ public:
     static host::Result<std::unique_ptr<Panel>> create(PanelSettings const& settings, host::Clock& clock,
                                                        host::PortObserver* observer);
 
-    /** Opens the port. The failure tells why it cannot be had. */
+    /** Opens the port and makes the storage ready. The failure tells why one of them cannot be had. */
     host::Outcome start();
     host::Outcome stop();
 
@@ -50,6 +50,7 @@ private:
     host::LoadedModule module_;
     host::Scheduler scheduler_;
     host::SerialFactory serial_;
+    std::string ident_;
     host::PermanentStorage storage_;
     host::HostFactory services_;
     std::unique_ptr<host::DriverInstance> driver_;
