@@ -1,6 +1,8 @@
 #include "host/PortNames.h"
 
 #include <algorithm>
+#include <filesystem>
+#include <system_error>
 #include <utility>
 
 namespace host {
@@ -11,6 +13,21 @@ std::string lowerCase(std::string text) {
     std::transform(text.begin(), text.end(), text.begin(),
                    [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; });
     return text;
+}
+
+/** Behind a link, too. */
+bool isDevice(std::string const& path) {
+    std::error_code ignored;
+    return std::filesystem::is_character_file(path, ignored);
+}
+
+std::optional<std::string> deviceCalled(std::string const& name) {
+    for (char const* const folder : {"/dev/", "./"}) {
+        if (isDevice(folder + name)) {
+            return folder + name;
+        }
+    }
+    return std::nullopt;
 }
 
 } // namespace
@@ -31,7 +48,7 @@ std::optional<std::string> PortNames::path(std::string const& name) const {
         return name;
     }
     auto const found = paths_.find(lowerCase(name));
-    return found != paths_.end() ? std::optional(found->second) : std::nullopt;
+    return found != paths_.end() ? std::optional(found->second) : deviceCalled(name);
 }
 
 } // namespace host

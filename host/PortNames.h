@@ -10,7 +10,8 @@ namespace host {
  * Which device a configured port name stands for.
  *
  * "com1" to "com16", in any case of letters, stand for /dev/ttyS0 to /dev/ttyS15 unless they are set otherwise.
- * A name with a "/" in it is the path of a device itself.
+ * A name with a "/" in it is the path of a device itself. Any other name is that of a device in /dev or, when there is
+ * none, in the current folder, such as a link to a pseudo-terminal.
  */
 class PortNames {
 public:

@@ -4,11 +4,15 @@
 #include "host/FileDescriptor.h"
 #include "host/PortNames.h"
 #include "host/TrafficMeter.h"
+#include "tests/host/CurrentFolder.h"
 #include "tests/host/Pty.h"
+#include "tests/host/TempFolder.h"
 
 #include <gtest/gtest.h>
 
 #include <array>
+#include <filesystem>
+#include <fstream>
 #include <sys/eventfd.h>
 
 namespace hosttest {
@@ -21,7 +25,7 @@ TEST(PortNames, ComNumbersCountFromOne) {
     EXPECT_EQ(names.path("com0"), std::nullopt);
     EXPECT_EQ(names.path("com17"), std::nullopt);
     EXPECT_EQ(names.path(""), std::nullopt);
-    EXPECT_EQ(names.path("ttyUSB0"), std::nullopt);
+    EXPECT_EQ(names.path("no-such-port"), std::nullopt);
 }
 
 TEST(PortNames, ANameCanStandForAnotherDevice) {
@@ -38,6 +42,29 @@ TEST(PortNames, APathStandsForItself) {
     EXPECT_EQ(names.path("/dev/ttyUSB0"), "/dev/ttyUSB0");
     EXPECT_EQ(names.path("/dev/serial/by-id/A B"), "/dev/serial/by-id/A B");
     EXPECT_EQ(names.path("./port"), "./port");
+}
+
+TEST(PortNames, ANameWithoutAPathIsADeviceOfTheSystemOrElseOfTheCurrentFolder) {
+    TempFolder const temp;
+    CurrentFolder const current(temp.path());
+    host::PortNames const names;
+    std::filesystem::create_symlink("/dev/null", "here");
+    std::filesystem::create_symlink("/dev/zero", "null");
+    std::filesystem::create_symlink("/dev/zero", "com1");
+    EXPECT_EQ(names.path("here"), "./here");
+    EXPECT_EQ(names.path("null"), "/dev/null") << "what lies in a folder hides no device";
+    EXPECT_EQ(names.path("com1"), "/dev/ttyS0");
+}
+
+TEST(PortNames, WhatIsNoDeviceIsNotFoundByItsNameAlone) {
+    TempFolder const temp;
+    CurrentFolder const current(temp.path());
+    host::PortNames const names;
+    std::ofstream("notes") << "text";
+    std::filesystem::create_symlink("/dev/pts/no-such-terminal", "gone");
+    for (char const* const name : {"notes", "gone", "pts", "", ".", ".."}) {
+        EXPECT_EQ(names.path(name), std::nullopt) << name;
+    }
 }
 
 class SerialFactory : public testing::Test {

@@ -193,6 +193,7 @@ TEST_F(Check, PortThatDoesNotOpen) {
         return symptomOf(CheckStep::Port, progress_.lastWords(), {-100, text}, kLittle);
     };
     EXPECT_EQ(of("there is no serial port /dev/ttyUSB7"), Symptom::PortMissing);
+    EXPECT_EQ(of("no serial port is called 'ttyUSB7': give com1 to com16 or a path"), Symptom::PortMissing);
     EXPECT_EQ(of("no permission to use the serial port /dev/ttyS0: only its owner 'root' may use it"),
               Symptom::PortRefused);
     EXPECT_EQ(of("the serial port /dev/ttyS0 is in use by 'other' (process 7)"), Symptom::PortBusy);

@@ -189,7 +189,7 @@ CheckStep failedStep(LineProgress const& progress, bool portOpen) {
 }
 
 Symptom portSymptom(std::string const& reason) {
-    if (has(reason, "there is no") || has(reason, "No such")) {
+    if (has(reason, "there is no") || has(reason, "No such") || has(reason, "no serial port is called")) {
         return Symptom::PortMissing;
     }
     if (has(reason, "may not") || has(reason, "ermission")) {

@@ -1,0 +1,25 @@
+#pragma once
+
+#include <filesystem>
+#include <system_error>
+
+namespace hosttest {
+
+/** Works in a folder while it lives. */
+class CurrentFolder {
+public:
+    explicit CurrentFolder(std::filesystem::path const& folder) : before_(std::filesystem::current_path()) {
+        std::filesystem::current_path(folder);
+    }
+    ~CurrentFolder() {
+        std::error_code ignored;
+        std::filesystem::current_path(before_, ignored);
+    }
+    CurrentFolder(CurrentFolder const&) = delete;
+    CurrentFolder& operator=(CurrentFolder const&) = delete;
+
+private:
+    std::filesystem::path before_;
+};
+
+} // namespace hosttest
