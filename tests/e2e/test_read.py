@@ -86,6 +86,18 @@ class ReadTroubles(Troubles, ServiceTest):
         self.assert_ends(done, ITEM_NOT_GOOD)
         self.assertRegex(done.stdout, r"Nothing\* .* missing: no variable of the PLC program matches the pattern")
 
+    def test_a_response_that_is_too_short_is_an_answer_that_is_wrong(self):
+        line = self.line(flags=["--fault", "kind = 'reply_too_short', service = 'read_list'"])
+        done = self.run_velk(self.words("read", line.link, "--repeat", 1, "PLC_PRG.Counter:int"))
+        self.assert_ends(done, REFUSED)
+        self.assertIn("Rx Buffer dimension exceeded", done.stdout)
+
+    def test_a_value_that_no_response_holds_is_not_asked_for(self):
+        done = self.run_velk(self.words("read", self.line().link, "PLC_PRG.Counter:int-30000", "PLC_PRG.Counter"))
+        self.assert_ends(done, ITEM_NOT_GOOD)
+        self.assertIn("failed: its 120,000 bytes are more than the 75,000 that fit one response", done.stdout)
+        self.assertRegex(done.stdout, r"PLC_PRG\.Counter +DINT +1234567 +good")
+
     def test_another_type_than_that_of_the_program(self):
         done = self.run_velk(self.words("read", self.line().link, "-q", "--csv", "PLC_PRG.Counter:unsignedByte-4",
                                         "PLC_PRG.Counter:int(swap4)"))

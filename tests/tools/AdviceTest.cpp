@@ -24,7 +24,7 @@ TEST(Advice, FramesThatMakeNoSenseAreOtherSettings) {
 
 TEST(Advice, ARefusalIsNoWrongSetting) {
     for (char const* const text : {"Project ID mismatch", "Command not acknowledged by PLC", "Symbol file not present",
-                                   "Wrong number of bytes received", ""}) {
+                                   "Wrong number of bytes received", "Rx Buffer dimension exceeded", ""}) {
         EXPECT_THAT(advice(ExitCode::Refused, {-6, text}, true), Not(HasSubstr("line speed"))) << text;
     }
     EXPECT_THAT(advice(ExitCode::Refused, {1, "the driver gave no reason"}, true), HasSubstr("logged in"));

@@ -47,6 +47,12 @@ TEST(ExitCode, SomeOfTheDriversTextsAreAboutOneItem) {
     EXPECT_EQ(exitCodeFor({-6, "One of the values has bad quality"}, PortState::Dead), ExitCode::Port);
 }
 
+TEST(ExitCode, AResponseOfAWrongLengthIsAWrongAnswerOfThePlcAndNoMatterOfTheConfiguration) {
+    EXPECT_EQ(exitCodeFor({-1, "Rx Buffer dimension exceeded"}, PortState::Fine), ExitCode::Refused);
+    EXPECT_EQ(exitCodeFor({-1, "Rx Buffer dimension exceeded"}, PortState::Dead), ExitCode::Port);
+    EXPECT_EQ(exitCodeFor({-1, "Tx Buffer dimension exceeded"}, PortState::Fine), ExitCode::Usage);
+}
+
 TEST(ExitCode, OfItemsIsThatOfTheLineOnlyWhenNoneIsGood) {
     auto const of = [](std::vector<ExitCode> const& items) { return velk::exitCodeOfItems(items); };
     EXPECT_EQ(of({}), ExitCode::Good);

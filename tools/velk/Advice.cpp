@@ -29,6 +29,9 @@ constexpr std::array kAdvice{
     TextAdvice{"Command not acknowledged", "The line works: likely the PLC has restarted, or is stopped. Ask again."},
     TextAdvice{"Symbol file not present",
                "The line works: likely the project was loaded into the PLC without its symbol configuration."},
+    TextAdvice{"Rx Buffer dimension exceeded",
+               "The line works: the PLC's response is shorter than what was asked for, or "
+               "much longer."},
     TextAdvice{"Wrong number of bytes", "The line works: the variable has another size than the type that was given."},
 };
 

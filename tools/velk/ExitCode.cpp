@@ -16,6 +16,7 @@ constexpr int kTimeout = -4;
 constexpr int kRefused = -6;
 constexpr int kConversion = -9;
 constexpr std::string_view kBadQuality = "One of the values has bad quality";
+constexpr std::string_view kWrongLength = "Rx Buffer dimension exceeded"; // of a response; its code is -1 all the same
 constexpr std::string_view kMissing = " not present in Symbols files";
 
 /** From the least to the most telling. */
@@ -37,6 +38,9 @@ ExitCode exitCodeFor(host::Failure const& failure, PortState port) {
     }
     if (failure.text == kBadQuality || failure.text.ends_with(kMissing)) {
         return ExitCode::ItemNotGood;
+    }
+    if (failure.text == kWrongLength) {
+        return ExitCode::Refused;
     }
     switch (failure.code) {
     case kPortFault:

@@ -33,6 +33,7 @@ constexpr char const* kNoSymbolFile = "Symbol file not present";
 constexpr char const* kWayAdvice = "Likely the coupler number, the channel or the address of a level is another one, "
                                    "or the device behind the coupler is off.";
 constexpr int kTimeout = -4;
+constexpr int kMostValueBytes = 75'000; // of the driver's buffers
 constexpr int kNothingRecorded = 1;
 
 /** The name of a variable that can be read, or of none. */
@@ -253,10 +254,16 @@ void Session::addressTag(Tag& tag, std::string const& offset) {
         host::tagAddress({tag.node, tag.variable, tag.access.addressSpace, offset, tag.access.dataType});
     host::Result<ITag*> const made =
         address.ok() ? panel_->driver().createTag(address.value()) : host::Result<ITag*>(address.failure());
-    if (made.ok()) {
-        tag.tag = made.value();
-    } else {
+    if (!made.ok()) {
         tag.failure = made.failure();
+        return;
+    }
+    tag.tag = made.value();
+    if (int const length = tag.tag->GetVarLength(); length > kMostValueBytes) {
+        freeTags({&tag, 1});
+        tag.failure = {kUnreachableVariable,
+                       fmt::format("its {} bytes are more than the {} that fit one response",
+                                   grouped(static_cast<unsigned>(length)), grouped(kMostValueBytes))};
     }
 }
 
