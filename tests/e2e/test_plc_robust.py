@@ -97,6 +97,31 @@ class StuckReader(ServiceTest):
         self.assertIn("Broken pipe", self.assert_over(process, ITEM_NOT_GOOD))
 
 
+class StuckReaderOfNotes(ServiceTest):
+    """Standard error is a full pipe that nobody reads."""
+
+    def test_does_not_stop_the_plc(self):
+        reading, writing = os.pipe()
+        self.addCleanup(os.close, reading)
+        os.write(writing, b"x" * fcntl.fcntl(writing, fcntl.F_SETPIPE_SZ, 4096))
+        link = self.folder / "plc"
+        process = subprocess.Popen([PROGRAM, "plc", str(DEMO / "line.toml"), "--link", str(link)], cwd=self.folder,
+                                   stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL, stderr=writing)
+        os.close(writing)
+        self.addCleanup(lambda: process.poll() is None and process.kill())
+        deadline = time.monotonic() + PATIENCE
+        while not link.is_symlink():
+            self.assertIsNone(process.poll())
+            self.assertLess(time.monotonic(), deadline)
+            time.sleep(0.02)
+        self.assert_ends(self.run_velk(self.words("read", link, "PLC_PRG.Counter", "--timeout", 1000)), GOOD)
+        os.read(reading, 4096)  # whoever reads on gets everything
+        self.assertIn(b"Playing on", os.read(reading, 4096))
+        process.send_signal(signal.SIGINT)
+        self.assertEqual(process.wait(AT_ONCE), INTERRUPTED)
+        self.assertFalse(os.path.lexists(link))
+
+
 class ProgramAlone(ServiceTest):
     def test_is_read_without_any_flag_but_the_port(self):
         line = Line(DEMO / "program-1.toml", self.folder / "plc")

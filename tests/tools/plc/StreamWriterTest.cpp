@@ -115,4 +115,14 @@ TEST(StreamWriter, SaysThatNobodyReadsAnyMore) {
     EXPECT_THROW(writer.finish({.standstill = 60s, .altogether = 60s}), velk::CommandError);
 }
 
+TEST(StreamWriter, ForgetsWhatNobodyReadsWhenItIsToldSo) {
+    std::signal(SIGPIPE, SIG_IGN);
+    SmallPipe pipe;
+    StreamWriter writer(pipe.writing.get(), StreamWriter::OnFailure::Forget);
+    pipe.reading.close();
+    writer.put("a\n");
+    EXPECT_FALSE(writer.write());
+    EXPECT_FALSE(writer.isPending()) << "or it would be tried again and again";
+}
+
 } // namespace

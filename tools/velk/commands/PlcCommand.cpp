@@ -78,18 +78,31 @@ EventQueue::LeftOut leftOut(EventStyle style) {
     };
 }
 
-void announce(Plan const& plan, PlcPort const& port, PlcOptions const& options, Context& context,
-              StreamWriter& output) {
+/** Neither stream is waited for: whoever does not read must not hold the PLC up. */
+struct Streams {
+    StreamWriter output{STDOUT_FILENO};
+    StreamWriter notes{STDERR_FILENO, StreamWriter::OnFailure::Forget};
+};
+
+void note(std::string const& line, Terminal const& terminal, Streams& streams) {
+    if (!terminal.quiet()) {
+        streams.notes.put(line + "\n");
+    }
+}
+
+void announce(Plan const& plan, PlcPort const& port, PlcOptions const& options, Terminal const& terminal,
+              Streams& streams) {
     for (std::string const& line : simulation::planText(plan, options)) {
-        context.terminal.note(context.terminal.colouredError(Colour::Dim, line));
+        note(terminal.colouredError(Colour::Dim, line), terminal, streams);
     }
-    context.terminal.note(fmt::format("Playing on {}. End it with Ctrl-C.", port.wayToIt()));
+    note(fmt::format("Playing on {}. End it with Ctrl-C.", port.wayToIt()), terminal, streams);
+    streams.notes.write();
     if (options.json) {
-        output.put(nlohmann::ordered_json{{"event", "port"}, {"name", port.name()}}.dump() + "\n");
+        streams.output.put(nlohmann::ordered_json{{"event", "port"}, {"name", port.name()}}.dump() + "\n");
     } else {
-        output.put(port.name() + "\n");
+        streams.output.put(port.name() + "\n");
     }
-    output.write();
+    streams.output.write();
 }
 
 void carryOut(Happening const& happening, plc::Line& line) {
@@ -104,8 +117,8 @@ void carryOut(Happening const& happening, plc::Line& line) {
 /** Has everything happen at its time and prints, until the user wants the end, the time is over or the service is. */
 class Play {
 public:
-    Play(Plan const& plan, PlcOptions const& options, Context& context, EventQueue& events, StreamWriter& output)
-        : plan_(plan), context_(context), events_(events), output_(output), begun_(context.clock.microseconds()),
+    Play(Plan const& plan, PlcOptions const& options, Context& context, EventQueue& events, Streams& streams)
+        : plan_(plan), context_(context), events_(events), streams_(streams), begun_(context.clock.microseconds()),
           end_(options.forMicroseconds > 0 ? options.forMicroseconds : kNever) {}
 
     void run(plc::FdServer& server, PlcService const& service) {
@@ -124,25 +137,30 @@ public:
     [[nodiscard]] std::int64_t now() const { return context_.clock.microseconds() - begun_; }
 
 private:
+    static constexpr int kNoDescriptor = -1; // poll leaves it out
     static constexpr std::int64_t kNever = std::numeric_limits<std::int64_t>::max();
 
     /** Waits until there is something to do. False as soon as the user wants the end. */
     bool wait(PlcService const& service) {
         constexpr std::int64_t kMicrosPerMilli = 1000;
+        StreamWriter const& output = streams_.output;
+        StreamWriter const& notes = streams_.notes;
         pollfd const printing =
-            output_.isPending() ? pollfd{output_.descriptor(), POLLOUT, 0} : pollfd{events_.descriptor(), POLLIN, 0};
-        std::array<pollfd, 3> waiting{
-            {{context_.interrupt.descriptor(), POLLIN, 0}, {service.endDescriptor(), POLLIN, 0}, printing}};
+            output.isPending() ? pollfd{output.descriptor(), POLLOUT, 0} : pollfd{events_.descriptor(), POLLIN, 0};
+        pollfd const noting{notes.isPending() ? notes.descriptor() : kNoDescriptor, POLLOUT, 0};
+        std::array<pollfd, 4> waiting{
+            {{context_.interrupt.descriptor(), POLLIN, 0}, {service.endDescriptor(), POLLIN, 0}, printing, noting}};
         ::poll(waiting.data(), waiting.size(), static_cast<int>((untilNext() + kMicrosPerMilli - 1) / kMicrosPerMilli));
         return !context_.interrupt.requested();
     }
 
     /** What the last events left over first: so nobody has to remember more than the queue holds. */
     void print() {
-        if (!output_.isPending()) {
-            output_.put(events_.take());
+        if (!streams_.output.isPending()) {
+            streams_.output.put(events_.take());
         }
-        output_.write();
+        streams_.output.write();
+        streams_.notes.write();
     }
 
     [[nodiscard]] std::int64_t untilNext() const {
@@ -157,7 +175,7 @@ private:
     Plan const& plan_;
     Context& context_;
     EventQueue& events_;
-    StreamWriter& output_;
+    Streams& streams_;
     std::int64_t begun_;
     std::int64_t end_;
     std::size_t next_ = 0;
@@ -176,14 +194,14 @@ std::string endLine(plc::Line const& line, std::int64_t time, PlcOptions const& 
     return "";
 }
 
-/** A reader that has stopped reading does not keep the program, nor does one of standard error. */
-void printRest(StreamWriter& output, Context& context) {
-    std::size_t const left = output.finish(kPatience);
-    pollfd error{STDERR_FILENO, POLLOUT, 0};
-    if (left > 0 && ::poll(&error, 1, 0) == 1) {
-        context.terminal.note(fmt::format("Nobody read standard output: {} left out at the end.",
-                                          counted(left, "line was", "lines were")));
+/** A reader that has stopped reading does not keep the program. */
+void printRest(Streams& streams, Terminal const& terminal) {
+    if (std::size_t const left = streams.output.finish(kPatience); left > 0) {
+        note(fmt::format("Nobody read standard output: {} left out at the end.",
+                         counted(left, "line was", "lines were")),
+             terminal, streams);
     }
+    streams.notes.finish(kPatience);
 }
 
 // ---- the flags
@@ -278,17 +296,17 @@ ExitCode runPlc(PlcOptions const& options, Context& context) {
     EventQueue events(kMostWaitingBytes, leftOut(styleOf(options)));
     EventPrinter printer(styleOf(options), options.verbose, stationNames(plan), events);
     plc::Line line(plan.line, &printer);
-    StreamWriter output(STDOUT_FILENO);
+    Streams streams;
     PlcPort const port(options, plan.line.speed);
-    announce(plan, port, options, context, output);
+    announce(plan, port, options, context.terminal, streams);
     plc::FdServer server(line, port.descriptor(), wireLikeness(plan, port));
     PlcService service(server);
     service.start();
-    Play play(plan, options, context, events, output);
+    Play play(plan, options, context, events, streams);
     play.run(server, service);
     plc::FdServer::End const end = service.finish();
-    output.put(events.take() + endLine(line, play.now(), options));
-    printRest(output, context);
+    streams.output.put(events.take() + endLine(line, play.now(), options));
+    printRest(streams, context.terminal);
     if (end == plc::FdServer::End::kPortGone) {
         throw CommandError(ExitCode::Port, "the port " + port.name() + " has gone away");
     }

@@ -34,7 +34,8 @@ bool isOnlyBusy(int error) {
 
 } // namespace
 
-StreamWriter::StreamWriter(int stream) : stream_(stream), own_(openedAgain(stream)) {}
+StreamWriter::StreamWriter(int stream, OnFailure onFailure)
+    : stream_(stream), onFailure_(onFailure), own_(openedAgain(stream)) {}
 
 bool StreamWriter::write() {
     constexpr std::size_t kAtOnce = PIPE_BUF; // a pipe with any room takes so much
@@ -46,17 +47,29 @@ bool StreamWriter::write() {
             return any;
         }
         if (count < 0) {
-            throw CommandError(ExitCode::ItemNotGood,
-                               "standard output cannot be written: " + std::string(std::strerror(errno)));
+            fail(errno);
+            return any;
         }
         written_ += static_cast<std::size_t>(count);
         any = true;
     }
     if (!isPending()) {
-        text_.clear();
-        written_ = 0;
+        forget();
     }
     return any;
+}
+
+void StreamWriter::fail(int error) {
+    if (onFailure_ == OnFailure::Throw) {
+        throw CommandError(ExitCode::ItemNotGood,
+                           "standard output cannot be written: " + std::string(std::strerror(error)));
+    }
+    forget();
+}
+
+void StreamWriter::forget() {
+    text_.clear();
+    written_ = 0;
 }
 
 std::size_t StreamWriter::finish(Patience patience) {

@@ -12,7 +12,12 @@ namespace velk::simulation {
 /** Writes to standard output, or another stream, only what it takes without waiting. */
 class StreamWriter {
 public:
-    explicit StreamWriter(int stream);
+    enum class OnFailure {
+        Throw,  ///< CommandError, when nothing can be written any more
+        Forget, ///< what is put is lost, for nobody is left to be told
+    };
+
+    explicit StreamWriter(int stream, OnFailure onFailure = OnFailure::Throw);
 
     void put(std::string_view text) { text_ += text; }
 
@@ -21,7 +26,7 @@ public:
     /** Ready to be written to when more of what is pending can go. */
     [[nodiscard]] int descriptor() const { return own_.isOpen() ? own_.get() : stream_; }
 
-    /** Writes what goes at once and answers whether any did. Throws CommandError when nothing ever will. */
+    /** Writes what goes at once and answers whether any did. */
     bool write();
 
     /** What a stream that is not read any more, or too slowly, is waited for. */
@@ -34,9 +39,12 @@ public:
     std::size_t finish(Patience patience);
 
 private:
+    void fail(int error);
+    void forget();
     [[nodiscard]] bool isReady(std::chrono::milliseconds wait) const;
 
     int stream_;
+    OnFailure onFailure_;
     host::FileDescriptor own_;
     std::string text_;
     std::size_t written_ = 0;
