@@ -1,6 +1,7 @@
 """velk check."""
 
 import os
+import re
 
 from service import GOOD, INTERRUPTED, PORT, REFUSED, SILENT, USAGE, ServiceTest, main
 from troubles import Troubles
@@ -74,6 +75,29 @@ class Check(ServiceTest):
         self.assert_ends(done, PORT)
         self.assert_steps(done, 0)
         self.assert_three_causes(done)
+
+    def test_an_upload_is_shown_in_the_line_of_its_step(self):
+        """On a narrow terminal: each line takes the place of the one before, and none wraps."""
+        columns = 50
+        line = self.line()
+        child = self.type_velk(self.words("check", line.link), columns=columns)
+        self.assert_exit(child, GOOD)
+        text = re.sub("\x1b\\[[0-9;]*m", "", child.before)
+        lines = [row.split("\r\x1b[K") for row in text[text.index(STEPS[0]):].split("\r\n")]
+        self.assertEqual([row[-1][:len(step)] for row, step in zip(lines, STEPS)], STEPS, text)
+        self.assertEqual(len(lines), len(STEPS) + 1, text)
+        redrawn = lines[4][:-1]
+        self.assertTrue(redrawn, text)
+        for each in redrawn:
+            self.assertTrue(each.startswith("the symbol file is there   fetching"), text)
+            self.assertLess(len(each), columns)
+
+    def test_a_storage_that_cannot_be_had_is_not_the_ports_fault(self):
+        (self.folder / "file").touch()
+        done = self.run_velk(self.words("check", self.line().link, "--storage", self.folder / "file" / "below"))
+        self.assert_ends(done, USAGE)
+        self.assertEqual(done.stdout, "")
+        self.assertIn("cannot be made", done.stderr)
 
     def test_wrong_usage(self):
         self.assert_ends(self.run_velk(["check"]), USAGE)

@@ -182,6 +182,27 @@ TEST_F(Check, TheLoginIsTriedOnlyAfterTheLinkCheck) {
     EXPECT_TRUE(progress_.triedLogin());
 }
 
+TEST_F(Check, EachStepIsToldOnceWithWhatWasSaidForIt) {
+    std::vector<CheckStep> told;
+    LineProgress progress([&](CheckStep step) { told.push_back(step); });
+    auto const pass = [&](host::FrameDirection direction, char const* hex, std::int64_t at) {
+        auto const bytes = Hex(hex);
+        progress.onFrame({direction, bytes, at, at});
+    };
+    pass(host::FrameDirection::Sent, kLinkCheck, 1);
+    EXPECT_EQ(progress.find(CheckStep::Bytes), nullptr);
+    pass(host::FrameDirection::Received, kAck1, 2);
+    pass(host::FrameDirection::Sent, kAck0, 3);
+    pass(host::FrameDirection::Received, kDone, 4);
+    pass(host::FrameDirection::Received, kDone, 5);
+    EXPECT_EQ(told, (std::vector{CheckStep::Bytes, CheckStep::LinkCheck}));
+    ReachedStep const* const answered = progress.find(CheckStep::LinkCheck);
+    ASSERT_NE(answered, nullptr);
+    EXPECT_EQ(answered->at, 4);
+    EXPECT_EQ(answered->words.sent, Hex(kLinkCheck));
+    EXPECT_EQ(answered->words.came, (std::vector{Hex(kAck1), Hex(kDone)}));
+}
+
 TEST_F(Check, DroppedBytesAreBytes) {
     progress_.onDropped(Hex("00 FF"), 0);
     EXPECT_EQ(failed(), CheckStep::LinkCheck);

@@ -74,9 +74,9 @@ bool sameTable(SymbolTable const& one, SymbolTable const& other) {
 
 } // namespace
 
-Session::Session(Settings settings, Context& context)
+Session::Session(Settings settings, Context& context, UploadStyle uploads)
     : settings_(std::move(settings)), context_(context), lineWatch_(routingHeaderLength(settings_.config)),
-      uploadLine_(settings_, context.terminal) {
+      uploadLine_(settings_, context.terminal, std::move(uploads)) {
     attachments_.push_back(std::make_unique<Attachment>(context.observers, lineWatch_));
     attachments_.push_back(std::make_unique<Attachment>(context.observers, uploadLine_));
     if (context.makeTracer) {

@@ -37,7 +37,7 @@ struct Context;
 class Session {
 public:
     /** @p context must outlive the session. */
-    Session(Settings settings, Context& context);
+    Session(Settings settings, Context& context, UploadStyle uploads = {});
     ~Session();
     Session(Session const&) = delete;
     Session& operator=(Session const&) = delete;

@@ -43,6 +43,18 @@ std::string inColour(bool shown, Colour colour, std::string_view text) {
     return sequence(colour) + std::string(text) + "\x1b[0m";
 }
 
+/** The start of a text that has so many columns; a letter is not torn. */
+std::string_view fitting(std::string_view text, std::size_t columns) {
+    std::size_t end = 0;
+    for (std::size_t used = 0; end < text.size(); ++end) {
+        bool const begins = (static_cast<unsigned char>(text[end]) & 0xC0U) != 0x80U;
+        if (begins && ++used > columns) {
+            break;
+        }
+    }
+    return text.substr(0, end);
+}
+
 /** Standard error has nobody behind it to whom a failure could be told. */
 void toError(std::string_view text) {
     std::fwrite(text.data(), 1, text.size(), stderr);
@@ -101,7 +113,7 @@ void Terminal::status(std::string_view line) {
         return;
     }
     clearStatus();
-    toError(line);
+    toError(fitting(line, static_cast<std::size_t>(width()) - 1)); // what wraps could not be taken away again
     statusShown_ = !line.empty();
 }
 

@@ -49,7 +49,8 @@ public:
     /** A complaint: "velk: " and the text; never silenced. */
     void complain(std::string_view text);
 
-    /** A line on standard error that the next one replaces; only on a terminal. Empty takes it away. */
+    /** A line on standard error that the next one replaces, as long as fits; only on a terminal. Empty takes it away.
+     */
     void status(std::string_view line);
 
     /** @p text in a colour when standard output shows colours. */

@@ -7,6 +7,7 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <utility>
 
 namespace velk {
 namespace {
@@ -43,16 +44,18 @@ std::string uploadText(tools::Upload const& upload, std::optional<std::uint64_t>
                        upload.rate() / kBytesPerKilobyte, known ? estimate(upload, *expectedBytes) : std::string());
 }
 
-UploadLine::UploadLine(Settings const& settings, Terminal& terminal)
-    : terminal_(terminal),
+UploadLine::UploadLine(Settings const& settings, Terminal& terminal, UploadStyle style)
+    : terminal_(terminal), style_(std::move(style)),
       progress_(routingHeaderLength(settings.config), [this](tools::Upload const& upload) { show(upload); }) {}
 
 void UploadLine::show(tools::Upload const& upload) {
     std::string const text = uploadText(upload, expected_);
-    if (upload.done) {
-        terminal_.note(text);
+    if (!upload.done) {
+        terminal_.status(style_.label + text);
+    } else if (style_.vanishes) {
+        terminal_.status("");
     } else {
-        terminal_.status(text);
+        terminal_.note(text);
     }
 }
 

@@ -18,10 +18,16 @@ std::size_t routingHeaderLength(host::DriverConfig const& config);
 /** "fetching the symbol file: 12,345 bytes, 24 pieces, 5.1 kB/s", with a bar when the length is known about. */
 std::string uploadText(tools::Upload const& upload, std::optional<std::uint64_t> expectedBytes);
 
+/** How an upload is shown. */
+struct UploadStyle {
+    std::string label{};   ///< in front of the line that redraws itself
+    bool vanishes = false; ///< nothing stays on the screen when the upload is done
+};
+
 /** Shows on the terminal how a symbol file comes from the PLC. */
 class UploadLine final : public host::PortObserver {
 public:
-    UploadLine(Settings const& settings, Terminal& terminal);
+    UploadLine(Settings const& settings, Terminal& terminal, UploadStyle style = {});
 
     /** What an earlier file had, for the bar; nothing when there was none. */
     void expect(std::optional<std::uint64_t> bytes) { expected_ = bytes; }
@@ -35,6 +41,7 @@ private:
     void show(tools::Upload const& upload);
 
     Terminal& terminal_;
+    UploadStyle style_;
     std::optional<std::uint64_t> expected_;
     tools::UploadProgress progress_;
 };

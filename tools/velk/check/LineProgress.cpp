@@ -23,7 +23,7 @@ void LineProgress::onFrame(host::PortFrame const& frame) {
     if (frame.direction == host::FrameDirection::Sent) {
         onSent(frame.bytes);
     } else {
-        onReceived(frame.bytes);
+        onReceived(frame.bytes, frame.lastByteAt);
     }
 }
 
@@ -39,36 +39,34 @@ void LineProgress::onSent(plc::ByteView bytes) {
     lastWords_.sent.assign(bytes.begin(), bytes.end());
 }
 
-void LineProgress::onReceived(plc::ByteView bytes) {
+void LineProgress::onReceived(plc::ByteView bytes, std::int64_t at) {
     trace::Step step = conversation_.next(trace::Way::FromPlc, bytes);
-    reached_.insert(CheckStep::Bytes);
-    if (step.response) {
-        onResponse(*step.response);
-    }
+    std::optional<CheckStep> const answered = step.response ? onResponse(*step.response) : std::nullopt;
     keep(bytes, std::move(step));
+    reach(CheckStep::Bytes, at);
+    if (answered) {
+        reach(*answered, at);
+    }
 }
 
-void LineProgress::onResponse(trace::Response const& response) {
+std::optional<CheckStep> LineProgress::onResponse(trace::Response const& response) {
     lastWords_.status = response.status;
     if (!response.status || !trace::isSuccess(response.service, *response.status)) {
-        return;
+        return std::nullopt;
     }
     switch (response.service) {
     case plc::ServiceKind::kLinkCheck:
-        reached_.insert(CheckStep::LinkCheck);
-        break;
+        return CheckStep::LinkCheck;
     case plc::ServiceKind::kLogin:
-        reached_.insert(CheckStep::Login);
-        break;
+        return CheckStep::Login;
     case plc::ServiceKind::kFileOpen:
     case plc::ServiceKind::kFileNext:
         ++filePieces_;
-        break;
+        return std::nullopt;
     case plc::ServiceKind::kReadList:
-        reached_.insert(CheckStep::SymbolFile); // the PLC has compared the project identifiers
-        break;
+        return CheckStep::SymbolFile; // the PLC has compared the project identifiers
     default:
-        break;
+        return std::nullopt;
     }
 }
 
@@ -76,9 +74,21 @@ void LineProgress::onTimeout(std::int64_t /*at*/) {
     lastWords_.timedOut = true;
 }
 
-void LineProgress::onDropped(std::span<unsigned char const> bytes, std::int64_t /*at*/) {
-    reached_.insert(CheckStep::Bytes);
+void LineProgress::onDropped(std::span<unsigned char const> bytes, std::int64_t at) {
     keep(bytes, {.frame = trace::decodeFrame(bytes, trace::Way::FromPlc)});
+    reach(CheckStep::Bytes, at);
+}
+
+ReachedStep const* LineProgress::find(CheckStep step) const {
+    auto const found = reached_.find(step);
+    return found == reached_.end() ? nullptr : &found->second;
+}
+
+void LineProgress::reach(CheckStep step, std::int64_t at) {
+    bool const isNew = reached_.try_emplace(step, ReachedStep{at, lastWords_}).second;
+    if (isNew && whenReached_) {
+        whenReached_(step);
+    }
 }
 
 void LineProgress::keep(plc::ByteView bytes, trace::Step step) {

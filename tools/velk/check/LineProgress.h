@@ -5,9 +5,11 @@
 #include "tools/velk/trace/Conversation.h"
 
 #include <cstdint>
+#include <functional>
+#include <map>
 #include <optional>
-#include <set>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace velk {
@@ -22,6 +24,12 @@ struct LastWords {
     std::optional<std::uint16_t> status{}; ///< of the response, when one is complete
 };
 
+/** When a step was reached, and what was said until then. */
+struct ReachedStep {
+    std::int64_t at = 0; ///< microseconds of the observing clock
+    LastWords words;
+};
+
 /**
  * Finds out from the frames on a line how far the driver has come with a PLC.
  *
@@ -29,11 +37,19 @@ struct LastWords {
  */
 class LineProgress final : public host::PortObserver {
 public:
+    using WhenReached = std::function<void(CheckStep)>;
+
+    /** @p whenReached is called once for each step, in the middle of an exchange with the PLC. */
+    explicit LineProgress(WhenReached whenReached = nullptr) : whenReached_(std::move(whenReached)) {}
+
     void onFrame(host::PortFrame const& frame) override;
     void onTimeout(std::int64_t at) override;
     void onDropped(std::span<unsigned char const> bytes, std::int64_t at) override;
 
     [[nodiscard]] bool reached(CheckStep step) const { return reached_.contains(step); }
+
+    /** Null for a step that was not reached. */
+    [[nodiscard]] ReachedStep const* find(CheckStep step) const;
 
     [[nodiscard]] LastWords const& lastWords() const { return lastWords_; }
 
@@ -45,12 +61,14 @@ public:
 
 private:
     void onSent(plc::ByteView bytes);
-    void onReceived(plc::ByteView bytes);
-    void onResponse(trace::Response const& response);
+    void onReceived(plc::ByteView bytes, std::int64_t at);
+    std::optional<CheckStep> onResponse(trace::Response const& response);
     void keep(plc::ByteView bytes, trace::Step step);
+    void reach(CheckStep step, std::int64_t at);
 
+    WhenReached whenReached_;
     trace::Conversation conversation_;
-    std::set<CheckStep> reached_;
+    std::map<CheckStep, ReachedStep> reached_;
     LastWords lastWords_;
     std::uint64_t filePieces_ = 0;
     bool triedLogin_ = false;
