@@ -1,5 +1,6 @@
 """velk check."""
 
+import json
 import os
 import re
 
@@ -75,6 +76,77 @@ class Check(ServiceTest):
         self.assert_ends(done, PORT)
         self.assert_steps(done, 0)
         self.assert_three_causes(done)
+
+    def document(self, words, code):
+        """What --json prints, which is one object and nothing else."""
+        done = self.run_velk([*words, "--json"])
+        self.assert_ends(done, code)
+        return json.loads(done.stdout)
+
+    def assert_outcomes(self, document, *wanted):
+        self.assertEqual([step["text"] for step in document["steps"]], STEPS)
+        self.assertEqual([step["outcome"] for step in document["steps"]], [*wanted])
+
+    def test_a_good_line_for_programs(self):
+        line = self.line()
+        document = self.document(self.words("check", line.link), GOOD)
+        self.assert_outcomes(document, *["ok"] * 6)
+        names = [step["name"] for step in document["steps"]]
+        self.assertEqual(names, ["port", "bytes", "link_check", "login", "symbol_file", "read"])
+        self.assertEqual(document["port"], str(line.link))
+        self.assertEqual(document["settings"]["baud"], 19200)
+        self.assertIsNone(document["failed"])
+        self.assertEqual(document["causes"], [])
+        self.assertFalse(document["program"]["stored"])
+        self.assertGreater(document["program"]["pieces"], 0)
+        self.assertIn(f"{document['program']['variables']} variables", document["steps"][4]["found"])
+        self.assertEqual(document["steps"][5]["found"], "PLC_PRG.Running = true")
+        for step in document["steps"][1:]:
+            self.assertTrue(step["sent"].startswith("AA AA "), step)
+            self.assertTrue(step["received"], step)
+            self.assertEqual(len(step["meaning"]), len(step["received"]), step)
+        times = [step["time"] for step in document["steps"]]
+        self.assertEqual(times, sorted(times))
+        again = self.document(self.words("check", line.link), GOOD)
+        self.assertTrue(again["program"]["stored"])
+        self.assertEqual(again["program"]["project"], document["program"]["project"])
+
+    def test_a_silent_line_for_programs(self):
+        dead = self.dead_port()
+        document = self.document(self.words("check", dead.port, "--timeout", 100), SILENT)
+        self.assert_outcomes(document, "ok", "failed", *["not reached"] * 4)
+        self.assertEqual(document["failed"], "bytes")
+        step = document["steps"][1]
+        self.assertEqual(step["sent"], "AA AA 00 09 00 01 52 01 42 E0 20 26 29 00 00 5D 05")
+        self.assertEqual((step["received"], step["timed_out"]), ([], True))
+        self.assertEqual(step["reason"], "Timeout on Acknowledge")
+        self.assertNotIn("time", document["steps"][2])
+        self.assertEqual(len(document["causes"]), 3)
+        self.assertIsNone(document["program"])
+
+    def test_other_failures_for_programs(self):
+        line = self.line(more='fault = [{ kind = "status_word", service = "login" }]')
+        document = self.document(self.words("check", line.link), REFUSED)
+        self.assert_outcomes(document, "ok", "ok", "ok", "failed", "not reached", "not reached")
+        self.assertIn("refused", " ".join(document["steps"][3]["meaning"]))
+        document = self.document(self.words("check", self.folder / "nowhere"), PORT)
+        self.assert_outcomes(document, "failed", *["not reached"] * 5)
+        self.assertIn("there is no serial port", document["steps"][0]["reason"])
+        self.assertNotIn("sent", document["steps"][0])
+
+    def test_scan_for_programs(self):
+        line = self.line(model="Intel")
+        words = ["check", "--scan", "--port", str(line.link), "--block-size", "1024"]
+        document = self.document(words, GOOD)
+        self.assertEqual(document["found"], {"baud": 19200, "parity": "none", "framing": "bare",
+                                             "byte_order": "little"})
+        self.assertEqual({**document["attempts"][-1], **document["found"]}, document["attempts"][-1])
+        self.assertEqual(document["attempts"][-1]["outcome"], "answered")
+        self.assertNotIn("answered", [each["outcome"] for each in document["attempts"][:-1]])
+        document = self.document([*words[:3], self.dead_port().port, "--timeout", "100"], SILENT)
+        self.assertIsNone(document["found"])
+        outcomes = {each["outcome"] for each in document["attempts"] if each["parity"] == "none"}
+        self.assertEqual(outcomes, {"silent"})  # a pseudo-terminal may not be able to do the other parities
 
     def test_an_upload_is_shown_in_the_line_of_its_step(self):
         """On a narrow terminal: each line takes the place of the one before, and none wraps."""

@@ -3,6 +3,7 @@
 #include "tools/velk/Context.h"
 #include "tools/velk/Interrupt.h"
 #include "tools/velk/Terminal.h"
+#include "tools/velk/check/CheckJson.h"
 #include "tools/velk/check/CheckText.h"
 #include "tools/velk/check/Scan.h"
 #include "tools/velk/check/Walk.h"
@@ -21,16 +22,19 @@ std::size_t columnsOf(Terminal const& terminal) {
                                              : std::numeric_limits<std::size_t>::max();
 }
 
-ExitCode walk(Settings const& settings, Context& context) {
+ExitCode walk(Settings const& settings, CheckOptions const& options, Context& context) {
     UploadStyle const uploads{.label = stepLabel(CheckStep::SymbolFile), .vanishes = true};
     Walk walk(settings, context, uploads, [&](StepReport const& step) {
-        context.terminal.out(stepLine(step, context.terminal));
+        if (!options.json) {
+            context.terminal.out(stepLine(step, context.terminal));
+        }
     });
     ExitCode const code = walk.run();
     if (code == ExitCode::Interrupted) {
         return code;
     }
-    context.terminal.out(failureText(walk.report(), columnsOf(context.terminal)));
+    context.terminal.out(options.json ? checkJson(walk.report())
+                                      : failureText(walk.report(), columnsOf(context.terminal)));
     return code;
 }
 
@@ -53,7 +57,7 @@ ExitCode tellNothingFound(std::vector<LineCandidate> const& stirred, Terminal& t
     return ExitCode::Refused;
 }
 
-ExitCode scan(Settings const& settings, Context& context) {
+ExitCode scan(Settings const& settings, CheckOptions const& options, Context& context) {
     Scan scan(settings, context, [&](LineCandidate const& candidate, std::size_t number, std::size_t count) {
         context.terminal.status(fmt::format("{} of {}: {}", number, count, candidateText(candidate)));
     });
@@ -62,11 +66,16 @@ ExitCode scan(Settings const& settings, Context& context) {
     if (context.interrupt.requested()) {
         return ExitCode::Interrupted;
     }
+    if (options.json) {
+        context.terminal.out(scanJson(report));
+    }
     LineCandidate const* const found = report.found();
     if (found == nullptr) {
         return tellNothingFound(report.stirred(), context.terminal);
     }
-    tellFound(*found, settings, context);
+    if (!options.json) {
+        tellFound(*found, settings, context);
+    }
     return ExitCode::Good;
 }
 
@@ -75,7 +84,7 @@ ExitCode scan(Settings const& settings, Context& context) {
 ExitCode runCheck(CheckOptions const& options, Context& context) {
     Settings const settings = readSettings(context);
     echoSettings(settings, context);
-    return options.scan ? scan(settings, context) : walk(settings, context);
+    return options.scan ? scan(settings, options, context) : walk(settings, options, context);
 }
 
 void addCheckCommand(CLI::App& app, Context& context) {
@@ -84,6 +93,7 @@ void addCheckCommand(CLI::App& app, Context& context) {
     auto const options = std::make_shared<CheckOptions>();
     command->add_flag("--scan", options->scan,
                       "Try the usual speeds, parities, framings and byte orders and tell which the PLC answers to");
+    command->add_flag("--json", options->json, "As a JSON document, when all is done");
     addLineOptions(*command, context);
     command->callback(
         [options, &context] { context.action = [options, &context] { return runCheck(*options, context); }; });

@@ -10,6 +10,7 @@ struct Context;
 
 struct CheckOptions {
     bool scan = false;
+    bool json = false;
 };
 
 /** Walks the line step by step, or seeks the settings that the PLC answers to. */
