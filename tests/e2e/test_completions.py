@@ -64,6 +64,15 @@ class Completions(ServiceTest):
         self.assertIn("plant.toml", self.complete("config", "check", "pl"))
         self.assertIn("plant.toml", self.complete("read", "--file", "pl"))
 
+    def test_names_with_blanks_stay_whole(self):
+        (self.folder / "my plant.toml").touch()
+        (self.folder / "my storage").mkdir()
+        self.assertEqual(self.complete("read", "--file", "my p"), {"my plant.toml"})
+        self.assertEqual(self.complete("read", "--storage", "my"), {"my storage"})
+
+    def test_commands_to_get_help_for(self):
+        self.assertEqual(self.complete("help", "co"), {"console", "config", "completions"})
+
     def test_behind_a_trace(self):
         self.assertIn("read", self.complete("trace", "--", "re"))
 

@@ -218,6 +218,7 @@ TEST_F(Check, PortThatDoesNotOpen) {
     EXPECT_EQ(of("no permission to use the serial port /dev/ttyS0: only its owner 'root' may use it"),
               Symptom::PortRefused);
     EXPECT_EQ(of("the serial port /dev/ttyS0 is in use by 'other' (process 7)"), Symptom::PortBusy);
+    EXPECT_EQ(of("/dev/null is not a serial port"), Symptom::NotAPort);
     EXPECT_EQ(of("the serial port /dev/ttyS0 cannot be opened: I/O error"), Symptom::PortFault);
 }
 

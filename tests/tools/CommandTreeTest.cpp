@@ -120,8 +120,9 @@ TEST_F(SmallTree, BashOffersCommandsFlagsAndValues) {
     EXPECT_THAT(script, HasSubstr("\"read\"|\"config\"|\"config check\")"));
     EXPECT_THAT(script, HasSubstr("compgen -W 'read config'"));
     EXPECT_THAT(script, HasSubstr("compgen -W '-p --port --parity --stop --json --csv'"));
-    EXPECT_THAT(script, HasSubstr("\"read:--parity\")\n        COMPREPLY=($(compgen -W 'none even' -- \"$cur\"))"));
-    EXPECT_THAT(script, HasSubstr("\"read:-p\"|\"read:--port\")\n        COMPREPLY=($(compgen -G"));
+    EXPECT_THAT(script,
+                HasSubstr("\"read:--parity\")\n        mapfile -t COMPREPLY < <(compgen -W 'none even' -- \"$cur\")"));
+    EXPECT_THAT(script, HasSubstr("\"read:-p\"|\"read:--port\")\n        mapfile -t COMPREPLY < <(compgen -G"));
     EXPECT_THAT(script, HasSubstr("compgen -W 'check'"));
     EXPECT_THAT(script, Not(HasSubstr("secret")));
 }

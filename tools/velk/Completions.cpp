@@ -40,6 +40,19 @@ std::vector<std::string> flagNames(CommandInfo const& command) {
     return names;
 }
 
+/** The tree, with the names of commands as choices where one is asked for. */
+CommandInfo withCommandsToChoose(CommandInfo tree) {
+    std::vector<std::string> const names = commandNames(tree);
+    for (CommandInfo& command : tree.commands) {
+        for (WordInfo& word : command.words) {
+            if (word.value.placeholder == "COMMAND") {
+                word.value.choices = names;
+            }
+        }
+    }
+    return tree;
+}
+
 /** Calls @p visit with every command and its path: "", "read", "config check". */
 void forEachCommand(CommandInfo const& command, std::string const& path,
                     std::function<void(CommandInfo const&, std::string const&)> const& visit) {
@@ -60,16 +73,25 @@ std::string quoted(std::string const& text) {
 
 // ---- bash
 
+/** Offers one line of what compgen prints for each name, blanks and all. */
+std::string bashReply(std::string const& compgenFlags) {
+    return "mapfile -t COMPREPLY < <(compgen " + compgenFlags + ")";
+}
+
+std::string bashChoice(std::vector<std::string> const& choices) {
+    return bashReply("-W " + quoted(joined(choices)) + " -- \"$cur\"");
+}
+
 std::string bashOffer(ValueInfo const& value) {
     switch (offerFor(value)) {
     case Offer::Choices:
-        return fmt::format("COMPREPLY=($(compgen -W {} -- \"$cur\"))", quoted(joined(value.choices)));
+        return bashChoice(value.choices);
     case Offer::Files:
-        return "COMPREPLY=($(compgen -f -- \"$cur\"))";
+        return bashReply("-f -- \"$cur\"");
     case Offer::Folders:
-        return "COMPREPLY=($(compgen -d -- \"$cur\"))";
+        return bashReply("-d -- \"$cur\"");
     case Offer::Ports:
-        return "COMPREPLY=($(compgen -G \"${cur:-/dev/tty}*\"))";
+        return bashReply("-G \"${cur:-/dev/tty}*\"");
     case Offer::Nothing:
         break;
     }
@@ -94,17 +116,12 @@ std::string bashFlagValues(CommandInfo const& command, std::string const& path) 
 }
 
 std::string bashWords(CommandInfo const& command, std::string const& path) {
-    std::string const value = command.words.empty()       ? std::string()
-                              : !command.commands.empty() ? std::string()
-                                                          : bashOffer(command.words.front().value);
-    std::string const subs = command.commands.empty() ? value
-                                                      : fmt::format("COMPREPLY=($(compgen -W {} -- \"$cur\"))",
-                                                                    quoted(joined(commandNames(command))));
+    std::string const rest = !command.commands.empty() ? bashChoice(commandNames(command))
+                             : !command.words.empty()  ? bashOffer(command.words.front().value)
+                                                       : std::string();
     std::string text = fmt::format("    \"{}\")\n", path);
-    text += fmt::format("        if [[ $cur == -* ]]; then\n"
-                        "            COMPREPLY=($(compgen -W {} -- \"$cur\"))\n",
-                        quoted(joined(flagNames(command))));
-    text += subs.empty() ? std::string() : fmt::format("        else\n            {}\n", subs);
+    text += fmt::format("        if [[ $cur == -* ]]; then\n            {}\n", bashChoice(flagNames(command)));
+    text += rest.empty() ? std::string() : fmt::format("        else\n            {}\n", rest);
     return text + "        fi\n        ;;\n";
 }
 
@@ -240,7 +257,7 @@ std::string bashCompletion(CommandInfo const& tree) {
     std::string paths;
     std::string values;
     std::string words;
-    forEachCommand(tree, "", [&](CommandInfo const& command, std::string const& path) {
+    forEachCommand(withCommandsToChoose(tree), "", [&](CommandInfo const& command, std::string const& path) {
         paths += path.empty() ? "" : "\"" + path + "\"|";
         values += bashFlagValues(command, path);
         words += bashWords(command, path);
@@ -274,7 +291,7 @@ complete -o filenames -F _velk velk
 std::string zshCompletion(CommandInfo const& tree) {
     std::string paths;
     std::string cases;
-    forEachCommand(tree, "", [&](CommandInfo const& command, std::string const& path) {
+    forEachCommand(withCommandsToChoose(tree), "", [&](CommandInfo const& command, std::string const& path) {
         paths += path.empty() ? "" : quoted(path) + "|";
         cases += fmt::format("        {})\n{}", quoted(path), zshArguments(command));
     });
@@ -313,7 +330,7 @@ _velk "$@"
 std::string fishCompletion(CommandInfo const& tree) {
     std::string text = "# fish completion of velk\ncomplete -c velk -f\n";
     text += kFishTrace;
-    forEachCommand(tree, "",
+    forEachCommand(withCommandsToChoose(tree), "",
                    [&](CommandInfo const& command, std::string const& path) { text += fishCommand(command, path); });
     return text;
 }

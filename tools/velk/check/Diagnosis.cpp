@@ -80,12 +80,16 @@ Causes portCauses(Symptom symptom) {
         return {"the adapter is not plugged in, or got another name: velk ports lists the ports that there are",
                 "the name is written in another way than the system does",
                 "the adapter needs a driver that this machine does not have"};
+    case Symptom::NotAPort:
+        return {"the name is that of a file, a folder or another device: velk ports lists the ports that there are",
+                "a part of the path is missing, such as the last one of /dev/serial/by-id/...",
+                "the link of that name leads to something else than before"};
     case Symptom::PortRefused:
         return {"you are not in the group that owns the port: velk ports names it",
                 "you joined the group, and have not logged in anew since",
                 "the rights of the device were set to another user"};
     case Symptom::PortBusy:
-        return {"another program holds the port: velk ports tells which", "another velk is still at work on it",
+        return {"another program holds the port: end it, or take another port", "another velk is still at work on it",
                 "a service of the system, such as a modem manager or a login, has taken it"};
     default:
         return {"the adapter was pulled out, or lost its contact", "the adapter does not know this speed or mode",
@@ -192,6 +196,9 @@ Symptom portSymptom(std::string const& reason) {
     if (has(reason, "there is no") || has(reason, "No such") || has(reason, "no serial port is called")) {
         return Symptom::PortMissing;
     }
+    if (has(reason, "is not a serial port")) {
+        return Symptom::NotAPort;
+    }
     if (has(reason, "may not") || has(reason, "ermission")) {
         return Symptom::PortRefused;
     }
@@ -225,6 +232,7 @@ Symptom symptomOf(CheckStep failed, LastWords const& lastWords, host::Failure co
 std::array<std::string, 3> likelyCauses(CheckStep failed, Symptom symptom, CheckedSettings const& settings) {
     switch (symptom) {
     case Symptom::PortMissing:
+    case Symptom::NotAPort:
     case Symptom::PortRefused:
     case Symptom::PortBusy:
     case Symptom::PortFault:

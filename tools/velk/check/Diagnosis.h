@@ -23,6 +23,7 @@ struct CheckedSettings {
 /** Why a check failed. */
 enum class Symptom {
     PortMissing,    ///< there is no such port
+    NotAPort,       ///< what has that name is something else
     PortRefused,    ///< it may not be opened
     PortBusy,       ///< somebody else holds it
     PortFault,      ///< it cannot be opened or died, for another reason
