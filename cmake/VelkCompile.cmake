@@ -34,6 +34,13 @@ if(VELK_SANITIZERS)
     target_compile_options(velk_compile INTERFACE ${VELK_SANITIZER_FLAGS})
     target_link_options(velk_compile INTERFACE ${VELK_SANITIZER_FLAGS})
 endif()
+if(VELK_FUZZ)
+    # What steers the fuzzer; only the harnesses are linked with the fuzzer itself. The assertions of the library see
+    # what the sanitizers do not: a step out of a span into the next member of the same object.
+    target_compile_definitions(velk_compile INTERFACE _GLIBCXX_ASSERTIONS)
+    target_compile_options(velk_compile INTERFACE -fsanitize=fuzzer-no-link)
+    target_link_options(velk_compile INTERFACE -fsanitize=fuzzer-no-link)
+endif()
 
 # A static library of one folder: velk_library(NAME SOURCES a.cpp ... LINK other ...)
 function(velk_library name)

@@ -92,16 +92,15 @@ RtsHashNode* RtsHashTag::find(char const* key) const noexcept {
 }
 
 std::uint32_t RtsHashTag::hashOf(std::string_view key) const noexcept {
+    auto const lower = [this](char character) -> std::uint32_t { return lower_[byteOf(character)]; };
     std::uint32_t hash = multiplier_;
     for (; key.size() >= kWordSize; key.remove_prefix(kWordSize)) {
-        std::uint32_t const word = lower_[byteOf(key[0])] | lower_[byteOf(key[1])] << 8U |
-                                   lower_[byteOf(key[2])] << 16U |
-                                   static_cast<std::uint32_t>(lower_[byteOf(key[3])]) << 24U;
+        std::uint32_t const word = lower(key[0]) | lower(key[1]) << 8U | lower(key[2]) << 16U | lower(key[3]) << 24U;
         hash = multiplyAndFold(hash ^ word, multiplier_);
     }
     std::uint32_t word = 0; // no byte of a name is 0, so that different ends give different words
     for (char const character : key) {
-        word = word << 8U | lower_[byteOf(character)];
+        word = word << 8U | lower(character);
     }
     hash = multiplyAndFold(hash ^ word, multiplier_);
     return hash ^ hash >> 16U;

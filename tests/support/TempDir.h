@@ -35,9 +35,7 @@ public:
     void Put(std::string const& name, Bytes const& bytes) const {
         std::filesystem::remove(Path(name)); // some file systems wait for the disk when a file is truncated
         std::ofstream file(Path(name), std::ios::binary | std::ios::trunc);
-        for (unsigned char const byte : bytes) {
-            file.put(static_cast<char>(byte));
-        }
+        file.write(reinterpret_cast<char const*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
     }
 
     Bytes Get(std::string const& name) const {
