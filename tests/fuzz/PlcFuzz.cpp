@@ -163,8 +163,9 @@ private:
             Bytes const head = framing_.Word(0) + framing_.Word(input_.Below(4)) + framing_.Word(input_.Word());
             return head + input_.Take(input_.Word() % 1024);
         }
-        case 14: // the PLC gets another program
+        case 14: // the PLC gets another program and starts again
             program_ = Program();
+            loggedIn_ = false;
             return Healthy();
         case 15:
             silent_ = true;
@@ -179,7 +180,11 @@ private:
         case 0x42:
             return Hex("00");
         case 0x01:
+            loggedIn_ = true;
             return framing_.Word(1000);
+        case 0x02:
+            loggedIn_ = false;
+            return framing_.Word(0);
         case 0x31:
             position_ = 0;
             return FilePiece();
@@ -187,7 +192,7 @@ private:
             return FilePiece();
         case 0x2E:
         case 0x3C:
-            return ListReply();
+            return loggedIn_ ? ListReply() : framing_.Word(1);
         default:
             return framing_.Word(0);
         }
@@ -285,6 +290,7 @@ private:
     Framing framing_;
     Bytes program_;
     bool healthy_ = false;
+    bool loggedIn_ = false; ///< nothing is answered to a list without that
     bool silent_ = false;
 
     Bytes request_;

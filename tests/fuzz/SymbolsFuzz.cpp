@@ -15,8 +15,8 @@ namespace {
 
 using namespace velktest;
 
-constexpr std::size_t kMostMemoryForAByte = 64; ///< a record of 18 bytes becomes a type, one of 26 a symbol
-constexpr std::size_t kOtherMemory = 100'000;
+constexpr std::size_t kMostMemoryForAByte = 12; ///< a record of 18 bytes becomes a type, one of 26 a symbol
+constexpr std::size_t kOtherMemory = 60'000;
 
 TempDir const& Folder() {
     static TempDir const folder;
