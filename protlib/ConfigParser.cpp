@@ -25,15 +25,6 @@ bool isDigit(char character) {
     return character >= '0' && character <= '9';
 }
 
-/** Position of the entry called @p key ("name="): at the start of the text or behind white space. */
-std::string::size_type findKey(std::string const& text, std::string const& key) {
-    auto position = text.find(key);
-    while (position != std::string::npos && position != 0 && !isWhiteSpace(text[position - 1])) {
-        position = text.find(key, position + 1);
-    }
-    return position;
-}
-
 /** "Node3::name" */
 std::string nodeKey(int nodeId, char const* name) {
     std::array<char, 12> digits{};
@@ -57,14 +48,35 @@ bool report(CfgParser::parseResult result, char const* name, bool optional, std:
 
 CfgParser::CfgParser(char const* configuration) : text_(configuration == nullptr ? "" : configuration) {
     auto const marker = text_.find(kSectionMarker);
-    if (marker == std::string::npos) {
-        return;
+    knownFormat_ = marker != std::string::npos;
+    if (knownFormat_) {
+        auto const begin = marker + kSectionMarker.size();
+        auto const end = text_.find(kAnySectionMarker, begin);
+        text_ = text_.substr(begin, end == std::string::npos ? end : end - begin);
+        collectNodeIds();
     }
-    knownFormat_ = true;
-    auto const begin = marker + kSectionMarker.size();
-    auto const end = text_.find(kAnySectionMarker, begin);
-    text_ = text_.substr(begin, end == std::string::npos ? end : end - begin);
-    collectNodeIds();
+    collectEntries();
+}
+
+/** Sorted, so that a lookup does not search the text: every node that is named asks for every parameter. */
+void CfgParser::collectEntries() {
+    auto behind = text_.cbegin();
+    for (auto begin = behind; begin != text_.cend(); begin = std::find_if_not(behind, text_.cend(), isWhiteSpace)) {
+        behind = std::find_if(begin, text_.cend(), isWhiteSpace);
+        auto const equals = std::find(begin, behind, '=');
+        if (equals != behind) {
+            entries_.push_back(
+                {static_cast<std::size_t>(begin - text_.cbegin()), static_cast<std::size_t>(equals - begin)});
+        }
+    }
+    std::sort(entries_.begin(), entries_.end(), [this](Entry const& a, Entry const& b) {
+        int const order = nameOf(a).compare(nameOf(b));
+        return order < 0 || (order == 0 && a.begin < b.begin);
+    });
+}
+
+std::string_view CfgParser::nameOf(Entry const& entry) const {
+    return std::string_view(text_).substr(entry.begin, entry.length);
 }
 
 void CfgParser::collectNodeIds() {
@@ -103,12 +115,12 @@ char const* CfgParser::GetParam(char const* name) {
     if (name == nullptr) {
         return nullptr;
     }
-    auto const key = std::string(name).append("=");
-    auto const position = findKey(text_, key);
-    if (position == std::string::npos) {
+    auto const entry = std::lower_bound(entries_.begin(), entries_.end(), std::string_view(name),
+                                        [this](Entry const& each, std::string_view key) { return nameOf(each) < key; });
+    if (entry == entries_.end() || nameOf(*entry) != name) {
         return nullptr;
     }
-    auto const begin = text_.begin() + static_cast<std::ptrdiff_t>(position + key.size());
+    auto const begin = text_.begin() + static_cast<std::ptrdiff_t>(entry->begin + entry->length + 1);
     lastValue_.assign(begin, std::find_if(begin, text_.end(), isWhiteSpace));
     return lastValue_.c_str();
 }

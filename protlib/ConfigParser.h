@@ -1,6 +1,8 @@
 #pragma once
 
+#include <cstddef>
 #include <string>
+#include <string_view>
 #include <vector>
 
 /**
@@ -41,7 +43,7 @@ public:
     /** Number of the node at @p index, in the order of first appearance; 0 outside 0 to GetNodeCount() - 1. */
     [[nodiscard]] int GetNodeID(int index) const;
 
-    /** Value of the entry called exactly @p name, or null. Valid until the next lookup. */
+    /** Value of the entry called exactly @p name, which holds no "=", or null. Valid until the next lookup. */
     char const* GetParam(char const* name);
 
     /**
@@ -54,10 +56,19 @@ public:
     parseResult getParam(char const* name, int nodeId, std::string& value, int flags);
 
 private:
+    /** Where the name of an entry stands in the text. */
+    struct Entry {
+        std::size_t begin;
+        std::size_t length;
+    };
+
+    void collectEntries();
     void collectNodeIds();
     void addNodeId(int nodeId);
+    [[nodiscard]] std::string_view nameOf(Entry const& entry) const;
 
     std::string text_;
+    std::vector<Entry> entries_; ///< by name, those of one name in the order of the text
     std::string lastValue_;
     std::vector<int> nodeIds_;
     bool knownFormat_ = false;

@@ -210,6 +210,20 @@ TEST(Params, NodeEntryOverridesOneField) {
     EXPECT_EQ(manager.getNodeParams(4)->Timeout, 1000);
 }
 
+// Were the text searched for every key of every node, this would take minutes where tests are emulated.
+TEST(Params, ThousandsOfNodesAreRead) {
+    constexpr int kNodes = 6'000;
+    std::string text = ConfigText().Build();
+    for (int node = 0; node < kNodes; ++node) {
+        text += " Node" + std::to_string(node) + "::Timeout=" + std::to_string(100 + node);
+    }
+    ParamManager manager;
+    ASSERT_TRUE(manager.parse(text.c_str())) << manager.getLastError();
+    for (int node = 0; node < kNodes; node += 100) {
+        EXPECT_EQ(manager.getNodeParams(node)->Timeout, 100 + node);
+    }
+}
+
 TEST(Params, NodesWithoutARecordShareTheDefaults) {
     ParamManager manager;
     ASSERT_TRUE(manager.parse(ConfigText().Node(3, "Timeout", "700").Build().c_str()));

@@ -250,6 +250,29 @@ TEST(CfgLookup, NextLookupReplacesTheLastValue) {
     EXPECT_STREQ(parser.GetParam("a"), "first");
 }
 
+TEST(CfgLookup, NamesThatBeginAlikeAreToldApart) {
+    constexpr char const* kText = "CfgVer=1 ab=2 b=x a-b=3 a==5 A=4 aa=6 a=1 \xFF=7 =8";
+    EXPECT_EQ(lookup(kText, "a"), "=5"); // the first of two
+    EXPECT_EQ(lookup(kText, "ab"), "2");
+    EXPECT_EQ(lookup(kText, "a-b"), "3");
+    EXPECT_EQ(lookup(kText, "A"), "4");
+    EXPECT_EQ(lookup(kText, "aa"), "6");
+    EXPECT_EQ(lookup(kText, "\xFF"), "7");
+    EXPECT_EQ(lookup(kText, ""), "8");
+    EXPECT_EQ(lookup(kText, "aab"), "(null)");
+    EXPECT_EQ(lookup(kText, "a-"), "(null)");
+}
+
+TEST(CfgLookup, FirstOfManyEntriesOfOneNameCounts) {
+    std::string text = "CfgVer=1";
+    for (int i = 0; i < 300; ++i) { // so many that no sort leaves them in order by chance
+        text += " z=" + std::to_string(i) + " a=" + std::to_string(i) + " m=" + std::to_string(i);
+    }
+    EXPECT_EQ(lookup(text, "a"), "0");
+    EXPECT_EQ(lookup(text, "m"), "0");
+    EXPECT_EQ(lookup(text, "z"), "0");
+}
+
 TEST(CfgLookup, EmptyNameFindsOnlyABareEqualSign) {
     EXPECT_EQ(lookup("CfgVer=1 =5", ""), "5");
     EXPECT_EQ(lookup("CfgVer=1 a=5", ""), "(null)");
