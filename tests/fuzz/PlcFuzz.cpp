@@ -85,7 +85,7 @@ private:
         file.Variable("A", 0, 16)
             .Variable("B", kind == 6 ? 9 : 1, kind == 5 ? 0x80000000U : 32)
             .Variable("FLAG", 0, 13);
-        for (unsigned more = kind == 4 ? 40U + input_.Byte() * 8U : 0U; more != 0; --more) {
+        for (unsigned more = kind == 4 ? 40U + input_.Byte() * 2U : 0U; more != 0; --more) {
             file.Variable("PLC_PRG.Variable" + std::to_string(more), 0, more);
         }
         Bytes bytes = file.Build();

@@ -14,9 +14,10 @@ public:
     /** A variable of @p area (0 "M", 1 "I", 2 "Q", 3, 4, 5) at @p offset. */
     SymbolFileBytes& Variable(std::string const& name, unsigned area, std::uint32_t offset) {
         Bytes const zeroTerminated = Text(name) + Hex("00");
-        variables_ = variables_ + Little(5, 4) + Little(26 + zeroTerminated.size(), 4) + Little(0, 4) + Little(0, 4) +
-                     Hex("01 02") + Little(area, 2) + Little(offset, 4) + Little(zeroTerminated.size(), 2) +
-                     zeroTerminated;
+        Bytes const record = Little(5, 4) + Little(26 + zeroTerminated.size(), 4) + Little(0, 4) + Little(0, 4) +
+                             Hex("01 02") + Little(area, 2) + Little(offset, 4) + Little(zeroTerminated.size(), 2) +
+                             zeroTerminated;
+        variables_.insert(variables_.end(), record.begin(), record.end());
         ++count_;
         return *this;
     }
