@@ -21,6 +21,9 @@ using namespace velktest;
 constexpr std::size_t kRoutingLength = 19;
 constexpr std::size_t kMostMemory = 12'000'000;
 
+/** Not that of a spoilt file: the driver trusts a file that has the identifier of the running program. */
+constexpr std::uint32_t kHealthyProject = 0x5EED1234;
+
 class FuzzedPlc final : public ISerialPort {
 public:
     explicit FuzzedPlc(FuzzInput& input) : input_(input) {
@@ -32,7 +35,7 @@ public:
     /** From now on everything is answered as it should be. */
     void Heal() {
         healthy_ = true;
-        program_ = SymbolFileBytes(9).Variable("A", 0, 16).Build();
+        program_ = SymbolFileBytes(kHealthyProject).Variable("A", 0, 16).Build();
     }
 
     IInterface* ConvertTo(char const* /*name*/) override { return nullptr; }
