@@ -32,8 +32,7 @@ Result<LineSettings> lineSettings(int baud, int parity, int dataBits, int stopBi
 termios rawTermios(termios current, LineSettings const& settings);
 
 /**
- * The first setting that a terminal did not take over although tcsetattr() succeeded, as it does when any one
- * setting took; empty when all did.
+ * The first setting that a terminal did not take over: tcsetattr() succeeds when any one took. Empty when all did.
  *
  * @param pseudoTerminal has no line, so the kernel always sets it to 8 data bits without parity
  */

@@ -11,6 +11,7 @@
 #include "host/PortReport.h"
 #include "host/PseudoTerminal.h"
 #include "host/Rs485.h"
+#include "host/TerminalSettings.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -56,16 +57,7 @@ Outcome applySettings(FileDescriptor const& descriptor, std::string const& path,
     if (tcgetattr(descriptor.get(), &current) != 0) {
         return settingFailure(path, errno);
     }
-    termios const wanted = rawTermios(current, settings);
-    termios actual{};
-    if (tcsetattr(descriptor.get(), TCSANOW, &wanted) != 0 || tcgetattr(descriptor.get(), &actual) != 0) {
-        return settingFailure(path, errno);
-    }
-    std::string const refused = refusedSetting(wanted, actual, isPseudoTerminal(descriptor.get()));
-    if (!refused.empty()) {
-        return hostFailure("the serial port " + path + " does not take over " + refused + " that is configured");
-    }
-    return {};
+    return applyTermios(descriptor.get(), path, rawTermios(current, settings), isPseudoTerminal(descriptor.get()));
 }
 
 std::int64_t toMicroseconds(int milliseconds) {

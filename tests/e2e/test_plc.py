@@ -236,6 +236,20 @@ class PlcLine(PlcTest):
         self.assertNotEqual(self.read(line, framing="bare").returncode, GOOD)
 
     def test_another_block_size(self):
+    def test_a_parity_that_a_pseudo_terminal_does_not_have(self):
+        """The C library calls it a fault from the second time on."""
+        line = self.play(self.description, ["--parity", "even"])
+        for _ in range(3):
+            self.assert_counter(self.read(line, "--parity", "even", repeat=10))
+
+    def test_a_parity_at_a_port_that_another_program_has_made(self):
+        master, slave = pty.openpty()
+        self.addCleanup(os.close, master)
+        self.addCleanup(os.close, slave)
+        for _ in range(3):
+            done = self.run_velk(["plc", PROGRAM_1, "--port", os.ttyname(slave), "--parity", "even", "--for", "1ms"])
+            self.assert_ends(done, GOOD)
+
         """The symbol file comes in pieces that fit."""
         for size in (128, 1024):
             line = self.play(self.description, ["--block-size", size, "--json"], name=f"plc{size}")

@@ -309,6 +309,12 @@ TEST_F(SerialPort, OpeningAgainWithOtherSettingsWorks) {
     EXPECT_NE(actual.c_cflag & CSTOPB, 0U);
 }
 
+TEST_F(SerialPort, OpeningAgainWithAParityWorksOnAPseudoTerminalThatHasNone) {
+    ASSERT_NE(open(19200, 1), 0) << report.lastError;
+    port.Close();
+    EXPECT_NE(open(19200, 1), 0) << report.lastError;
+}
+
 TEST_F(SerialPort, AnUnknownRateIsAnErrorAndNotAnotherRate) {
     EXPECT_EQ(open(12345), 0);
     EXPECT_EQ(report.lastError, "the serial port " + pty.path() +

@@ -5,6 +5,7 @@
 #include "host/PortNames.h"
 #include "host/PseudoTerminal.h"
 #include "host/Rs485.h"
+#include "host/TerminalSettings.h"
 #include "plc/Descriptor.h"
 #include "plc/TerminalSpeed.h"
 #include "tools/velk/CommandError.h"
@@ -42,13 +43,9 @@ void applySettings(int descriptor, std::string const& path, plc::LineSpeed const
     }
     termios wanted = host::rawTermios(current, settingsFor(speed));
     wanted.c_cc[VMIN] = 1; // so that no byte is told apart from the end
-    termios actual{};
-    if (::tcsetattr(descriptor, TCSANOW, &wanted) != 0 || ::tcgetattr(descriptor, &actual) != 0) {
-        refusePort(host::settingFailure(path, errno).text);
-    }
-    std::string const refused = host::refusedSetting(wanted, actual, host::isPseudoTerminal(descriptor));
-    if (!refused.empty()) {
-        refusePort("the serial port " + path + " does not take over " + refused);
+    bool const pseudoTerminal = host::isPseudoTerminal(descriptor);
+    if (host::Outcome const set = host::applyTermios(descriptor, path, wanted, pseudoTerminal); !set.ok()) {
+        refusePort(set.failure().text);
     }
     ::tcflush(descriptor, TCIOFLUSH); // what came in at other settings is noise
 }
