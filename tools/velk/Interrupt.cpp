@@ -60,12 +60,17 @@ int toMilliseconds(std::int64_t microseconds) {
                             kMicrosecondsPerMillisecond);
 }
 
-/** Waits for the event or the input (-1: none). False when the event came. */
-bool waitFor(int event, int input, std::int64_t microseconds) {
+struct Inputs {
+    int one = -1; ///< -1: none
+    int other = -1;
+};
+
+/** Waits for the event or an input. False when the event came. */
+bool waitFor(int event, Inputs inputs, std::int64_t microseconds) {
     std::int64_t const end = now() + microseconds;
     while (true) {
         std::int64_t const left = microseconds == kForEver ? 0 : std::max<std::int64_t>(0, end - now());
-        std::array<pollfd, 2> waiting{{{event, POLLIN, 0}, {input, POLLIN, 0}}};
+        std::array<pollfd, 3> waiting{{{event, POLLIN, 0}, {inputs.one, POLLIN, 0}, {inputs.other, POLLIN, 0}}};
         int const ready = poll(waiting.data(), waiting.size(), microseconds == kForEver ? -1 : toMilliseconds(left));
         if (waiting[0].revents != 0) {
             return false;
@@ -92,7 +97,7 @@ Interrupt::~Interrupt() {
 }
 
 bool Interrupt::requested() const {
-    return !waitFor(event_.get(), -1, 0);
+    return !waitFor(event_.get(), {}, 0);
 }
 
 void Interrupt::request() {
@@ -100,15 +105,19 @@ void Interrupt::request() {
 }
 
 bool Interrupt::pause(std::int64_t microseconds) {
-    return waitFor(event_.get(), -1, std::max<std::int64_t>(0, microseconds));
+    return waitFor(event_.get(), {}, std::max<std::int64_t>(0, microseconds));
 }
 
 bool Interrupt::waitForInput(int input) {
-    return waitFor(event_.get(), input, kForEver);
+    return waitFor(event_.get(), {.one = input}, kForEver);
+}
+
+bool Interrupt::waitForEither(int one, int other) {
+    return waitFor(event_.get(), {.one = one, .other = other}, kForEver);
 }
 
 bool Interrupt::waitForInput(int input, std::int64_t microseconds) {
-    return waitFor(event_.get(), input, std::max<std::int64_t>(0, microseconds));
+    return waitFor(event_.get(), {.one = input}, std::max<std::int64_t>(0, microseconds));
 }
 
 } // namespace velk

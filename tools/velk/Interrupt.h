@@ -32,6 +32,9 @@ public:
     /** Waits until @p input can be read or has ended. False as soon as the end is asked for. */
     bool waitForInput(int input);
 
+    /** The same for two inputs, of which one is enough. */
+    bool waitForEither(int one, int other);
+
     /** The same for a bounded time; true also when the time is over. */
     bool waitForInput(int input, std::int64_t microseconds);
 

@@ -57,6 +57,14 @@ char** completeFirstWord(char const* begin, int start, int /*end*/) {
     return start == 0 ? rl_completion_matches(begin, nextWord) : nullptr;
 }
 
+/** The shell has used the terminal in its own way. */
+void takeTerminalBack() {
+    constexpr int kEightBits = 1;
+    rl_deprep_terminal(); // or the library believes that all is as it left it
+    rl_prep_terminal(kEightBits);
+    rl_forced_update_display();
+}
+
 } // namespace
 
 LineEditor::LineEditor(bool editing, std::filesystem::path history, std::vector<std::string> words,
@@ -89,11 +97,15 @@ std::optional<std::string> LineEditor::edit(std::string const& prompt) {
     edited().hasLine = false;
     rl_callback_handler_install(prompt.c_str(), takeLine);
     while (!edited().hasLine && !edited().ended) {
-        if (!interrupt_.waitForInput(STDIN_FILENO)) {
+        if (!interrupt_.waitForEither(STDIN_FILENO, resumption_.descriptor())) {
             rl_callback_handler_remove(); // gives the terminal back
             return std::nullopt;
         }
-        rl_callback_read_char();
+        if (resumption_.take()) {
+            takeTerminalBack();
+        } else {
+            rl_callback_read_char();
+        }
     }
     if (edited().ended) {
         return std::nullopt;

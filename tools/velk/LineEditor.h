@@ -1,5 +1,7 @@
 #pragma once
 
+#include "tools/velk/Resumption.h"
+
 #include <filesystem>
 #include <optional>
 #include <string>
@@ -36,6 +38,7 @@ private:
     bool editing_;
     std::filesystem::path history_;
     Interrupt& interrupt_;
+    Resumption resumption_;
     std::string unread_; ///< bytes behind the last line
     bool inputEnded_ = false;
 };
