@@ -1,9 +1,14 @@
 """velk console."""
 
+import os
+import signal
+import termios
+
 from service import GOOD, INTERRUPTED, ITEM_NOT_GOOD, PORT, REFUSED, USAGE, ServiceTest, main
 from troubles import Troubles
 
 PROMPT = "velk> "
+READ = "read 0?PLC_PRG.Counter?M?0?int\r"
 
 
 class Console(ServiceTest):
@@ -36,7 +41,7 @@ class Console(ServiceTest):
     def test_a_value_through_the_module(self):
         line = self.line()
         child = self.type_console(line)
-        child.send("read 0?PLC_PRG.Counter?M?0?int\r")
+        child.send(READ)
         child.expect("87d61200")
         child.expect(PROMPT)
         child.sendeof()
@@ -55,6 +60,49 @@ class Console(ServiceTest):
         self.wait_for_request(dead)
         child.sendintr()
         self.assert_exit(child, INTERRUPTED)
+
+    def test_a_port_that_was_away_is_opened_again(self):
+        line = self.line()
+        child = self.type_console(line)
+        child.send(READ)
+        child.expect("87d61200")
+        child.expect(PROMPT)
+        line.pull_out()
+        child.send(READ)
+        child.expect("has gone away .hang-up.; the next read or write opens it again")
+        child.expect(PROMPT)
+        child.send(READ)
+        child.expect("there is no serial port")
+        child.expect(PROMPT)
+        child.send("lasterror\r")  # asks nobody
+        child.expect(PROMPT)
+        line.plug_in()
+        child.send(READ)
+        child.expect("87d61200")
+        child.expect(PROMPT)
+        child.sendeof()
+        self.assert_exit(child, PORT)
+
+    def test_stopped_and_going_on(self):
+        """As with Ctrl-Z and fg: the shell has set the terminal to its own ways in between."""
+        child = self.type_console(self.line())
+        child.send("inf")
+        child.expect("inf")
+        os.kill(child.pid, signal.SIGSTOP)
+        os.waitpid(child.pid, os.WUNTRACED)
+        modes = termios.tcgetattr(child.child_fd)
+        modes[3] |= termios.ICANON | termios.ECHO
+        termios.tcsetattr(child.child_fd, termios.TCSADRAIN, modes)
+        os.kill(child.pid, signal.SIGCONT)
+        child.expect(PROMPT + "inf")
+        modes = termios.tcgetattr(child.child_fd)
+        self.assertFalse(modes[3] & (termios.ICANON | termios.ECHO), modes)
+        child.send("o\r")
+        child.expect("Protocol: VELK")
+        child.expect(PROMPT)
+        child.send("exit\r")
+        self.assert_exit(child, GOOD)
+        self.assert_restored(child)
 
     def test_commands_from_a_file(self):
         line = self.line()

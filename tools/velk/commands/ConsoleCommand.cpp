@@ -7,7 +7,9 @@
 #include "tools/velk/LineEditor.h"
 #include "tools/velk/Session.h"
 #include "tools/velk/Terminal.h"
+#include "tools/velk/Text.h"
 
+#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
@@ -28,47 +30,92 @@ bool asksPlc(std::string const& line) {
     return word == "read" || word == "write";
 }
 
+/** Lines for the module, one after the other. */
+class Console {
+public:
+    explicit Console(Context& context)
+        : context_(context), settings_(readSettings(context)), session_(std::make_unique<Session>(settings_, context)) {
+    }
+
+    ExitCode run();
+
+private:
+    ExitCode runLine(std::string const& line);
+    ExitCode lineFailed(host::Failure const& failure);
+    bool openAgain();
+
+    Context& context_;
+    Settings settings_;
+    std::unique_ptr<Session> session_;
+    bool away_ = false; ///< the port died and is not open again
+};
+
+/** False while the port does not come back. */
+bool Console::openAgain() {
+    session_->close();
+    if (host::Outcome const opened = session_->open(); !opened.ok()) {
+        context_.terminal.complain(displayable(opened.failure().text));
+        return false;
+    }
+    session_.reset(); // with its login, which a PLC that was off knows nothing of
+    session_ = std::make_unique<Session>(settings_, context_);
+    session_->require(session_->open());
+    away_ = false;
+    context_.terminal.note("the port is back");
+    return true;
+}
+
+ExitCode Console::lineFailed(host::Failure const& failure) {
+    ExitCode const code = session_->exitCode(failure);
+    away_ = code == ExitCode::Port;
+    context_.terminal.complain(session_->describe(failure) + (away_ ? "; the next read or write opens it again" : ""));
+    return code;
+}
+
 /** Runs one line in the module. */
-ExitCode runLine(Session& session, std::string const& line, Terminal& terminal) {
-    IProtocol& module = session.panel().driver().protocol();
+ExitCode Console::runLine(std::string const& line) {
+    if (asksPlc(line) && away_ && !openAgain()) {
+        return ExitCode::Port;
+    }
+    IProtocol& module = session_->panel().driver().protocol();
     std::vector<char> reply(kReplySize + 1); // the reply of a full buffer has no zero of its own
     if (!module.DoCommand(line.c_str(), reply.data(), static_cast<int>(kReplySize))) {
-        terminal.complain("the module knows no command '" + line.substr(0, line.find(' ')) + "'; try help");
+        context_.terminal.complain("the module knows no command '" + line.substr(0, line.find(' ')) + "'; try help");
         return ExitCode::ItemNotGood;
     }
     std::string text = reply.data();
     if (asksPlc(line) && !text.ends_with('\n')) {
-        host::Failure const failure = host::protocolFailure(module);
-        terminal.complain(session.describe(failure));
-        return session.exitCode(failure);
+        return lineFailed(host::protocolFailure(module));
     }
     if (!text.empty() && text.back() != '\n') {
         text += '\n';
     }
-    terminal.out(text);
+    context_.terminal.out(text);
     return asksPlc(line) && text.starts_with("error: ") ? ExitCode::ItemNotGood : ExitCode::Good;
 }
 
-} // namespace
-
-ExitCode runConsole(Context& context) {
-    Settings const settings = readSettings(context);
-    echoSettings(settings, context);
-    Session session(settings, context);
-    session.require(session.open());
-    StreamKinds const& streams = context.terminal.kinds();
-    LineEditor editor(streams.inputIsTerminal && streams.outputIsTerminal, settings.storage / kHistoryFile,
-                      knownWords(), context.interrupt);
+ExitCode Console::run() {
+    echoSettings(settings_, context_);
+    session_->require(session_->open());
+    StreamKinds const& streams = context_.terminal.kinds();
+    LineEditor editor(streams.inputIsTerminal && streams.outputIsTerminal, settings_.storage / kHistoryFile,
+                      knownWords(), context_.interrupt);
     std::vector<ExitCode> codes;
     while (std::optional<std::string> const line = editor.next("velk> ")) {
         if (*line == "exit" || *line == "quit") {
             break;
         }
         if (!line->empty()) {
-            codes.push_back(runLine(session, *line, context.terminal));
+            codes.push_back(runLine(*line));
         }
     }
     return exitCodeOfItems(codes);
+}
+
+} // namespace
+
+ExitCode runConsole(Context& context) {
+    return Console(context).run();
 }
 
 void addConsoleCommand(CLI::App& app, Context& context) {
