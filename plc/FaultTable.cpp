@@ -75,7 +75,7 @@ FaultRule readFault(TomlTable& table) {
     FaultRule rule;
     auto const kind = faultNamed(table.neededText("kind"));
     if (!kind) {
-        table.refuseKey("kind", "names no fault");
+        table.refuseKey("kind", textOf("names no fault; it can be ", faultNames()));
     }
     rule.kind = *kind;
     rule.when = readTrigger(table);

@@ -71,6 +71,14 @@ std::optional<FaultKind> faultNamed(std::string_view name) {
     return found == kNames.end() ? std::nullopt : std::optional(static_cast<FaultKind>(found - kNames.begin()));
 }
 
+std::string faultNames() {
+    std::string names;
+    for (std::string_view const name : kNames) {
+        names += textOf(name == kNames.front() ? "" : name == kNames.back() ? " or " : ", ", name);
+    }
+    return names;
+}
+
 std::optional<ServiceKind> serviceNamed(std::string_view name) {
     auto const* const found = std::find_if(kServices.begin(), kServices.end(),
                                            [name](ServiceKind service) { return nameOf(service) == name; });

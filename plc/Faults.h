@@ -66,6 +66,8 @@ enum class FaultKind : std::uint8_t {
 /// The fault under the name that description files use ("ack_missing"), and the other way round.
 [[nodiscard]] std::string_view nameOf(FaultKind kind);
 [[nodiscard]] std::optional<FaultKind> faultNamed(std::string_view name);
+/// All that faultNamed() knows: "silent, ack_missing ... or pause".
+[[nodiscard]] std::string faultNames();
 [[nodiscard]] std::optional<ServiceKind> serviceNamed(std::string_view name);
 
 /// A part of the line's time.
