@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <bit>
+#include <charconv>
 #include <cmath>
 #include <limits>
 #include <optional>
@@ -47,6 +48,18 @@ std::optional<double> realNumber(Value const& value) {
 
 [[noreturn]] void refuse(std::string_view text) {
     throw std::invalid_argument(std::string(text));
+}
+
+/// Descriptions have no whole number above 2^63 - 1: a larger one is written as a text.
+Value withoutQuotes(Value const& value) {
+    auto const* const text = std::get_if<std::string>(&value.content());
+    if (text == nullptr) {
+        return value;
+    }
+    std::uint64_t number = 0;
+    auto const [end, error] = std::from_chars(text->data(), text->data() + text->size(), number);
+    bool const whole = error == std::errc() && end == text->data() + text->size();
+    return whole ? Value(number) : value;
 }
 
 template <typename T>
@@ -142,7 +155,7 @@ void writeValue(Memory& memory, Place const& place, Value const& value, ByteOrde
     case TypeKind::kLint:
         return storeWhole<std::int64_t>(bytes, value, order);
     case TypeKind::kUlint:
-        return storeWhole<std::uint64_t>(bytes, value, order);
+        return storeWhole<std::uint64_t>(bytes, withoutQuotes(value), order);
     case TypeKind::kReal:
         return storeReal(bytes, value, order);
     case TypeKind::kLreal:

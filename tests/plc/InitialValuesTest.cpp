@@ -35,6 +35,11 @@ TEST(InitialValues, OfAStructureAreATable) {
     EXPECT_EQ(line.station().get<int>("v[2].Speed"), 0);
 }
 
+TEST(InitialValues, OfALargeUlintAreATextForTomlHasNoSuchNumber) {
+    plc::Line line(LineOf("[[variable]]\nname = 'v'\ntype = 'ULINT'\nvalue = '18446744073709551615'"));
+    EXPECT_EQ(line.station().get<std::uint64_t>("v"), 18446744073709551615U);
+}
+
 std::string Complaint(std::string const& type, std::string const& value, std::string const& more = "") {
     try {
         static_cast<void>(plc::readProgramText(
@@ -50,6 +55,9 @@ TEST(InitialValues, ThatDoNotFitAreRefused) {
     EXPECT_EQ(Complaint("ARRAY [0..1] OF INT", "[1, 2, 3]"), "p.toml:1: variable v: there is no element at position 2");
     EXPECT_EQ(Complaint("ARRAY [0..1] OF INT", "[1, 70000]"), "p.toml:1: variable v: the value does not fit the type");
     EXPECT_EQ(Complaint("ARRAY [0..1] OF INT", "{ Speed = 1 }"), "p.toml:1: variable v: there is no member Speed");
+    EXPECT_EQ(Complaint("ULINT", "'18446744073709551616'"), "p.toml:1: variable v: the value does not fit the type");
+    EXPECT_EQ(Complaint("ULINT", "'many'"), "p.toml:1: variable v: the value does not fit the type");
+    EXPECT_EQ(Complaint("UDINT", "'5'"), "p.toml:1: variable v: the value does not fit the type");
     EXPECT_EQ(Complaint("INT", "[1]"), "p.toml:1: variable v: there is no element at position 0");
     EXPECT_EQ(Complaint("ARRAY [0..1] OF INT", "3"), "p.toml:1: variable v: only an element or a member has a value");
     EXPECT_EQ(Complaint("ARRAY [0..1] OF INT", "[[1]]"), "p.toml:1: variable v: there is no element at position 0");
