@@ -144,6 +144,10 @@ bool isLineText(std::string_view text, std::string_view name) {
     return whole.contains("framing") || whole.contains("station");
 }
 
+bool hasKey(std::string_view text, std::string_view name, std::string_view key) {
+    return parseToml(text, name).contains(key);
+}
+
 std::string readDescription(std::filesystem::path const& file) {
     return readWholeFile(file.string());
 }

@@ -22,6 +22,9 @@ namespace plc {
 /// Whether a text describes a line, or at least tries to: it names a framing or stations. A program does neither.
 [[nodiscard]] bool isLineText(std::string_view text, std::string_view name);
 
+/// Whether a text has a key, such as "line", at its top.
+[[nodiscard]] bool hasKey(std::string_view text, std::string_view name, std::string_view key);
+
 /// The content of a description file; FileError when it cannot be read.
 [[nodiscard]] std::string readDescription(std::filesystem::path const& file);
 

@@ -75,6 +75,17 @@ class Plc(PlcTest):
         self.assert_ends(done, USAGE)
         self.assertIn("wrong.toml:1", done.stderr)
 
+    def test_a_project_file_is_no_description(self):
+        self.assert_ends(self.run_velk(["init", "--port", "/dev/ttyS7"]), GOOD)
+        done = self.run_velk(["plc", "velk.toml"])
+        self.assert_ends(done, USAGE)
+        self.assertIn("velk.toml: this is a project file", done.stderr)
+
+    def test_the_kinds_of_faults_are_told(self):
+        done = self.run_velk(["plc", PROGRAM_1, "--fault", 'kind = "foo"'])
+        self.assert_ends(done, USAGE)
+        self.assertIn('"kind" names no fault; it can be silent, ack_missing, ', done.stderr)
+
     def test_a_description_that_is_not_there(self):
         self.assert_ends(self.run_velk(["plc", "nowhere.toml"]), USAGE)
 
@@ -225,17 +236,6 @@ class PlcLine(PlcTest):
         line = self.play(self.description, ["--baud", 9600])
         self.assert_counter(self.read(line, "--baud", 9600, repeat=10))
 
-    def test_another_byte_order(self):
-        line = self.play(self.description, ["--byte-order", "little"])
-        self.assert_counter(self.read(line, order="little"))
-        self.assertNotEqual(self.read(line, order="big").returncode, GOOD)
-
-    def test_another_framing(self):
-        line = self.play(self.description, ["--framing", "routed"])
-        self.assert_counter(self.read(line, framing="routed"))
-        self.assertNotEqual(self.read(line, framing="bare").returncode, GOOD)
-
-    def test_another_block_size(self):
     def test_a_parity_that_a_pseudo_terminal_does_not_have(self):
         """The C library calls it a fault from the second time on."""
         line = self.play(self.description, ["--parity", "even"])
@@ -250,6 +250,17 @@ class PlcLine(PlcTest):
             done = self.run_velk(["plc", PROGRAM_1, "--port", os.ttyname(slave), "--parity", "even", "--for", "1ms"])
             self.assert_ends(done, GOOD)
 
+    def test_another_byte_order(self):
+        line = self.play(self.description, ["--byte-order", "little"])
+        self.assert_counter(self.read(line, order="little"))
+        self.assertNotEqual(self.read(line, order="big").returncode, GOOD)
+
+    def test_another_framing(self):
+        line = self.play(self.description, ["--framing", "routed"])
+        self.assert_counter(self.read(line, framing="routed"))
+        self.assertNotEqual(self.read(line, framing="bare").returncode, GOOD)
+
+    def test_another_block_size(self):
         """The symbol file comes in pieces that fit."""
         for size in (128, 1024):
             line = self.play(self.description, ["--block-size", size, "--json"], name=f"plc{size}")

@@ -50,8 +50,18 @@ plc::LineDescription lineOfOneProgram(std::string_view text, std::string const& 
     return line;
 }
 
+/** The file that the other commands read is easily taken for the one that is played. */
+void refuseProjectFile(std::string const& text, std::string const& file) {
+    bool const described = plc::hasKey(text, file, "framing") || plc::hasKey(text, file, "variable");
+    if (!described && (plc::hasKey(text, file, "line") || plc::hasKey(text, file, "defaults"))) {
+        refuse(file + ": this is a project file, which tells velk where the PLCs are; to be played, they have to be "
+                      "described: see simulated-plc.md of the documents");
+    }
+}
+
 plc::LineDescription readProject(std::string const& file) {
     std::string const text = plc::readDescription(file);
+    refuseProjectFile(text, file);
     if (plc::isLineText(text, file)) {
         return plc::readLineText(text, file, std::filesystem::path(file).parent_path());
     }
