@@ -45,7 +45,17 @@ class Symbols(ServiceTest):
 
     def test_a_pattern_that_finds_nothing(self):
         line = self.line()
-        self.assert_ends(self.run_velk(self.words("symbols", line.link, "Nothing*")), ITEM_NOT_GOOD)
+        done = self.run_velk(self.words("symbols", line.link, "-q", "Nothing*"))
+        self.assert_ends(done, ITEM_NOT_GOOD)
+        self.assertEqual(done.stderr, "velk: Nothing*: no variable of the PLC program matches the pattern\n")
+
+    def test_a_misspelt_name(self):
+        line = self.line()
+        done = self.run_velk(self.words("symbols", line.link, "-q", "PLC_PRG.Cuonter", "PLC_PRG.Speed"))
+        self.assert_ends(done, ITEM_NOT_GOOD)
+        self.assertIn("velk: PLC_PRG.Cuonter: the PLC program has no such variable; did you mean PLC_PRG.Counter",
+                      done.stderr)
+        self.assertIn("PLC_PRG.Speed", done.stdout, "what is there is listed all the same")
 
     def test_wrong_usage(self):
         self.assert_ends(self.run_velk(["symbols"]), USAGE)

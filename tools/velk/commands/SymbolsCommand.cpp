@@ -1,8 +1,10 @@
 #include "tools/velk/commands/SymbolsCommand.h"
 
 #include "tools/velk/Context.h"
+#include "tools/velk/Names.h"
 #include "tools/velk/Session.h"
 #include "tools/velk/Terminal.h"
+#include "tools/velk/Text.h"
 
 #include <fmt/format.h>
 
@@ -27,6 +29,20 @@ std::vector<Variable const*> chosen(SymbolTable const& table, std::vector<std::s
         }
     }
     return variables;
+}
+
+/** Tells of each pattern that finds nothing; false when there is one. */
+bool tellWhatFindsNothing(SymbolTable const& table, std::vector<std::string> const& patterns, Terminal& terminal) {
+    bool allFound = true;
+    for (std::string const& pattern : patterns) {
+        if (table.matching(pattern).empty()) {
+            host::Failure const failure =
+                isPattern(pattern) ? nothingMatches(table, pattern) : missingVariable(table, pattern);
+            terminal.complain(displayable(pattern + ": " + failure.text));
+            allFound = false;
+        }
+    }
+    return allFound;
 }
 
 SymbolTable const& provide(SymbolsOptions const& options, Session& session) {
@@ -61,7 +77,8 @@ ExitCode runSymbols(SymbolsOptions const& options, Context& context) {
     context.terminal.note(fmt::format("{} of {} variables of the project {:#010x}{}", variables.size(),
                                       table.variables().size(), table.projectId(),
                                       options.stored ? ", as stored: the PLC was not asked" : ""));
-    return variables.empty() && !options.patterns.empty() ? ExitCode::ItemNotGood : ExitCode::Good;
+    bool const allFound = tellWhatFindsNothing(table, options.patterns, context.terminal);
+    return allFound ? ExitCode::Good : ExitCode::ItemNotGood;
 }
 
 void addSymbolsCommand(CLI::App& app, Context& context) {
