@@ -25,10 +25,12 @@ if(TARGET velk_shared_runtime)
     install(TARGETS velk_shared_runtime LIBRARY DESTINATION "${VELK_MODULE_DIR}/shared-runtime"
         COMPONENT shared-runtime)
 endif()
-file(GLOB documents CONFIGURE_DEPENDS "${PROJECT_SOURCE_DIR}/README.md" "${PROJECT_SOURCE_DIR}/docs/*.md")
-install(FILES ${documents} "${PROJECT_SOURCE_DIR}/CHANGELOG.md" DESTINATION "${CMAKE_INSTALL_DATADIR}/doc/velk-driver"
+include(VelkDocuments)
+velk_installed_documents("${generated}/documents")
+install(DIRECTORY "${generated}/documents/" DESTINATION "${CMAKE_INSTALL_DATADIR}/doc/velk-driver" COMPONENT driver)
+install(FILES "${PROJECT_SOURCE_DIR}/CHANGELOG.md" DESTINATION "${CMAKE_INSTALL_DATADIR}/doc/velk-driver"
     COMPONENT driver)
-install(DIRECTORY "${PROJECT_SOURCE_DIR}/docs/images" DESTINATION "${CMAKE_INSTALL_DATADIR}/doc/velk-driver"
+install(DIRECTORY "${PROJECT_SOURCE_DIR}/docs/images" DESTINATION "${CMAKE_INSTALL_DATADIR}/doc/velk-driver/docs"
     COMPONENT driver OPTIONAL)
 
 # ---- tools: the folder installs its programs itself

@@ -20,8 +20,8 @@ private:
 };
 
 /**
- * Reads the TOML description of a program (plc/README.md shows one) and tries it out. Unknown keys, wrong kinds of
- * values and programs that make no sense are FileErrors with their line.
+ * Reads the TOML description of a program (docs/simulated-plc.md shows one) and tries it out. Unknown keys, wrong kinds
+ * of values and programs that make no sense are FileErrors with their line.
  */
 [[nodiscard]] ProgramDescription readProgramFile(std::filesystem::path const& file);
 /// The same from a text; `name` stands for the file in messages.
