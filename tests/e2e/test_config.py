@@ -64,6 +64,22 @@ class Config(ServiceTest):
         for line, word in zip(lines, ("port", "baud", "colour", "node")):
             self.assertIn(word, line)
 
+    def test_a_word_that_is_no_port(self):
+        self.write('[line]\nport = "usb serial"\n')
+        done = self.run_velk(["config", "check"])
+        self.assert_ends(done, USAGE)
+        self.assertIn("velk.toml:2:8: no serial port is called 'usb serial'", done.stderr)
+        for port in ("/dev/ttyUSB77", "/dev/serial/by-id/not-here-now", "com3", "./plc"):
+            self.write(f'[line]\nport = "{port}"\n')
+            self.assert_ends(self.run_velk(["config", "check"]), GOOD)
+
+    def test_an_unknown_type_is_told_once(self):
+        self.write('[[tag]]\nname = "a"\ntype = "strange"\nconversions = ["bcd"]\n')
+        done = self.run_velk(["config", "check"])
+        self.assert_ends(done, USAGE)
+        self.assertEqual(done.stderr.count("strange"), 1, done.stderr)
+        self.assertEqual(len(done.stderr.splitlines()), 1, done.stderr)
+
     def test_what_is_no_toml(self):
         self.write("[line\n")
         for command in ("check", "show"):

@@ -23,7 +23,7 @@ class Init(ServiceTest):
 
     def test_answers_with_wrong_ones_between(self):
         child = self.type_velk(["init"])
-        self.answer(child, "Serial port", "/dev/ttyS7")
+        self.answer(child, "Serial port", "tty S7", "/dev/ttyS7")
         self.answer(child, "Line speed", "fast", "12", "9600")
         self.answer(child, "Parity", "strange", "EVEN")
         self.answer(child, "Stop bits", "3", "2")
@@ -119,11 +119,12 @@ class Init(ServiceTest):
         self.assertFalse(self.file.exists())
 
     def test_wrong_usage(self):
-        for words, reason in ((["init"], "--port"), (["init", "--port", "x", "--baud", "12"], "12"),
-                              (["init", "--port", "x", "--timeout", "99"], "--timeout"),
-                              (["init", "--port", "x", "--name", "a:b"], "name"),
+        for words, reason in ((["init"], "--port"), (["init", "--port", "x"], "no serial port is called 'x'"),
+                              (["init", "--port", "/dev/ttyS7", "--name", "12"], "name of a station"), (["init", "--port", "/dev/ttyS7", "--baud", "12"], "12"),
+                              (["init", "--port", "/dev/ttyS7", "--timeout", "99"], "--timeout"),
+                              (["init", "--port", "/dev/ttyS7", "--name", "a:b"], "name"),
                               (["init", "--nonsense"], "--nonsense"),
-                              (["init", "--port", "x", "-f", "no/such/folder.toml"], "no/such/folder.toml")):
+                              (["init", "--port", "/dev/ttyS7", "-f", "no/such/folder.toml"], "no/such/folder.toml")):
             done = self.run_velk(words)
             self.assert_ends(done, USAGE)
             self.assertIn(reason, done.stderr)

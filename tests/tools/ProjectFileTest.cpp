@@ -248,8 +248,8 @@ TEST(ProjectFile, RoutingIsChecked) {
                 ElementsAre("velk.toml:2:18: 'routing_levels' is 3; it has to be 0 to 2",
                             "velk.toml:3:12: 'coupler1' is 7; it has to be 0 to 6",
                             "velk.toml:4:12: 'channel2' is 20; it has to be 0 to 19",
-                            "velk.toml:5:12: 'address1' is '1.2.3'; it has to be like 192.168.0.1",
-                            "velk.toml:6:12: 'address2' is '1.2.3.256'; it has to be like 192.168.0.1"));
+                            "velk.toml:5:12: '1.2.3' is no address; it has to be like 192.168.0.1",
+                            "velk.toml:6:12: '1.2.3.256' is no address; it has to be like 192.168.0.1"));
 }
 
 TEST(ProjectFile, TagsAreChecked) {
@@ -440,6 +440,32 @@ TEST(ProjectText, AnyNameIsRightInItsCommentToo) {
     EXPECT_THAT(
         velk::projectText(wanted),
         testing::HasSubstr("\nname = \"press-2\"        # what to call it: velk read press-2:PLC_PRG.Counter\n"));
+}
+
+TEST(ProjectText, CommentsStandInTheirColumnWhateverTheLetters) {
+    velk::NewProject wanted;
+    wanted.stationName = "\xC3\x96lpumpe";
+    std::string const text = velk::projectText(wanted);
+    EXPECT_THAT(text, testing::HasSubstr("\nname = \"\xC3\x96lpumpe\"        # what to call it"));
+    EXPECT_THAT(text, testing::HasSubstr("\nnode = 0                # the number"));
+}
+
+TEST(ProjectFile, APortIsAPathOrAKnownNameWhetherItIsThereOrNot) {
+    for (char const* const port : {"/dev/ttyUSB77", "/dev/serial/by-id/usb-none", "./plc", "com16", "COM1"}) {
+        EXPECT_EQ(velk::portFault(port), "") << port;
+    }
+    for (char const* const port : {"", "com17", "usb", "a b"}) {
+        EXPECT_NE(velk::portFault(port), "") << port;
+    }
+    EXPECT_THAT(complaintsAbout("[line]\nport = \"usb\"\n"),
+                ElementsAre("velk.toml:2:8: no serial port is called 'usb': give the path of a device such as "
+                            "/dev/ttyUSB0, or com1 to com16"));
+}
+
+TEST(ProjectFile, AnUnknownTypeWithConversionsIsToldOnce) {
+    Lines const lines = complaintsAbout("[[tag]]\nname = \"a\"\ntype = \"strange\"\nconversions = [\"bcd\"]\n");
+    ASSERT_EQ(lines.size(), 1U);
+    EXPECT_THAT(lines.front(), testing::StartsWith("velk.toml:3:8: 'strange' is no data type"));
 }
 
 TEST(ProjectFile, ANameThatATerminalCannotShowIsRefused) {

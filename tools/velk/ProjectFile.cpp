@@ -1,6 +1,7 @@
 #include "tools/velk/ProjectFile.h"
 
 #include "host/LineSettings.h"
+#include "host/PortNames.h"
 #include "tools/velk/Choices.h"
 #include "tools/velk/DriverType.h"
 #include "tools/velk/Names.h"
@@ -93,8 +94,8 @@ void Reader::readLine(TomlSection& line) {
     host::DriverConfig& config = project_.config;
     std::optional<std::string> const port = line.text("port");
     assign(config.uart, port);
-    if (port && port->empty()) {
-        line.complain("port", "'port' is empty");
+    if (std::string const fault = port ? portFault(*port) : std::string(); !fault.empty()) {
+        line.complain("port", fault);
     }
     readBaud(line);
     assign(config.parity, line.choice("parity", parities()));
@@ -122,7 +123,7 @@ void Reader::readBaud(TomlSection& line) {
 std::optional<std::string> Reader::address(TomlSection& section, char const* key) {
     std::optional<std::string> text = section.text(key);
     if (std::string const fault = text ? addressFault(*text) : std::string(); !fault.empty()) {
-        section.complain(key, "'" + std::string(key) + "' is " + fault);
+        section.complain(key, fault);
         return std::nullopt;
     }
     return text;
@@ -232,13 +233,14 @@ std::optional<int> Reader::stationNode(TomlSection& section) {
 
 void Reader::readTagType(TomlSection& section, NamedTag& tag) {
     assign(tag.type, section.text("type"));
+    auto const conversions = section.texts("conversions");
     bool const bit = tag.type == "bit";
     if (section.has("type") && !bit) {
         if (host::Result<DriverType> const type = parseDriverType(tag.type); !type.ok()) {
             section.complain("type", type.failure().text);
+            return; // what becomes of no type needs no word
         }
     }
-    auto const conversions = section.texts("conversions");
     if (!conversions || conversions->empty()) {
         return;
     }
@@ -301,7 +303,13 @@ ProjectFileError::ProjectFileError(std::vector<std::string> complaints)
     : std::runtime_error(joined(complaints)), complaints_(std::move(complaints)) {}
 
 std::string addressFault(std::string_view address) {
-    return isAddress(address) ? "" : "'" + std::string(address) + "'; it has to be like 192.168.0.1";
+    return isAddress(address) ? "" : "'" + std::string(address) + "' is no address; it has to be like 192.168.0.1";
+}
+
+std::string portFault(std::string const& port) {
+    return host::PortNames().path(port) ? ""
+                                        : "no serial port is called '" + displayable(port) +
+                                              "': give the path of a device such as /dev/ttyUSB0, or com1 to com16";
 }
 
 std::string stationNameFault(std::string const& name) {

@@ -39,6 +39,9 @@ struct Project {
 /** What is wrong with the address behind a coupler, which is to be like 192.168.0.1; nothing when nothing is. */
 std::string addressFault(std::string_view address);
 
+/** What is wrong with a name that can be no port's, whether it is there now or not; nothing when nothing is. */
+std::string portFault(std::string const& port);
+
 /** What is wrong with the name of a station; nothing when nothing is, or when it is empty. */
 std::string stationNameFault(std::string const& name);
 

@@ -1,5 +1,6 @@
 #include "tools/velk/ProjectText.h"
 
+#include "tools/common/TextTable.h"
 #include "tools/velk/Choices.h"
 
 #include <fmt/format.h>
@@ -13,9 +14,9 @@ namespace {
 /** "key = value", with the comment behind it in the column of all comments. */
 std::string entry(std::string const& key, std::string const& value, std::string const& comment) {
     constexpr std::size_t kColumn = 24;
-    std::string line = key + " = " + value;
-    line.resize(std::max(line.size() + 1, kColumn), ' ');
-    return line + "# " + comment + "\n";
+    std::string const line = key + " = " + value;
+    std::size_t const width = tools::characterCount(line);
+    return line + std::string(std::max(width + 1, kColumn) - width, ' ') + "# " + comment + "\n";
 }
 
 std::string entry(std::string const& key, int value, std::string const& comment) {

@@ -91,7 +91,7 @@ private:
 };
 
 std::string checkPort(std::string& answer) {
-    return answer.empty() ? "give the path of a serial port" : std::string();
+    return answer.empty() ? "give the path of a serial port" : portFault(answer);
 }
 
 int askBaud(Questions& questions, int usual) {
@@ -230,8 +230,11 @@ NewProject projectFromFlags(InitOptions const& init, LineOptions const& options)
         refuseOddName("storage", project.storage);
     }
     refuseOddName("port", project.config.uart);
-    if (std::string const fault = stationNameFault(project.stationName); !fault.empty()) {
-        throw CommandError(ExitCode::Usage, fault);
+    for (std::string const& fault :
+         {options.port ? portFault(*options.port) : std::string(), stationNameFault(project.stationName)}) {
+        if (!fault.empty()) {
+            throw CommandError(ExitCode::Usage, fault);
+        }
     }
     return project;
 }
