@@ -112,6 +112,46 @@ TEST_F(CommandLine, AWordTooManyIsNamed) {
     EXPECT_EQ(complaint_, "velk: 'now' is one word too many\nvelk ports --help tells what it takes\n");
 }
 
+TEST_F(CommandLine, WrongWordsAreToldInOneVoiceAndWithTheirCommand) {
+    struct Case {
+        std::vector<std::string> words;
+        std::string reason;
+        std::string command;
+    };
+    for (Case const& each : {
+             Case{{"read", "--nonsense"}, "there is no option '--nonsense'", "read"},
+             Case{{"read", "--quite", "X"}, "there is no option '--quite'; did you mean --quiet?", "read"},
+             Case{{"write", "--bad"}, "there is no option '--bad'; did you mean --baud?", "write"},
+             Case{{"config", "show", "--json"}, "there is no option '--json'", "config show"},
+             Case{{"config", "check", "a", "b"}, "'b' is one word too many", "config check"},
+             Case{{"help", "read", "write"}, "'write' is one word too many", "help"},
+             Case{{"symbols", "--csv", "--tree"}, "--tree and --csv do not go together", "symbols"},
+             Case{{"symbols", "--fetch", "--stored"}, "--stored and --fetch do not go together", "symbols"},
+             Case{{"read", "--json", "--csv"}, "--json and --csv do not go together", "read"},
+             Case{{"read", "--trace-format", "text"}, "--trace-format needs --trace", "read"},
+             Case{{"read", "--trace", "a", "--trace", "b"}, "--trace is given more than once", "read"},
+             Case{{"read", "--port"}, "--port needs a value: PORT", "read"},
+             Case{{"read", "--json=x"}, "--json takes no value", "read"},
+             Case{{"plc", "x", "--seed", "x"}, "--seed is 'x'; it has to be a whole number", "plc"},
+             Case{{"read", "--stopbits", "3"}, "--stopbits is '3'; it has to be 1 to 2", "read"},
+             Case{{"read", "--stopbits", "x"}, "--stopbits is 'x'; it has to be 1 to 2", "read"},
+             Case{{"read", "--parity", "x"}, "--parity is 'x'; it has to be none, even, odd or mark", "read"},
+             Case{{"trace", "--format", "x", "--", "ports"},
+                  "--format is 'x'; it has to be text, jsonl or pcapng",
+                  "trace"},
+             Case{{"watch", "--count", "0"}, "--count is '0'; it has to be a number above 0", "watch"},
+             Case{{"trace", "--"}, "COMMAND is missing", "trace"},
+             Case{{"completions", "ksh"}, "SHELL is 'ksh'; it has to be bash, zsh or fish", "completions"},
+             Case{{"init", "--address1", "1.2.3"},
+                  "--address1: '1.2.3' is no address; it has to be like 192.168.0.1",
+                  "init"},
+         }) {
+        EXPECT_EQ(run(each.words), ExitCode::Usage) << each.reason;
+        EXPECT_EQ(output_, "");
+        EXPECT_EQ(complaint_, "velk: " + each.reason + "\nvelk " + each.command + " --help tells what it takes\n");
+    }
+}
+
 TEST_F(CommandLine, HelpIsDataAndGood) {
     EXPECT_EQ(run({"help"}), ExitCode::Good);
     EXPECT_THAT(output_, StartsWith("Usage: velk [OPTION]... COMMAND ..."));

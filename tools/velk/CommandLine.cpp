@@ -1,7 +1,6 @@
 #include "tools/velk/CommandLine.h"
 
 #include "tools/velk/CommandError.h"
-#include "tools/velk/CommandTree.h"
 #include "tools/velk/HelpFormatter.h"
 #include "tools/velk/Interrupt.h"
 #include "tools/velk/MisplacedFlag.h"
@@ -9,6 +8,7 @@
 #include "tools/velk/ProjectFile.h"
 #include "tools/velk/Terminal.h"
 #include "tools/velk/Text.h"
+#include "tools/velk/UsageText.h"
 #include "tools/velk/Version.h"
 #include "tools/velk/commands/CheckCommand.h"
 #include "tools/velk/commands/CompletionsCommand.h"
@@ -47,53 +47,6 @@ void addCommands(CLI::App& app, Context& context) {
     addConfigCommand(app, context);
     addCompletionsCommand(app, context);
     addHelpCommand(app, context);
-}
-
-std::vector<std::string> commandsOf(CLI::App const& app) {
-    std::vector<std::string> names;
-    for (CLI::App const* each : app.get_subcommands([](CLI::App const*) { return true; })) {
-        if (!each->get_name().empty()) { // those without a name are groups of flags
-            names.push_back(each->get_name());
-        }
-    }
-    return names;
-}
-
-bool isFlag(std::string const& word) {
-    return word.size() > 1 && word.starts_with('-') && word != "--";
-}
-
-/** What is wrong with the words, where the parser's own text would not tell. */
-std::string reasonText(CLI::App const& app, CLI::App const& last, CLI::Error const& error) {
-    std::vector<std::string> const unknown = app.remaining(true);
-    auto const flag = std::find_if(unknown.begin(), unknown.end(), [](auto const& word) { return isFlag(word); });
-    bool const isTooMuch = error.get_exit_code() == static_cast<int>(CLI::ExitCodes::ExtrasError);
-    if (!isTooMuch && error.get_name() != "RequiredError") {
-        return error.what();
-    }
-    if (flag != unknown.end()) {
-        return "there is no option '" + displayable(*flag) + "'";
-    }
-    if (isTooMuch && !unknown.empty()) {
-        return "'" + displayable(unknown.front()) + "' is one word too many";
-    }
-    if (std::vector<std::string> const commands = commandsOf(last); !commands.empty()) {
-        return "a command is missing: " + orList(commands);
-    }
-    std::vector<WordInfo> const words = describeCommand(last).words;
-    auto const needed = std::find_if(words.begin(), words.end(), [](WordInfo const& each) { return each.required; });
-    return needed == words.end() ? std::string(error.what()) : needed->name + " is missing";
-}
-
-/** A complaint about the words of a command line, and where to look. */
-std::string complaintText(CLI::App const& app, CLI::Error const& error) {
-    std::string path = app.get_name();
-    CLI::App const* last = &app;
-    for (CLI::App const* each : app.get_subcommands()) {
-        path += " " + each->get_name();
-        last = each;
-    }
-    return reasonText(app, *last, error) + "\n" + path + " --help tells what it takes";
 }
 
 /** Answers what the parser itself has to say: help, the version, or a complaint about the words. */
@@ -168,7 +121,7 @@ std::unique_ptr<CLI::App> makeCommandTree(Context& context) {
     auto app = std::make_unique<CLI::App>("Variables of a PLC by name, over its serial line", "velk");
     app->require_subcommand(1);
     app->formatter(std::make_shared<HelpFormatter>());
-    app->failure_message([](CLI::App const* top, CLI::Error const& error) { return complaintText(*top, error); });
+    app->failure_message([](CLI::App const* top, CLI::Error const& error) { return usageText(*top, error); });
     app->set_version_flag("-V,--version", versionText, "Print the versions of velk and of the driver module");
     app->set_help_flag("-h,--help", "Print this help");
     addCommands(*app, context);
