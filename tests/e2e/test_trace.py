@@ -102,6 +102,13 @@ class Trace(ServiceTest):
         done = self.run_velk(["trace", "-o", "t.txt", "--", *self.words("read", self.link, "Nope")])
         self.assert_ends(done, ITEM_NOT_GOOD)
 
+    def test_a_command_without_a_line_leaves_no_trace(self):
+        for command in (["ports"], ["config", "--help"]):
+            done = self.run_velk(["trace", "-o", "t.txt", "--", *command])
+            self.assert_ends(done, GOOD)
+            self.assertIn("nothing is traced: this command uses no line", done.stderr)
+        self.assertFalse((self.folder / "t.txt").exists())
+
     def test_wrong_usage(self):
         read = self.words("read", "/dev/null", "X")
         for words, reason in ((["trace"], "missing"), (["trace", "--format", "x", "--", *read], "--format"),

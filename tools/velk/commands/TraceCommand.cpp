@@ -1,6 +1,7 @@
 #include "tools/velk/commands/TraceCommand.h"
 
 #include "tools/velk/Context.h"
+#include "tools/velk/Terminal.h"
 #include "tools/velk/trace/TraceOutput.h"
 
 #include <memory>
@@ -43,8 +44,12 @@ void addTraceCommand(CLI::App& app, Context& context) {
         ->type_name("");
     command->callback([&context, options, words] {
         context.action = [&context, options, words] {
-            wantTrace(context, options);
-            return context.runCommandLine(*words);
+            auto const isTraced = wantTrace(context, options);
+            ExitCode const code = context.runCommandLine(*words);
+            if (!isTraced()) {
+                context.terminal.complain("nothing is traced: this command uses no line");
+            }
+            return code;
         };
     });
 }

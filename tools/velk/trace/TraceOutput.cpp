@@ -109,7 +109,7 @@ TraceKind chooseKind(TraceOptions const& options) {
     return *kind;
 }
 
-void wantTrace(Context& context, std::shared_ptr<TraceOptions const> options) {
+std::function<bool()> wantTrace(Context& context, std::shared_ptr<TraceOptions const> options) {
     auto const recorder = std::make_shared<std::shared_ptr<TraceRecorder>>();
     auto before = std::exchange(context.makeTracer, {});
     context.makeTracer = [&context, options = std::move(options), recorder,
@@ -120,6 +120,7 @@ void wantTrace(Context& context, std::shared_ptr<TraceOptions const> options) {
         }
         return std::make_unique<SessionTracer>(*recorder, std::move(other));
     };
+    return [recorder] { return *recorder != nullptr; };
 }
 
 } // namespace velk::trace

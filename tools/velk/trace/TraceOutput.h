@@ -3,6 +3,7 @@
 #include "tools/velk/trace/TraceFormat.h"
 #include "tools/velk/trace/TraceRecorder.h"
 
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -24,8 +25,8 @@ TraceKind chooseKind(TraceOptions const& options);
 
 /**
  * Has every session of @p context traced from now on, beside any trace that is wanted already. All of them go to one
- * file, which is opened with the first session.
+ * file, which is opened with the first session. Answers a question: whether there was one.
  */
-void wantTrace(Context& context, std::shared_ptr<TraceOptions const> options);
+std::function<bool()> wantTrace(Context& context, std::shared_ptr<TraceOptions const> options);
 
 } // namespace velk::trace
