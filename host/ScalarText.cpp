@@ -39,8 +39,10 @@ Failure outOfRange(std::string_view text, ICU_Type type) {
     return hostFailure(message);
 }
 
+template <typename Number>
 Failure notANumber(std::string_view text, ICU_Type type) {
-    return hostFailure(quoted(text) + " is not a number for " + typeName(type));
+    char const* const kind = std::is_integral_v<Number> ? " is not a whole number for " : " is not a number for ";
+    return hostFailure(quoted(text) + kind + typeName(type));
 }
 
 /** The sign, the base and the digits of an integer. */
@@ -81,7 +83,7 @@ Result<Number> parseInteger(std::string_view text, ICU_Type type) {
     std::uint64_t magnitude = 0;
     auto const parsed = std::from_chars(parts.digits.data(), end, magnitude, parts.base);
     if (parsed.ec == std::errc::invalid_argument || parsed.ptr != end) {
-        return notANumber(text, type);
+        return notANumber<Number>(text, type);
     }
     auto const number = parsed.ec == std::errc() ? withSign<Number>(magnitude, parts.negative) : std::nullopt;
     if (!number) {
@@ -99,7 +101,7 @@ Result<Number> parseReal(std::string_view text, ICU_Type type) {
     Number number = 0;
     auto const parsed = std::from_chars(digits.data(), digits.data() + digits.size(), number);
     if (parsed.ec == std::errc::invalid_argument || parsed.ptr != digits.data() + digits.size()) {
-        return notANumber(text, type);
+        return notANumber<Number>(text, type);
     }
     if (parsed.ec != std::errc()) {
         return outOfRange<Number>(text, type);

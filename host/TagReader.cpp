@@ -1,5 +1,6 @@
 #include "host/TagReader.h"
 
+#include "host/Counted.h"
 #include "host/ProtocolFailure.h"
 #include "interfaces/IProtocol.h"
 #include "interfaces/ITag.h"
@@ -189,7 +190,7 @@ Outcome checkWrite(TagWrite const& write) {
         return hostFailure("the tag is read-only");
     }
     if (write.value.size() != valueLength(*write.tag)) {
-        return hostFailure("the value has " + std::to_string(write.value.size()) + " bytes instead of " +
+        return hostFailure("the value has " + counted(write.value.size(), "byte") + " instead of " +
                            std::to_string(valueLength(*write.tag)));
     }
     return {};

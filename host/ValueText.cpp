@@ -1,5 +1,6 @@
 #include "host/ValueText.h"
 
+#include "host/Counted.h"
 #include "host/ScalarText.h"
 #include "host/ValueTypes.h"
 
@@ -91,8 +92,8 @@ Result<Bytes> parseString(std::string_view text, std::size_t length) {
         bytes.push_back(*byte);
     }
     if (bytes.size() > length) {
-        return hostFailure("'" + std::string(text) + "' has " + std::to_string(bytes.size()) +
-                           " bytes, there is room for " + std::to_string(length));
+        return hostFailure("'" + std::string(text) + "' has " + counted(bytes.size(), "byte") + ", there is room for " +
+                           std::to_string(length));
     }
     bytes.resize(length, 0);
     return bytes;
@@ -109,7 +110,7 @@ std::string formatBinary(std::span<unsigned char const> bytes) {
 }
 
 Failure wrongCount(std::string_view text, char const* what, std::size_t count, std::size_t wanted) {
-    return hostFailure("'" + std::string(text) + "' has " + std::to_string(count) + " " + what + " instead of " +
+    return hostFailure("'" + std::string(text) + "' has " + counted(count, what) + " instead of " +
                        std::to_string(wanted));
 }
 
@@ -124,7 +125,7 @@ Result<Bytes> parseBinary(std::string_view text, std::size_t length) {
         bytes.push_back(static_cast<unsigned char>(*high * 16 + *low));
     }
     if (bytes.size() != length) {
-        return wrongCount(text, "bytes", bytes.size(), length);
+        return wrongCount(text, "byte", bytes.size(), length);
     }
     return bytes;
 }
@@ -165,7 +166,7 @@ Result<Bytes> parseArray(std::string_view text, ICU_Type element, std::size_t le
     std::size_t const width = scalarWidth(element);
     auto const elements = splitElements(text);
     if (length % width != 0 || elements.size() != length / width) {
-        return wrongCount(text, "elements", elements.size(), length / width);
+        return wrongCount(text, "element", elements.size(), length / width);
     }
     Bytes bytes(length);
     std::span<unsigned char> rest(bytes);

@@ -223,7 +223,7 @@ TEST_F(TagReader, WritesThatCannotBeRightAreRefusedAlone) {
     host::TagReader writer(protocol);
     std::vector<host::TagWrite> const writes = {{list[0], {1}}, {list[1], {1}}, {list[2], {1}}, {nullptr, {1}}};
     EXPECT_EQ(shown(writer.write(writes)),
-              (Calls{"good", "-100 the tag is read-only", "-100 the value has 1 bytes instead of 2",
+              (Calls{"good", "-100 the tag is read-only", "-100 the value has 1 byte instead of 2",
                      "-100 there is no such tag"}));
     EXPECT_EQ(protocol.calls, (Calls{"WriteDatagram a"}));
 }

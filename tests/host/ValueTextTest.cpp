@@ -99,7 +99,8 @@ TEST(ValueText, HexadecimalDecimalAndSigns) {
 
 TEST(ValueText, WhatIsNotANumberIsRefused) {
     for (char const* const text : {"", "abc", "5x", "0x", "--5", "+-5", "5 6", "1.5", "1e3"}) {
-        EXPECT_EQ(refusal(host::parseValue(text, ICU_INT)), "'" + std::string(text) + "' is not a number for int");
+        EXPECT_EQ(refusal(host::parseValue(text, ICU_INT)),
+                  "'" + std::string(text) + "' is not a whole number for int");
     }
     for (char const* const text : {"", "abc", "1.5.5", "+-1", "1,5"}) {
         EXPECT_EQ(refusal(host::parseValue(text, ICU_FLOAT)), "'" + std::string(text) + "' is not a number for float");
@@ -174,9 +175,10 @@ TEST(ValueText, ArraysAreReadWithAndWithoutBrackets) {
     EXPECT_EQ(parse("1,-2,3", ICU_SHORT_ARRAY, 6), bytesOf<std::int16_t>({1, -2, 3}));
     EXPECT_EQ(parse("[true,0]", ICU_BOOLEAN_ARRAY, 2), (Bytes{1, 0}));
     EXPECT_EQ(parse("[]", ICU_INT_ARRAY, 0), (Bytes{}));
+    EXPECT_EQ(refusal(host::parseValue("[1]", ICU_SHORT_ARRAY, 6)), "'[1]' has 1 element instead of 3");
     EXPECT_EQ(refusal(host::parseValue("[1,2]", ICU_SHORT_ARRAY, 6)), "'[1,2]' has 2 elements instead of 3");
     EXPECT_EQ(refusal(host::parseValue("[1,2,3,]", ICU_SHORT_ARRAY, 6)), "'[1,2,3,]' has 4 elements instead of 3");
-    EXPECT_EQ(refusal(host::parseValue("[1,,3]", ICU_SHORT_ARRAY, 6)), "'' is not a number for short");
+    EXPECT_EQ(refusal(host::parseValue("[1,,3]", ICU_SHORT_ARRAY, 6)), "'' is not a whole number for short");
     EXPECT_EQ(refusal(host::parseValue("[1,70000,3]", ICU_SHORT_ARRAY, 6)),
               "'70000' is out of range for short: -32768..32767");
     EXPECT_FALSE(host::parseValue("[1]", ICU_SHORT_ARRAY, 3).ok()) << "three bytes are no array of shorts";

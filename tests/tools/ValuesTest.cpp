@@ -120,6 +120,9 @@ TEST_F(ValueParsing, TakesNumbersInSeveralForms) {
 TEST_F(ValueParsing, RefusesWhatIsOutOfRangeAndNamesTheType) {
     EXPECT_EQ(refusal(accessTo("INT", 2), "40000", 2, "INT"),
               "'40000' is out of range for short: -32768..32767 (the type is INT)");
+    EXPECT_EQ(refusal(accessTo("INT", 2), "1.5", 2, "INT"), "'1.5' is not a whole number for short (the type is INT)");
+    EXPECT_EQ(refusal(accessTo("TIME", 4), "T#5s", 4, "TIME"),
+              "'T#5s' is not a whole number for unsignedInt (the type is TIME: give milliseconds)");
     EXPECT_NE(refusal(accessTo("USINT", 1), "-1", 1, "USINT"), "taken");
     EXPECT_NE(refusal(accessTo("INT", 2), "12x", 2, "INT"), "taken");
     EXPECT_NE(refusal(accessTo("INT", 2), "", 2, "INT"), "taken");

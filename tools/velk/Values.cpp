@@ -77,7 +77,8 @@ std::string withUsualHex(std::string text) {
 
 host::Failure withType(host::Failure failure, std::string const& typeName) {
     if (!typeName.empty()) {
-        failure.text += " (the type is " + typeName + ")";
+        bool const time = typeName == "TIME" || typeName.ends_with(" TIME"); // an array of them
+        failure.text += " (the type is " + typeName + (time ? ": give milliseconds" : "") + ")";
     }
     return failure;
 }
@@ -105,8 +106,8 @@ host::Result<host::ValueBytes> parseTexts(std::string_view text, std::size_t eac
     for (nlohmann::json const& one : list) {
         auto const bytes = one.get<std::string>();
         if (bytes.size() >= each) {
-            return host::hostFailure("'" + bytes + "' has " + std::to_string(bytes.size()) +
-                                     " bytes, there is room for " + std::to_string(each - 1));
+            return host::hostFailure("'" + bytes + "' has " + counted(bytes.size(), "byte", "bytes") +
+                                     ", there is room for " + std::to_string(each - 1));
         }
         all.insert(all.end(), bytes.begin(), bytes.end());
         all.resize(all.size() + each - bytes.size(), 0);

@@ -102,7 +102,7 @@ TEST(TraceResponse, BadQualityAndWrongLengthsAreTold) {
     EXPECT_EQ(faults("00 00 00 00 00 00 01 12 34"), Faults{"it ends after 1 of 2 items"});
     EXPECT_EQ(faults("00 00 00 00 00 00 01 12 34 01 01 FF"), Faults{"1 bytes follow the last item"});
     EXPECT_EQ(faults("00 00 00"), Faults{"it has 3 bytes instead of at least 6"});
-    EXPECT_EQ(faults("00"), Faults{"it has 1 bytes and no status word"});
+    EXPECT_EQ(faults("00"), Faults{"it has 1 byte and no status word"});
 }
 
 TEST(TraceResponse, ASingleItemThatCountsBitsTakesWhatThereIs) {
@@ -112,7 +112,7 @@ TEST(TraceResponse, ASingleItemThatCountsBitsTakesWhatThereIs) {
     EXPECT_EQ(response.items[0].value, Hex("FF 03"));
     EXPECT_EQ(response.faults, Faults{});
     EXPECT_EQ(decodeResponse(Hex("00 00 00 00 00 00 01"), ByteOrder::kLittle, request).faults,
-              Faults{"the value of item 1 has 0 of 1 bytes"});
+              Faults{"the value of item 1 has 0 of 1 byte"});
 }
 
 TEST(TraceResponse, AFilePieceSaysHowMuchOfTheFileItCarries) {

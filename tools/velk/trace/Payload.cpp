@@ -1,6 +1,7 @@
 #include "tools/velk/trace/Payload.h"
 
 #include "plc/ListRequest.h"
+#include "tools/velk/Text.h"
 
 #include <fmt/format.h>
 
@@ -64,7 +65,8 @@ void decodeFileName(Request& request, ByteView payload) {
 
 void expectSize(Request& request, std::size_t wanted) {
     if (request.size != wanted) {
-        request.faults.push_back(fmt::format("it has {} bytes instead of {}", request.size, wanted));
+        request.faults.push_back(
+            fmt::format("it has {} instead of {}", counted(request.size, "byte", "bytes"), wanted));
     }
 }
 
@@ -88,8 +90,8 @@ void decodeValues(Response& response, Request const& request, ByteView values) {
         item.quality = values[0];
         values = values.subspan(1);
         if (values.size() < size) {
-            response.faults.push_back(
-                fmt::format("the value of item {} has {} of {} bytes", response.items.size() + 1, values.size(), size));
+            response.faults.push_back(fmt::format("the value of item {} has {} of {}", response.items.size() + 1,
+                                                  values.size(), counted(size, "byte", "bytes")));
             return;
         }
         item.value.assign(values.begin(), values.begin() + static_cast<std::ptrdiff_t>(size));
@@ -107,7 +109,8 @@ void decodeValues(Response& response, Request const& request, ByteView values) {
 
 void decodeReadReply(Response& response, Request const& request, ByteView payload) {
     if (payload.size() < kReplyHeader) {
-        response.faults.push_back(fmt::format("it has {} bytes instead of at least {}", payload.size(), kReplyHeader));
+        response.faults.push_back(
+            fmt::format("it has {} instead of at least {}", counted(payload.size(), "byte", "bytes"), kReplyHeader));
         return;
     }
     if (!request.faults.empty()) {
@@ -118,7 +121,8 @@ void decodeReadReply(Response& response, Request const& request, ByteView payloa
 
 void decodeFilePiece(Response& response, ByteView payload, ByteOrder order) {
     if (payload.size() < kReplyHeader) {
-        response.faults.push_back(fmt::format("it has {} bytes instead of at least {}", payload.size(), kReplyHeader));
+        response.faults.push_back(
+            fmt::format("it has {} instead of at least {}", counted(payload.size(), "byte", "bytes"), kReplyHeader));
         return;
     }
     FilePiece const piece{.more = plc::loadOrdered<std::uint16_t>(payload, 2, order) != 0,
@@ -162,7 +166,7 @@ Request decodeRequest(ByteView payload, ByteOrder order) {
 Response decodeResponse(ByteView payload, ByteOrder order, Request const& request) {
     Response response{.service = request.service, .size = payload.size()};
     if (payload.size() < kStatusSize) {
-        response.faults.push_back(fmt::format("it has {} bytes and no status word", payload.size()));
+        response.faults.push_back("it has " + counted(payload.size(), "byte", "bytes") + " and no status word");
         return response;
     }
     response.status = plc::loadOrdered<std::uint16_t>(payload, 0, order);
