@@ -55,6 +55,13 @@ class ProjectFiles(ServiceTest):
             self.assertTrue(done.stderr.startswith(complaint), done.stderr)
             self.assertEqual(done.stdout, "")
 
+    def test_a_folder_for_symbol_files_that_cannot_be_had(self):
+        (self.folder / "file").touch()
+        done = self.run_velk(["read", "--port", "/dev/ttyS7", "--storage", self.folder / "file" / "inside", "X"])
+        self.assert_ends(done, USAGE)
+        self.assertIn("cannot be made: Not a directory; give another folder for the symbol files with --storage",
+                      done.stderr)
+
     def test_a_thousand_tags_with_a_symbol_file(self):
         line = self.line()
         file = self.folder / "velk.toml"

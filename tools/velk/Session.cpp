@@ -1,5 +1,6 @@
 #include "tools/velk/Session.h"
 
+#include "host/PermanentStorage.h"
 #include "host/TagAddress.h"
 #include "interfaces/ITag.h"
 #include "tools/common/ModuleFile.h"
@@ -68,6 +69,14 @@ std::optional<std::string> whyNotKept(std::filesystem::path const& file) {
     return !error && space.available == 0 ? std::optional(folder.string() + ": no space is left") : std::nullopt;
 }
 
+/** Whether the symbol files have a place on this machine. */
+host::Outcome prepareStorage(Settings const& settings) {
+    host::Outcome const prepared = host::PermanentStorage(settings.storage).prepare(settings.instance);
+    return prepared.ok() ? prepared
+                         : host::hostFailure(prepared.failure().text +
+                                             "; give another folder for the symbol files with --storage");
+}
+
 bool sameTable(SymbolTable const& one, SymbolTable const& other) {
     return one.projectId() == other.projectId() && one.variables() == other.variables();
 }
@@ -96,6 +105,9 @@ host::Outcome Session::prepare() {
     host::Result<std::filesystem::path> const module = tools::findModule();
     if (!module.ok()) {
         return module.failure();
+    }
+    if (host::Outcome prepared = prepareStorage(settings_); !prepared.ok()) {
+        return prepared;
     }
     tools::PanelSettings const panelSettings{.module = module.value(),
                                              .storage = settings_.storage,
