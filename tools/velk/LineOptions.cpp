@@ -136,7 +136,8 @@ void addProjectOptions(CLI::App& command, Context& context) {
         .add_option("-f,--file", context.options.file,
                     "Project file; velk.toml in the current folder when there is one")
         ->type_name("FILE");
-    command.add_flag("-q,--quiet", context.options.quiet, "No settings in effect and no progress on standard error");
+    command.add_flag("-q,--quiet", context.options.quiet,
+                     "Show no settings in effect and no progress on standard error");
 }
 
 void addSettingOptions(CLI::App& command, Context& context) {

@@ -256,7 +256,7 @@ void writeFile(std::filesystem::path const& file, std::string const& text, bool 
 /** Some flags that other commands read with mean another thing here. */
 void describeForWriting(CLI::App& command) {
     command.get_option("--file")->description("Project file to write; velk.toml in the current folder by default");
-    command.get_option("--quiet")->description("No word about the file when it is written");
+    command.get_option("--quiet")->description("Say nothing when the file is written");
     command.get_option("--storage")->description("Folder where symbol files are to be kept");
     command.get_option("--node")
         ->description(fmt::format("Node number of the station; {} by default", NewProject().node))
@@ -298,7 +298,7 @@ ExitCode runInit(InitOptions const& options, Context& context) {
 
 void addInitCommand(CLI::App& app, Context& context) {
     CLI::App* const command =
-        app.add_subcommand("init", "Write a commented project file; asks on a terminal for what the flags leave out");
+        app.add_subcommand("init", "Write a commented project file; ask on a terminal for what the flags leave out");
     auto const options = std::make_shared<InitOptions>();
     command->add_option("--name", options->name, "What to call the station")->type_name("NAME");
     command->add_flag("--force", options->force, "Write over a file that is there");

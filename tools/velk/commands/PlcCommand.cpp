@@ -208,7 +208,7 @@ void printRest(Streams& streams, Terminal const& terminal) {
 
 void addPort(CLI::App& command, PlcOptions& options) {
     constexpr char const* kGroup = "Port";
-    command.add_option("--link", options.link, "Makes a symbolic link to the port while it works")
+    command.add_option("--link", options.link, "Make a symbolic link to the port while it works")
         ->type_name("PATH")
         ->group(kGroup);
     command.add_option("-p,--port", options.port, "A real port, in place of a pseudo-terminal")
@@ -251,19 +251,19 @@ void addFaults(CLI::App& command, PlcOptions& options) {
     auto const add = [&](char const* flag, auto& target, char const* help, char const* type) {
         command.add_option(flag, target, help)->type_name(type)->group(kGroup);
     };
-    add("--drop", options.drop, "So many frames are lost, in either direction: 1%", "SHARE");
-    add("--flip", options.flip, "So many frames from the PLC have a wrong bit: 0.1%", "SHARE");
-    add("--silent", options.silent, "No answer for 5 s every 60 s: 5s@60s; only once: 5s@60s/once; always", "WHEN");
-    command.add_flag("--refuse-login", options.refuseLogin, "Every login is refused")->group(kGroup);
-    add("--bad-quality", options.badQuality, "This variable has a bad quality", "NAME");
+    add("--drop", options.drop, "Lose so many frames, in either direction: 1%", "SHARE");
+    add("--flip", options.flip, "Flip a bit in so many frames from the PLC: 0.1%", "SHARE");
+    add("--silent", options.silent, "Do not answer for 5 s every 60 s: 5s@60s; only once: 5s@60s/once; always", "WHEN");
+    command.add_flag("--refuse-login", options.refuseLogin, "Refuse every login")->group(kGroup);
+    add("--bad-quality", options.badQuality, "Give this variable a bad quality", "NAME");
     add("--replace-program", options.replaceProgram,
-        "After this time another program runs: that of a file, or the same under another project identifier",
+        "Run another program after this time: that of a file, or the same under another project identifier",
         "TIME[:FILE]");
-    add("--restart", options.restart, "After this time the PLC is switched off and on", "TIME");
-    add("--fault", options.faults, "A rule as in a description: 'kind = \"late\", probability = 0.1, delay_ms = 500'",
-        "RULE");
-    add("--only", options.station, "All this for one station only", "STATION");
-    add("--seed", options.seed, "Another run of chances", "NUMBER");
+    add("--restart", options.restart, "Switch the PLC off and on after this time", "TIME");
+    add("--fault", options.faults,
+        "Misbehave by a rule as in a description: 'kind = \"late\", probability = 0.1, delay_ms = 500'", "RULE");
+    add("--only", options.station, "Do all this at one station only", "STATION");
+    add("--seed", options.seed, "Take another run of chances", "NUMBER");
     for (char const* const flag : {"--silent", "--bad-quality", "--replace-program", "--restart", "--fault"}) {
         command.get_option(flag)->expected(1)->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
     }
@@ -280,11 +280,11 @@ void addOutput(CLI::App& command, std::shared_ptr<PlcOptions> const& options) {
                 }
                 options->forMicroseconds = *interval;
             },
-            "Ends after this time, such as 30s")
+            "End after this time, such as 30s")
         ->type_name("TIME");
-    command.add_flag("-q,--quiet", options->quiet, "Prints nothing but the name of the port");
-    command.add_flag("-v,--verbose", options->verbose, "Prints finished exchanges, too");
-    command.add_flag("--json", options->json, "Prints events as JSON lines");
+    command.add_flag("-q,--quiet", options->quiet, "Print nothing but the name of the port");
+    command.add_flag("-v,--verbose", options->verbose, "Print finished exchanges, too");
+    command.add_flag("--json", options->json, "Print events as JSON lines");
 }
 
 } // namespace

@@ -30,7 +30,7 @@ void addFormat(CLI::App& command, std::string const& flag, std::shared_ptr<Trace
 
 void addTraceCommand(CLI::App& app, Context& context) {
     CLI::App* const command = app.add_subcommand(
-        "trace", "Shows every frame that another command exchanges with the PLC, on standard error or in a file");
+        "trace", "Show every frame that another command exchanges with the PLC, on standard error or in a file");
     auto const options = std::make_shared<TraceOptions>();
     auto const words = std::make_shared<std::vector<std::string>>();
     command
