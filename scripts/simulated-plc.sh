@@ -1,9 +1,9 @@
 # shellcheck shell=bash disable=SC2034 # the variables are for whoever sources this
 # The simulated PLC for scripts: source this file.
 #
-#   start_plc PROGRAM WORK    PROGRAM is the tool `velk`; sets plc_port. The other plc_... are always set.
-#   read_with_tool PROGRAM    reads plc_address with the tool
-#   stop_plc                  may be called at any time
+#   start_plc PROGRAM WORK [FLAG...]    PROGRAM is the tool `velk`; sets plc_port. The other plc_... are always set.
+#   read_with_tool PROGRAM              reads plc_address with the tool
+#   stop_plc                            may be called at any time
 
 plc_address='1?PLC_PRG/Counter?M?0?int'
 plc_value=1234567 # as tools/demo/program-1.toml has it
@@ -13,8 +13,9 @@ plc_port=
 
 start_plc() {
     local program=$1 work=$2 left=200
+    shift 2
     plc_port=$work/plc
-    "$program" plc tools/demo/line.toml --link "$plc_port" >"$work/plc.log" 2>&1 &
+    "$program" plc tools/demo/line.toml --link "$plc_port" "$@" >"$work/plc.log" 2>&1 &
     plc_pid=$!
     until [[ -e $plc_port ]]; do
         if ! kill -0 "$plc_pid" 2>/dev/null || ((--left == 0)); then

@@ -1,5 +1,4 @@
 // The smallest host: loads the module, opens a serial port and reads one variable.
-//
 //   minimal-host PORT ADDRESS [SETTING...]
 //   minimal-host /dev/ttyUSB0 '1?PLC_PRG/Counter?M?0?int' baudrate=19200 model=Intel
 #include "interfaces/HostServices.h"
@@ -188,8 +187,9 @@ int main(int argc, char** argv) {
     }
     IProtocol* const driver = factory->CreateProtocol("VELK");
     bool const done = readOnce(*driver, configuration, argv[2]);
-    if (!done) {
-        std::fprintf(stderr, "minimal-host: %s (%d)\n", driver->GetLastErrorString(), driver->GetLastError());
+    if (char const* const text = driver->GetLastErrorString(); !done) {
+        std::fprintf(stderr, "minimal-host: %s (%d)\n", *text != '\0' ? text : "failed without a text: login refused?",
+                     driver->GetLastError());
     }
     driver->Stop();
     factory->DeleteProtocol(driver); // with all of its tags
