@@ -27,7 +27,7 @@ std::optional<std::string> deviceCalled(std::string const& name) {
             return folder + name;
         }
     }
-    return std::nullopt;
+    return name.starts_with("tty") ? std::optional("/dev/" + name) : std::nullopt;
 }
 
 } // namespace

@@ -11,7 +11,8 @@ namespace host {
  *
  * "com1" to "com16", in any case of letters, stand for /dev/ttyS0 to /dev/ttyS15 unless they are set otherwise.
  * A name with a "/" in it is the path of a device itself. Any other name is that of a device in /dev or, when there is
- * none, in the current folder, such as a link to a pseudo-terminal.
+ * none, in the current folder, such as a link to a pseudo-terminal. One that begins with "tty" stands for a device in
+ * /dev even while there is none: an adapter that is not plugged in.
  */
 class PortNames {
 public:

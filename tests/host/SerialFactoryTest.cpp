@@ -56,6 +56,15 @@ TEST(PortNames, ANameWithoutAPathIsADeviceOfTheSystemOrElseOfTheCurrentFolder) {
     EXPECT_EQ(names.path("com1"), "/dev/ttyS0");
 }
 
+TEST(PortNames, AnAdapterThatIsNotPluggedInKeepsItsName) {
+    TempFolder const temp;
+    CurrentFolder const current(temp.path());
+    host::PortNames const names;
+    EXPECT_EQ(names.path("ttyUSB77"), "/dev/ttyUSB77");
+    std::filesystem::create_symlink("/dev/zero", "ttyUSB77");
+    EXPECT_EQ(names.path("ttyUSB77"), "./ttyUSB77");
+}
+
 TEST(PortNames, WhatIsNoDeviceIsNotFoundByItsNameAlone) {
     TempFolder const temp;
     CurrentFolder const current(temp.path());

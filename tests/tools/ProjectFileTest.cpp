@@ -451,7 +451,8 @@ TEST(ProjectText, CommentsStandInTheirColumnWhateverTheLetters) {
 }
 
 TEST(ProjectFile, APortIsAPathOrAKnownNameWhetherItIsThereOrNot) {
-    for (char const* const port : {"/dev/ttyUSB77", "/dev/serial/by-id/usb-none", "./plc", "com16", "COM1"}) {
+    for (char const* const port :
+         {"/dev/ttyUSB77", "ttyUSB77", "/dev/serial/by-id/usb-none", "./plc", "com16", "COM1"}) {
         EXPECT_EQ(velk::portFault(port), "") << port;
     }
     for (char const* const port : {"", "com17", "usb", "a b"}) {
