@@ -1,12 +1,14 @@
 #include "tools/velk/Terminal.h"
 
 #include "tools/velk/CommandError.h"
+#include "tools/velk/Fitting.h"
 #include "tools/velk/Interrupt.h"
 
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <initializer_list>
 #include <sys/ioctl.h>
 #include <unistd.h>
 
@@ -14,6 +16,7 @@ namespace velk {
 namespace {
 
 constexpr int kUsualWidth = 80;
+constexpr int kUsualHeight = 24;
 constexpr char const* kClearLine = "\r\x1b[K";
 
 char const* sequence(Colour colour) {
@@ -43,16 +46,15 @@ std::string inColour(bool shown, Colour colour, std::string_view text) {
     return sequence(colour) + std::string(text) + "\x1b[0m";
 }
 
-/** The start of a text that has so many columns; a letter is not torn. */
-std::string_view fitting(std::string_view text, std::size_t columns) {
-    std::size_t end = 0;
-    for (std::size_t used = 0; end < text.size(); ++end) {
-        bool const begins = (static_cast<unsigned char>(text[end]) & 0xC0U) != 0x80U;
-        if (begins && ++used > columns) {
-            break;
+/** Columns of the first of these that is a terminal. */
+int widthOf(std::initializer_list<int> descriptors) {
+    winsize size{};
+    for (int const descriptor : descriptors) {
+        if (ioctl(descriptor, TIOCGWINSZ, &size) == 0 && size.ws_col > 0) {
+            return size.ws_col;
         }
     }
-    return text.substr(0, end);
+    return kUsualWidth;
 }
 
 /** Standard error has nobody behind it to whom a failure could be told. */
@@ -70,17 +72,17 @@ StreamKinds StreamKinds::ofThisProcess() {
     return {.inputIsTerminal = isatty(STDIN_FILENO) == 1,
             .outputIsTerminal = isatty(STDOUT_FILENO) == 1,
             .errorIsTerminal = isatty(STDERR_FILENO) == 1,
-            .coloursWanted = (noColour == nullptr || *noColour == '\0') && !dumb};
+            .coloursWanted = (noColour == nullptr || *noColour == '\0') && !dumb,
+            .canRedraw = !dumb};
 }
 
 int Terminal::width() const {
+    return widthOf({STDOUT_FILENO, STDERR_FILENO});
+}
+
+int Terminal::height() const {
     winsize size{};
-    for (int const descriptor : {STDOUT_FILENO, STDERR_FILENO}) {
-        if (ioctl(descriptor, TIOCGWINSZ, &size) == 0 && size.ws_col > 0) {
-            return size.ws_col;
-        }
-    }
-    return kUsualWidth;
+    return ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_row > 0 ? size.ws_row : kUsualHeight;
 }
 
 void Terminal::out(std::string_view data) {
@@ -109,11 +111,12 @@ void Terminal::complain(std::string_view text) {
 }
 
 void Terminal::status(std::string_view line) {
-    if (quiet_ || !kinds_.errorIsTerminal) {
+    if (quiet_ || !kinds_.errorIsTerminal || !kinds_.canRedraw) {
         return;
     }
     clearStatus();
-    toError(fitting(line, static_cast<std::size_t>(width()) - 1)); // what wraps could not be taken away again
+    int const width = widthOf({STDERR_FILENO, STDOUT_FILENO});
+    toError(firstCharacters(line, static_cast<std::size_t>(width - 1))); // the last column wraps on some terminals
     statusShown_ = !line.empty();
 }
 

@@ -15,7 +15,8 @@ struct StreamKinds {
     bool inputIsTerminal = false;
     bool outputIsTerminal = false;
     bool errorIsTerminal = false;
-    bool coloursWanted = true; ///< NO_COLOR is not set, and TERM is not "dumb"
+    bool coloursWanted = true; ///< NO_COLOR is not set, and the terminal is no dumb one
+    bool canRedraw = true;     ///< the terminal is no dumb one, which TERM tells: it knows lines only
 
     static StreamKinds ofThisProcess();
 };
@@ -28,6 +29,11 @@ class Terminal {
 public:
     explicit Terminal(StreamKinds kinds) : kinds_(kinds) {}
 
+    /** Takes the status line away, so that the shell's prompt does not stand behind it. */
+    ~Terminal() { clearStatus(); }
+    Terminal(Terminal const&) = delete;
+    Terminal& operator=(Terminal const&) = delete;
+
     [[nodiscard]] StreamKinds const& kinds() const { return kinds_; }
 
     /** Silences note() and status(). */
@@ -36,6 +42,9 @@ public:
 
     /** Columns of the terminal behind standard output, or else behind standard error; 80 without one. */
     [[nodiscard]] int width() const;
+
+    /** Lines of the terminal behind standard output; 24 without one. */
+    [[nodiscard]] int height() const;
 
     /** Data, as it is. Throws CommandError when it cannot be written. */
     void out(std::string_view data);
@@ -49,7 +58,9 @@ public:
     /** A complaint: "velk: " and the text; never silenced. */
     void complain(std::string_view text);
 
-    /** A line on standard error that the next one replaces, as long as fits; only on a terminal. Empty takes it away.
+    /**
+     * A line on standard error that the next one replaces; only on a terminal that is no dumb one. Empty takes it
+     * away. One that is wider than the terminal is cut: what runs over into a second line could not be replaced.
      */
     void status(std::string_view line);
 
