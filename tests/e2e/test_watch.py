@@ -3,8 +3,11 @@
 import csv
 import json
 import re
+import shlex
+import time
 
-from service import DEMO, GOOD, INTERRUPTED, ITEM_NOT_GOOD, PORT, SILENT, USAGE, ServiceTest, main
+from service import (DEMO, GOOD, INTERRUPTED, ITEM_NOT_GOOD, PATIENCE, PORT, PROGRAM, SILENT, USAGE, ServiceTest, main,
+                     pexpect)
 from troubles import Troubles
 
 TWO = """framing = "ABB_RS232_AC"
@@ -66,7 +69,7 @@ class Watch(ServiceTest):
         self.assertEqual([each["items"][0]["value"] for each in rounds], [False, False])
         with open(self.folder / "horn.csv", newline="", encoding="utf-8") as file:
             rows = list(csv.DictReader(file))
-        self.assertEqual([(row["name"], row["value"]) for row in rows], [("Horn", "false")] * 2)
+        self.assertEqual([(row["name"], row["value"], row["reason"]) for row in rows], [("Horn", "false", "")] * 2)
 
     def test_a_live_table_redraws_in_place_until_ctrl_c(self):
         line = self.line()
@@ -81,10 +84,38 @@ class Watch(ServiceTest):
 
     def test_a_missing_variable(self):
         line = self.line()
-        done = self.run_velk(self.words("watch", line.link, "Nope", "Horn", "--count", 1))
+        done = self.run_velk(self.words("watch", line.link, "Horm", "Horn", "--csv", "horn.csv", "--count", 2, "-q",
+                                        "--every", "1ms"))
         self.assert_ends(done, ITEM_NOT_GOOD)
-        self.assertIn("Nope - missing", done.stdout)
-        self.assertIn("Horn false good", done.stdout)
+        reason = "the PLC program has no such variable; did you mean Horn?"
+        self.assertEqual(done.stdout.count(f"Horm - missing: {reason}\n"), 2)
+        self.assertEqual(done.stdout.count("Horn false good\n"), 2)
+        *complaints, figures = done.stderr.splitlines()
+        self.assertEqual(complaints, [f"velk: Horm: {reason}"], "once")
+        self.assertIn("0 failed, 2 values not good (2 x missing); ", figures)
+        with open(self.folder / "horn.csv", newline="", encoding="utf-8") as file:
+            self.assertEqual([row["reason"] for row in csv.DictReader(file)], [reason, ""] * 2)
+
+    def test_a_bad_value_and_one_that_cannot_be_converted(self):
+        line = self.line(flags=["--bad-quality", "PLC_PRG.Mode"])
+        # 1234567 has digits that are no decimal ones.
+        done = self.run_velk(self.words("watch", line.link, "PLC_PRG.Mode", "PLC_PRG.Counter:unsignedInt(bcd)", "Horn",
+                                        "--count", 1))
+        self.assert_ends(done, ITEM_NOT_GOOD)
+        self.assertRegex(done.stdout, r"PLC_PRG\.Mode - failed: One of the values has bad quality\n")
+        self.assertRegex(done.stdout, r"PLC_PRG\.Counter\S* - failed: \w.+\n")
+        self.assertRegex(done.stderr, r" 0 failed, 2 values not good \(.*1 x One of the values has bad quality.*\); ")
+
+    def test_reasons_stand_below_the_table(self):
+        line = self.line(flags=["--bad-quality", "PLC_PRG.Mode"])
+        child = self.type_velk(self.words("watch", line.link, "PLC_PRG.Mode", "Horm", "--every", "10ms"))
+        child.expect("velk:.* Horm: the PLC program has no such variable; did you mean Horn")
+        child.expect(r"round \d+, 2 of 2 not good, .* 0 failures")
+        child.expect(r"PLC_PRG\.Mode +BYTE +- +FAILED +-")
+        child.expect(r"Horm +- +MISSING +-")
+        child.expect(r"PLC_PRG\.Mode: One of the values has bad quality")
+        child.expect("Horm: the PLC program has no such variable")
+        self.assert_interrupted(child)
 
     def test_an_adapter_that_is_pulled_out_and_comes_back(self):
         line = self.line()
@@ -109,10 +140,12 @@ class Watch(ServiceTest):
         self.assert_exit(child, INTERRUPTED)
 
     def test_wrong_usage(self):
-        for flag, value in (("--every", "often"), ("--every", "0ms"), ("--count", "some"), ("--count", "-1")):
+        for flag, value in (("--every", "often"), ("--every", "0ms"), ("--count", "some"), ("--count", "-1"),
+                            ("--count", "0"), ("--count", "1x"), ("--count", "99999999999999999999")):
             done = self.run_velk(self.words("watch", "/dev/null", "X", f"{flag}={value}"))
             self.assert_ends(done, USAGE)
             self.assertIn(flag, done.stderr)
+            self.assertLess(len(done.stderr), 150)
             self.assertEqual(done.stdout, "")
 
     def test_missing_port(self):
@@ -122,7 +155,87 @@ class Watch(ServiceTest):
         dead = self.dead_port()
         done = self.run_velk(self.words("watch", dead.port, "X:int", "--timeout", 100, "--repeat", 1, "--count", 1))
         self.assert_ends(done, SILENT)
-        self.assertIn("X - failed", done.stdout)
+        self.assertIn("X - failed: Timeout on Acknowledge\n", done.stdout)
+
+    def test_a_terminal_that_knows_lines_only(self):
+        line = self.line()
+        self.environment["TERM"] = "dumb"
+        child = self.type_velk(self.words("watch", line.link, "Horn", "--every", "10ms", "--count", 2))
+        self.assert_exit(child, GOOD)
+        self.assertEqual(child.before.count("Horn false good\r\n"), 2)
+        self.assertNotIn("\x1b", child.before)
+
+
+class WatchOnTerminals(ServiceTest):
+    """What is to be seen on terminals of all sizes."""
+
+    def wide(self):
+        """A program with a value that is wider than a terminal."""
+        file = self.folder / "wide.toml"
+        file.write_text('project_id = 1\nvariable = [\n'
+                        '    { name = "Wide", type = "ARRAY [0..59] OF INT" },\n'
+                        '    { name = "X", type = "INT", value = 5 },\n]\n')
+        return file
+
+    def test_status_and_age_of_a_wide_value(self):
+        self.environment["NO_COLOR"] = "1"
+        line = self.line(program=self.wide(), flags=["--silent", "60s@2s/once"])
+        child = self.type_velk(self.words("watch", line.link, "Wide", "--every", "10ms", "--timeout", 200,
+                                          "--repeat", 1), columns=80)
+        child.expect(r"\nWide +ARRAY \[0\.\.59\] OF INT +\[0, 0[ ,0]+\.\.\. +good +\d\.\d s")
+        child.expect(r"\nWide +ARRAY \[0\.\.59\] OF INT +\(\[0, 0[ ,0]+\.\.\. +FAILED +\d\.\d s")
+        self.assert_interrupted(child)
+
+    def test_every_line_fits(self):
+        line = self.line(program=self.wide())
+        for columns, rows in ((80, 24), (40, 24), (20, 5)):
+            child = self.type_velk(self.words("watch", line.link, "-q", "Wide", "X", "Nope", "--every", "10ms",
+                                              "--count", 2), columns=columns, rows=rows)
+            self.assert_exit(child, ITEM_NOT_GOOD)
+            table = re.sub("\x1b\\[[0-9;]*[A-Za-z]", "", child.before[child.before.index("round 1, "):])
+            lines = table[:table.index(" frames asked")].splitlines()[:-1]
+            self.assertGreater(len(lines), 4)
+            self.assertLessEqual(max(map(len, lines)), columns, lines)
+            self.assertTrue(any(re.match(r"X .*\b5\b", each) for each in lines), lines)
+
+    def test_a_window_that_changes_its_size(self):
+        line = self.line()
+        child = self.type_velk(self.words("watch", line.link, "Horn", "--every", "10ms"))
+        child.expect("round 2, ")
+        self.assertNotIn("\x1b[2J", child.before)
+        child.setwinsize(10, 50)
+        child.expect_exact("\x1b[H\x1b[2Jround ")
+        child.expect("Horn")
+        self.assert_interrupted(child)
+
+    def test_a_window_that_changes_its_size_between_rounds(self):
+        line = self.line()
+        child = self.type_velk(self.words("watch", line.link, "Horn", "--every", "10min"))
+        child.expect("round 1, ")
+        child.setwinsize(10, 50)
+        child.expect_exact("\x1b[H\x1b[2Jround 1, ")
+        self.assert_interrupted(child)
+
+    def test_stopped_and_continued_by_a_shell(self):
+        line = self.line()
+        shell = pexpect.spawn("bash", ["--norc", "--noprofile", "-i"], cwd=str(self.folder), encoding="utf-8",
+                              env={**self.environment, "PS1": "shell> "}, timeout=PATIENCE, dimensions=(24, 100))
+        self.addCleanup(shell.close, True)
+        shell.expect_exact("shell> ")
+        shell.sendline(shlex.join([PROGRAM, *self.words("watch", line.link, "Horn", "--every", "10ms")]))
+        shell.expect("round 3, ")
+        shell.send("\x1a")
+        shell.expect("Stopped")
+        shell.expect_exact("shell> ")
+        time.sleep(4)
+        shell.sendline("fg")
+        shell.expect_exact("\x1b[H\x1b[2Jround ")
+        shell.expect(r"\d+, (\d+) ms")
+        self.assertLess(int(shell.match.group(1)), 4000, "the time in which it was stopped is not the line's")
+        shell.sendintr()
+        shell.expect(r"worst ([\d.]+) ms")
+        self.assertLess(float(shell.match.group(1)), 4000)
+        shell.expect_exact("shell> ")
 
 
 class WatchOfALine(ServiceTest):
@@ -203,9 +316,56 @@ class WatchOfALine(ServiceTest):
         seen = self.rounds(process, lambda each: each["round"] == 30)
         _, complaints = self.interrupt(process)
         self.assertEqual({self.value(each) for each in seen}, {5}, "the living one answers in each round")
-        self.assertEqual({self.value(each, 1) for each in seen}, {"failed"})
-        asked = re.search(r"answered, (\d+) failed \(\1 x Timeout on Acknowledge", complaints)
-        self.assertTrue(asked and 2 <= int(asked.group(1)) <= 15, "the dead one is asked in few of the rounds")
+        asked = [each for each in seen if len(each["items"]) == 2]
+        self.assertEqual({self.value(each, 1) for each in asked}, {"failed"})
+        self.assertTrue(2 <= len(asked) <= 15, "the dead one is asked in few of the rounds")
+        counted = re.search(r"answered, (\d+) failed \(\1 x Timeout on Acknowledge", complaints)
+        self.assertTrue(counted, complaints)
+        self.assertIn(int(counted.group(1)) - len(asked), (0, 1), "it may be asked once more before the end")
+
+    def test_a_dead_station_is_told_of_when_it_was_asked(self):
+        dead = self.dead_port()
+        begun = time.monotonic()
+        done = self.run_velk(self.words("watch", dead.port, "X:int", "Y:int", "--timeout", 100, "--repeat", 1,
+                                        "--count", 3, "--every", "10ms", "-q"))
+        self.assertGreater(time.monotonic() - begun, 1.5, "pauses of half a second and of one")
+        self.assert_ends(done, SILENT)
+        rows = [each.split()[:2] for each in done.stdout.splitlines()]
+        self.assertEqual([name for _, name in rows], ["X", "Y"] * 3)
+        self.assertEqual(len({at for at, name in rows if name == "X"}), 3)
+        self.assertEqual([at for at, _ in rows], sorted(at for at, _ in rows))
+        self.assertIn(" 3 failed (3 x Timeout on Acknowledge)", done.stderr)
+
+    def test_all_stations_fail_while_the_port_is_away(self):
+        (self.folder / "two.toml").write_text(TWO.replace('fault = [{ kind = "silent" }]', ""), encoding="utf-8")
+        line = self.play(self.folder / "two.toml")
+        (self.folder / "velk.toml").write_text(TWO_PROJECT.format(line.link), encoding="utf-8")
+        child = self.type_velk(["watch", "living:X", "dead:X", "--every", "20ms"])
+        child.expect("round 3, ")
+        line.pull_out()
+        child.expect(r"living +X +INT +\(5\) +FAILED")
+        child.expect(r"dead +X +INT +\(6\) +FAILED")
+        line.plug_in()
+        child.expect("the port is back")
+        child.expect(r"living +X +INT +5 +good")
+        child.expect(r"dead +X +INT +6 +good")
+        self.assert_interrupted(child)
+
+    def test_rounds_while_the_port_is_away(self):
+        line = self.line()
+        process = self.start(line, "Horn", "-q", "--csv", "horn.csv")
+        self.rounds(process, lambda each: self.value(each) is False)
+        line.pull_out()
+        away = self.rounds(process, lambda each: "there is no serial port" in each["items"][0].get("reason", ""))
+        self.assertEqual(self.value(away[-1]), "failed")
+        again = self.rounds(process, lambda each: True)
+        self.assertEqual(again[0]["round"], away[-1]["round"] + 1)
+        line.plug_in()
+        self.rounds(process, lambda each: self.value(each) is False)
+        _, complaints = self.interrupt(process)
+        self.assertIn("the port is back\n", complaints)
+        with open(self.folder / "horn.csv", newline="", encoding="utf-8") as file:
+            self.assertIn("there is no serial port", " ".join(row["reason"] for row in csv.DictReader(file)))
 
     def test_interrupted_on_a_terminal(self):
         line = self.line()
@@ -261,7 +421,7 @@ class WatchOfALine(ServiceTest):
         self.assertEqual((text.count("time,station"), len(text.splitlines())), (1, 3))
         done = self.run_velk(self.words("watch", line.link, "Horn", "--csv", "no/folder.csv", "--count", 1))
         self.assert_ends(done, USAGE)
-        self.assertIn("no/folder.csv", done.stderr)
+        self.assertIn("cannot write no/folder.csv: No such file or directory", done.stderr)
 
 
 class WatchTroubles(Troubles, ServiceTest):

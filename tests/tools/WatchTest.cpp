@@ -6,6 +6,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <array>
 #include <optional>
 
@@ -74,6 +75,26 @@ TEST_F(LineFiguresTest, WhatNobodyAskedForIsNoAnswer) {
     received(6, 1000);
     EXPECT_EQ(figures_.summary().answered, 0U);
     EXPECT_DOUBLE_EQ(figures_.summary().answerWorstMs, 0);
+}
+
+TEST(LineFiguresOfAStoppedProgram, TheTimeIsNoAnswerTime) {
+    std::int64_t stopped = 0;
+    LineFigures figures(10'000, 10, [&] { return stopped; });
+    std::vector<unsigned char> const frame(1);
+    figures.onFrame({host::FrameDirection::Sent, frame, 0, 0});
+    stopped = 5 * kSecond;
+    figures.onFrame({host::FrameDirection::Received, frame, 5 * kSecond + 7000, 5 * kSecond + 7000});
+    EXPECT_DOUBLE_EQ(figures.summary().answerWorstMs, 7);
+}
+
+TEST_F(LineFiguresTest, BadValuesAreNoFailuresOfTheLine) {
+    figures_.countBadValue("missing");
+    figures_.countBadValue("missing");
+    figures_.countBadValue("bad");
+    EXPECT_EQ(figures_.failureCount(), 0U);
+    EXPECT_NE(summaryText(figures_.summary(), 1).find(", 0 failed, 3 values not good (1 x bad, 2 x missing); "),
+              std::string::npos)
+        << summaryText(figures_.summary(), 1);
 }
 
 TEST_F(LineFiguresTest, FailuresAreCountedByCause) {
@@ -170,6 +191,7 @@ protected:
             readings[i].at = at;
             readings[i].result.good = values[i].has_value();
             readings[i].result.status = values[i] ? kItemGood : kItemNotProcessed;
+            readings[i].result.failure.text = values[i] ? "" : reason_;
             if (values[i]) {
                 readings[i].result.value = {*values[i], 0};
             }
@@ -182,6 +204,7 @@ protected:
     }
 
     std::vector<Tag> tags_;
+    std::string reason_; ///< of variables that fail
     WatchTable table_;
     WatchHeader header_;
     Terminal terminal_{StreamKinds{false, false, false, false}};
@@ -205,7 +228,8 @@ TEST_F(WatchTableTest, AFailureKeepsTheLastGoodValueAndItsAge) {
     EXPECT_EQ(table_.items()[0].goodAt, kNoon);
     std::vector<std::string> const shown = lines();
     EXPECT_NE(shown[4].find("5.0 s"), std::string::npos) << shown[4];
-    EXPECT_NE(shown[4].find("failed"), std::string::npos) << shown[4];
+    EXPECT_NE(shown[4].find("(1)"), std::string::npos) << shown[4];
+    EXPECT_NE(shown[4].find("FAILED"), std::string::npos) << shown[4];
     EXPECT_NE(shown[5].find("1.0 s"), std::string::npos) << shown[5];
 }
 
@@ -242,18 +266,73 @@ TEST_F(WatchTableTest, HeaderTellsTheRoundTheFloorAndTheTrouble) {
     EXPECT_EQ(shown[1], "station 1: away");
 }
 
+TEST_F(WatchTableTest, HeaderTellsHowManyAreNotGood) {
+    round({std::nullopt, 2});
+    EXPECT_EQ(lines()[0], "round 0, 1 of 2 not good, 0 ms (least on this line: 0 ms), 0 failures");
+}
+
+TEST_F(WatchTableTest, ReasonsStandBelowEachOnce) {
+    reason_ = "the values are worn";
+    round({std::nullopt, std::nullopt});
+    std::vector<std::string> const shown = lines();
+    ASSERT_EQ(shown.size(), 8U);
+    EXPECT_EQ(shown[6], "");
+    EXPECT_EQ(shown[7], "Speed and 1 more: the values are worn");
+    round({1, std::nullopt});
+    EXPECT_EQ(lines().back(), "Level: the values are worn");
+    round({1, 2});
+    EXPECT_EQ(lines().size(), 6U);
+}
+
+TEST_F(WatchTableTest, AReasonThatTheTroubleTellsIsNotToldTwice) {
+    reason_ = "silence";
+    header_.trouble = "station 0: silence";
+    round({std::nullopt, std::nullopt});
+    EXPECT_EQ(lines().size(), 6U);
+    EXPECT_EQ(lines(14).back().substr(0, 5), "Speed") << "of the trouble only the beginning is to be seen";
+}
+
 TEST_F(WatchTableTest, StaysWithinTheTerminal) {
     header_.trouble = std::string(200, 'x');
-    round({1, 2});
-    std::vector<std::string> const narrow = lines(10, 24);
-    for (std::string const& line : narrow) {
-        EXPECT_LE(line.size(), 10U) << line;
+    reason_ = std::string(200, 'y');
+    round({1, std::nullopt});
+    for (std::size_t width = 1; width < 40; ++width) {
+        for (std::string const& line : lines(width, 24)) {
+            EXPECT_LE(line.size(), width) << line;
+        }
     }
-    for (std::size_t const height : {1U, 2U, 3U, 5U, 6U}) {
+    for (std::size_t height = 1; height < 12; ++height) {
         EXPECT_LE(lines(80, height).size(), height);
     }
-    EXPECT_EQ(lines(80, 5).back(), "... and 2 more");
-    EXPECT_EQ(lines(80, 6).size(), 6U);
+}
+
+TEST_F(WatchTableTest, InFewLinesTheRowsComeFirst) {
+    round({1, 2});
+    auto const hasRow = [](std::string const& line) { return line.starts_with("Speed "); };
+    for (std::size_t height = 1; height < 12; ++height) {
+        std::vector<std::string> const shown = lines(80, height);
+        EXPECT_EQ(std::count_if(shown.begin(), shown.end(), hasRow), 1) << height;
+    }
+    EXPECT_EQ(lines(80, 1).size(), 1U);
+    EXPECT_EQ(lines(80, 3).size(), 3U) << "the header and both rows";
+}
+
+TEST_F(WatchTableTest, CountsTheRowsThatHaveNoRoom) {
+    for (int i = 0; i < 10; ++i) {
+        tags_.push_back(tags_[0]);
+        tags_.back().name = "More" + std::to_string(i);
+    }
+    std::vector<Reading> readings(tags_.size());
+    for (std::size_t i = 0; i < tags_.size(); ++i) {
+        readings[i].tag = &tags_[i];
+    }
+    table_.update(readings);
+    std::vector<std::string> const shown = lines(80, 4);
+    ASSERT_EQ(shown.size(), 4U);
+    EXPECT_TRUE(shown[1].starts_with("Speed ")) << shown[1];
+    EXPECT_TRUE(shown[2].starts_with("Level ")) << shown[2];
+    EXPECT_EQ(shown[3], "... and 10 more");
+    EXPECT_EQ(lines(80, 16).size(), 16U) << "two lines above, two of heads, twelve rows";
 }
 
 TEST(AgeText, GrowsCoarser) {

@@ -1,6 +1,5 @@
 #include "tools/velk/commands/WatchCommand.h"
 
-#include "tools/velk/CommandError.h"
 #include "tools/velk/Context.h"
 #include "tools/velk/Interrupt.h"
 #include "tools/velk/Interval.h"
@@ -9,29 +8,33 @@
 #include "tools/velk/Terminal.h"
 #include "tools/velk/Text.h"
 #include "tools/velk/watch/LineFigures.h"
+#include "tools/velk/watch/LiveScreen.h"
+#include "tools/velk/watch/RoundText.h"
 #include "tools/velk/watch/StationPacing.h"
+#include "tools/velk/watch/Suspension.h"
+#include "tools/velk/watch/ValueFile.h"
 #include "tools/velk/watch/WatchList.h"
 #include "tools/velk/watch/WatchTable.h"
 
 #include <fmt/format.h>
 
-#include <fstream>
+#include <algorithm>
+#include <charconv>
 #include <map>
 #include <memory>
 #include <optional>
-#include <sys/ioctl.h>
-#include <unistd.h>
+#include <set>
+#include <system_error>
 
 namespace velk {
 namespace {
 
 constexpr std::int64_t kReopenPause = 1'000'000;
+constexpr std::int64_t kRedrawPause = 1'000'000; // ages grow, and windows change, between rounds
 constexpr double kMicrosecondsPerMillisecond = 1'000;
 
-std::size_t terminalHeight() {
-    winsize size{};
-    constexpr std::size_t kUsual = 24;
-    return ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_row > 1 ? size.ws_row - 1U : kUsual;
+bool wantsTable(WatchOptions const& options, StreamKinds const& kinds) {
+    return kinds.outputIsTerminal && kinds.canRedraw && !options.json;
 }
 
 /** One run of the command. */
@@ -39,93 +42,116 @@ class Watch {
 public:
     Watch(WatchOptions const& options, Context& context)
         : options_(options), context_(context), settings_(readSettings(context)),
-          list_(parseRequests(options.names, settings_)),
-          figures_(settings_.config.baudrate, bitsPerByte(settings_.config.parity, settings_.config.stopbits)),
-          attachment_(context.observers, figures_), live_(context.terminal.kinds().outputIsTerminal && !options.json) {}
+          list_(parseRequests(options.names, settings_)), several_(list_.nodes().size() > 1),
+          figures_(settings_.config.baudrate, bitsPerByte(settings_.config.parity, settings_.config.stopbits),
+                   Suspension::microseconds),
+          attachment_(context.observers, figures_), live_(wantsTable(options, context.terminal.kinds())) {}
 
     ExitCode run();
 
 private:
-    void openCsv();
+    [[nodiscard]] std::int64_t runningTime() const;
+    [[nodiscard]] bool isOver() const;
+    bool wait();
+    void step();
     bool openLine();
     void awayRound();
     void round();
     void askStation(int node);
-    void judge(int node);
+    void judge(int node, bool answered);
+    void complainOnce(Reading const& reading);
     void stationFailed(int node, host::Failure const& failure);
-    void lineDied(std::string const& reason);
+    void lineDied(host::Failure const& failure);
+    void failAll();
     [[nodiscard]] std::string troubleText() const;
     void show();
+    [[nodiscard]] ScreenSize screenSize() const;
+    void redraw();
     void showLive();
-    void printPlain();
-    void printJson();
-    void appendCsv();
     [[nodiscard]] ExitCode outcome() const;
 
     WatchOptions const& options_;
     Context& context_;
     Settings settings_;
     WatchList list_;
+    bool several_; ///< stations
+    Suspension suspension_;
     LineFigures figures_;
     Attachment attachment_;
     bool live_;
 
     std::unique_ptr<Session> session_; ///< null while the line is away
-    std::vector<Reading> readings_;
+    host::Failure away_;               ///< why
+    std::set<int> heard_;              ///< stations of which something was found out in this round
     StationPacing pacing_;
     std::map<int, std::string> troubles_; ///< what is wrong with stations now, by node
+    std::set<std::string> complaints_;    ///< about variables
     WatchTable table_;
     WatchHeader header_;
-    std::ofstream csv_;
-    std::size_t shownLines_ = 0;
-    std::int64_t startedAt_ = 0;
+    LiveScreen screen_;
+    std::optional<ValueFile> file_;
+    std::int64_t startedAt_ = 0;   ///< of runningTime()
+    std::int64_t nextAt_ = 0;      ///< the next round begins
+    std::int64_t stoppedTime_ = 0; ///< before the table was shown
     ExitCode worst_ = ExitCode::Good;
 };
 
 ExitCode Watch::run() {
     echoSettings(settings_, context_);
-    openCsv();
-    startedAt_ = context_.clock.microseconds();
+    if (!options_.csvFile.empty()) {
+        file_.emplace(options_.csvFile);
+    }
+    startedAt_ = runningTime();
     // The first opening has to succeed: a wrong name of a port is no adapter that comes back.
     session_ = std::make_unique<Session>(settings_, context_);
     session_->require(session_->open());
-    std::int64_t next = context_.clock.microseconds();
-    while (true) {
-        if (session_ != nullptr || openLine()) {
-            round();
-        } else {
-            awayRound();
-        }
-        bool const over = options_.count != 0 && header_.rounds >= options_.count;
-        std::int64_t const now = context_.clock.microseconds();
-        next = std::max(next + options_.everyMicroseconds, now);
-        std::int64_t const pause = session_ != nullptr ? next - now : kReopenPause;
-        if (over || context_.interrupt.requested() || !context_.interrupt.pause(pause)) {
-            break;
-        }
-    }
-    double const elapsed =
-        static_cast<double>(context_.clock.microseconds() - startedAt_) / kMicrosecondsPerMillisecond;
+    nextAt_ = context_.clock.microseconds();
+    do {
+        step();
+    } while (!isOver() && wait());
+    double const elapsed = static_cast<double>(runningTime() - startedAt_) / kMicrosecondsPerMillisecond;
     context_.terminal.setQuiet(false); // the figures are told always
     context_.terminal.note(summaryText(figures_.summary(), elapsed));
     return outcome();
+}
+
+/** Time in which the program was not stopped. */
+std::int64_t Watch::runningTime() const {
+    return context_.clock.microseconds() - Suspension::microseconds();
+}
+
+bool Watch::isOver() const {
+    return context_.interrupt.requested() || (options_.count != 0 && header_.rounds >= options_.count);
 }
 
 ExitCode Watch::outcome() const {
     return context_.interrupt.requested() ? ExitCode::Interrupted : worst_;
 }
 
-void Watch::openCsv() {
-    if (options_.csvFile.empty()) {
-        return;
+/** Until the next round, or until there is something else to do. False when the user wants the end. */
+bool Watch::wait() {
+    std::int64_t pause = nextAt_ - context_.clock.microseconds();
+    if (session_ == nullptr) {
+        pause = std::min(pause, kReopenPause);
     }
-    csv_.open(options_.csvFile, std::ios::app);
-    if (!csv_) {
-        throw CommandError(ExitCode::Usage, "cannot write " + options_.csvFile);
+    return context_.interrupt.pause(live_ ? std::min(pause, kRedrawPause) : pause);
+}
+
+/** A round when it is time for one. */
+void Watch::step() {
+    if (session_ == nullptr && openLine()) {
+        nextAt_ = context_.clock.microseconds();
     }
-    if (csv_.tellp() == 0) {
-        csv_ << "time,station,name,value,status\r\n";
+    if (context_.clock.microseconds() < nextAt_) {
+        return redraw();
     }
+    if (session_ != nullptr) {
+        round();
+    } else {
+        awayRound();
+    }
+    std::int64_t const pause = std::max(options_.everyMicroseconds, session_ == nullptr ? kReopenPause : 0);
+    nextAt_ = std::max(nextAt_ + pause, context_.clock.microseconds());
 }
 
 /** Tries the port again after it died; false while it is away. */
@@ -133,28 +159,41 @@ bool Watch::openLine() {
     auto session = std::make_unique<Session>(settings_, context_);
     host::Outcome const opened = session->open();
     if (!opened.ok()) {
-        header_.trouble = "trying again: " + opened.failure().text;
+        away_ = opened.failure();
+        header_.trouble = "trying again: " + away_.text;
         return false;
     }
     session_ = std::move(session);
     header_.trouble.clear();
-    context_.terminal.note("the port is back");
-    shownLines_ = 0; // the table begins anew below the note
+    if (live_) {
+        context_.terminal.out(screen_.erase(screenSize()));
+    }
+    context_.terminal.error("the port is back"); // and stays above the table
+    redraw();
     return true;
 }
 
-/** A round in which nobody could be asked. */
+/** A round in which nobody could be asked, and which every station fails. */
 void Watch::awayRound() {
     ++header_.rounds;
+    header_.roundMs = 0;
+    header_.floorMs = 0;
     worst_ = worse(worst_, ExitCode::Port);
-    if (live_) {
-        showLive();
+    failAll();
+    show();
+}
+
+void Watch::failAll() {
+    heard_ = list_.nodes();
+    for (int const node : heard_) {
+        list_.fail(node, settings_, away_);
     }
 }
 
 void Watch::round() {
-    std::int64_t const began = context_.clock.microseconds();
+    std::int64_t const began = runningTime();
     double const busyBefore = figures_.busyMs();
+    heard_.clear();
     for (int const node : list_.nodes()) {
         if (session_ != nullptr && pacing_.isDue(node, context_.clock.microseconds())) {
             askStation(node);
@@ -163,12 +202,13 @@ void Watch::round() {
     if (context_.interrupt.requested()) {
         return; // what was cut off is no news of the PLC
     }
+    if (heard_.empty()) { // all of them pause
+        return redraw();
+    }
     ++header_.rounds;
-    header_.roundMs = static_cast<double>(context_.clock.microseconds() - began) / kMicrosecondsPerMillisecond;
+    header_.roundMs = static_cast<double>(runningTime() - began) / kMicrosecondsPerMillisecond;
     header_.floorMs = figures_.busyMs() - busyBefore;
     header_.failures = figures_.failureCount();
-    readings_ = list_.readings();
-    table_.update(readings_);
     show();
 }
 
@@ -177,7 +217,8 @@ void Watch::askStation(int node) {
     if (context_.interrupt.requested()) {
         return;
     }
-    judge(node);
+    heard_.insert(node);
+    judge(node, answered.ok());
     if (!answered.ok()) {
         return stationFailed(node, answered.failure());
     }
@@ -195,11 +236,24 @@ std::string Watch::troubleText() const {
     return text;
 }
 
-void Watch::judge(int node) {
-    for (Reading const& reading : list_.readings()) {
-        if (reading.tag->node == node) {
-            worst_ = worse(worst_, session_->exitCode(reading.result));
+void Watch::judge(int node, bool answered) {
+    for (Reading const& reading : list_.readings({node})) {
+        worst_ = worse(worst_, session_->exitCode(reading.result));
+        if (answered && !reading.result.good) {
+            std::string const status = statusWord(reading);
+            figures_.countBadValue(status == "missing" ? status : reasonText(reading));
+            complainOnce(reading);
         }
+    }
+}
+
+/** About what the user has written, and the PLC or the driver does not have. */
+void Watch::complainOnce(Reading const& reading) {
+    bool const isOfTheUser = reading.tag->tag == nullptr || statusWord(reading) == "missing";
+    bool const tableStands = live_ && header_.rounds > 0; // the reason stands below it
+    std::string const text = lineName(*reading.tag, several_) + ": " + displayable(reasonText(reading));
+    if (isOfTheUser && !tableStands && complaints_.insert(text).second) {
+        context_.terminal.complain(text);
     }
 }
 
@@ -213,7 +267,7 @@ void Watch::stationFailed(int node, host::Failure const& failure) {
     }
     switch (session_->exitCode(failure)) {
     case ExitCode::Port:
-        return lineDied(reason);
+        return lineDied({failure.code, reason});
     case ExitCode::Silent:
         return pacing_.failed(node, context_.clock.microseconds());
     default:
@@ -221,86 +275,63 @@ void Watch::stationFailed(int node, host::Failure const& failure) {
     }
 }
 
-void Watch::lineDied(std::string const& reason) {
+void Watch::lineDied(host::Failure const& failure) {
     list_.forgetTags();
     session_.reset();
     pacing_ = {};
     troubles_.clear();
-    header_.trouble = "waiting for the port to come back: " + reason;
+    away_ = failure;
+    failAll();
+    header_.trouble = "waiting for the port to come back: " + failure.text;
     if (!live_) {
         context_.terminal.note(header_.trouble);
     }
 }
 
 void Watch::show() {
-    appendCsv();
-    if (options_.json) {
-        printJson();
-    } else if (live_) {
-        showLive();
-    } else {
-        printPlain();
+    std::vector<Reading> const news = list_.readings(heard_);
+    if (file_) {
+        file_->append(news);
     }
+    if (options_.json) {
+        return context_.terminal.out(roundJson(header_, std::chrono::system_clock::now(), news));
+    }
+    if (!live_) {
+        return context_.terminal.out(roundLines(news, several_));
+    }
+    table_.update(list_.readings());
+    showLive();
+}
+
+/** The table with what has become of ages, troubles and the window. */
+void Watch::redraw() {
+    if (live_) {
+        showLive();
+    }
+}
+
+ScreenSize Watch::screenSize() const {
+    return {static_cast<std::size_t>(context_.terminal.width()), static_cast<std::size_t>(context_.terminal.height())};
 }
 
 void Watch::showLive() {
-    std::vector<std::string> const lines = table_.lines(
-        header_, std::chrono::system_clock::now(), static_cast<std::size_t>(std::max(context_.terminal.width(), 1)),
-        terminalHeight(), context_.terminal);
-    std::string text = shownLines_ > 0 ? fmt::format("\x1B[{}A", shownLines_) : std::string();
-    for (std::string const& line : lines) {
-        text += line + "\x1B[K\n";
+    if (std::int64_t const stopped = Suspension::microseconds(); stopped != stoppedTime_) {
+        screen_.spoil(); // the shell has printed
+        stoppedTime_ = stopped;
     }
-    text += "\x1B[J"; // what a longer table left below
-    shownLines_ = lines.size();
-    context_.terminal.out(text);
+    ScreenSize const size = screenSize();
+    std::size_t const height = std::max<std::size_t>(size.rows, 2) - 1; // the cursor stands in the last line
+    context_.terminal.out(screen_.redraw(
+        table_.lines(header_, std::chrono::system_clock::now(), size.columns, height, context_.terminal), size));
 }
 
-void Watch::printPlain() {
-    bool const several = list_.nodes().size() > 1;
-    std::string text;
-    for (Reading const& reading : readings_) {
-        std::string const name = (several ? reading.tag->station + ":" : "") + reading.tag->name;
-        text += fmt::format("{} {} {} {}\n", utcText(reading.at), displayable(name),
-                            reading.result.good ? displayable(reading.tag->text(reading.result.value)) : "-",
-                            statusWord(reading));
+std::uint64_t parseRounds(std::string const& text) {
+    std::uint64_t rounds = 0;
+    auto const [end, error] = std::from_chars(text.data(), text.data() + text.size(), rounds);
+    if (error != std::errc() || end != text.data() + text.size() || rounds == 0) {
+        throw CLI::ValidationError("--count", "'" + displayable(text) + "' is no number of rounds; it takes 1 or more");
     }
-    context_.terminal.out(text);
-}
-
-void Watch::printJson() {
-    nlohmann::ordered_json round;
-    round["time"] = utcText(std::chrono::system_clock::now());
-    round["round"] = header_.rounds;
-    round["round_ms"] = header_.roundMs;
-    round["items"] = nlohmann::ordered_json::array();
-    for (Reading const& reading : readings_) {
-        nlohmann::ordered_json item;
-        item["station"] = toUtf8(reading.tag->station);
-        item["name"] = toUtf8(reading.tag->name);
-        item["value"] = reading.result.good ? reading.tag->json(reading.result.value) : nlohmann::json();
-        item["status"] = statusWord(reading);
-        if (!reading.result.good) {
-            item["reason"] = toUtf8(reasonText(reading));
-        }
-        round["items"].push_back(std::move(item));
-    }
-    context_.terminal.out(round.dump() + "\n");
-}
-
-void Watch::appendCsv() {
-    if (!csv_.is_open()) {
-        return;
-    }
-    for (Reading const& reading : readings_) {
-        std::string const value = reading.result.good ? reading.tag->plainText(reading.result.value) : std::string();
-        csv_ << fmt::format("{},{},{},{},{}\r\n", utcText(reading.at), csvField(toUtf8(reading.tag->station)),
-                            csvField(toUtf8(reading.tag->name)), csvField(value), statusWord(reading));
-    }
-    csv_.flush();
-    if (!csv_) {
-        throw CommandError(ExitCode::Usage, "cannot write " + options_.csvFile);
-    }
+    return rounds;
 }
 
 } // namespace
@@ -326,11 +357,16 @@ void addWatchCommand(CLI::App& app, Context& context) {
             },
             "Time from round to round, such as 500ms (the default), 2s or 1min")
         ->type_name("INTERVAL");
-    command->add_option("--count", options->count, "Ends after so many rounds")
-        ->check(CLI::PositiveNumber)
+    command
+        ->add_option_function<std::string>(
+            "--count", [options](std::string const& text) { options->count = parseRounds(text); },
+            "Ends after so many rounds; one in which no station was due is none")
         ->type_name("N");
     command->add_flag("--json", options->json, "One JSON object a round, each on its line");
-    command->add_option("--csv", options->csvFile, "Appends the values to this file as well")->type_name("FILE");
+    command
+        ->add_option("--csv", options->csvFile,
+                     "Appends the values to this file as well, with the reasons of those that are not good")
+        ->type_name("FILE");
     addLineOptions(*command, context);
     command->callback(
         [options, &context] { context.action = [options, &context] { return runWatch(*options, context); }; });

@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <numeric>
+#include <utility>
 
 namespace velk {
 namespace {
@@ -25,10 +26,24 @@ double quantileMs(std::vector<std::int64_t> const& sorted, double share) {
     return static_cast<double>(sorted[index]) / kMicrosecondsPerMillisecond;
 }
 
+std::uint64_t total(std::map<std::string, std::uint64_t> const& counts) {
+    return std::accumulate(counts.begin(), counts.end(), std::uint64_t{0},
+                           [](std::uint64_t sum, auto const& one) { return sum + one.second; });
+}
+
+/** " (2 x this, 1 x that)", or nothing. */
+std::string causes(std::map<std::string, std::uint64_t> const& counts) {
+    std::string text;
+    for (auto const& [cause, count] : counts) {
+        text += fmt::format("{}{} x {}", text.empty() ? "" : ", ", count, cause);
+    }
+    return text.empty() ? text : " (" + text + ")";
+}
+
 } // namespace
 
-LineFigures::LineFigures(int baud, int bitsPerByte)
-    : microsecondsPerByte_(kMicrosecondsPerSecond * bitsPerByte / std::max(baud, 1)) {}
+LineFigures::LineFigures(int baud, int bitsPerByte, StoppedTime stopped)
+    : microsecondsPerByte_(kMicrosecondsPerSecond * bitsPerByte / std::max(baud, 1)), stopped_(std::move(stopped)) {}
 
 void LineFigures::onFrame(host::PortFrame const& frame) {
     busyMicroseconds_ += static_cast<double>(frame.bytes.size()) * microsecondsPerByte_;
@@ -36,6 +51,7 @@ void LineFigures::onFrame(host::PortFrame const& frame) {
         exchanges_ += asked_ ? 0 : 1; // two frames in a row ask for one answer
         asked_ = true;
         askedAt_ = frame.lastByteAt;
+        stoppedBefore_ = stoppedTime();
         return;
     }
     busyMicroseconds_ += kSilenceMicroseconds;
@@ -44,7 +60,8 @@ void LineFigures::onFrame(host::PortFrame const& frame) {
     }
     asked_ = false;
     ++answered_;
-    std::int64_t const time = std::max<std::int64_t>(frame.firstByteAt - askedAt_, 0);
+    std::int64_t const stopped = stoppedTime() - stoppedBefore_;
+    std::int64_t const time = std::max<std::int64_t>(frame.firstByteAt - askedAt_ - stopped, 0);
     if (answerTimes_.size() < kMostTimes) {
         answerTimes_.push_back(time);
     } else {
@@ -58,8 +75,7 @@ void LineFigures::onTimeout(std::int64_t /*at*/) {
 }
 
 std::uint64_t LineFigures::failureCount() const {
-    return std::accumulate(failures_.begin(), failures_.end(), std::uint64_t{0},
-                           [](std::uint64_t sum, auto const& one) { return sum + one.second; });
+    return total(failures_);
 }
 
 LineSummary LineFigures::summary() const {
@@ -69,6 +85,7 @@ LineSummary LineFigures::summary() const {
     summary.exchanges = exchanges_;
     summary.answered = answered_;
     summary.failures = failures_;
+    summary.badValues = badValues_;
     summary.answerMedianMs = quantileMs(sorted, 0.5);
     summary.answer95Ms = quantileMs(sorted, 0.95);
     summary.answerWorstMs = quantileMs(sorted, 1);
@@ -82,20 +99,18 @@ int bitsPerByte(std::string const& parity, int stopBits) {
 }
 
 std::string summaryText(LineSummary const& summary, double elapsedMs) {
-    std::string causes;
-    std::uint64_t failed = 0;
-    for (auto const& [cause, count] : summary.failures) {
-        causes += fmt::format("{}{} x {}", causes.empty() ? "" : ", ", count, cause);
-        failed += count;
-    }
     std::string const times = summary.answered == 0
                                   ? std::string("no answer times")
                                   : fmt::format("answer time median {:.1f} ms, 95 % within {:.1f} ms, worst {:.1f} ms",
                                                 summary.answerMedianMs, summary.answer95Ms, summary.answerWorstMs);
+    std::string const badValues =
+        summary.badValues.empty() ? ""
+                                  : fmt::format(", {} not good{}", counted(total(summary.badValues), "value", "values"),
+                                                causes(summary.badValues));
     constexpr double kPercent = 100;
-    return fmt::format("{} asked, {} answered, {} failed{}; {}; line in use {:.0f} % of the time",
-                       counted(summary.exchanges, "frame", "frames"), summary.answered, failed,
-                       causes.empty() ? "" : " (" + causes + ")", times,
+    return fmt::format("{} asked, {} answered, {} failed{}{}; {}; line in use {:.0f} % of the time",
+                       counted(summary.exchanges, "frame", "frames"), summary.answered, total(summary.failures),
+                       causes(summary.failures), badValues, times,
                        elapsedMs > 0 ? kPercent * summary.busyMs / elapsedMs : 0);
 }
 

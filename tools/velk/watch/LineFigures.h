@@ -3,6 +3,7 @@
 #include "host/PortObserver.h"
 
 #include <cstdint>
+#include <functional>
 #include <map>
 #include <string>
 #include <vector>
@@ -13,8 +14,9 @@ namespace velk {
 struct LineSummary {
     std::uint64_t exchanges = 0; ///< frames that asked for an answer
     std::uint64_t answered = 0;
-    std::map<std::string, std::uint64_t> failures; ///< by cause, as the driver words it
-    double answerMedianMs = 0;                     ///< from the end of a frame to the first byte of its answer
+    std::map<std::string, std::uint64_t> failures;  ///< by cause, as the driver words it
+    std::map<std::string, std::uint64_t> badValues; ///< of variables that alone were not good, by cause
+    double answerMedianMs = 0;                      ///< from the end of a frame to the first byte of its answer
     double answer95Ms = 0;
     double answerWorstMs = 0;
     double busyMs = 0; ///< the least time that what was exchanged takes on this line
@@ -28,8 +30,11 @@ struct LineSummary {
  */
 class LineFigures final : public host::PortObserver {
 public:
+    /** Microseconds for which the program was stopped so far; such time is no answer time. */
+    using StoppedTime = std::function<std::int64_t()>;
+
     /** @param baud bit/s; @param bitsPerByte start, data, parity and stop bits together */
-    LineFigures(int baud, int bitsPerByte);
+    LineFigures(int baud, int bitsPerByte, StoppedTime stopped = nullptr);
 
     void onFrame(host::PortFrame const& frame) override;
     void onTimeout(std::int64_t at) override;
@@ -37,20 +42,28 @@ public:
     /** Counts a failure that was reported for a call. */
     void countFailure(std::string const& cause) { ++failures_[cause]; }
 
+    /** Counts a variable that was not good where its station answered. */
+    void countBadValue(std::string const& cause) { ++badValues_[cause]; }
+
     [[nodiscard]] std::uint64_t failureCount() const;
     [[nodiscard]] double busyMs() const { return busyMicroseconds_ / 1'000; }
     [[nodiscard]] LineSummary summary() const;
 
 private:
+    [[nodiscard]] std::int64_t stoppedTime() const { return stopped_ ? stopped_() : 0; }
+
     double microsecondsPerByte_;
+    StoppedTime stopped_;
     double busyMicroseconds_ = 0;
     std::uint64_t exchanges_ = 0;
     std::uint64_t answered_ = 0;
     std::int64_t askedAt_ = 0;
+    std::int64_t stoppedBefore_ = 0; ///< it was asked
     bool asked_ = false;
     std::vector<std::int64_t> answerTimes_; ///< microseconds, the latest ones
     std::size_t nextTime_ = 0;
     std::map<std::string, std::uint64_t> failures_;
+    std::map<std::string, std::uint64_t> badValues_;
 };
 
 /** Start, data, parity and stop bits of a byte. */

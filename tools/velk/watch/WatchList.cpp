@@ -58,7 +58,7 @@ host::Outcome WatchList::make(Session& session, int node) {
         }
         host::Result<std::vector<Tag>> tags = session.createTags(watched.request);
         if (!tags.ok()) {
-            failAll(session, node, tags.failure());
+            fail(node, session.settings(), {tags.failure().code, session.describe(tags.failure())});
             return tags.failure();
         }
         watched.tags = std::move(tags.value());
@@ -78,17 +78,17 @@ void WatchList::unmake(Session& session, int node) {
 }
 
 /** The rows of the station stay what they were; one that was never seen has the name that the user gave. */
-void WatchList::failAll(Session const& session, int node, host::Failure const& failure) {
+void WatchList::fail(int node, Settings const& settings, host::Failure const& failure) {
     for (Watched& watched : list_) {
         if (watched.request.node != node) {
             continue;
         }
         if (watched.tags.empty()) {
-            watched.tags = {unansweredTag(watched.request, session.settings(), failure)};
+            watched.tags = {unansweredTag(watched.request, settings, failure)};
         }
         watched.readings.clear();
         for (Tag const& tag : watched.tags) {
-            watched.readings.push_back(failedReading(tag, {failure.code, session.describe(failure)}));
+            watched.readings.push_back(failedReading(tag, failure));
         }
     }
 }
@@ -127,12 +127,14 @@ void WatchList::forgetTags() {
     }
 }
 
-std::vector<Reading> WatchList::readings() const {
-    std::vector<Reading> all;
+std::vector<Reading> WatchList::readings(std::set<int> const& nodes) const {
+    std::vector<Reading> wanted;
     for (Watched const& watched : list_) {
-        all.insert(all.end(), watched.readings.begin(), watched.readings.end());
+        if (nodes.contains(watched.request.node)) {
+            wanted.insert(wanted.end(), watched.readings.begin(), watched.readings.end());
+        }
     }
-    return all;
+    return wanted;
 }
 
 } // namespace velk

@@ -34,8 +34,14 @@ public:
     /** The session is gone, and its tags with it. The readings stay. */
     void forgetTags();
 
+    /** Fails the variables of a station that cannot be asked. @p failure has words that can be shown. */
+    void fail(int node, Settings const& settings, host::Failure const& failure);
+
     /** What was read last, in the order of the requests. */
-    [[nodiscard]] std::vector<Reading> readings() const;
+    [[nodiscard]] std::vector<Reading> readings() const { return readings(nodes()); }
+
+    /** The same of some stations only. */
+    [[nodiscard]] std::vector<Reading> readings(std::set<int> const& nodes) const;
 
 private:
     /** One request with the variables that it stands for. */
@@ -49,7 +55,6 @@ private:
     host::Outcome make(Session& session, int node);
     void unmake(Session& session, int node);
     host::Outcome readTags(Session& session, int node);
-    void failAll(Session const& session, int node, host::Failure const& failure);
 
     std::vector<Watched> list_;
 };

@@ -21,6 +21,7 @@ struct WatchedItem {
     std::string type;
     std::string value = "-"; ///< the last good one
     std::string status = "-";
+    std::string reason;   ///< why it is not good
     bool changed = false; ///< in the last round
     bool good = false;    ///< in the last round
     std::chrono::system_clock::time_point goodAt{};
@@ -41,7 +42,10 @@ public:
     /** Takes over what came of a round. A variable keeps its last good value as long as it is among the readings. */
     void update(std::span<Reading const> readings);
 
-    /** Lines without their ends, at most @p height of them, each at most @p width characters without colours. */
+    /**
+     * Lines without their ends, at most @p height of them, each at most @p width characters without colours. What is
+     * not good can be told without colours, too, and the reasons stand below the table as far as there is room.
+     */
     [[nodiscard]] std::vector<std::string> lines(WatchHeader const& header, std::chrono::system_clock::time_point now,
                                                  std::size_t width, std::size_t height, Terminal const& terminal) const;
 
@@ -52,6 +56,9 @@ private:
     using Key = std::pair<int, std::string>;
 
     void update(WatchedItem& item, Reading const& reading) const;
+    [[nodiscard]] bool severalStations() const;
+    [[nodiscard]] std::string headerLine(WatchHeader const& header) const;
+    [[nodiscard]] std::vector<std::string> reasonLines(std::string const& told) const;
 
     std::vector<WatchedItem> items_;
     std::map<Key, std::size_t> places_; ///< of the items

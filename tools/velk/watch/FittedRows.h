@@ -1,0 +1,31 @@
+#pragma once
+
+#include <cstddef>
+#include <string>
+#include <vector>
+
+namespace velk {
+
+/** What is shown of a watched variable, as text. */
+struct WatchRow {
+    std::string station;
+    std::string name;
+    std::string type;
+    std::string value;
+    std::string status;
+    std::string age;
+    bool good = false;
+};
+
+/**
+ * A table of the rows that keeps within a width: the line of heads, a rule, and a line for each row.
+ *
+ * Whatever the width, it can be told which row is good. What has no room gives way in this order: the end of values,
+ * the types, the start of stations and names, the ages. In the narrowest table the status stands in the place of a
+ * value that is not good.
+ *
+ * @param stations with a column for them
+ */
+std::vector<std::string> fittedRows(std::vector<WatchRow> const& rows, bool stations, std::size_t width);
+
+} // namespace velk
