@@ -33,8 +33,8 @@ TEST(StatusLine, IsReplacedByTheNextOneAndTakenAwayAtTheEnd) {
               "one\r\x1B[Ktwo\r\x1B[K");
 }
 
-TEST(StatusLine, LeavesTheLastColumnOfTheTerminalFree) {
-    EXPECT_EQ(errorOf([] { Terminal{kTerminals}.status(std::string(200, 'x')); }), std::string(79, 'x') + "\r\x1B[K");
+TEST(StatusLine, LeavesTheLastColumnFreeAndRoomForTheEchoOfCtrlC) {
+    EXPECT_EQ(errorOf([] { Terminal{kTerminals}.status(std::string(200, 'x')); }), std::string(77, 'x') + "\r\x1B[K");
 }
 
 TEST(StatusLine, MakesRoomForALineThatStays) {

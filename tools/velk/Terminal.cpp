@@ -4,6 +4,7 @@
 #include "tools/velk/Fitting.h"
 #include "tools/velk/Interrupt.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
@@ -115,8 +116,9 @@ void Terminal::status(std::string_view line) {
         return;
     }
     clearStatus();
-    int const width = widthOf({STDERR_FILENO, STDOUT_FILENO});
-    toError(firstCharacters(line, static_cast<std::size_t>(width - 1))); // the last column wraps on some terminals
+    constexpr int kFree = 3; // the last column wraps on some terminals, and Ctrl-C is echoed as ^C behind the line
+    int const width = std::max(widthOf({STDERR_FILENO, STDOUT_FILENO}) - kFree, 0);
+    toError(firstCharacters(line, static_cast<std::size_t>(width)));
     statusShown_ = !line.empty();
 }
 
