@@ -62,6 +62,7 @@ int ObservedPort::Write(unsigned char const* bytes, int length, int reserved) {
     if (written != 0) {
         tell([&] { observer_.onFrame({FrameDirection::Sent, frame, began, ended}); });
     } else if (!frame.empty()) {
+        tell([&] { observer_.onUnsent(frame); });
         tellFault(ended);
     }
     return written;

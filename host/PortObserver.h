@@ -36,6 +36,9 @@ public:
     /** Received bytes that nobody waited for were dropped: a late answer, or noise. */
     virtual void onDropped(std::span<unsigned char const> /*bytes*/, std::int64_t /*at*/) {}
 
+    /** A frame of which nobody can say how much has gone out; onFault() comes next. */
+    virtual void onUnsent(std::span<unsigned char const> /*bytes*/) {}
+
     /** The port died; @p reason may be empty. */
     virtual void onFault(std::string_view /*reason*/, std::int64_t /*at*/) {}
 

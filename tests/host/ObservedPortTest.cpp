@@ -29,6 +29,9 @@ public:
     void onDropped(std::span<unsigned char const> bytes, std::int64_t at) override {
         lines.push_back("dropped " + std::to_string(bytes.size()) + " @" + std::to_string(at));
     }
+    void onUnsent(std::span<unsigned char const> bytes) override {
+        lines.push_back("unsent " + std::to_string(bytes.size()));
+    }
     void onFault(std::string_view reason, std::int64_t at) override {
         lines.push_back("fault '" + std::string(reason) + "' @" + std::to_string(at));
     }
@@ -87,7 +90,7 @@ TEST_F(ObservedPort, AFailedWriteIsAFaultAndNoFrame) {
     memory.writeWorks = false;
     Bytes const frame{1};
     EXPECT_EQ(port.Write(frame.data(), 1, 0), 0);
-    EXPECT_EQ(diary.lines, (std::vector<std::string>{"fault '' @1000"}));
+    EXPECT_EQ(diary.lines, (std::vector<std::string>{"unsent 1", "fault '' @1000"}));
 }
 
 TEST_F(ObservedPort, PassesOpeningAndClosingOn) {

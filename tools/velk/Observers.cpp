@@ -36,6 +36,10 @@ void Observers::onDropped(std::span<unsigned char const> bytes, std::int64_t at)
     tellEach(observers_, [&](host::PortObserver& observer) { observer.onDropped(bytes, at); });
 }
 
+void Observers::onUnsent(std::span<unsigned char const> bytes) {
+    tellEach(observers_, [&](host::PortObserver& observer) { observer.onUnsent(bytes); });
+}
+
 void Observers::onFault(std::string_view reason, std::int64_t at) {
     tellEach(observers_, [&](host::PortObserver& observer) { observer.onFault(reason, at); });
 }

@@ -16,6 +16,7 @@ public:
     void onFrame(host::PortFrame const& frame) override;
     void onTimeout(std::int64_t at) override;
     void onDropped(std::span<unsigned char const> bytes, std::int64_t at) override;
+    void onUnsent(std::span<unsigned char const> bytes) override;
     void onFault(std::string_view reason, std::int64_t at) override;
 
 private:
