@@ -55,6 +55,7 @@ TEST(OrList, ReadsAsEnglish) {
     EXPECT_EQ(velk::orList(Texts{"a"}), "a");
     EXPECT_EQ(velk::orList(Texts{"a", "b"}), "a or b");
     EXPECT_EQ(velk::orList(Texts{"a", "b", "c"}), "a, b or c");
+    EXPECT_EQ(velk::andList(Texts{"a", "b", "c"}), "a, b and c");
 }
 
 class SymbolTable : public testing::Test {
@@ -94,6 +95,12 @@ TEST_F(SymbolTable, AMissingVariableIsSaidWithTheLikelyOnes) {
     host::Failure const failure = velk::missingVariable(table, "Level");
     EXPECT_EQ(failure.code, velk::kMissingVariable);
     EXPECT_EQ(failure.text, "the PLC program has no such variable; did you mean PLC_PRG.Level?");
+}
+
+TEST_F(SymbolTable, AnElementOfAnArrayIsThereWithTheArray) {
+    EXPECT_EQ(velk::missingVariable(table, "plc_prg.levels[1].x").text,
+              "the elements of an array are there with the whole array only, PLC_PRG.Levels");
+    EXPECT_EQ(velk::missingVariable(table, "nothing[1]").text, "the PLC program has no such variable");
 }
 
 TEST_F(SymbolTable, APatternThatFindsNothingMayBeMeantForAnElement) {

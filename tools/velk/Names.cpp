@@ -33,6 +33,15 @@ std::size_t distance(std::string_view one, std::string_view other) {
     return last.back();
 }
 
+std::string listOf(std::span<std::string const> texts, char const* lastJoint) {
+    std::string list;
+    for (std::size_t i = 0; i < texts.size(); ++i) {
+        bool const last = i + 1 == texts.size();
+        list += (i == 0 ? "" : last ? lastJoint : ", ") + texts[i];
+    }
+    return list;
+}
+
 /** The name without what stands before its last dot. */
 std::string_view lastPart(std::string_view name) {
     return name.substr(name.find_last_of('.') + 1);
@@ -90,12 +99,11 @@ std::vector<std::string> similarNames(std::string_view name, std::span<std::stri
 }
 
 std::string orList(std::span<std::string const> texts) {
-    std::string list;
-    for (std::size_t i = 0; i < texts.size(); ++i) {
-        bool const last = i + 1 == texts.size();
-        list += (i == 0 ? "" : last ? " or " : ", ") + texts[i];
-    }
-    return list;
+    return listOf(texts, " or ");
+}
+
+std::string andList(std::span<std::string const> texts) {
+    return listOf(texts, " and ");
 }
 
 std::string didYouMean(std::string_view name, std::span<std::string const> candidates) {

@@ -26,6 +26,9 @@ std::vector<std::string> similarNames(std::string_view name, std::span<std::stri
 /** "a", "a or b", "a, b or c". */
 std::string orList(std::span<std::string const> texts);
 
+/** "a", "a and b", "a, b and c". */
+std::string andList(std::span<std::string const> texts);
+
 /** "; did you mean X?" with the names much like @p name, or nothing. */
 std::string didYouMean(std::string_view name, std::span<std::string const> candidates);
 

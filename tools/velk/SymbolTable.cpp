@@ -7,6 +7,15 @@
 #include <utility>
 
 namespace velk {
+namespace {
+
+/** The array that a name such as PUMPS[1].SPEED is an element of, or null. */
+Variable const* arrayOf(SymbolTable const& table, std::string_view name) {
+    std::size_t const bracket = name.find('[');
+    return bracket == std::string_view::npos ? nullptr : table.find(name.substr(0, bracket));
+}
+
+} // namespace
 
 host::Result<SymbolTable> SymbolTable::load(std::filesystem::path const& file) {
     std::error_code error;
@@ -53,6 +62,9 @@ std::vector<Variable const*> SymbolTable::matching(std::string_view pattern) con
 }
 
 host::Failure missingVariable(SymbolTable const& table, std::string_view name) {
+    if (Variable const* const array = arrayOf(table, name)) {
+        return {kMissingVariable, "the elements of an array are there with the whole array only, " + array->name};
+    }
     std::vector<std::string> names;
     for (Variable const& variable : table.variables()) {
         names.push_back(variable.name);
@@ -61,7 +73,7 @@ host::Failure missingVariable(SymbolTable const& table, std::string_view name) {
 }
 
 host::Failure nothingMatches(SymbolTable const& table, std::string_view pattern) {
-    Variable const* const array = table.find(pattern.substr(0, pattern.find('[')));
+    Variable const* const array = arrayOf(table, pattern);
     return {kMissingVariable, array != nullptr
                                   ? "the elements of an array are read with the whole array, " + array->name
                                   : "no variable of the PLC program matches the pattern"};
