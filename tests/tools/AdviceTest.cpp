@@ -23,10 +23,14 @@ TEST(Advice, FramesThatMakeNoSenseAreOtherSettings) {
 }
 
 TEST(Advice, ARefusalIsNoWrongSetting) {
-    for (char const* const text : {"Project ID mismatch", "Command not acknowledged by PLC", "Symbol file not present",
-                                   "Wrong number of bytes received", "Rx Buffer dimension exceeded", ""}) {
+    for (char const* const text :
+         {"Project ID mismatch", "Command not acknowledged by PLC", "Symbol file not present",
+          "Wrong number of bytes received", "Rx Buffer dimension exceeded",
+          "Wrong reply length or ack in WriteData operation", ""}) {
         EXPECT_THAT(advice(ExitCode::Refused, {-6, text}, true), Not(HasSubstr("line speed"))) << text;
     }
+    EXPECT_THAT(advice(ExitCode::Refused, {-6, "Wrong reply length or ack in WriteData operation"}, true),
+                HasSubstr("The line works"));
     EXPECT_THAT(advice(ExitCode::Refused, {1, "the driver gave no reason"}, true), HasSubstr("logged in"));
 }
 

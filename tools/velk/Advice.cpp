@@ -27,6 +27,8 @@ constexpr std::array kAdvice{
     TextAdvice{"checksum", kOtherSettings},
     TextAdvice{"Project ID mismatch", "The PLC has got another program a moment ago: ask again."},
     TextAdvice{"Command not acknowledged", "The line works: likely the PLC has restarted, or is stopped. Ask again."},
+    TextAdvice{"in WriteData operation",
+               "The line works: likely the PLC has restarted, is stopped, or does not let this be written."},
     TextAdvice{"Symbol file not present",
                "The line works: likely the project was loaded into the PLC without its symbol configuration."},
     TextAdvice{"Rx Buffer dimension exceeded",
