@@ -38,6 +38,7 @@ variable = [
     { name = "List", type = "ARRAY [0..3] OF INT", value = [1, 2, 3, 4] },
     { name = "Share", type = "REAL", value = 0.5 },
     { name = "Small", type = "USINT", value = 3 },
+    { name = "Word", type = "WORD", value = 0xFFFF },
 ]
 """
 PATIENCE = 60  # seconds; a busy machine is slow

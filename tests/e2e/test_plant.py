@@ -101,6 +101,31 @@ class Plant(ServiceTest):
         done = self.run_velk(["read", "-q", "--json", "PLC_PRG.Setpoint"])
         self.assertEqual(json.loads(done.stdout)[0]["value"], 1200)
 
+    def test_the_stations_that_are_written_to_are_named(self):
+        child = self.type_velk(["write", "-q", "oven:PLC_PRG.Setpoint=5", "PLC_PRG.Setpoint=7"])
+        child.expect(r"station +name +type +now +to write")
+        child.expect(r"oven +PLC_PRG\.Setpoint +REAL +180(\.0)? +5")
+        child.expect(r"press +PLC_PRG\.Setpoint +INT +1200 +7")
+        child.expect(r"Write these 2 values to oven and press\? \[y/N\] ")
+        child.sendline("y")
+        child.expect(r"oven +PLC_PRG\.Setpoint +REAL +180(\.0)? +5 +5(\.0)? +took")
+        child.expect(r"press +PLC_PRG\.Setpoint +INT +1200 +7 +7 +took")
+        self.assert_exit(child, GOOD)
+
+    def test_one_station_of_several_is_named_too(self):
+        child = self.type_velk(["write", "-q", "PLC_PRG.Setpoint=7"])
+        child.expect(r"press +PLC_PRG\.Setpoint +INT +1200 +7")
+        child.expect(r"Write this value to press\? \[y/N\] ")
+        child.sendline("n")
+        self.assert_exit(child, ITEM_NOT_GOOD)
+
+    def test_complaints_about_values_name_the_station(self):
+        done = self.run_velk(["write", "-q", "-y", "oven:PLC_PRG.Setpoint=5", "PLC_PRG.Setpoint=99999"])
+        self.assert_ends(done, USAGE)
+        self.assertIn("velk: press:PLC_PRG.Setpoint: '99999' is out of range", done.stderr)
+        done = self.run_velk(["write", "-q", "-y", "oven:PLC_PRG.Strokes=5"])
+        self.assertIn("velk: oven:PLC_PRG.Strokes: the PLC program has no such variable", done.stderr)
+
     def test_what_a_key_switch_does_not_take(self):
         done = self.run_velk(["write", "--yes", "PLC_PRG.Mode=4"])
         self.assert_ends(done, ITEM_NOT_GOOD)

@@ -38,10 +38,6 @@ TagRequest requestFor(NamedTag const& tag, Settings const& settings) {
     return parseTagRequest(tag.name, settings);
 }
 
-bool endsEverything(ExitCode code) {
-    return code == ExitCode::Port || code == ExitCode::Interrupted;
-}
-
 void throwWhenOver(Session const& session, host::Failure const& failure) {
     if (endsEverything(session.exitCode(failure))) {
         throw session.error(failure);
@@ -111,7 +107,35 @@ std::string jsonText(std::span<Reading const> readings) {
     return list.dump(kIndent) + "\n";
 }
 
+/** Reads the tags of one station. Answers whether the line can go on. */
+bool readStation(Session& session, std::span<Tag const> tags, int node, std::vector<Reading>& readings) {
+    std::vector<ITag*> wanted(tags.size(), nullptr);
+    for (std::size_t i = 0; i < tags.size(); ++i) {
+        wanted[i] = tags[i].node == node ? tags[i].tag : nullptr;
+    }
+    std::vector<host::TagResult> results =
+        host::TagReader(session.panel().driver().protocol(), {.skipNodeAfterTimeout = true}).read(wanted);
+    bool goesOn = true;
+    for (std::size_t i = 0; i < tags.size(); ++i) {
+        if (wanted[i] == nullptr) {
+            continue;
+        }
+        readings[i].result = std::move(results[i]);
+        readings[i].at = std::chrono::system_clock::now();
+        host::Failure& failure = readings[i].result.failure;
+        if (!readings[i].result.good) {
+            goesOn = goesOn && !endsEverything(session.exitCode(failure));
+            failure.text = session.describe(failure);
+        }
+    }
+    return goesOn;
+}
+
 } // namespace
+
+bool endsEverything(ExitCode code) {
+    return code == ExitCode::Port || code == ExitCode::Interrupted;
+}
 
 std::string utcText(Time time) {
     return fmt::format("{:%Y-%m-%dT%H:%M:%S}.{:03}Z", fmt::gmtime(std::chrono::system_clock::to_time_t(time)),
@@ -166,7 +190,7 @@ std::vector<Tag> createAllTags(Session& session, std::span<TagRequest const> req
     return tags;
 }
 
-std::vector<Reading> readAll(Session& session, std::span<Tag const> tags) {
+std::vector<Reading> readWhileItWorks(Session& session, std::span<Tag const> tags) {
     std::vector<Reading> readings(tags.size());
     std::set<int> nodes;
     for (std::size_t i = 0; i < tags.size(); ++i) {
@@ -176,22 +200,18 @@ std::vector<Reading> readAll(Session& session, std::span<Tag const> tags) {
         nodes.insert(tags[i].node);
     }
     for (int const node : nodes) {
-        std::vector<ITag*> wanted(tags.size(), nullptr);
-        for (std::size_t i = 0; i < tags.size(); ++i) {
-            wanted[i] = tags[i].node == node ? tags[i].tag : nullptr;
+        if (!readStation(session, tags, node, readings)) {
+            break;
         }
-        std::vector<host::TagResult> results =
-            host::TagReader(session.panel().driver().protocol(), {.skipNodeAfterTimeout = true}).read(wanted);
-        for (std::size_t i = 0; i < tags.size(); ++i) {
-            if (wanted[i] == nullptr) {
-                continue;
-            }
-            readings[i].result = std::move(results[i]);
-            readings[i].at = std::chrono::system_clock::now();
-            if (!readings[i].result.good) {
-                throwWhenOver(session, readings[i].result.failure);
-                readings[i].result.failure.text = session.describe(readings[i].result.failure);
-            }
+    }
+    return readings;
+}
+
+std::vector<Reading> readAll(Session& session, std::span<Tag const> tags) {
+    std::vector<Reading> readings = readWhileItWorks(session, tags);
+    for (Reading const& reading : readings) {
+        if (!reading.result.good && reading.tag->tag != nullptr) {
+            throwWhenOver(session, reading.result.failure);
         }
     }
     return readings;

@@ -35,7 +35,13 @@ std::vector<Tag> createAllTags(Session& session, std::span<TagRequest const> req
 /** A tag that stands for a request whose station does not answer. */
 Tag unansweredTag(TagRequest const& request, Settings const& settings, host::Failure const& failure);
 
-/** Reads all tags, station by station. Throws CommandError when the port is dead or the user wants the end. */
+/** Whether nothing more can come of the line: the port is dead, or the user wants the end. */
+bool endsEverything(ExitCode code);
+
+/** Reads tags, station by station. When the port dies or the user wants the end, the rest has no value. */
+std::vector<Reading> readWhileItWorks(Session& session, std::span<Tag const> tags);
+
+/** The same for all tags. Throws CommandError when the port is dead or the user wants the end. */
 std::vector<Reading> readAll(Session& session, std::span<Tag const> tags);
 
 /** "good", "missing" or "failed". */

@@ -1,38 +1,27 @@
 #include "tools/velk/commands/WriteCommand.h"
 
-#include "interfaces/ITag.h"
-#include "tools/common/TextTable.h"
 #include "tools/velk/CommandError.h"
 #include "tools/velk/Context.h"
 #include "tools/velk/Names.h"
 #include "tools/velk/Readings.h"
 #include "tools/velk/Session.h"
 #include "tools/velk/Terminal.h"
-#include "tools/velk/Text.h"
-
-#include <fmt/format.h>
-#include <nlohmann/json.hpp>
+#include "tools/velk/write/Change.h"
+#include "tools/velk/write/StationNaming.h"
+#include "tools/velk/write/WritePreview.h"
+#include "tools/velk/write/WriteResult.h"
+#include "tools/velk/write/WriteWatch.h"
+#include "tools/velk/write/Writing.h"
 
 #include <algorithm>
+#include <iterator>
 #include <memory>
+#include <optional>
 #include <set>
+#include <utility>
 
 namespace velk {
 namespace {
-
-/** One value on its way to the PLC. */
-struct Change {
-    Tag const* tag = nullptr;
-    host::ValueBytes wanted;
-    Reading before;
-    host::TagResult written;
-    Reading after;
-
-    /** The PLC took the write, and has the value. */
-    [[nodiscard]] bool took() const {
-        return written.good && after.result.good && tag->text(after.result.value) == tag->text(wanted);
-    }
-};
 
 std::vector<Assignment> parseAssignments(std::vector<std::string> const& words) {
     std::vector<Assignment> assignments;
@@ -65,144 +54,103 @@ void requireSomebodyToAsk(WriteOptions const& options, Terminal const& terminal)
     }
 }
 
-/** Nothing is written when anything cannot be. */
-void requireAllGood(std::span<Reading const> readings, Session const& session, Terminal& terminal) {
-    ExitCode worst = ExitCode::Good;
-    for (Reading const& reading : readings) {
-        if (!reading.result.good) {
-            terminal.complain(displayable(reading.tag->name) + ": " + displayable(reasonText(reading)));
-            worst = worse(worst, session.exitCode(reading.result));
-        }
-    }
-    if (worst != ExitCode::Good) {
-        throw CommandError(worst, "nothing was written");
-    }
-}
-
-std::vector<Change> parseValues(std::span<Reading const> before, std::vector<Assignment> const& assignments,
-                                Terminal& terminal) {
-    std::vector<Change> changes;
-    bool allGood = true;
-    for (std::size_t i = 0; i < before.size(); ++i) {
-        Tag const& tag = *before[i].tag;
-        host::Result<host::ValueBytes> bytes = tag.parse(assignments[i].value);
-        if (!bytes.ok()) {
-            terminal.complain(displayable(tag.name) + ": " + bytes.failure().text);
-            allGood = false;
-            continue;
-        }
-        changes.push_back({&tag, std::move(bytes.value()), before[i], {}, {}});
-    }
-    if (!allGood) {
-        throw CommandError(ExitCode::Usage, "nothing was written");
-    }
-    return changes;
-}
-
-std::string previewText(std::span<Change const> changes) {
-    tools::TextTable table({"name", "type", "now", "to write"});
-    for (Change const& change : changes) {
-        table.add({displayable(change.tag->name), displayable(change.tag->typeText()),
-                   change.tag->text(change.before.result.value), change.tag->text(change.wanted)});
-    }
-    return table.text();
-}
-
-/** The symbol file does not tell a BOOL that is a byte from one that is a bit among others. */
-void tellOfWholeBytes(std::span<Tag const> tags, bool asking, Terminal& terminal) {
+/** Values of another program than the tags were made from would land in other variables, as other types. */
+void requireSamePrograms(Session& session, std::span<Tag const> tags, StationNaming const& naming) {
     for (Tag const& tag : tags) {
-        if (tag.plcType == "BOOL") {
-            std::string const name = displayable(tag.name);
-            std::string const text = fmt::format("{0} is written as a whole byte; if it is a single bit, its "
-                                                 "neighbours are lost: then write {0}:bit",
-                                                 name);
-            asking ? terminal.error(text) : terminal.note(text); // whoever is asked has to know
+        if (session.isProgramReplaced(tag.node)) {
+            throw CommandError(ExitCode::ItemNotGood, "the program of " + naming.place(tag) +
+                                                          " was replaced: nothing was written, call again");
         }
     }
 }
 
-bool confirmed(Context& context, std::span<Change const> changes) {
-    std::string const what = changes.size() == 1 ? "this value" : "these " + std::to_string(changes.size()) + " values";
-    std::optional<std::string> const answer =
-        context.terminal.ask(previewText(changes) + "Write " + what + " to the PLC? [y/N] ", context.interrupt);
-    return answer && (sameName(*answer, "y") || sameName(*answer, "yes"));
-}
-
-void writeAll(std::vector<Change>& changes, Session& session) {
-    std::vector<host::TagWrite> writes;
-    writes.reserve(changes.size());
-    for (Change const& change : changes) {
-        writes.push_back({change.tag->tag, change.wanted});
-    }
-    std::vector<host::TagResult> results = host::TagReader(session.panel().driver().protocol()).write(writes);
-    for (std::size_t i = 0; i < changes.size(); ++i) {
-        changes[i].written = std::move(results[i]);
-        if (!changes[i].written.good) {
-            changes[i].written.failure.text = session.describe(changes[i].written.failure);
+/** Tags whose type was given needed no symbols so far; from now on a change of them is noticed. */
+void rememberPrograms(Session& session, std::span<Tag const> tags) {
+    std::set<int> known;
+    for (Tag const& tag : tags) {
+        if (known.insert(tag.node).second) {
+            static_cast<void>(session.storedSymbols(tag.node));
         }
     }
 }
 
-void readBack(std::vector<Change>& changes, Session& session, std::span<Tag const> tags) {
-    std::vector<Reading> readings = readAll(session, tags);
-    for (std::size_t i = 0; i < changes.size(); ++i) {
-        changes[i].after = std::move(readings[i]);
+/** What is to be done, as the command line says it. */
+struct Job {
+    WriteOptions const& options;
+    std::vector<Assignment> assignments;
+    std::vector<TagRequest> requests;
+    StationNaming naming;
+};
+
+/** What is to be done, as the PLCs have it. */
+struct Plan {
+    std::vector<Tag> tags;
+    std::vector<Change> changes; ///< of the tags, in their order
+};
+
+Plan makePlan(Job const& job, Session& session, Context& context) {
+    Plan plan;
+    plan.tags = createAllTags(session, job.requests, context);
+    std::vector<Reading> const before = readAll(session, plan.tags);
+    requireSamePrograms(session, plan.tags, job.naming);
+    requireWritable(before, job.naming, session, context.terminal);
+    rememberPrograms(session, plan.tags);
+    std::vector<std::string> values;
+    std::transform(job.assignments.begin(), job.assignments.end(), std::back_inserter(values),
+                   [](Assignment const& each) { return each.value; });
+    plan.changes = parseChanges(before, values, job.naming, context.terminal);
+    return plan;
+}
+
+void requireYes(Plan const& plan, Job const& job, Session& session, Context& context) {
+    std::optional<std::string> const answer = context.terminal.ask(
+        previewText(plan.changes, job.naming) + questionText(plan.tags, job.naming), context.interrupt);
+    if (!answer || !(sameName(*answer, "y") || sameName(*answer, "yes"))) {
+        throw CommandError(ExitCode::ItemNotGood, kNothingWritten);
+    }
+    requireSamePrograms(session, plan.tags, job.naming);
+}
+
+/** What ends the command before anything is written has to say so, an interruption too. */
+[[noreturn]] void endBeforeWriting(CommandError const& error, Terminal& terminal) {
+    if (error.code() == ExitCode::Interrupted) {
+        terminal.complain(kNothingWritten); // of an interruption nothing else is told
+        throw error;
+    }
+    if (error.code() == ExitCode::Port) {
+        throw CommandError(error.code(), std::string(error.what()) + ": " + kNothingWritten);
+    }
+    throw error;
+}
+
+/** All that comes before the writing. */
+Plan prepare(Job const& job, Session& session, Context& context) {
+    try {
+        Plan plan = makePlan(job, session, context);
+        tellOfPitfalls(plan.changes, job.naming, !job.options.yes, context.terminal);
+        if (!job.options.yes) {
+            requireYes(plan, job, session, context);
+        }
+        return plan;
+    } catch (CommandError const& error) {
+        endBeforeWriting(error, context.terminal);
     }
 }
 
-std::string outcomeText(Change const& change) {
-    if (!change.written.good) {
-        return "failed: " + change.written.failure.text;
+/** What was written, or may have been, is told also when the line has come to its end. */
+ExitCode tell(std::span<Change const> changes, std::optional<CommandError> const& end, Job const& job,
+              Terminal& terminal) {
+    if (end && end->code() == ExitCode::Interrupted && terminal.kinds().errorIsTerminal) {
+        terminal.error(""); // behind the ^C
     }
-    if (!change.after.result.good) {
-        return "written, but not read back: " + change.after.result.failure.text;
+    terminal.out(job.options.json ? resultJson(changes) : resultText(changes, job.naming));
+    for (std::string const& complaint : complaintsOf(changes, job.naming)) {
+        terminal.complain(complaint);
     }
-    return change.took() ? "took" : "did not take, or the program has changed it since";
-}
-
-std::string valueAfter(Change const& change) {
-    return change.after.result.good ? change.tag->text(change.after.result.value) : "-";
-}
-
-std::string tableText(std::span<Change const> changes) {
-    tools::TextTable table({"name", "type", "before", "written", "after", "result"});
-    for (Change const& change : changes) {
-        Tag const& tag = *change.tag;
-        table.add({displayable(tag.name), displayable(tag.typeText()), tag.text(change.before.result.value),
-                   tag.text(change.wanted), valueAfter(change), displayable(outcomeText(change))});
+    if (end) {
+        throw CommandError(*end);
     }
-    return table.text();
-}
-
-std::string jsonText(std::span<Change const> changes) {
-    nlohmann::ordered_json list = nlohmann::ordered_json::array();
-    for (Change const& change : changes) {
-        Tag const& tag = *change.tag;
-        nlohmann::ordered_json one;
-        one["station"] = toUtf8(tag.station);
-        one["node"] = tag.node;
-        one["name"] = toUtf8(tag.name);
-        one["variable"] = toUtf8(tag.variable);
-        one["type"] = toUtf8(tag.typeText());
-        one["before"] = tag.json(change.before.result.value);
-        one["written"] = tag.json(change.wanted);
-        one["after"] = change.after.result.good ? tag.json(change.after.result.value) : nlohmann::json();
-        one["took"] = change.took();
-        one["result"] = toUtf8(outcomeText(change));
-        list.push_back(std::move(one));
-    }
-    constexpr int kIndent = 2;
-    return list.dump(kIndent) + "\n";
-}
-
-ExitCode exitCodeOf(std::span<Change const> changes, Session const& session) {
-    std::vector<ExitCode> codes;
-    for (Change const& change : changes) {
-        ExitCode const line = worse(session.exitCode(change.written),
-                                    change.written.good ? session.exitCode(change.after.result) : ExitCode::Good);
-        codes.push_back(line == ExitCode::Good && !change.took() ? ExitCode::ItemNotGood : line);
-    }
-    return exitCodeOfItems(codes);
+    return exitCodeOf(changes);
 }
 
 } // namespace
@@ -216,25 +164,21 @@ Assignment parseAssignment(std::string_view word) {
 }
 
 ExitCode runWrite(WriteOptions const& options, Context& context) {
-    std::vector<Assignment> const assignments = parseAssignments(options.assignments);
+    std::vector<Assignment> assignments = parseAssignments(options.assignments);
     Settings const settings = readSettings(context);
-    std::vector<TagRequest> const requests = requestsOf(assignments, settings);
+    std::vector<TagRequest> requests = requestsOf(assignments, settings);
     requireSomebodyToAsk(options, context.terminal);
+    StationNaming const naming(settings, requests);
+    Job const job{options, std::move(assignments), std::move(requests), naming};
     echoSettings(settings, context);
     Session session(settings, context);
     session.require(session.open());
-    std::vector<Tag> const tags = createAllTags(session, requests, context);
-    std::vector<Reading> const before = readAll(session, tags);
-    requireAllGood(before, session, context.terminal);
-    std::vector<Change> changes = parseValues(before, assignments, context.terminal);
-    tellOfWholeBytes(tags, !options.yes, context.terminal);
-    if (!options.yes && !confirmed(context, changes)) {
-        throw CommandError(ExitCode::ItemNotGood, "nothing was written");
-    }
-    writeAll(changes, session);
-    readBack(changes, session, tags);
-    context.terminal.out(options.json ? jsonText(changes) : tableText(changes));
-    return exitCodeOf(changes, session);
+    Plan plan = prepare(job, session, context);
+    WriteWatch watch;
+    Attachment const attachment(context.observers, watch);
+    Writing writing(session, watch);
+    writing.run(plan.changes, plan.tags);
+    return tell(plan.changes, writing.end(), job, context.terminal);
 }
 
 void addWriteCommand(CLI::App& app, Context& context) {
