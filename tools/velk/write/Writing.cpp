@@ -41,7 +41,8 @@ void Writing::writeList(std::vector<Change>& changes, std::span<std::size_t cons
         Change& change = changes[items[i]];
         change.written = std::move(results[i]);
         change.writeCode = judge(change.written, change.advice);
-        change.delivery = watch_.delivery();
+        bool const leftOut = change.written.failure.code == host::kHostFailure; // the others may have been sent
+        change.delivery = leftOut && !change.written.good ? Delivery::NotSent : watch_.delivery();
     }
 }
 
