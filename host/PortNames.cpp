@@ -21,13 +21,19 @@ bool isDevice(std::string const& path) {
     return std::filesystem::is_character_file(path, ignored);
 }
 
+/** "ttyUSB0" */
+bool isTerminalName(std::string const& name) {
+    constexpr char const* kLettersAndDigits = "abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789";
+    return name.starts_with("tty") && name.find_first_not_of(kLettersAndDigits) == std::string::npos;
+}
+
 std::optional<std::string> deviceCalled(std::string const& name) {
     for (char const* const folder : {"/dev/", "./"}) {
         if (isDevice(folder + name)) {
             return folder + name;
         }
     }
-    return name.starts_with("tty") ? std::optional("/dev/" + name) : std::nullopt;
+    return isTerminalName(name) ? std::optional("/dev/" + name) : std::nullopt;
 }
 
 } // namespace

@@ -18,8 +18,9 @@ namespace {
 using Items = std::span<std::size_t const>;
 
 constexpr int kTimeoutCode = -4;
-constexpr int kRefusedCode = -6;    // wrong or refused answers of the PLC, bad quality
-constexpr int kAddressCode = -1;    // address, buffer and symbol faults
+constexpr int kRefusedCode = -6; // wrong or refused answers of the PLC, bad quality
+constexpr int kAddressCode = -1; // address, buffer and symbol faults
+constexpr char const* kResponseTooLong = "Rx Buffer dimension exceeded";
 constexpr int kConversionCode = -9; // a value that a conversion does not take
 
 std::size_t valueLength(ITag const& tag) {
@@ -51,7 +52,7 @@ public:
     virtual bool single(std::size_t item) = 0;
 
     /** True when the failure may be due to one tag, and trying the others without it does no harm. */
-    [[nodiscard]] virtual bool mayBlameATag(int code) const = 0;
+    [[nodiscard]] virtual bool mayBlameATag(Failure const& failure) const = 0;
 
     void fail(Items items, Failure const& failure) {
         for (std::size_t const item : items) {
@@ -105,8 +106,8 @@ public:
         return true;
     }
 
-    [[nodiscard]] bool mayBlameATag(int code) const override {
-        return code == kAddressCode || code == kRefusedCode || code == kConversionCode;
+    [[nodiscard]] bool mayBlameATag(Failure const& failure) const override {
+        return failure.code == kAddressCode || failure.code == kRefusedCode || failure.code == kConversionCode;
     }
 
 private:
@@ -155,8 +156,12 @@ public:
         return true;
     }
 
-    // These are found before anything is sent. What the PLC itself refused may be half written: not again.
-    [[nodiscard]] bool mayBlameATag(int code) const override { return code == kAddressCode || code == kConversionCode; }
+    // These are found before anything is sent. What the PLC itself refused, or answered at too great a length, may be
+    // half written: not again.
+    [[nodiscard]] bool mayBlameATag(Failure const& failure) const override {
+        return (failure.code == kAddressCode && !failure.text.ends_with(kResponseTooLong)) ||
+               failure.code == kConversionCode;
+    }
 
 private:
     static void note(TagResult& result, idal_error_t status) {
@@ -228,7 +233,7 @@ private:
         if (guarded([&] { return transfer_.datagram(items); })) {
             return;
         }
-        if (items.size() > 1 && calls_ >= 2 && transfer_.mayBlameATag(failure_.code)) {
+        if (items.size() > 1 && calls_ >= 2 && transfer_.mayBlameATag(failure_)) {
             calls_ -= 2;
             runItems(items.first(items.size() / 2));
             runItems(items.subspan(items.size() / 2));

@@ -251,6 +251,20 @@ TEST_F(TagReader, AWriteThatThePlcRefusedIsNotSentAgain) {
     EXPECT_EQ(protocol.calls.size(), 1U);
 }
 
+TEST_F(TagReader, AWriteWhoseAnswerIsTooLongIsNotSentAgain) {
+    add("a", 1, {0});
+    add("b", 1, {0}).spoils = true;
+    protocol.spoiledCode = -1;
+    protocol.spoiledText = "Rx Buffer dimension exceeded";
+    host::TagReader writer(protocol);
+    std::vector<host::TagWrite> const writes = {{list[0], {1}}, {list[1], {2}}};
+    EXPECT_EQ(shown(writer.write(writes)),
+              (Calls{"-1 Rx Buffer dimension exceeded", "-1 Rx Buffer dimension exceeded"}));
+    EXPECT_EQ(protocol.calls.size(), 1U);
+    protocol.spoiledText = "Tx Buffer dimension exceeded"; // found before anything is sent
+    EXPECT_EQ(shown(writer.write(writes)), (Calls{"good", "-1 Tx Buffer dimension exceeded"}));
+}
+
 TEST_F(TagReader, ATagThatGoesWithNothingIsWrittenThroughTheSingleCall) {
     add("a", 1, {0});
     add("id", 1, {0}).alone = true;
