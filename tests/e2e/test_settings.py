@@ -57,7 +57,8 @@ class ProjectFiles(ServiceTest):
 
     def test_a_folder_for_symbol_files_that_cannot_be_had(self):
         (self.folder / "file").touch()
-        done = self.run_velk(["read", "--port", "/dev/ttyS7", "--storage", self.folder / "file" / "inside", "X"])
+        line = self.line()
+        done = self.run_velk(["read", "--port", line.link, "--storage", self.folder / "file" / "inside", "X"])
         self.assert_ends(done, USAGE)
         self.assertIn("cannot be made: Not a directory; give another folder for the symbol files with --storage",
                       done.stderr)

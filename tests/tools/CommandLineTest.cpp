@@ -139,7 +139,7 @@ TEST_F(CommandLine, WrongWordsAreToldInOneVoiceAndWithTheirCommand) {
              Case{{"trace", "--format", "x", "--", "ports"},
                   "--format is 'x'; it has to be text, jsonl or pcapng",
                   "trace"},
-             Case{{"watch", "--count", "0"}, "--count is '0'; it has to be a number above 0", "watch"},
+             Case{{"watch", "--count", "0"}, "--count: '0' is no number of rounds; it takes 1 or more", "watch"},
              Case{{"trace", "--"}, "COMMAND is missing", "trace"},
              Case{{"completions", "ksh"}, "SHELL is 'ksh'; it has to be bash, zsh or fish", "completions"},
              Case{{"init", "--address1", "1.2.3"},

@@ -107,7 +107,7 @@ TEST_F(SymbolTable, APatternThatFindsNothingMayBeMeantForAnElement) {
     EXPECT_EQ(velk::nothingMatches(table, "Nix*").code, velk::kMissingVariable);
     EXPECT_EQ(velk::nothingMatches(table, "Nix*").text, "no variable of the PLC program matches the pattern");
     EXPECT_EQ(velk::nothingMatches(table, "plc_prg.levels[1]").text,
-              "the elements of an array are read with the whole array, PLC_PRG.Levels");
+              "the elements of an array are there with the whole array only, PLC_PRG.Levels");
 }
 
 TEST(SymbolTableFile, OneThatIsNotThereIsToldFromABadOne) {

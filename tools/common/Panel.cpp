@@ -34,14 +34,14 @@ host::Result<std::unique_ptr<Panel>> Panel::create(PanelSettings const& settings
 
 host::Outcome Panel::start() {
     host::Outcome const started = driver_->start();
-    if (!started.ok()) {
-        return serial_.lastError().empty() ? started : host::Failure{started.failure().code, serial_.lastError()};
+    if (started.ok() || serial_.lastError().empty()) {
+        return started;
     }
-    host::Outcome const prepared = storage_.prepare(ident_); // not before: a port that is not there leaves no folder
-    if (!prepared.ok()) {
-        static_cast<void>(driver_->stop());
-    }
-    return prepared;
+    return host::Failure{started.failure().code, serial_.lastError()};
+}
+
+host::Outcome Panel::makeStorage() {
+    return storage_.prepare(ident_);
 }
 
 host::Outcome Panel::stop() {

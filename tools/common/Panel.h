@@ -33,8 +33,12 @@ public:
     static host::Result<std::unique_ptr<Panel>> create(PanelSettings const& settings, host::Clock& clock,
                                                        host::PortObserver* observer);
 
-    /** Opens the port and makes the storage ready. The failure tells why one of them cannot be had. */
+    /** Opens the port. The failure tells why it cannot be had. */
     host::Outcome start();
+
+    /** Makes the place for symbol files ready. Not before the port is open: one that is not there leaves no folder. */
+    host::Outcome makeStorage();
+
     host::Outcome stop();
 
     host::DriverInstance& driver() { return *driver_; }

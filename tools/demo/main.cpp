@@ -172,6 +172,7 @@ void Demonstration::loadModule() {
     panel_ = std::move(panel.value());
     screen_.good("dlopen, GetInterfaceFactory, Init, CreateProtocol(\"VELK\"), Config");
     require(panel_->start());
+    require(panel_->makeStorage());
     screen_.good("Start: the port is open");
     require(createTags(*panel_, kNode, variables_));
     screen_.good(std::to_string(variables_.size()) + " tags created");

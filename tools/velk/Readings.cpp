@@ -5,6 +5,7 @@
 #include "tools/common/TextTable.h"
 #include "tools/velk/CommandError.h"
 #include "tools/velk/Context.h"
+#include "tools/velk/Fitting.h"
 #include "tools/velk/Terminal.h"
 #include "tools/velk/Text.h"
 
@@ -44,11 +45,6 @@ void throwWhenOver(Session const& session, host::Failure const& failure) {
     }
 }
 
-std::string shortened(std::string const& text, std::size_t longest) {
-    constexpr std::size_t kDots = 3;
-    return text.size() <= longest ? text : text.substr(0, longest - kDots) + "...";
-}
-
 std::string valueCell(Reading const& reading) {
     return reading.result.good ? reading.tag->text(reading.result.value) : "-";
 }
@@ -62,7 +58,7 @@ std::string tableText(std::span<Reading const> readings, ReadingStyle const& sty
     for (Reading const& reading : readings) {
         std::string const reason = reasonText(reading);
         std::vector<std::string> row{displayable(reading.tag->name), displayable(reading.tag->typeText()),
-                                     shortened(valueCell(reading), style.longest),
+                                     cutAtEnd(valueCell(reading), style.longest),
                                      statusWord(reading) + (reason.empty() ? "" : ": " + displayable(reason)),
                                      localText(reading.at)};
         if (style.stations) {

@@ -1,6 +1,5 @@
 #include "tools/velk/Session.h"
 
-#include "host/PermanentStorage.h"
 #include "host/TagAddress.h"
 #include "interfaces/ITag.h"
 #include "tools/common/ModuleFile.h"
@@ -69,14 +68,6 @@ std::optional<std::string> whyNotKept(std::filesystem::path const& file) {
     return !error && space.available == 0 ? std::optional(folder.string() + ": no space is left") : std::nullopt;
 }
 
-/** Whether the symbol files have a place on this machine. */
-host::Outcome prepareStorage(Settings const& settings) {
-    host::Outcome const prepared = host::PermanentStorage(settings.storage).prepare(settings.instance);
-    return prepared.ok() ? prepared
-                         : host::hostFailure(prepared.failure().text +
-                                             "; give another folder for the symbol files with --storage");
-}
-
 bool sameTable(SymbolTable const& one, SymbolTable const& other) {
     return one.projectId() == other.projectId() && one.variables() == other.variables();
 }
@@ -106,9 +97,6 @@ host::Outcome Session::prepare() {
     if (!module.ok()) {
         return module.failure();
     }
-    if (host::Outcome prepared = prepareStorage(settings_); !prepared.ok()) {
-        return prepared;
-    }
     tools::PanelSettings const panelSettings{.module = module.value(),
                                              .storage = settings_.storage,
                                              .ident = settings_.instance,
@@ -129,7 +117,16 @@ host::Outcome Session::open() {
     }
     host::Outcome started = panel_->start();
     portOpen_ = started.ok();
-    return started;
+    return portOpen_ ? makeStorage() : started;
+}
+
+host::Outcome Session::makeStorage() {
+    host::Outcome made = panel_->makeStorage();
+    if (made.ok()) {
+        return made;
+    }
+    close();
+    return host::hostFailure(made.failure().text + "; give another folder for the symbol files with --storage");
 }
 
 void Session::close() {

@@ -124,6 +124,7 @@ private:
     };
 
     host::Outcome prepare();
+    host::Outcome makeStorage();
     [[nodiscard]] std::optional<FileStamp> stampOf(int node) const;
     [[nodiscard]] host::Failure explained(host::Failure const& failure, int node) const;
     host::Result<SymbolTable const*> symbolsAskedOnce(int node);

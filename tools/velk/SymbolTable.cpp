@@ -15,6 +15,10 @@ Variable const* arrayOf(SymbolTable const& table, std::string_view name) {
     return bracket == std::string_view::npos ? nullptr : table.find(name.substr(0, bracket));
 }
 
+host::Failure onlyWithTheArray(Variable const& array) {
+    return {kMissingVariable, "the elements of an array are there with the whole array only, " + array.name};
+}
+
 } // namespace
 
 host::Result<SymbolTable> SymbolTable::load(std::filesystem::path const& file) {
@@ -63,7 +67,7 @@ std::vector<Variable const*> SymbolTable::matching(std::string_view pattern) con
 
 host::Failure missingVariable(SymbolTable const& table, std::string_view name) {
     if (Variable const* const array = arrayOf(table, name)) {
-        return {kMissingVariable, "the elements of an array are there with the whole array only, " + array->name};
+        return onlyWithTheArray(*array);
     }
     std::vector<std::string> names;
     for (Variable const& variable : table.variables()) {
@@ -73,10 +77,10 @@ host::Failure missingVariable(SymbolTable const& table, std::string_view name) {
 }
 
 host::Failure nothingMatches(SymbolTable const& table, std::string_view pattern) {
-    Variable const* const array = arrayOf(table, pattern);
-    return {kMissingVariable, array != nullptr
-                                  ? "the elements of an array are read with the whole array, " + array->name
-                                  : "no variable of the PLC program matches the pattern"};
+    if (Variable const* const array = arrayOf(table, pattern)) {
+        return onlyWithTheArray(*array);
+    }
+    return {kMissingVariable, "no variable of the PLC program matches the pattern"};
 }
 
 std::string areaName(std::uint16_t area) {

@@ -360,12 +360,12 @@ void addWatchCommand(CLI::App& app, Context& context) {
     command
         ->add_option_function<std::string>(
             "--count", [options](std::string const& text) { options->count = parseRounds(text); },
-            "Ends after so many rounds; one in which no station was due is none")
+            "End after so many rounds; one in which no station was due is none")
         ->type_name("N");
     command->add_flag("--json", options->json, "One JSON object a round, each on its line");
     command
         ->add_option("--csv", options->csvFile,
-                     "Appends the values to this file as well, with the reasons of those that are not good")
+                     "Append the values to this file as well, with the reasons of those that are not good")
         ->type_name("FILE");
     addLineOptions(*command, context);
     command->callback(
