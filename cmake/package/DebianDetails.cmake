@@ -10,8 +10,11 @@ if(CPACK_GENERATOR STREQUAL "DEB")
     function(velk_library_packages result)
         set(folder "${CPACK_VELK_BUILD_DIR}/install/shlibdeps")
         file(WRITE "${folder}/debian/control" "Source: velk\n\nPackage: velk\nArchitecture: any\n")
-        file(GLOB packages "${CPACK_VELK_LIBRARIES}/packages/*")
-        list(TRANSFORM packages PREPEND "-S")
+        set(packages "")
+        if(CPACK_VELK_LIBRARIES)
+            file(GLOB packages "${CPACK_VELK_LIBRARIES}/packages/*")
+            list(TRANSFORM packages PREPEND "-S")
+        endif()
         execute_process(COMMAND "${CMAKE_COMMAND}" -E env "DEB_HOST_ARCH=${CPACK_DEBIAN_PACKAGE_ARCHITECTURE}"
                 dpkg-shlibdeps -O ${packages} ${ARGN}
             WORKING_DIRECTORY "${folder}" OUTPUT_VARIABLE text OUTPUT_STRIP_TRAILING_WHITESPACE

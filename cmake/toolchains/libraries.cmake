@@ -5,8 +5,6 @@ get_filename_component(VELK_LIBRARIES "${VELK_LIBRARIES}" ABSOLUTE)
 if(EXISTS "${VELK_LIBRARIES}")
     set(velk_run_root "${VELK_LIBRARIES}/root")
     set(CMAKE_FIND_ROOT_PATH "${velk_run_root}" "${velk_compiler_root}")
-    # Libraries that libraries need.
-    set(CMAKE_EXE_LINKER_FLAGS_INIT "-Wl,-rpath-link,${velk_run_root}/usr/lib/${CMAKE_LIBRARY_ARCHITECTURE}")
 else()
     set(velk_run_root "${velk_compiler_root}")
     set(CMAKE_FIND_ROOT_PATH "${velk_compiler_root}")
