@@ -106,7 +106,7 @@ class Trace(ServiceTest):
         for command in (["ports"], ["config", "--help"]):
             done = self.run_velk(["trace", "-o", "t.txt", "--", *command])
             self.assert_ends(done, GOOD)
-            self.assertIn("nothing is traced: this command uses no line", done.stderr)
+            self.assertIn("nothing is traced: no line was used", done.stderr)
         self.assertFalse((self.folder / "t.txt").exists())
 
     def test_wrong_usage(self):

@@ -270,6 +270,15 @@ class WatchOfALine(ServiceTest):
         _, complaints = self.interrupt(process)
         self.assertIn("frames asked", complaints.splitlines()[-1])
 
+    def test_a_new_programs_file_leaves_the_table_in_its_place(self):
+        line = self.line(flags=["--replace-program", f"2s:{DEMO / 'program-2.toml'}"])
+        child = self.type_velk(self.words("watch", line.link, "PLC_PRG.Counter", "--every", "50ms"))
+        child.expect("round 1, ")
+        child.expect(r"PLC_PRG\.Counter +DINT +7 ")
+        self.assertIn("fetching", child.before)
+        self.assertNotIn("fetched", child.before, "a line that stays would push the table from its place")
+        self.assert_interrupted(child)
+
     def test_a_variable_that_has_another_type_in_the_new_program(self):
         one, other = self.folder / "one.toml", self.folder / "other.toml"
         one.write_text('project_id = 1\nvariable = [{ name = "X", type = "INT", value = 5 }]\n')

@@ -332,6 +332,7 @@ TEST_F(WatchTableTest, CountsTheRowsThatHaveNoRoom) {
     EXPECT_TRUE(shown[1].starts_with("Speed ")) << shown[1];
     EXPECT_TRUE(shown[2].starts_with("Level ")) << shown[2];
     EXPECT_EQ(shown[3], "... and 10 more");
+    EXPECT_EQ(lines(10, 4).back(), "... and...");
     EXPECT_EQ(lines(80, 16).size(), 16U) << "two lines above, two of heads, twelve rows";
 }
 

@@ -30,6 +30,8 @@ struct Context {
     /** Set when a trace is wanted: makes the observer of a session, which ends with it. */
     std::function<std::unique_ptr<host::PortObserver>(Settings const&)> makeTracer{};
 
+    bool tracesToError = false; ///< a trace goes to standard error, among what the command shows
+
     /** What the command line asks for; each command sets it when it is chosen. */
     Action action{};
 

@@ -46,8 +46,8 @@ void addTraceCommand(CLI::App& app, Context& context) {
         context.action = [&context, options, words] {
             auto const isTraced = wantTrace(context, options);
             ExitCode const code = context.runCommandLine(*words);
-            if (!isTraced()) {
-                context.terminal.complain("nothing is traced: this command uses no line");
+            if (!isTraced() && code != ExitCode::Usage) { // else the reason was told
+                context.terminal.complain("nothing is traced: no line was used");
             }
             return code;
         };

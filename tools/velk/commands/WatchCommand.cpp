@@ -33,8 +33,11 @@ constexpr std::int64_t kReopenPause = 1'000'000;
 constexpr std::int64_t kRedrawPause = 1'000'000; // ages grow, and windows change, between rounds
 constexpr double kMicrosecondsPerMillisecond = 1'000;
 
-bool wantsTable(WatchOptions const& options, StreamKinds const& kinds) {
-    return kinds.outputIsTerminal && kinds.canRedraw && !options.json;
+/** Frames on the same terminal would be painted over. */
+bool wantsTable(WatchOptions const& options, Context const& context) {
+    StreamKinds const& kinds = context.terminal.kinds();
+    bool const amongFrames = context.tracesToError && kinds.errorIsTerminal;
+    return kinds.outputIsTerminal && kinds.canRedraw && !options.json && !amongFrames;
 }
 
 /** One run of the command. */
@@ -45,11 +48,12 @@ public:
           list_(parseRequests(options.names, settings_)), several_(list_.nodes().size() > 1),
           figures_(settings_.config.baudrate, bitsPerByte(settings_.config.parity, settings_.config.stopbits),
                    Suspension::microseconds),
-          attachment_(context.observers, figures_), live_(wantsTable(options, context.terminal.kinds())) {}
+          attachment_(context.observers, figures_), live_(wantsTable(options, context)) {}
 
     ExitCode run();
 
 private:
+    [[nodiscard]] std::unique_ptr<Session> makeSession();
     [[nodiscard]] std::int64_t runningTime() const;
     [[nodiscard]] bool isOver() const;
     bool wait();
@@ -67,6 +71,7 @@ private:
     void show();
     [[nodiscard]] ScreenSize screenSize() const;
     void redraw();
+    void noteSuspension();
     void showLive();
     [[nodiscard]] ExitCode outcome() const;
 
@@ -103,7 +108,7 @@ ExitCode Watch::run() {
     }
     startedAt_ = runningTime();
     // The first opening has to succeed: a wrong name of a port is no adapter that comes back.
-    session_ = std::make_unique<Session>(settings_, context_);
+    session_ = makeSession();
     session_->require(session_->open());
     nextAt_ = context_.clock.microseconds();
     do {
@@ -113,6 +118,11 @@ ExitCode Watch::run() {
     context_.terminal.setQuiet(false); // the figures are told always
     context_.terminal.note(summaryText(figures_.summary(), elapsed));
     return outcome();
+}
+
+/** What tells of an upload goes with it: lines that stay would push the table from its place. */
+std::unique_ptr<Session> Watch::makeSession() {
+    return std::make_unique<Session>(settings_, context_, UploadStyle{.vanishes = live_});
 }
 
 /** Time in which the program was not stopped. */
@@ -156,16 +166,17 @@ void Watch::step() {
 
 /** Tries the port again after it died; false while it is away. */
 bool Watch::openLine() {
-    auto session = std::make_unique<Session>(settings_, context_);
+    auto session = makeSession();
     host::Outcome const opened = session->open();
     if (!opened.ok()) {
-        away_ = opened.failure();
+        away_ = {opened.failure().code, displayable(opened.failure().text)};
         header_.trouble = "trying again: " + away_.text;
         return false;
     }
     session_ = std::move(session);
     header_.trouble.clear();
     if (live_) {
+        noteSuspension();
         context_.terminal.out(screen_.erase(screenSize()));
     }
     context_.terminal.error("the port is back"); // and stays above the table
@@ -314,15 +325,21 @@ ScreenSize Watch::screenSize() const {
     return {static_cast<std::size_t>(context_.terminal.width()), static_cast<std::size_t>(context_.terminal.height())};
 }
 
-void Watch::showLive() {
+void Watch::noteSuspension() {
     if (std::int64_t const stopped = Suspension::microseconds(); stopped != stoppedTime_) {
         screen_.spoil(); // the shell has printed
         stoppedTime_ = stopped;
     }
+}
+
+void Watch::showLive() {
+    noteSuspension();
     ScreenSize const size = screenSize();
     std::size_t const height = std::max<std::size_t>(size.rows, 2) - 1; // the cursor stands in the last line
+    // Some terminals erase the last column along with the rest of a line that fills them.
+    std::size_t const width = std::max<std::size_t>(size.columns, 2) - 1;
     context_.terminal.out(screen_.redraw(
-        table_.lines(header_, std::chrono::system_clock::now(), size.columns, height, context_.terminal), size));
+        table_.lines(header_, std::chrono::system_clock::now(), width, height, context_.terminal), size));
 }
 
 std::uint64_t parseRounds(std::string const& text) {

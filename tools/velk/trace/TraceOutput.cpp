@@ -79,6 +79,7 @@ public:
     void onFrame(host::PortFrame const& frame) override { observers_.onFrame(frame); }
     void onTimeout(std::int64_t at) override { observers_.onTimeout(at); }
     void onDropped(std::span<unsigned char const> bytes, std::int64_t at) override { observers_.onDropped(bytes, at); }
+    void onUnsent(std::span<unsigned char const> bytes) override { observers_.onUnsent(bytes); }
     void onFault(std::string_view reason, std::int64_t at) override { observers_.onFault(reason, at); }
 
 private:
@@ -112,6 +113,7 @@ TraceKind chooseKind(TraceOptions const& options) {
 std::function<bool()> wantTrace(Context& context, std::shared_ptr<TraceOptions const> options) {
     auto const recorder = std::make_shared<std::shared_ptr<TraceRecorder>>();
     auto before = std::exchange(context.makeTracer, {});
+    context.tracesToError = context.tracesToError || !options->file;
     context.makeTracer = [&context, options = std::move(options), recorder,
                           before = std::move(before)](Settings const& settings) -> std::unique_ptr<host::PortObserver> {
         auto other = before ? before(settings) : nullptr;

@@ -84,7 +84,7 @@ void WatchList::fail(int node, Settings const& settings, host::Failure const& fa
             continue;
         }
         if (watched.tags.empty()) {
-            watched.tags = {unansweredTag(watched.request, settings, failure)};
+            watched.tags = {missingTag(watched.request, settings, failure)};
         }
         watched.readings.clear();
         for (Tag const& tag : watched.tags) {

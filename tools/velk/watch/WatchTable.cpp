@@ -69,7 +69,7 @@ void tighten(Sections& sections, std::size_t height) {
 }
 
 /** Cuts rows and reasons to the lines that are left for them; a quarter is for reasons in any case. */
-void share(Sections& sections, std::size_t left) {
+void share(Sections& sections, std::size_t left, std::size_t width) {
     std::size_t const spare = left - std::min(left, sections.rows.size());
     sections.reasons.resize(std::min(sections.reasons.size(), std::max(spare, left / 4)));
     std::size_t const room = left - sections.reasons.size();
@@ -80,14 +80,14 @@ void share(Sections& sections, std::size_t left) {
     std::size_t const hidden = sections.rows.size() - shown;
     sections.rows.resize(shown);
     if (room > 1) {
-        sections.rows.push_back(fmt::format("... and {} more", hidden));
+        sections.rows.push_back(cutAtEnd(fmt::format("... and {} more", hidden), width));
     }
 }
 
-Lines stacked(Sections sections, std::size_t height) {
+Lines stacked(Sections sections, std::size_t width, std::size_t height) {
     if (lineCount(sections) > height) {
         tighten(sections, height);
-        share(sections, height - std::min(height, sections.above.size() + sections.heads.size()));
+        share(sections, height - std::min(height, sections.above.size() + sections.heads.size()), width);
     }
     Lines lines;
     for (Lines* const each : {&sections.above, &sections.heads, &sections.rows, &sections.reasons}) {
@@ -190,7 +190,7 @@ std::vector<std::string> WatchTable::lines(WatchHeader const& header, std::chron
         }
         sections.reasons.push_back(terminal.coloured(Colour::Red, cutAtEnd(line, width)));
     }
-    return stacked(std::move(sections), height);
+    return stacked(std::move(sections), width, height);
 }
 
 std::string ageText(std::chrono::system_clock::duration age) {
