@@ -84,6 +84,7 @@ TEST_F(CommandLine, AFlagInFrontOfItsCommandIsToldWhereItBelongs) {
     for (Case const& each :
          {Case{{"-n", "2", "symbols", "A*"}, "'-n' belongs behind the command: velk symbols -n 2 'A*'"},
           Case{{"--node=2", "symbols"}, "'--node' belongs behind the command: velk symbols --node=2"},
+          Case{{"-n", "2", "write", "X='1'"}, "'-n' belongs behind the command: velk write -n 2 'X='\\''1'\\'''"},
           Case{{"-q", "-n2", "read", "X"}, "'-q' belongs behind the command: velk read -q -n2 X"},
           Case{{"-f", "a.toml", "config", "show"}, "'-f' belongs behind the command: velk config show -f a.toml"},
           Case{{"config", "-f", "a.toml", "show"}, "'-f' belongs behind the command: velk config show -f a.toml"}}) {

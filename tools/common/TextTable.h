@@ -20,7 +20,7 @@ private:
     std::vector<std::vector<std::string>> rows_; ///< the first one is the header
 };
 
-/** Characters of a UTF-8 text, for the width of a column. */
+/** Characters of a UTF-8 text, for the width of a column. Those of East Asia, which are twice as wide, count as one. */
 std::size_t characterCount(std::string const& text);
 
 } // namespace tools

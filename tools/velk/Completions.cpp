@@ -1,5 +1,7 @@
 #include "tools/velk/Completions.h"
 
+#include "tools/velk/Text.h"
+
 #include <fmt/format.h>
 
 #include <algorithm>
@@ -62,15 +64,6 @@ void forEachCommand(CommandInfo const& command, std::string const& path,
     }
 }
 
-/** @p text between single quotes of a shell. */
-std::string quoted(std::string const& text) {
-    std::string inside;
-    for (char const each : text) {
-        inside += each == '\'' ? std::string("'\\''") : std::string(1, each);
-    }
-    return "'" + inside + "'";
-}
-
 // ---- bash
 
 /** Offers one line of what compgen prints for each name, blanks and all. */
@@ -79,7 +72,7 @@ std::string bashReply(std::string const& compgenFlags) {
 }
 
 std::string bashChoice(std::vector<std::string> const& choices) {
-    return bashReply("-W " + quoted(joined(choices)) + " -- \"$cur\"");
+    return bashReply("-W " + shellQuoted(joined(choices)) + " -- \"$cur\"");
 }
 
 std::string bashOffer(ValueInfo const& value) {
@@ -161,7 +154,7 @@ std::string zshFlag(FlagInfo const& flag) {
     std::string text;
     for (std::string const& name : flag.names) {
         text += fmt::format(" \\\n                {}",
-                            quoted((flag.names.size() > 1 ? "(" + both + ")" : std::string()) + name + about));
+                            shellQuoted((flag.names.size() > 1 ? "(" + both + ")" : std::string()) + name + about));
     }
     return text;
 }
@@ -177,11 +170,12 @@ std::string zshArguments(CommandInfo const& command) {
         text += zshFlag(flag);
     }
     for (WordInfo const& word : command.words) {
-        text += fmt::format(" \\\n                {}", quoted((word.repeated ? "*:" : ":") + zshEscaped(word.name) +
-                                                              ":" + zshWordAction(word.value)));
+        text +=
+            fmt::format(" \\\n                {}", shellQuoted((word.repeated ? "*:" : ":") + zshEscaped(word.name) +
+                                                               ":" + zshWordAction(word.value)));
     }
     if (!command.commands.empty()) {
-        text += fmt::format(" \\\n                {}", quoted(":command:(" + joined(commandNames(command)) + ")"));
+        text += fmt::format(" \\\n                {}", shellQuoted(":command:(" + joined(commandNames(command)) + ")"));
     }
     return text + "\n            ;;\n";
 }
@@ -216,7 +210,7 @@ complete -c velk -n 'string length -q -- (__velk_traced)' -x -a '(complete -C (_
 std::string fishValue(ValueInfo const& value) {
     switch (offerFor(value)) {
     case Offer::Choices:
-        return " -x -a " + quoted(joined(value.choices));
+        return " -x -a " + shellQuoted(joined(value.choices));
     case Offer::Files:
         return " -r -F";
     case Offer::Folders:
@@ -230,10 +224,10 @@ std::string fishValue(ValueInfo const& value) {
 }
 
 std::string fishCommand(CommandInfo const& command, std::string const& path) {
-    std::string const condition = quoted(fishCondition(path, command));
+    std::string const condition = shellQuoted(fishCondition(path, command));
     std::string text;
     for (CommandInfo const& sub : command.commands) {
-        text += fmt::format("complete -c velk -n {} -a {} -d {}\n", condition, sub.name, quoted(sub.description));
+        text += fmt::format("complete -c velk -n {} -a {} -d {}\n", condition, sub.name, shellQuoted(sub.description));
     }
     for (WordInfo const& word : command.words) {
         std::string const value = fishValue(word.value);
@@ -246,7 +240,7 @@ std::string fishCommand(CommandInfo const& command, std::string const& path) {
             names += name.starts_with("--") ? " -l " + name.substr(2) : " -s " + name.substr(1);
         }
         text += fmt::format("complete -c velk -n {}{}{} -d {}\n", condition, names, fishValue(flag.value),
-                            quoted(flag.description));
+                            shellQuoted(flag.description));
     }
     return text;
 }
@@ -292,8 +286,8 @@ std::string zshCompletion(CommandInfo const& tree) {
     std::string paths;
     std::string cases;
     forEachCommand(withCommandsToChoose(tree), "", [&](CommandInfo const& command, std::string const& path) {
-        paths += path.empty() ? "" : quoted(path) + "|";
-        cases += fmt::format("        {})\n{}", quoted(path), zshArguments(command));
+        paths += path.empty() ? "" : shellQuoted(path) + "|";
+        cases += fmt::format("        {})\n{}", shellQuoted(path), zshArguments(command));
     });
     paths.pop_back();
     return fmt::format(R"(#compdef velk

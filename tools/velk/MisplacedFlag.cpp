@@ -18,33 +18,26 @@ bool knows(CLI::App const& command, std::string const& flag) {
     return command.get_option_no_throw(flag) != nullptr;
 }
 
-std::vector<CLI::App const*> commandsOf(CLI::App const& at) {
+std::vector<CLI::App const*> subcommandsOf(CLI::App const& at) {
     return at.get_subcommands([](CLI::App const* each) { return !each->get_name().empty(); });
 }
 
 CLI::App const* commandNamed(CLI::App const& at, std::string const& word) {
-    std::vector<CLI::App const*> const commands = commandsOf(at);
+    std::vector<CLI::App const*> const commands = subcommandsOf(at);
     auto const found =
         std::find_if(commands.begin(), commands.end(), [&](CLI::App const* each) { return each->get_name() == word; });
     return found == commands.end() ? nullptr : *found;
 }
 
 bool anyKnows(CLI::App const& at, std::string const& flag) {
-    std::vector<CLI::App const*> const commands = commandsOf(at);
+    std::vector<CLI::App const*> const commands = subcommandsOf(at);
     return std::any_of(commands.begin(), commands.end(),
                        [&](CLI::App const* each) { return knows(*each, flag) || anyKnows(*each, flag); });
 }
 
-/** A word as a shell takes it. */
-std::string shellWord(std::string const& word) {
-    constexpr char const* kPlain = "abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789-_=.,:/@%+";
-    bool const plain = !word.empty() && word.find_first_not_of(kPlain) == std::string::npos;
-    return plain ? word : "'" + displayable(word) + "'";
-}
-
 void append(std::string& line, std::span<std::string const> words) {
     for (std::string const& word : words) {
-        line += " " + shellWord(word);
+        line += " " + displayable(shellWord(word));
     }
 }
 

@@ -2,6 +2,7 @@
 
 #include "tools/common/TextTable.h"
 #include "tools/velk/Choices.h"
+#include "tools/velk/Text.h"
 
 #include <fmt/format.h>
 
@@ -21,21 +22,6 @@ std::string entry(std::string const& key, std::string const& value, std::string 
 
 std::string entry(std::string const& key, int value, std::string const& comment) {
     return entry(key, std::to_string(value), comment);
-}
-
-/** @p text as one word of a shell. */
-std::string shellWord(std::string const& text) {
-    auto const isPlain = [](unsigned char each) {
-        return std::isalnum(each) != 0 || each == '_' || each == '-' || each == '.' || each == ':' || each > '~';
-    };
-    if (std::all_of(text.begin(), text.end(), isPlain)) {
-        return text;
-    }
-    std::string quoted = "'";
-    for (char const each : text) {
-        quoted += each == '\'' ? std::string("'\\''") : std::string(1, each);
-    }
-    return quoted + "'";
 }
 
 std::string lineSection(host::DriverConfig const& config) {

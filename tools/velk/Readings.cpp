@@ -154,16 +154,6 @@ std::vector<TagRequest> parseRequests(std::vector<std::string> const& words, Set
     return requests;
 }
 
-Tag unansweredTag(TagRequest const& request, Settings const& settings, host::Failure const& failure) {
-    Tag tag;
-    tag.name = request.shown;
-    tag.node = request.node;
-    tag.station = settings.stationName(request.node);
-    tag.variable = request.variable;
-    tag.failure = failure;
-    return tag;
-}
-
 std::vector<Tag> createAllTags(Session& session, std::span<TagRequest const> requests, Context& context) {
     std::vector<Tag> tags;
     std::map<int, host::Failure> silent; // stations that failed once are not asked again
@@ -178,7 +168,7 @@ std::vector<Tag> createAllTags(Session& session, std::span<TagRequest const> req
                                           session.error(made.failure()).what());
             }
             tags.push_back(
-                unansweredTag(request, session.settings(), {made.failure().code, session.describe(made.failure())}));
+                missingTag(request, session.settings(), {made.failure().code, session.describe(made.failure())}));
             continue;
         }
         std::move(made.value().begin(), made.value().end(), std::back_inserter(tags));

@@ -32,9 +32,6 @@ std::vector<TagRequest> parseRequests(std::vector<std::string> const& words, Set
  */
 std::vector<Tag> createAllTags(Session& session, std::span<TagRequest const> requests, Context& context);
 
-/** A tag that stands for a request whose station does not answer. */
-Tag unansweredTag(TagRequest const& request, Settings const& settings, host::Failure const& failure);
-
 /** Whether nothing more can come of the line: the port is dead, or the user wants the end. */
 bool endsEverything(ExitCode code);
 

@@ -74,6 +74,16 @@ bool sameTable(SymbolTable const& one, SymbolTable const& other) {
 
 } // namespace
 
+Tag missingTag(TagRequest const& request, Settings const& settings, host::Failure const& failure) {
+    Tag tag;
+    tag.name = request.shown;
+    tag.node = request.node;
+    tag.station = settings.stationName(request.node);
+    tag.variable = request.variable;
+    tag.failure = failure;
+    return tag;
+}
+
 Session::Session(Settings settings, Context& context, UploadStyle uploads)
     : settings_(std::move(settings)), context_(context), lineWatch_(routingHeaderLength(settings_.config)),
       uploadLine_(settings_, context.terminal, std::move(uploads)) {
@@ -294,16 +304,6 @@ Tag Session::createTag(TagRequest const& request, Variable const* variable) {
     return tag;
 }
 
-Tag Session::missingTag(TagRequest const& request, host::Failure failure) const {
-    Tag missing;
-    missing.name = request.shown;
-    missing.node = request.node;
-    missing.station = settings_.stationName(request.node);
-    missing.variable = request.variable;
-    missing.failure = std::move(failure);
-    return missing;
-}
-
 std::vector<Tag> Session::createMatching(TagRequest const& request, SymbolTable const& table) {
     std::vector<Tag> tags;
     for (Variable const* const variable : table.matching(request.variable)) {
@@ -325,14 +325,15 @@ host::Result<std::vector<Tag>> Session::createTags(TagRequest const& request) {
     }
     if (request.isPattern) {
         std::vector<Tag> tags = createMatching(request, *table.value());
-        return tags.empty() ? std::vector<Tag>{missingTag(request, nothingMatches(*table.value(), request.variable))}
-                            : std::move(tags);
+        return tags.empty()
+                   ? std::vector<Tag>{missingTag(request, settings_, nothingMatches(*table.value(), request.variable))}
+                   : std::move(tags);
     }
     Variable const* const variable = table.value()->find(request.variable);
     if (variable != nullptr) {
         return std::vector<Tag>{createTag(request, variable)};
     }
-    return std::vector<Tag>{missingTag(request, missingVariable(*table.value(), request.variable))};
+    return std::vector<Tag>{missingTag(request, settings_, missingVariable(*table.value(), request.variable))};
 }
 
 void Session::freeTags(std::span<Tag> tags) {

@@ -50,7 +50,10 @@ public:
     /** Closes the port; open() opens it again, and the tags stay. */
     void close();
 
-    /** Only after open() has come as far as the module. */
+    /** Whether open() has come as far as the module, though not perhaps to the port. */
+    [[nodiscard]] bool hasModule() const { return panel_ != nullptr; }
+
+    /** Only with the module. */
     [[nodiscard]] tools::Panel& panel() { return *panel_; }
 
     /** Where the module keeps the symbol file of a node. */
@@ -132,7 +135,6 @@ private:
     host::Result<host::TagResult> readProbe(int node, SymbolTable const* stored);
     std::vector<Tag> createMatching(TagRequest const& request, SymbolTable const& table);
     Tag createTag(TagRequest const& request, Variable const* variable);
-    [[nodiscard]] Tag missingTag(TagRequest const& request, host::Failure failure) const;
     void addressTag(Tag& tag, std::string const& offset);
     [[nodiscard]] bool bigEndian(int node) const;
 
@@ -148,5 +150,8 @@ private:
     std::map<int, FileStamp> stamps_;    ///< of the files that they are from
     std::set<int> current_;              ///< nodes whose symbols the PLC has accepted in this session
 };
+
+/** A tag that stands for a request of which nothing can be had, with the reason. */
+Tag missingTag(TagRequest const& request, Settings const& settings, host::Failure const& failure);
 
 } // namespace velk

@@ -3,6 +3,7 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <cctype>
 
 namespace velk {
 namespace {
@@ -104,6 +105,23 @@ std::string csvField(std::string_view text) {
         }
     }
     return field + "\"";
+}
+
+std::string shellQuoted(std::string_view text) {
+    std::string inside;
+    for (char const each : text) {
+        inside += each == '\'' ? std::string("'\\''") : std::string(1, each);
+    }
+    return "'" + inside + "'";
+}
+
+std::string shellWord(std::string_view text) {
+    auto const isPlain = [](unsigned char each) {
+        return std::isalnum(each) != 0 ||
+               std::string_view("-_=.,:/@%+").find(static_cast<char>(each)) != std::string_view::npos || each > '~';
+    };
+    bool const plain = !text.empty() && std::all_of(text.begin(), text.end(), isPlain);
+    return plain ? std::string(text) : shellQuoted(text);
 }
 
 std::string grouped(unsigned long long number) {

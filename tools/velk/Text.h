@@ -14,6 +14,12 @@ std::string displayable(std::string_view bytes);
 /** @p text as a field of a CSV line: in quotes when it has commas, quotes or line ends in it. */
 std::string csvField(std::string_view text);
 
+/** @p text between single quotes of a shell. */
+std::string shellQuoted(std::string_view text);
+
+/** @p text as one word of a shell: in quotes where it needs them. */
+std::string shellWord(std::string_view text);
+
 /** 1234567 as "1,234,567". */
 std::string grouped(unsigned long long number);
 

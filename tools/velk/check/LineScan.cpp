@@ -1,6 +1,7 @@
 #include "tools/velk/check/LineScan.h"
 
 #include "tools/velk/Choices.h"
+#include "tools/velk/ProjectText.h"
 
 #include <fmt/format.h>
 
@@ -24,18 +25,6 @@ std::vector<LineCandidate> candidatesAt(int baud, std::string const& parity) {
         }
     }
     return candidates;
-}
-
-/** A text of TOML: the name of a port may have anything in it. */
-std::string quoted(std::string const& text) {
-    std::string result = "\"";
-    for (char const each : text) {
-        if (each == '"' || each == '\\') {
-            result += '\\';
-        }
-        result += each;
-    }
-    return result + '"';
 }
 
 } // namespace
@@ -93,8 +82,8 @@ std::string projectLines(Settings const& settings, LineCandidate const& candidat
                        "[[station]]\n"
                        "node = {}\n"
                        "byte_order = \"{}\"\n",
-                       quoted(settings.config.uart), candidate.baud, candidate.parity, candidate.framing, settings.node,
-                       candidate.byteOrder);
+                       tomlText(settings.config.uart), candidate.baud, candidate.parity, candidate.framing,
+                       settings.node, candidate.byteOrder);
 }
 
 } // namespace velk

@@ -52,7 +52,7 @@ ExitCode tellNothingFound(std::vector<LineCandidate> const& stirred, Terminal& t
     }
     terminal.complain("the PLC answers to none of the usual settings; bytes came back with these:");
     for (LineCandidate const& candidate : stirred) {
-        terminal.note("  " + candidateText(candidate));
+        terminal.error("  " + candidateText(candidate));
     }
     return ExitCode::Refused;
 }

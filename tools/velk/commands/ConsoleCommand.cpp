@@ -52,14 +52,15 @@ private:
 
 /** False while the port does not come back. */
 bool Console::openAgain() {
-    session_->close();
+    session_.reset(); // with its login, which a PLC that was off knows nothing of; the module serves one at a time
+    session_ = std::make_unique<Session>(settings_, context_);
     if (host::Outcome const opened = session_->open(); !opened.ok()) {
+        if (!session_->hasModule()) {
+            session_->require(opened);
+        }
         context_.terminal.complain(displayable(opened.failure().text));
         return false;
     }
-    session_.reset(); // with its login, which a PLC that was off knows nothing of
-    session_ = std::make_unique<Session>(settings_, context_);
-    session_->require(session_->open());
     away_ = false;
     context_.terminal.note("the port is back");
     return true;

@@ -123,16 +123,28 @@ void requireYes(Plan const& plan, Job const& job, Session& session, Context& con
     throw error;
 }
 
+/** What is printed next stands on a line of its own, and not behind the ^C. */
+void endEcho(ExitCode code, Terminal& terminal) {
+    if (code == ExitCode::Interrupted && terminal.kinds().errorIsTerminal) {
+        terminal.error("");
+    }
+}
+
 /** All that comes before the writing. */
 Plan prepare(Job const& job, Session& session, Context& context) {
+    bool asked = false;
     try {
         Plan plan = makePlan(job, session, context);
         tellOfPitfalls(plan.changes, job.naming, !job.options.yes, context.terminal);
         if (!job.options.yes) {
+            asked = true;
             requireYes(plan, job, session, context);
         }
         return plan;
     } catch (CommandError const& error) {
+        if (!asked) { // else the question has ended the line
+            endEcho(error.code(), context.terminal);
+        }
         endBeforeWriting(error, context.terminal);
     }
 }
@@ -140,8 +152,8 @@ Plan prepare(Job const& job, Session& session, Context& context) {
 /** What was written, or may have been, is told also when the line has come to its end. */
 ExitCode tell(std::span<Change const> changes, std::optional<CommandError> const& end, Job const& job,
               Terminal& terminal) {
-    if (end && end->code() == ExitCode::Interrupted && terminal.kinds().errorIsTerminal) {
-        terminal.error(""); // behind the ^C
+    if (end) {
+        endEcho(end->code(), terminal);
     }
     terminal.out(job.options.json ? resultJson(changes) : resultText(changes, job.naming));
     for (std::string const& complaint : complaintsOf(changes, job.naming)) {

@@ -75,7 +75,7 @@ std::vector<Change> parseChanges(std::span<Reading const> before, std::span<std:
         if (bytes.ok()) {
             changes.push_back({.tag = &tag, .wanted = std::move(bytes.value()), .before = before[i]});
         } else {
-            terminal.complain(naming.name(tag) + ": " + bytes.failure().text);
+            terminal.complain(naming.name(tag) + ": " + displayable(bytes.failure().text));
         }
     }
     if (changes.size() != before.size()) {
