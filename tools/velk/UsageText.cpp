@@ -80,11 +80,11 @@ std::string togetherText(CLI::App const& command) {
 }
 
 std::string missingText(CLI::App const& app, CLI::App const& command) {
-    std::string const tooMany = tooManyText(app, command);
+    std::string tooMany = tooManyText(app, command);
     if (tooMany.starts_with("there is no option")) {
         return tooMany;
     }
-    if (std::string const together = togetherText(command); !together.empty()) {
+    if (std::string together = togetherText(command); !together.empty()) {
         return together;
     }
     if (std::vector<std::string> const commands = commandsOf(command); !commands.empty()) {
