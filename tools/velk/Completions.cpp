@@ -100,7 +100,7 @@ std::string bashFlagValues(CommandInfo const& command, std::string const& path) 
         }
         std::vector<std::string> cases;
         for (std::string const& name : flag.names) {
-            cases.push_back("\"" + path + ":" + name + "\"");
+            cases.push_back(fmt::format("\"{}:{}\"", path, name));
         }
         text +=
             fmt::format("    {})\n        {}\n        return\n        ;;\n", joined(cases, "|"), bashOffer(flag.value));
@@ -150,11 +150,10 @@ std::string zshFlag(FlagInfo const& flag) {
                                   ? std::string()
                                   : ":" + zshEscaped(flag.value.placeholder) + ":" + zshAction(flag.value);
     std::string const about = "[" + zshEscaped(flag.description) + "]" + value;
-    std::string const both = joined(flag.names);
+    std::string const group = flag.names.size() > 1 ? "(" + joined(flag.names) + ")" : "";
     std::string text;
     for (std::string const& name : flag.names) {
-        text += fmt::format(" \\\n                {}",
-                            shellQuoted((flag.names.size() > 1 ? "(" + both + ")" : std::string()) + name + about));
+        text += fmt::format(" \\\n                {}", shellQuoted(fmt::format("{}{}{}", group, name, about)));
     }
     return text;
 }
