@@ -25,6 +25,11 @@ bool isDigit(char character) {
     return character >= '0' && character <= '9';
 }
 
+/** The key of an entry as it is written has neither white space nor a second "=" in it. */
+bool isEntryName(std::string_view name) {
+    return std::none_of(name.begin(), name.end(), [](char each) { return each == '=' || isWhiteSpace(each); });
+}
+
 /** "Node3::name" */
 std::string nodeKey(int nodeId, char const* name) {
     std::array<char, 12> digits{};
@@ -111,16 +116,29 @@ int CfgParser::GetNodeID(int index) const {
     return index >= 0 && index < GetNodeCount() ? nodeIds_[static_cast<std::size_t>(index)] : 0;
 }
 
+std::string::size_type CfgParser::valueOfEntry(std::string_view name) const {
+    auto const entry = std::lower_bound(entries_.begin(), entries_.end(), name,
+                                        [this](Entry const& each, std::string_view key) { return nameOf(each) < key; });
+    return entry == entries_.end() || nameOf(*entry) != name ? std::string::npos : entry->begin + entry->length + 1;
+}
+
+std::string::size_type CfgParser::valueBehind(std::string const& key) const {
+    auto position = text_.find(key);
+    while (position != std::string::npos && position != 0 && !isWhiteSpace(text_[position - 1])) {
+        position = text_.find(key, position + 1);
+    }
+    return position == std::string::npos ? position : position + key.size();
+}
+
 char const* CfgParser::GetParam(char const* name) {
     if (name == nullptr) {
         return nullptr;
     }
-    auto const entry = std::lower_bound(entries_.begin(), entries_.end(), std::string_view(name),
-                                        [this](Entry const& each, std::string_view key) { return nameOf(each) < key; });
-    if (entry == entries_.end() || nameOf(*entry) != name) {
+    auto const value = isEntryName(name) ? valueOfEntry(name) : valueBehind(std::string(name).append("="));
+    if (value == std::string::npos) {
         return nullptr;
     }
-    auto const begin = text_.begin() + static_cast<std::ptrdiff_t>(entry->begin + entry->length + 1);
+    auto const begin = text_.begin() + static_cast<std::ptrdiff_t>(value);
     lastValue_.assign(begin, std::find_if(begin, text_.end(), isWhiteSpace));
     return lastValue_.c_str();
 }

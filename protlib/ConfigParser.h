@@ -43,7 +43,7 @@ public:
     /** Number of the node at @p index, in the order of first appearance; 0 outside 0 to GetNodeCount() - 1. */
     [[nodiscard]] int GetNodeID(int index) const;
 
-    /** Value of the entry called exactly @p name, which holds no "=", or null. Valid until the next lookup. */
+    /** Value of the entry called exactly @p name, or null. Valid until the next lookup. */
     char const* GetParam(char const* name);
 
     /**
@@ -66,6 +66,12 @@ private:
     void collectNodeIds();
     void addNodeId(int nodeId);
     [[nodiscard]] std::string_view nameOf(Entry const& entry) const;
+
+    /** Where the value begins, or npos. */
+    [[nodiscard]] std::string::size_type valueOfEntry(std::string_view name) const;
+
+    /** The same for a key that cannot be an entry's, and stands in the text all the same. */
+    [[nodiscard]] std::string::size_type valueBehind(std::string const& key) const;
 
     std::string text_;
     std::vector<Entry> entries_; ///< by name, those of one name in the order of the text

@@ -263,6 +263,15 @@ TEST(CfgLookup, NamesThatBeginAlikeAreToldApart) {
     EXPECT_EQ(lookup(kText, "a-"), "(null)");
 }
 
+TEST(CfgLookup, NamesThatNoEntryCanHaveAreSearchedInTheText) {
+    constexpr char const* kText = "CfgVer=1 xa=b=1 a=b=2 a=b=3 c d=4 e==5";
+    EXPECT_EQ(lookup(kText, "a=b"), "2");
+    EXPECT_EQ(lookup(kText, "c d"), "4");
+    EXPECT_EQ(lookup(kText, "e="), "5");
+    EXPECT_EQ(lookup(kText, "c  d"), "(null)");
+    EXPECT_EQ(lookup(kText, "b=2 a=b"), "(null)");
+}
+
 TEST(CfgLookup, FirstOfManyEntriesOfOneNameCounts) {
     std::string text = "CfgVer=1";
     for (int i = 0; i < 300; ++i) { // so many that no sort leaves them in order by chance
