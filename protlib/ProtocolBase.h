@@ -1,7 +1,7 @@
 #pragma once
 
+#include "interfaces/ErrorCodes.h"
 #include "interfaces/IProtocol.h"
-#include "protlib/ErrorCodes.h"
 
 #include <list>
 #include <string>

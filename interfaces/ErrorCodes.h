@@ -1,6 +1,6 @@
 #pragma once
 
-/** Codes that ProtocolBase::GetLastError() answers; the host tells failures apart by them. */
+/** Codes that IProtocol::GetLastError() answers; the host tells failures apart by them. */
 inline constexpr int kErrorNone = 1;        ///< nothing failed yet
 inline constexpr int kErrorPort = 0;        ///< fault of the serial port, or a tag for which there is no memory
 inline constexpr int kErrorRequest = -1;    ///< configuration, address, buffer and symbol faults
