@@ -1,6 +1,6 @@
 #pragma once
 
-#include "host/Clock.h"
+#include "host/services/Clock.h"
 
 namespace hosttest {
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "host/ByteLine.h"
+#include "host/serial/ByteLine.h"
 #include "tests/host/FakeClock.h"
 
 #include <algorithm>

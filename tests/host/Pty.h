@@ -1,6 +1,6 @@
 #pragma once
 
-#include "host/FileDescriptor.h"
+#include "base/FileDescriptor.h"
 
 #include <gtest/gtest.h>
 
@@ -57,7 +57,7 @@ public:
     void hangUp() { master_.close(); }
 
 private:
-    host::FileDescriptor master_;
+    base::FileDescriptor master_;
     std::string path_;
 };
 

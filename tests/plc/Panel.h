@@ -1,6 +1,6 @@
 #pragma once
 
-#include "plc/Line.h"
+#include "plc/line/Line.h"
 #include "tests/support/Bytes.h"
 
 #include <chrono>

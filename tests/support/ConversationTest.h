@@ -5,7 +5,7 @@
 #include "interfaces/IProtocolFactory.h"
 #include "interfaces/ITag.h"
 #include "interfaces/ModuleEntry.h"
-#include "plc/Line.h"
+#include "plc/line/Line.h"
 #include "tests/support/ConfigText.h"
 #include "tests/support/FakeHost.h"
 #include "tests/support/SimulatedPort.h"

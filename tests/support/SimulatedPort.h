@@ -1,7 +1,7 @@
 #pragma once
 
 #include "interfaces/HostServices.h"
-#include "plc/Line.h"
+#include "plc/line/Line.h"
 
 #include <algorithm>
 #include <chrono>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "host/PortObserver.h"
+#include "host/serial/PortObserver.h"
 
 #include <cstddef>
 #include <cstdint>

@@ -1,8 +1,8 @@
 #pragma once
 
-#include "plc/FdServer.h"
-#include "plc/Line.h"
-#include "plc/PseudoTerminal.h"
+#include "plc/line/Line.h"
+#include "plc/ports/FdServer.h"
+#include "plc/ports/PseudoTerminal.h"
 
 #include <string>
 #include <thread>

@@ -1,8 +1,8 @@
 #include "tools/demo/Variables.h"
 
-#include "host/TagAddress.h"
-#include "host/TagReader.h"
-#include "host/ValueText.h"
+#include "host/values/TagAddress.h"
+#include "host/values/TagReader.h"
+#include "host/values/ValueText.h"
 #include "interfaces/ITag.h"
 #include "tools/common/TextTable.h"
 
@@ -19,7 +19,7 @@ std::string shortened(std::string const& text) {
 }
 
 std::string valueText(ITag const& tag, host::ValueBytes const& bytes) {
-    host::Result<std::string> const text = host::formatValue(tag.GetVarType(), bytes);
+    base::Result<std::string> const text = host::formatValue(tag.GetVarType(), bytes);
     if (!text.ok()) {
         return text.failure().text;
     }
@@ -68,14 +68,14 @@ std::vector<Variable> demonstrationVariables() {
     };
 }
 
-host::Outcome createTags(tools::Panel& panel, int node, std::span<Variable> variables) {
+base::Outcome createTags(host::Panel& panel, int node, std::span<Variable> variables) {
     for (Variable& variable : variables) {
-        host::Result<std::string> const address =
+        base::Result<std::string> const address =
             host::tagAddress({node, variable.name, variable.space, "0", variable.dataType});
         if (!address.ok()) {
             return address.failure();
         }
-        host::Result<ITag*> const tag = panel.driver().createTag(address.value());
+        base::Result<ITag*> const tag = panel.driver().createTag(address.value());
         if (!tag.ok()) {
             return tag.failure();
         }
@@ -84,7 +84,7 @@ host::Outcome createTags(tools::Panel& panel, int node, std::span<Variable> vari
     return {};
 }
 
-Reading readAll(tools::Panel& panel, std::span<Variable const> variables) {
+Reading readAll(host::Panel& panel, std::span<Variable const> variables) {
     std::vector<ITag*> tags(variables.size());
     std::transform(variables.begin(), variables.end(), tags.begin(), [](Variable const& each) { return each.tag; });
     // A failed datagram is not cut up to find a culprit: the demonstration wants to show the failure.
@@ -107,7 +107,7 @@ Reading readAll(tools::Panel& panel, std::span<Variable const> variables) {
     return reading;
 }
 
-host::Result<std::string> readOne(tools::Panel& panel, Variable const& variable) {
+base::Result<std::string> readOne(host::Panel& panel, Variable const& variable) {
     host::TagReader reader(panel.driver().protocol());
     std::vector<host::TagResult> const results = reader.read(std::vector<ITag*>{variable.tag});
     if (!results.front().good) {
@@ -116,8 +116,8 @@ host::Result<std::string> readOne(tools::Panel& panel, Variable const& variable)
     return valueText(*variable.tag, results.front().value);
 }
 
-host::Outcome writeOne(tools::Panel& panel, Variable const& variable, std::string const& value) {
-    host::Result<host::ValueBytes> bytes =
+base::Outcome writeOne(host::Panel& panel, Variable const& variable, std::string const& value) {
+    base::Result<host::ValueBytes> bytes =
         host::parseValue(value, variable.tag->GetVarType(), static_cast<std::size_t>(variable.tag->GetVarLength()));
     if (!bytes.ok()) {
         return bytes.failure();
@@ -125,7 +125,7 @@ host::Outcome writeOne(tools::Panel& panel, Variable const& variable, std::strin
     host::TagReader writer(panel.driver().protocol());
     host::TagWrite const write{variable.tag, std::move(bytes.value())};
     std::vector<host::TagResult> const results = writer.write(std::span(&write, 1));
-    return results.front().good ? host::Outcome() : host::Outcome(results.front().failure);
+    return results.front().good ? base::Outcome() : base::Outcome(results.front().failure);
 }
 
 Variable const& find(std::span<Variable const> variables, std::string const& name) {

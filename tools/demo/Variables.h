@@ -1,7 +1,7 @@
 #pragma once
 
-#include "host/Result.h"
-#include "tools/common/Panel.h"
+#include "base/Result.h"
+#include "host/instance/Panel.h"
 
 #include <span>
 #include <string>
@@ -23,7 +23,7 @@ struct Variable {
 std::vector<Variable> demonstrationVariables();
 
 /** Creates the tags of @p variables on @p node. */
-host::Outcome createTags(tools::Panel& panel, int node, std::span<Variable> variables);
+base::Outcome createTags(host::Panel& panel, int node, std::span<Variable> variables);
 
 /** Reads all of them, in as few datagrams as the driver allows, and answers a table. */
 struct Reading {
@@ -33,13 +33,13 @@ struct Reading {
     int failed = 0;
     std::string failure; ///< of the first one that failed
 };
-Reading readAll(tools::Panel& panel, std::span<Variable const> variables);
+Reading readAll(host::Panel& panel, std::span<Variable const> variables);
 
 /** The value of one variable as text. */
-host::Result<std::string> readOne(tools::Panel& panel, Variable const& variable);
+base::Result<std::string> readOne(host::Panel& panel, Variable const& variable);
 
 /** Writes a value given as text. */
-host::Outcome writeOne(tools::Panel& panel, Variable const& variable, std::string const& value);
+base::Outcome writeOne(host::Panel& panel, Variable const& variable, std::string const& value);
 
 /** Finds a variable by its name; it has to be there. */
 Variable const& find(std::span<Variable const> variables, std::string const& name);

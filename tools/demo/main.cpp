@@ -1,12 +1,12 @@
 // A demonstration: the driver module, loaded as a host loads it, talks to the simulated PLC over a pseudo-terminal.
 // All that is shown comes from the line.
 
-#include "host/Clock.h"
-#include "host/TrafficMeter.h"
-#include "plc/LineFile.h"
-#include "plc/ProgramFile.h"
-#include "tools/common/ModuleFile.h"
-#include "tools/common/Panel.h"
+#include "host/instance/ModuleFile.h"
+#include "host/instance/Panel.h"
+#include "host/serial/TrafficMeter.h"
+#include "host/services/Clock.h"
+#include "plc/files/LineFile.h"
+#include "plc/files/ProgramFile.h"
 #include "tools/common/UploadProgress.h"
 #include "tools/demo/PlcOnTerminal.h"
 #include "tools/demo/Screen.h"
@@ -93,7 +93,7 @@ void fillArrays(plc::Station& station) {
     station.setValue("PLC_PRG.Pump.Name", "P-101");
 }
 
-void require(host::Outcome const& outcome) {
+void require(base::Outcome const& outcome) {
     if (!outcome.ok()) {
         throw std::runtime_error(outcome.failure().text);
     }
@@ -123,7 +123,7 @@ private:
     host::SteadyClock clock_;
     WorkDirectory work_;
     std::unique_ptr<PlcOnTerminal> plc_;
-    std::unique_ptr<tools::Panel> panel_;
+    std::unique_ptr<host::Panel> panel_;
     std::vector<Variable> variables_ = demonstrationVariables();
     int failedCalls_ = 0;
     bool asExpected_ = true;
@@ -151,11 +151,11 @@ void Demonstration::startPlc() {
 
 void Demonstration::loadModule() {
     screen_.step("The driver module, loaded as a host loads it");
-    host::Result<std::filesystem::path> const module = tools::findModule();
+    base::Result<std::filesystem::path> const module = host::findModule();
     if (!module.ok()) {
         throw std::runtime_error(module.failure().text);
     }
-    tools::PanelSettings settings;
+    host::PanelSettings settings;
     settings.module = module.value();
     settings.storage = work_.path();
     settings.ident = "demo";
@@ -165,7 +165,7 @@ void Demonstration::loadModule() {
     settings.config.nodes.blockSize = kBlockSize;
     settings.config.nodes.timeoutMs = kTimeoutMs;
     settings.config.nodes.repeat = 1; // so that each failure shows
-    host::Result<std::unique_ptr<tools::Panel>> panel = tools::Panel::create(settings, clock_, &watchers_);
+    base::Result<std::unique_ptr<host::Panel>> panel = host::Panel::create(settings, clock_, &watchers_);
     if (!panel.ok()) {
         throw std::runtime_error(panel.failure().text);
     }
@@ -197,9 +197,9 @@ void Demonstration::write() {
 
 void Demonstration::writeAndReadBack(std::string const& name, std::string const& value) {
     Variable const& variable = find(variables_, name);
-    host::Result<std::string> const before = readOne(*panel_, variable);
+    base::Result<std::string> const before = readOne(*panel_, variable);
     require(writeOne(*panel_, variable, value));
-    host::Result<std::string> const after = readOne(*panel_, variable);
+    base::Result<std::string> const after = readOne(*panel_, variable);
     if (!before.ok() || !after.ok()) {
         expect(false, name + ": " + (before.ok() ? after : before).failure().text);
         return;

@@ -1,8 +1,8 @@
-#include "host/Clock.h"
-#include "tools/velk/CommandLine.h"
-#include "tools/velk/Context.h"
-#include "tools/velk/Interrupt.h"
-#include "tools/velk/Terminal.h"
+#include "host/services/Clock.h"
+#include "tools/velk/cli/CommandLine.h"
+#include "tools/velk/context/Context.h"
+#include "tools/velk/terminal/Interrupt.h"
+#include "tools/velk/terminal/Terminal.h"
 
 #include <cstdio>
 #include <exception>

@@ -1,11 +1,11 @@
 #include "tools/velk/trace/TraceOutput.h"
 
 #include "tests/tools/trace/Frames.h"
-#include "tools/velk/CommandError.h"
-#include "tools/velk/Context.h"
-#include "tools/velk/Interrupt.h"
-#include "tools/velk/Settings.h"
-#include "tools/velk/Terminal.h"
+#include "tools/velk/context/CommandError.h"
+#include "tools/velk/context/Context.h"
+#include "tools/velk/project/Settings.h"
+#include "tools/velk/terminal/Interrupt.h"
+#include "tools/velk/terminal/Terminal.h"
 
 #include <gtest/gtest.h>
 

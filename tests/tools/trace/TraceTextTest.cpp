@@ -1,5 +1,5 @@
 #include "tests/tools/trace/Frames.h"
-#include "tools/velk/trace/TraceFormat.h"
+#include "tools/velk/trace/TraceKind.h"
 #include "tools/velk/trace/TraceTime.h"
 
 #include <gtest/gtest.h>

@@ -1,21 +1,21 @@
 #include "tools/velk/commands/ConfigCommand.h"
 
-#include "host/ConfigText.h"
-#include "host/DriverInstance.h"
-#include "host/HostFactory.h"
-#include "host/ModuleLoader.h"
-#include "host/PermanentStorage.h"
-#include "host/Scheduler.h"
-#include "host/SerialFactory.h"
-#include "host/TagAddress.h"
-#include "tools/common/ModuleFile.h"
+#include "host/instance/ConfigText.h"
+#include "host/instance/DriverInstance.h"
+#include "host/instance/ModuleFile.h"
+#include "host/instance/ModuleLoader.h"
+#include "host/serial/SerialFactory.h"
+#include "host/services/HostFactory.h"
+#include "host/services/PermanentStorage.h"
+#include "host/services/Scheduler.h"
+#include "host/values/TagAddress.h"
 #include "tools/common/TextTable.h"
-#include "tools/velk/Access.h"
-#include "tools/velk/Choices.h"
-#include "tools/velk/CommandError.h"
-#include "tools/velk/Context.h"
-#include "tools/velk/Terminal.h"
-#include "tools/velk/Text.h"
+#include "tools/velk/context/Choices.h"
+#include "tools/velk/context/CommandError.h"
+#include "tools/velk/context/Context.h"
+#include "tools/velk/line/Access.h"
+#include "tools/velk/terminal/Terminal.h"
+#include "tools/velk/text/Text.h"
 
 #include <fmt/format.h>
 
@@ -30,12 +30,12 @@ constexpr char const* kFromSymbolFile = "";
 /** The symbol files that earlier commands left in the storage. */
 StoredTables storedTables(Settings const& settings) {
     return StoredTables([&settings](int node) {
-        return settings.storage.empty() ? host::Result<SymbolTable>(host::hostFailure("there is no storage"))
+        return settings.storage.empty() ? base::Result<SymbolTable>(base::hostFailure("there is no storage"))
                                         : SymbolTable::load(storedSymbolFile(settings, node));
     });
 }
 
-host::Result<Access> accessOf(NamedTag const& tag, Settings const& settings, int node, StoredTables& tables) {
+base::Result<Access> accessOf(NamedTag const& tag, Settings const& settings, int node, StoredTables& tables) {
     SymbolTable const* const table = tables.of(node);
     Variable const* const variable = table != nullptr ? table->find(tag.variable) : nullptr;
     if (!tag.type.empty()) {
@@ -50,9 +50,9 @@ host::Result<Access> accessOf(NamedTag const& tag, Settings const& settings, int
     return inferAccess(*variable, byteOrderWord(settings.nodeSettings(node).model) == "big");
 }
 
-host::Result<std::string> addressOf(NamedTag const& tag, Settings const& settings, StoredTables& tables) {
+base::Result<std::string> addressOf(NamedTag const& tag, Settings const& settings, StoredTables& tables) {
     int const node = tag.node.value_or(settings.node);
-    host::Result<Access> const access = accessOf(tag, settings, node, tables);
+    base::Result<Access> const access = accessOf(tag, settings, node, tables);
     if (!access.ok()) {
         return access.failure();
     }
@@ -63,8 +63,8 @@ host::Result<std::string> addressOf(NamedTag const& tag, Settings const& setting
 /** What the driver itself says to the configuration and the tags; nothing goes over a line. */
 class DriverOpinion {
 public:
-    static host::Result<std::vector<std::string>> ask(std::filesystem::path const& module, Settings const& settings) {
-        host::Result<host::LoadedModule> const loaded = host::LoadedModule::load(module);
+    static base::Result<std::vector<std::string>> ask(std::filesystem::path const& module, Settings const& settings) {
+        base::Result<host::LoadedModule> const loaded = host::LoadedModule::load(module);
         if (!loaded.ok()) {
             return loaded.failure();
         }
@@ -72,7 +72,7 @@ public:
         host::Scheduler scheduler;
         host::SerialFactory serial(clock);
         host::HostFactory services(scheduler, serial, nullptr);
-        host::Result<host::DriverInstance> driver = host::DriverInstance::create(loaded.value().factory(), services);
+        base::Result<host::DriverInstance> driver = host::DriverInstance::create(loaded.value().factory(), services);
         if (!driver.ok()) {
             return driver.failure();
         }
@@ -82,17 +82,17 @@ public:
 private:
     static std::vector<std::string> complaints(host::DriverInstance& driver, Settings const& settings) {
         std::vector<std::string> lines;
-        host::Result<std::string> const text = host::configText(settings.config);
-        host::Outcome const configured = text.ok() ? driver.configure(text.value()) : host::Outcome(text.failure());
+        base::Result<std::string> const text = host::configText(settings.config);
+        base::Outcome const configured = text.ok() ? driver.configure(text.value()) : base::Outcome(text.failure());
         if (!configured.ok()) {
             return {"the driver does not take the configuration: " + configured.failure().text};
         }
         StoredTables tables = storedTables(settings);
         for (NamedTag const& tag : settings.tags) {
-            host::Result<std::string> const address = addressOf(tag, settings, tables);
+            base::Result<std::string> const address = addressOf(tag, settings, tables);
             bool const open = address.ok() && address.value().ends_with('?'); // the symbol file has the type
-            host::Outcome const made = !address.ok() ? host::Outcome(address.failure())
-                                       : open        ? host::Outcome()
+            base::Outcome const made = !address.ok() ? base::Outcome(address.failure())
+                                       : open        ? base::Outcome()
                                                      : create(driver, address.value());
             if (!made.ok()) {
                 lines.push_back("tag " + displayable(tag.name) + ": " + displayable(made.failure().text));
@@ -101,9 +101,9 @@ private:
         return lines;
     }
 
-    static host::Outcome create(host::DriverInstance& driver, std::string const& address) {
-        host::Result<ITag*> const tag = driver.createTag(address);
-        return tag.ok() ? host::Outcome() : host::Outcome(tag.failure());
+    static base::Outcome create(host::DriverInstance& driver, std::string const& address) {
+        base::Result<ITag*> const tag = driver.createTag(address);
+        return tag.ok() ? base::Outcome() : base::Outcome(tag.failure());
     }
 };
 
@@ -134,13 +134,13 @@ SymbolTable const* StoredTables::of(int node) {
     if (known != tables_.end()) {
         return known->second.get();
     }
-    host::Result<SymbolTable> table = load_(node);
+    base::Result<SymbolTable> table = load_(node);
     auto loaded = table.ok() ? std::make_unique<SymbolTable>(std::move(table.value())) : nullptr;
     return tables_.emplace(node, std::move(loaded)).first->second.get();
 }
 
 std::string addressText(NamedTag const& tag, Settings const& settings, StoredTables& tables) {
-    host::Result<std::string> const address = addressOf(tag, settings, tables);
+    base::Result<std::string> const address = addressOf(tag, settings, tables);
     if (!address.ok()) {
         return "- (" + address.failure().text + ")";
     }
@@ -150,8 +150,8 @@ std::string addressText(NamedTag const& tag, Settings const& settings, StoredTab
 
 ExitCode runConfigCheck(std::string const& file, Context& context) {
     Settings const settings = settingsFor(file, context);
-    host::Result<std::filesystem::path> const module = tools::findModule();
-    host::Result<std::vector<std::string>> const opinion =
+    base::Result<std::filesystem::path> const module = host::findModule();
+    base::Result<std::vector<std::string>> const opinion =
         module.ok() ? DriverOpinion::ask(module.value(), settings) : module.failure();
     if (!opinion.ok()) {
         context.terminal.note("the driver was not asked: " + opinion.failure().text);
@@ -169,7 +169,7 @@ ExitCode runConfigCheck(std::string const& file, Context& context) {
 
 ExitCode runConfigShow(std::string const& file, Context& context) {
     Settings const settings = settingsFor(file, context);
-    host::Result<std::string> const text = host::configText(settings.config);
+    base::Result<std::string> const text = host::configText(settings.config);
     if (!text.ok()) {
         throw CommandError(ExitCode::Usage, file + ": " + text.failure().text);
     }

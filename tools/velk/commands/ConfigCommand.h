@@ -1,8 +1,8 @@
 #pragma once
 
-#include "tools/velk/ExitCode.h"
-#include "tools/velk/Settings.h"
-#include "tools/velk/SymbolTable.h"
+#include "tools/velk/context/ExitCode.h"
+#include "tools/velk/line/SymbolTable.h"
+#include "tools/velk/project/Settings.h"
 
 #include <CLI/CLI.hpp>
 
@@ -25,7 +25,7 @@ ExitCode runConfigShow(std::string const& file, Context& context);
 /** The symbol files of the nodes; each is loaded once, when it is first asked for. */
 class StoredTables {
 public:
-    using Load = std::function<host::Result<SymbolTable>(int node)>;
+    using Load = std::function<base::Result<SymbolTable>(int node)>;
 
     explicit StoredTables(Load load) : load_(std::move(load)) {}
 

@@ -1,13 +1,14 @@
 #include "tools/velk/commands/ConsoleCommand.h"
 
-#include "host/ProtocolFailure.h"
+#include "host/instance/ProtocolFailure.h"
 #include "interfaces/IProtocol.h"
-#include "tools/velk/Context.h"
-#include "tools/velk/Interrupt.h"
-#include "tools/velk/LineEditor.h"
-#include "tools/velk/Session.h"
-#include "tools/velk/Terminal.h"
-#include "tools/velk/Text.h"
+#include "tools/velk/commands/flags/LineFlags.h"
+#include "tools/velk/context/Context.h"
+#include "tools/velk/line/Session.h"
+#include "tools/velk/terminal/Interrupt.h"
+#include "tools/velk/terminal/LineEditor.h"
+#include "tools/velk/terminal/Terminal.h"
+#include "tools/velk/text/Text.h"
 
 #include <memory>
 #include <optional>
@@ -41,7 +42,7 @@ public:
 
 private:
     ExitCode runLine(std::string const& line);
-    ExitCode lineFailed(host::Failure const& failure);
+    ExitCode lineFailed(base::Failure const& failure);
     bool openAgain();
 
     Context& context_;
@@ -54,7 +55,7 @@ private:
 bool Console::openAgain() {
     session_.reset(); // with its login, which a PLC that was off knows nothing of; the module serves one at a time
     session_ = std::make_unique<Session>(settings_, context_);
-    if (host::Outcome const opened = session_->open(); !opened.ok()) {
+    if (base::Outcome const opened = session_->open(); !opened.ok()) {
         if (!session_->hasModule()) {
             session_->require(opened);
         }
@@ -66,7 +67,7 @@ bool Console::openAgain() {
     return true;
 }
 
-ExitCode Console::lineFailed(host::Failure const& failure) {
+ExitCode Console::lineFailed(base::Failure const& failure) {
     ExitCode const code = session_->exitCode(failure);
     away_ = code == ExitCode::Port;
     context_.terminal.complain(session_->describe(failure) + (away_ ? "; the next read or write opens it again" : ""));

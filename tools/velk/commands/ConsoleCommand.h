@@ -1,6 +1,6 @@
 #pragma once
 
-#include "tools/velk/ExitCode.h"
+#include "tools/velk/context/ExitCode.h"
 
 #include <CLI/CLI.hpp>
 

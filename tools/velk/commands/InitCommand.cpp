@@ -1,17 +1,18 @@
 #include "tools/velk/commands/InitCommand.h"
 
-#include "host/LineSettings.h"
-#include "tools/velk/Choices.h"
-#include "tools/velk/CommandError.h"
-#include "tools/velk/Context.h"
-#include "tools/velk/Interrupt.h"
-#include "tools/velk/Names.h"
-#include "tools/velk/ProjectFile.h"
-#include "tools/velk/ProjectText.h"
-#include "tools/velk/Settings.h"
-#include "tools/velk/Terminal.h"
-#include "tools/velk/Text.h"
-#include "tools/velk/WholeFile.h"
+#include "host/ports/LineSettings.h"
+#include "tools/velk/commands/flags/LineFlags.h"
+#include "tools/velk/context/Choices.h"
+#include "tools/velk/context/CommandError.h"
+#include "tools/velk/context/Context.h"
+#include "tools/velk/project/ProjectFile.h"
+#include "tools/velk/project/ProjectText.h"
+#include "tools/velk/project/Settings.h"
+#include "tools/velk/project/WholeFile.h"
+#include "tools/velk/terminal/Interrupt.h"
+#include "tools/velk/terminal/Terminal.h"
+#include "tools/velk/text/Names.h"
+#include "tools/velk/text/Text.h"
 
 #include <fmt/format.h>
 
@@ -244,7 +245,7 @@ NewProject projectFromFlags(InitOptions const& init, LineOptions const& options)
 }
 
 void writeFile(std::filesystem::path const& file, std::string const& text, bool force) {
-    host::Outcome const written = writeWholeFile(file, text, force);
+    base::Outcome const written = writeWholeFile(file, text, force);
     if (!written.ok() && written.failure().code == kFileIsThere) {
         refuseToReplace(file);
     }

@@ -1,9 +1,10 @@
 #include "tools/velk/commands/ReadCommand.h"
 
-#include "tools/velk/Context.h"
-#include "tools/velk/OutputOptions.h"
-#include "tools/velk/Session.h"
-#include "tools/velk/Terminal.h"
+#include "tools/velk/commands/flags/LineFlags.h"
+#include "tools/velk/commands/flags/OutputFlags.h"
+#include "tools/velk/context/Context.h"
+#include "tools/velk/line/Session.h"
+#include "tools/velk/terminal/Terminal.h"
 
 #include <algorithm>
 #include <memory>

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "tools/velk/ExitCode.h"
-#include "tools/velk/Readings.h"
+#include "tools/velk/context/ExitCode.h"
+#include "tools/velk/line/Readings.h"
 
 #include <CLI/CLI.hpp>
 

@@ -8,7 +8,4 @@ struct Context;
 
 void addTraceCommand(CLI::App& app, Context& context);
 
-/** Lets a command take --trace FILE. */
-void addTraceOption(CLI::App& command, Context& context);
-
 } // namespace velk

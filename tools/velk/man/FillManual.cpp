@@ -1,11 +1,11 @@
 // Fills the templates of the manual pages when the program is built: fill-manual TEMPLATE OUTPUT
 
-#include "host/Clock.h"
-#include "tools/velk/CommandLine.h"
-#include "tools/velk/CommandTree.h"
-#include "tools/velk/Interrupt.h"
-#include "tools/velk/Manual.h"
-#include "tools/velk/Terminal.h"
+#include "host/services/Clock.h"
+#include "tools/velk/cli/CommandLine.h"
+#include "tools/velk/cli/CommandTree.h"
+#include "tools/velk/cli/Manual.h"
+#include "tools/velk/terminal/Interrupt.h"
+#include "tools/velk/terminal/Terminal.h"
 
 #include <cstdio>
 #include <exception>

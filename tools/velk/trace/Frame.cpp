@@ -1,7 +1,7 @@
 #include "tools/velk/trace/Frame.h"
 
-#include "plc/PlcFrame.h"
-#include "plc/PlcRouting.h"
+#include "plc/frames/PlcFrame.h"
+#include "plc/frames/PlcRouting.h"
 
 #include <fmt/format.h>
 

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "plc/ByteOrder.h"
-#include "plc/Bytes.h"
+#include "plc/frames/ByteOrder.h"
+#include "plc/frames/Bytes.h"
 
 #include <array>
 #include <cstdint>

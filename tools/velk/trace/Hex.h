@@ -1,6 +1,6 @@
 #pragma once
 
-#include "plc/Bytes.h"
+#include "plc/frames/Bytes.h"
 
 #include <string>
 

@@ -1,6 +1,6 @@
 #include "tools/velk/trace/JsonTrace.h"
 
-#include "tools/velk/Text.h"
+#include "tools/velk/text/Text.h"
 #include "tools/velk/trace/Hex.h"
 #include "tools/velk/trace/TraceTime.h"
 

@@ -1,7 +1,7 @@
 #include "tools/velk/trace/Payload.h"
 
-#include "plc/ListRequest.h"
-#include "tools/velk/Text.h"
+#include "plc/station/ListRequest.h"
+#include "tools/velk/text/Text.h"
 
 #include <fmt/format.h>
 

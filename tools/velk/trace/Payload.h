@@ -1,8 +1,8 @@
 #pragma once
 
-#include "plc/ByteOrder.h"
-#include "plc/Bytes.h"
-#include "plc/ServiceKind.h"
+#include "plc/frames/ByteOrder.h"
+#include "plc/frames/Bytes.h"
+#include "plc/station/ServiceKind.h"
 
 #include <cstddef>
 #include <cstdint>

@@ -1,6 +1,6 @@
 #include "tools/velk/trace/PcapngTrace.h"
 
-#include "plc/ByteOrder.h"
+#include "plc/frames/ByteOrder.h"
 
 namespace velk::trace {
 namespace {

@@ -4,9 +4,6 @@
 #include "tools/velk/trace/Frame.h"
 
 #include <cstdint>
-#include <filesystem>
-#include <memory>
-#include <optional>
 #include <string>
 #include <string_view>
 
@@ -48,19 +45,5 @@ public:
 protected:
     TraceFormat() = default;
 };
-
-enum class TraceKind {
-    Text,      ///< lines for people
-    JsonLines, ///< a JSON object a line
-    Pcapng,    ///< a capture file for packet analysers
-};
-
-/** "text", "jsonl" or "pcapng". */
-std::optional<TraceKind> traceKindNamed(std::string_view name);
-
-/** By the ending of the file's name: .txt or .log, .jsonl or .json, .pcapng. */
-std::optional<TraceKind> traceKindOf(std::filesystem::path const& file);
-
-std::unique_ptr<TraceFormat> makeTraceFormat(TraceKind kind);
 
 } // namespace velk::trace

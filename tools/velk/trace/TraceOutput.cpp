@@ -1,9 +1,9 @@
 #include "tools/velk/trace/TraceOutput.h"
 
-#include "tools/velk/CommandError.h"
-#include "tools/velk/Context.h"
-#include "tools/velk/Observers.h"
-#include "tools/velk/Terminal.h"
+#include "tools/velk/context/CommandError.h"
+#include "tools/velk/context/Context.h"
+#include "tools/velk/context/Observers.h"
+#include "tools/velk/terminal/Terminal.h"
 
 #include <fmt/format.h>
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "tools/velk/trace/TraceFormat.h"
+#include "tools/velk/trace/TraceKind.h"
 #include "tools/velk/trace/TraceRecorder.h"
 
 #include <functional>

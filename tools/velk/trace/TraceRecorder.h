@@ -1,6 +1,6 @@
 #pragma once
 
-#include "host/PortObserver.h"
+#include "host/serial/PortObserver.h"
 #include "tools/velk/trace/Conversation.h"
 #include "tools/velk/trace/TraceFormat.h"
 

@@ -1,0 +1,29 @@
+#include "base/FileDescriptor.h"
+
+#include <unistd.h>
+#include <utility>
+
+namespace base {
+
+FileDescriptor::~FileDescriptor() {
+    close();
+}
+
+FileDescriptor::FileDescriptor(FileDescriptor&& other) noexcept : descriptor_(std::exchange(other.descriptor_, -1)) {}
+
+FileDescriptor& FileDescriptor::operator=(FileDescriptor&& other) noexcept {
+    if (this != &other) {
+        close();
+        descriptor_ = std::exchange(other.descriptor_, -1);
+    }
+    return *this;
+}
+
+void FileDescriptor::close() {
+    if (isOpen()) {
+        // Linux frees the descriptor even when close() is interrupted: never a second time.
+        ::close(std::exchange(descriptor_, -1));
+    }
+}
+
+} // namespace base

@@ -1,0 +1,24 @@
+#pragma once
+
+namespace base {
+
+/** Owns an open file descriptor; -1 stands for none. */
+class FileDescriptor {
+public:
+    FileDescriptor() = default;
+    explicit FileDescriptor(int descriptor) : descriptor_(descriptor) {}
+    ~FileDescriptor();
+    FileDescriptor(FileDescriptor&& other) noexcept;
+    FileDescriptor& operator=(FileDescriptor&& other) noexcept;
+    FileDescriptor(FileDescriptor const&) = delete;
+    FileDescriptor& operator=(FileDescriptor const&) = delete;
+
+    [[nodiscard]] int get() const { return descriptor_; }
+    [[nodiscard]] bool isOpen() const { return descriptor_ >= 0; }
+    void close();
+
+private:
+    int descriptor_ = -1;
+};
+
+} // namespace base

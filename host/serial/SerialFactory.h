@@ -1,0 +1,68 @@
+#pragma once
+
+#include "host/ports/PortNames.h"
+#include "host/serial/PortReport.h"
+#include "interfaces/HostServices.h"
+
+#include <map>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace host {
+
+class Clock;
+class PortObserver;
+
+/**
+ * Creates the serial ports of this machine by their configured names.
+ *
+ * The binary contract only answers null or 0 when a port cannot be had: the reason stays here, also after the port
+ * was released. For one thread at a time.
+ */
+class SerialFactory final : public ISerialFactory {
+public:
+    /**
+     * @p clock and @p observer (null for none) must outlive the factory; the observer sees every port.
+     *
+     * @param interruption ends all waiting, see SerialPort
+     */
+    explicit SerialFactory(Clock& clock, PortNames names = {}, PortObserver* observer = nullptr, int interruption = -1);
+    ~SerialFactory() override;
+    SerialFactory(SerialFactory const&) = delete;
+    SerialFactory& operator=(SerialFactory const&) = delete;
+
+    IInterface* ConvertTo(char const* name) override;
+    [[nodiscard]] char const* GetImpName() const override;
+    [[nodiscard]] int GetImpVersion() const override;
+
+    /** Null when no device has this name; it is opened, and its rights are checked, by ISerialPort::Open(). */
+    ISerialPort* CreatePort(char const* name) override;
+
+    /** Anything but a port of this factory is ignored. */
+    void ReleasePort(ISerialPort* port) override;
+
+    /** Why the port asked for last could not be created or opened; empty when it could. */
+    [[nodiscard]] std::string lastError() const;
+
+    /** Why the port asked for last died while it was open ("adapter pulled out"); empty when it did not. */
+    [[nodiscard]] std::string lastFault() const;
+
+    /** The report of the port called @p name; null when it was never asked for. */
+    [[nodiscard]] PortReport const* report(std::string const& name) const;
+
+private:
+    struct Entry;
+
+    ISerialPort* create(std::string const& name);
+
+    Clock& clock_;
+    PortNames names_;
+    PortObserver* observer_;
+    int interruption_;
+    std::map<std::string, PortReport> reports_; ///< by name; kept when a port is released
+    std::string lastName_;
+    std::vector<std::unique_ptr<Entry>> ports_;
+};
+
+} // namespace host

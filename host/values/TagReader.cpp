@@ -1,0 +1,316 @@
+#include "host/values/TagReader.h"
+
+#include "host/instance/ProtocolFailure.h"
+#include "host/values/Counted.h"
+#include "interfaces/IProtocol.h"
+#include "interfaces/ITag.h"
+
+#include <algorithm>
+#include <cstddef>
+#include <exception>
+#include <set>
+#include <utility>
+
+namespace host {
+
+namespace {
+
+using Items = std::span<std::size_t const>;
+
+constexpr int kTimeoutCode = -4;
+constexpr int kRefusedCode = -6; // wrong or refused answers of the PLC, bad quality
+constexpr int kAddressCode = -1; // address, buffer and symbol faults
+constexpr char const* kResponseTooLong = "Rx Buffer dimension exceeded";
+constexpr int kConversionCode = -9; // a value that a conversion does not take
+
+std::size_t valueLength(ITag const& tag) {
+    return static_cast<std::size_t>(std::max(0, tag.GetVarLength()));
+}
+
+base::Failure itemFailure(idal_error_t status) {
+    if (status == kItemNotInSymbolFile) {
+        return {kAddressCode, "the PLC program has no such variable"};
+    }
+    if (status == kItemNotProcessed) {
+        return base::hostFailure("the driver did not process the tag");
+    }
+    return base::hostFailure("the driver gave the tag the status " + std::to_string(status));
+}
+
+/** One way of moving the values of some tags in one call. */
+class Transfer {
+public:
+    Transfer(IProtocol3& protocol, std::vector<TagResult>& results) : protocol_(protocol), results_(results) {}
+    virtual ~Transfer() = default;
+    Transfer(Transfer const&) = delete;
+    Transfer& operator=(Transfer const&) = delete;
+
+    /** Moves the values of a datagram; answers false when the call failed, with nothing noted in the results. */
+    virtual bool datagram(Items items) = 0;
+
+    /** The same for one tag, through the driver's operation for a single tag. */
+    virtual bool single(std::size_t item) = 0;
+
+    /** True when the failure may be due to one tag, and trying the others without it does no harm. */
+    [[nodiscard]] virtual bool mayBlameATag(base::Failure const& failure) const = 0;
+
+    void fail(Items items, base::Failure const& failure) {
+        for (std::size_t const item : items) {
+            results_[item].failure = failure;
+        }
+    }
+
+    [[nodiscard]] IProtocol3& protocol() const { return protocol_; }
+
+protected:
+    TagResult& result(std::size_t item) { return results_[item]; }
+
+private:
+    IProtocol3& protocol_;
+    std::vector<TagResult>& results_;
+};
+
+class Reading final : public Transfer {
+public:
+    Reading(IProtocol3& protocol, std::span<ITag* const> tags, std::vector<TagResult>& results)
+        : Transfer(protocol, results), tags_(tags) {}
+
+    bool datagram(Items items) override {
+        std::vector<ITag const*> list;
+        std::size_t length = 0;
+        for (std::size_t const item : items) {
+            list.push_back(tags_[item]);
+            length += valueLength(*tags_[item]);
+        }
+        ValueBytes values(length);
+        std::vector<idal_error_t> statuses(items.size(), kItemNotProcessed);
+        if (!protocol().ReadDatagramWithStatus(list.data(), static_cast<int>(list.size()), values.data(),
+                                               statuses.data())) {
+            return false;
+        }
+        std::span<unsigned char const> rest(values);
+        for (std::size_t i = 0; i < items.size(); ++i) {
+            auto const value = rest.first(valueLength(*list[i]));
+            rest = rest.subspan(value.size());
+            note(result(items[i]), statuses[i], value);
+        }
+        return true;
+    }
+
+    bool single(std::size_t item) override {
+        ValueBytes value(valueLength(*tags_[item]));
+        if (!protocol().Read(tags_[item], value.data())) {
+            return false;
+        }
+        note(result(item), kItemGood, value);
+        return true;
+    }
+
+    [[nodiscard]] bool mayBlameATag(base::Failure const& failure) const override {
+        return failure.code == kAddressCode || failure.code == kRefusedCode || failure.code == kConversionCode;
+    }
+
+private:
+    static void note(TagResult& result, idal_error_t status, std::span<unsigned char const> value) {
+        result.status = status;
+        result.good = status == kItemGood;
+        if (result.good) {
+            result.value.assign(value.begin(), value.end());
+        } else {
+            result.failure = itemFailure(status); // what stands in its place is not the variable's value
+        }
+    }
+
+    std::span<ITag* const> tags_;
+};
+
+class Writing final : public Transfer {
+public:
+    Writing(IProtocol3& protocol, std::span<TagWrite const> writes, std::vector<TagResult>& results)
+        : Transfer(protocol, results), writes_(writes) {}
+
+    bool datagram(Items items) override {
+        std::vector<ITag const*> list;
+        ValueBytes values;
+        for (std::size_t const item : items) {
+            TagWrite const& write = writes_[item];
+            list.push_back(write.tag);
+            values.insert(values.end(), write.value.begin(), write.value.end());
+        }
+        std::vector<idal_error_t> statuses(items.size(), kItemNotProcessed);
+        if (!protocol().WriteDatagramWithStatus(list.data(), static_cast<int>(list.size()), values.data(),
+                                                statuses.data())) {
+            return false;
+        }
+        for (std::size_t i = 0; i < items.size(); ++i) {
+            note(result(items[i]), statuses[i]);
+        }
+        return true;
+    }
+
+    bool single(std::size_t item) override {
+        if (!protocol().Write(writes_[item].tag, writes_[item].value.data())) {
+            return false;
+        }
+        note(result(item), kItemGood);
+        return true;
+    }
+
+    // These are found before anything is sent. What the PLC itself refused, or answered at too great a length, may be
+    // half written: not again.
+    [[nodiscard]] bool mayBlameATag(base::Failure const& failure) const override {
+        return (failure.code == kAddressCode && !failure.text.ends_with(kResponseTooLong)) ||
+               failure.code == kConversionCode;
+    }
+
+private:
+    static void note(TagResult& result, idal_error_t status) {
+        result.status = status;
+        result.good = status == kItemGood;
+        if (!result.good) {
+            result.failure = itemFailure(status);
+        }
+    }
+
+    std::span<TagWrite const> writes_;
+};
+
+/** Why a tag is left out of every datagram, or success. */
+base::Outcome checkTag(ITag const* tag) {
+    if (tag == nullptr) {
+        return base::hostFailure("there is no such tag");
+    }
+    if (tag->GetVarLength() < 0) {
+        return base::hostFailure("the tag has a negative length");
+    }
+    return {};
+}
+
+base::Outcome checkWrite(TagWrite const& write) {
+    base::Outcome checked = checkTag(write.tag);
+    if (!checked.ok()) {
+        return checked;
+    }
+    if (write.tag->IsReadOnly()) {
+        return base::hostFailure("the tag is read-only");
+    }
+    if (write.value.size() != valueLength(*write.tag)) {
+        return base::hostFailure("the value has " + counted(write.value.size(), "byte") + " instead of " +
+                                 std::to_string(valueLength(*write.tag)));
+    }
+    return {};
+}
+
+/** Carries out a plan, keeping every failure where it belongs. */
+class Execution {
+public:
+    Execution(Transfer& transfer, TransferPolicy const& policy) : transfer_(transfer), policy_(policy) {}
+
+    void run(Datagram const& datagram) {
+        if (silentNodes_.contains(datagram.node)) {
+            transfer_.fail(datagram.items, silence_);
+            return;
+        }
+        node_ = datagram.node;
+        calls_ = policy_.extraCalls;
+        if (datagram.single) {
+            runSingle(datagram.items);
+        } else {
+            runItems(datagram.items);
+        }
+    }
+
+private:
+    void runSingle(Items items) {
+        for (std::size_t const item : items) {
+            if (!guarded([&] { return transfer_.single(item); })) {
+                noteFailure(items);
+            }
+        }
+    }
+
+    void runItems(Items items) {
+        if (guarded([&] { return transfer_.datagram(items); })) {
+            return;
+        }
+        if (items.size() > 1 && calls_ >= 2 && transfer_.mayBlameATag(failure_)) {
+            calls_ -= 2;
+            runItems(items.first(items.size() / 2));
+            runItems(items.subspan(items.size() / 2));
+            return;
+        }
+        noteFailure(items);
+    }
+
+    /** Runs a call and keeps the reason when it fails. A value too big for the memory fails it as well. */
+    template <typename Call>
+    bool guarded(Call&& call) {
+        try {
+            if (call()) {
+                return true;
+            }
+            failure_ = protocolFailure(transfer_.protocol());
+        } catch (std::exception const&) {
+            failure_ = base::hostFailure("there is not enough memory for the values");
+        }
+        return false;
+    }
+
+    void noteFailure(Items items) {
+        transfer_.fail(items, failure_);
+        if (policy_.skipNodeAfterTimeout && failure_.code == kTimeoutCode) {
+            silentNodes_.insert(node_);
+            silence_ = failure_;
+        }
+    }
+
+    Transfer& transfer_;
+    TransferPolicy const& policy_;
+    base::Failure failure_;
+    std::set<int> silentNodes_;
+    base::Failure silence_;
+    int node_ = 0;
+    int calls_ = 0;
+};
+
+} // namespace
+
+TagReader::TagReader(IProtocol3& protocol, TransferPolicy policy) : protocol_(protocol), policy_(policy) {}
+
+std::vector<TagResult> TagReader::read(std::span<ITag* const> tags) {
+    return read(tags, planDatagrams(protocol_, tags, Purpose::Read));
+}
+
+std::vector<TagResult> TagReader::read(std::span<ITag* const> tags, std::vector<Datagram> const& plan) {
+    std::vector<TagResult> results(tags.size());
+    for (std::size_t i = 0; i < tags.size(); ++i) {
+        if (base::Outcome const checked = checkTag(tags[i]); !checked.ok()) {
+            results[i].failure = checked.failure();
+        }
+    }
+    Reading reading(protocol_, tags, results);
+    Execution execution(reading, policy_);
+    std::for_each(plan.begin(), plan.end(), [&](Datagram const& datagram) { execution.run(datagram); });
+    return results;
+}
+
+std::vector<TagResult> TagReader::write(std::span<TagWrite const> writes) {
+    std::vector<TagResult> results(writes.size());
+    std::vector<ITag*> tags(writes.size(), nullptr);
+    for (std::size_t i = 0; i < writes.size(); ++i) {
+        base::Outcome const checked = checkWrite(writes[i]);
+        if (checked.ok()) {
+            tags[i] = writes[i].tag;
+        } else {
+            results[i].failure = checked.failure();
+        }
+    }
+    Writing writing(protocol_, writes, results);
+    Execution execution(writing, policy_);
+    for (Datagram const& datagram : planDatagrams(protocol_, tags, Purpose::Write)) {
+        execution.run(datagram);
+    }
+    return results;
+}
+
+} // namespace host

@@ -1,0 +1,28 @@
+#pragma once
+
+#include "plc/ports/Descriptor.h"
+
+#include <string>
+
+namespace plc {
+
+/// A pseudo-terminal in raw mode: the PLC works on the master side, a panel opens the slave by its name.
+class PseudoTerminal {
+public:
+    /// Throws std::system_error.
+    PseudoTerminal();
+
+    [[nodiscard]] int master() const { return master_.get(); }
+    /// The path of the slave, for example /dev/pts/3.
+    [[nodiscard]] std::string const& slaveName() const { return slaveName_; }
+
+private:
+    Descriptor master_;
+    std::string slaveName_;
+};
+
+/// Makes a terminal pass every byte as it is: no echo, no line editing, no flow control, 8 data bits. The speed stays.
+/// Throws std::system_error.
+void makeRaw(int terminal);
+
+} // namespace plc

@@ -1,0 +1,94 @@
+#pragma once
+
+#include "plc/program/ProgramDescription.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace plc {
+
+/// What kind of type a data type is.
+enum class TypeKind : std::uint8_t {
+    kBool,
+    kByte,
+    kSint,
+    kUsint,
+    kInt,
+    kUint,
+    kWord,
+    kDint,
+    kUdint,
+    kDword,
+    kReal,
+    kLreal,
+    kLint,
+    kUlint,
+    kTime,
+    kString,
+    kBit,
+    kArray,
+    kStructure
+};
+
+/// The bounds of one dimension of an array, both included.
+struct Dimension {
+    std::int32_t low = 0;
+    std::int32_t high = 0;
+    [[nodiscard]] std::uint64_t count() const {
+        return static_cast<std::uint64_t>(std::int64_t{high} - std::int64_t{low} + 1);
+    }
+};
+
+struct Member {
+    std::string name{};
+    std::size_t type = 0;     ///< position in the table
+    std::uint32_t offset = 0; ///< in bytes, from the start of the structure
+};
+
+/// A type with its place in memory. Everything is naturally aligned; a structure is filled up to its alignment.
+struct DataType {
+    TypeKind kind = TypeKind::kBool;
+    std::string name{};     ///< as in the symbol file: INT, STRING(20), ARRAY [0..9] OF INT, a structure's own name
+    std::uint32_t size = 0; ///< of a value, in bytes
+    std::uint32_t alignment = 1;
+    std::size_t element = 0;             ///< arrays: position of the element type in the table
+    std::vector<Dimension> dimensions{}; ///< arrays
+    std::vector<Member> members{};       ///< structures
+};
+
+/// The types of a program, each once, the parts of a type always before the type itself.
+class TypeTable {
+public:
+    /// Throws DescriptionError for structures that make no sense.
+    explicit TypeTable(std::vector<StructureDescription> structures);
+
+    /// The type that the text names, made when it is new. Names are taken whatever the case of their letters. Throws
+    /// DescriptionError with the given line.
+    std::size_t typeOf(std::string_view text, int line);
+
+    [[nodiscard]] DataType const& operator[](std::size_t position) const { return types_[position]; }
+    [[nodiscard]] std::size_t size() const { return types_.size(); }
+
+private:
+    struct Known {
+        StructureDescription description{};
+        bool underWay = false; ///< its members are being made: it must not contain itself
+    };
+
+    [[nodiscard]] std::size_t add(DataType type);
+    [[nodiscard]] std::size_t elementaryType(std::string_view text, int line);
+    [[nodiscard]] std::size_t arrayType(std::string_view text, int line);
+    [[nodiscard]] std::size_t structureType(Known& known, int line);
+    [[nodiscard]] Known* knownStructure(std::string_view name);
+
+    std::vector<Known> structures_;
+    std::vector<DataType> types_;
+};
+
+/// Whether both names are the same but for the case of their letters.
+[[nodiscard]] bool sameName(std::string_view left, std::string_view right);
+
+} // namespace plc

@@ -1,0 +1,37 @@
+#pragma once
+
+#include "plc/frames/ByteOrder.h"
+#include "plc/frames/Bytes.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <variant>
+#include <vector>
+
+namespace plc {
+
+/// An item of a variable list. Size 0 means a single bit, whose offset counts bits and whose value takes one byte.
+struct ListItem {
+    std::uint16_t area = 0;
+    std::uint32_t offset = 0;
+    std::uint32_t size = 0;
+    ByteView value{}; ///< writes only; lies in the request
+
+    [[nodiscard]] bool isBit() const { return size == 0; }
+    [[nodiscard]] std::uint64_t valueSize() const { return isBit() ? 1 : size; }
+};
+
+struct ListRequest {
+    std::vector<ListItem> items{};
+    std::uint32_t projectId = 0;
+};
+
+/**
+ * Takes a variable-list request apart: service byte, 0, item count (4), for each item area (2), offset (4) and size
+ * (4), with the value behind it when writing, and at the end the project identifier (4). Answers what is wrong with
+ * it when the length does not fit exactly.
+ */
+[[nodiscard]] std::variant<ListRequest, std::string> parseListRequest(ByteView request, ByteOrder order);
+
+} // namespace plc

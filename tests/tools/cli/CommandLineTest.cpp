@@ -1,0 +1,166 @@
+#include "tools/velk/cli/CommandLine.h"
+
+#include "host/services/Clock.h"
+#include "tools/velk/terminal/Interrupt.h"
+#include "tools/velk/terminal/Terminal.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+namespace {
+
+using testing::HasSubstr;
+using testing::Not;
+using testing::StartsWith;
+using velk::ExitCode;
+
+/** Command lines of velk, and what they put on the standard streams. */
+class CommandLine : public testing::Test {
+protected:
+    ExitCode run(std::vector<std::string> const& words) {
+        testing::internal::CaptureStdout();
+        testing::internal::CaptureStderr();
+        ExitCode const code = velk::runCommandLine(words, context_);
+        output_ = testing::internal::GetCapturedStdout();
+        complaint_ = testing::internal::GetCapturedStderr();
+        return code;
+    }
+
+    std::string output_;
+    std::string complaint_;
+
+private:
+    velk::Terminal terminal_{velk::StreamKinds{}};
+    velk::Interrupt interrupt_;
+    host::SteadyClock clock_;
+    velk::Context context_{.terminal = terminal_, .interrupt = interrupt_, .clock = clock_};
+};
+
+TEST_F(CommandLine, AMisspeltCommandIsToldWithTheOneThatMayBeMeant) {
+    for (std::vector<std::string> const& words :
+         {std::vector<std::string>{"reed"}, {"help", "reed"}, {"reed", "--help"}, {"reed", "Counter"}}) {
+        EXPECT_EQ(run(words), ExitCode::Usage);
+        EXPECT_EQ(output_, "");
+        EXPECT_EQ(complaint_, "velk: there is no command 'reed'; did you mean read?\nvelk --help lists the commands\n");
+    }
+}
+
+TEST_F(CommandLine, TwoLettersInTheWrongOrderAreToldToo) {
+    EXPECT_EQ(run({"raed"}), ExitCode::Usage);
+    EXPECT_THAT(complaint_, StartsWith("velk: there is no command 'raed'; did you mean read?\n"));
+}
+
+TEST_F(CommandLine, ACommandThatIsLikeNoOtherIsToldToo) {
+    for (std::vector<std::string> const& words : {std::vector<std::string>{"nix"}, {"help", "nix"}}) {
+        EXPECT_EQ(run(words), ExitCode::Usage);
+        EXPECT_EQ(output_, "");
+        EXPECT_EQ(complaint_, "velk: there is no command 'nix'\nvelk --help lists the commands\n");
+    }
+}
+
+TEST_F(CommandLine, ACommandOfACommandIsToldInItsPlace) {
+    for (std::vector<std::string> const& words :
+         {std::vector<std::string>{"config", "chek"}, {"help", "config", "chek"}}) {
+        EXPECT_EQ(run(words), ExitCode::Usage);
+        EXPECT_EQ(complaint_,
+                  "velk: there is no command 'chek'; did you mean check?\nvelk config --help lists the commands\n");
+    }
+}
+
+TEST_F(CommandLine, WhatIsMissingIsCalledAsInTheHelp) {
+    EXPECT_EQ(run({"write"}), ExitCode::Usage);
+    EXPECT_EQ(complaint_, "velk: NAME=VALUE is missing\nvelk write --help tells what it takes\n");
+    EXPECT_EQ(run({"plc"}), ExitCode::Usage);
+    EXPECT_THAT(complaint_, StartsWith("velk: PROJECT is missing\n"));
+    EXPECT_EQ(run({"config"}), ExitCode::Usage);
+    EXPECT_THAT(complaint_, StartsWith("velk: a command is missing: check or show\n"));
+}
+
+TEST_F(CommandLine, AFlagInFrontOfItsCommandIsToldWhereItBelongs) {
+    struct Case {
+        std::vector<std::string> words;
+        char const* reason;
+    };
+    for (Case const& each :
+         {Case{{"-n", "2", "symbols", "A*"}, "'-n' belongs behind the command: velk symbols -n 2 'A*'"},
+          Case{{"--node=2", "symbols"}, "'--node' belongs behind the command: velk symbols --node=2"},
+          Case{{"-n", "2", "write", "X='1'"}, "'-n' belongs behind the command: velk write -n 2 'X='\\''1'\\'''"},
+          Case{{"-q", "-n2", "read", "X"}, "'-q' belongs behind the command: velk read -q -n2 X"},
+          Case{{"-f", "a.toml", "config", "show"}, "'-f' belongs behind the command: velk config show -f a.toml"},
+          Case{{"config", "-f", "a.toml", "show"}, "'-f' belongs behind the command: velk config show -f a.toml"}}) {
+        EXPECT_EQ(run(each.words), ExitCode::Usage);
+        EXPECT_EQ(output_, "");
+        EXPECT_EQ(complaint_, std::string("velk: ") + each.reason + "\n");
+    }
+}
+
+TEST_F(CommandLine, AFlagWithoutACommandIsToldThatItNeedsOne) {
+    for (std::vector<std::string> const& words : {std::vector<std::string>{"-n", "2"}, {"-n", "2", "symbls"}}) {
+        EXPECT_EQ(run(words), ExitCode::Usage);
+        EXPECT_EQ(complaint_, "velk: '-n' belongs behind a command\nvelk --help lists the commands\n");
+    }
+}
+
+TEST_F(CommandLine, AFlagThatDoesNotExistIsCalledSo) {
+    EXPECT_EQ(run({"--nonsense", "read"}), ExitCode::Usage);
+    EXPECT_EQ(complaint_, "velk: there is no option '--nonsense'\nvelk --help tells what it takes\n");
+    EXPECT_EQ(run({"symbols", "--nonsense", "5"}), ExitCode::Usage);
+    EXPECT_EQ(complaint_, "velk: there is no option '--nonsense'\nvelk symbols --help tells what it takes\n");
+}
+
+TEST_F(CommandLine, AWordTooManyIsNamed) {
+    EXPECT_EQ(run({"ports", "now", "please"}), ExitCode::Usage);
+    EXPECT_EQ(complaint_, "velk: 'now' is one word too many\nvelk ports --help tells what it takes\n");
+}
+
+TEST_F(CommandLine, WrongWordsAreToldInOneVoiceAndWithTheirCommand) {
+    struct Case {
+        std::vector<std::string> words;
+        std::string reason;
+        std::string command;
+    };
+    for (Case const& each : {
+             Case{{"read", "--nonsense"}, "there is no option '--nonsense'", "read"},
+             Case{{"read", "--quite", "X"}, "there is no option '--quite'; did you mean --quiet?", "read"},
+             Case{{"write", "--bad"}, "there is no option '--bad'; did you mean --baud?", "write"},
+             Case{{"config", "show", "--json"}, "there is no option '--json'", "config show"},
+             Case{{"config", "check", "a", "b"}, "'b' is one word too many", "config check"},
+             Case{{"help", "read", "write"}, "'write' is one word too many", "help"},
+             Case{{"symbols", "--csv", "--tree"}, "--tree and --csv do not go together", "symbols"},
+             Case{{"symbols", "--fetch", "--stored"}, "--stored and --fetch do not go together", "symbols"},
+             Case{{"read", "--json", "--csv"}, "--json and --csv do not go together", "read"},
+             Case{{"read", "--trace-format", "text"}, "--trace-format needs --trace", "read"},
+             Case{{"read", "--trace", "a", "--trace", "b"}, "--trace is given more than once", "read"},
+             Case{{"read", "--port"}, "--port needs a value: PORT", "read"},
+             Case{{"read", "--json=x"}, "--json takes no value", "read"},
+             Case{{"plc", "x", "--seed", "x"}, "--seed is 'x'; it has to be a whole number", "plc"},
+             Case{{"read", "--stopbits", "3"}, "--stopbits is '3'; it has to be 1 to 2", "read"},
+             Case{{"read", "--stopbits", "x"}, "--stopbits is 'x'; it has to be 1 to 2", "read"},
+             Case{{"read", "--parity", "x"}, "--parity is 'x'; it has to be none, even, odd or mark", "read"},
+             Case{{"trace", "--format", "x", "--", "ports"},
+                  "--format is 'x'; it has to be text, jsonl or pcapng",
+                  "trace"},
+             Case{{"watch", "--count", "0"}, "--count: '0' is no number of rounds; it takes 1 or more", "watch"},
+             Case{{"trace", "--"}, "COMMAND is missing", "trace"},
+             Case{{"completions", "ksh"}, "SHELL is 'ksh'; it has to be bash, zsh or fish", "completions"},
+             Case{{"init", "--address1", "1.2.3"},
+                  "--address1: '1.2.3' is no address; it has to be like 192.168.0.1",
+                  "init"},
+         }) {
+        EXPECT_EQ(run(each.words), ExitCode::Usage) << each.reason;
+        EXPECT_EQ(output_, "");
+        EXPECT_EQ(complaint_, "velk: " + each.reason + "\nvelk " + each.command + " --help tells what it takes\n");
+    }
+}
+
+TEST_F(CommandLine, HelpIsDataAndGood) {
+    EXPECT_EQ(run({"help"}), ExitCode::Good);
+    EXPECT_THAT(output_, StartsWith("Usage: velk [OPTION]... COMMAND ..."));
+    EXPECT_EQ(run({"help", "read"}), ExitCode::Good);
+    EXPECT_THAT(output_, StartsWith("Usage: velk read "));
+    EXPECT_EQ(run({"help", "config", "check"}), ExitCode::Good);
+    EXPECT_THAT(output_, StartsWith("Usage: velk config check "));
+    EXPECT_EQ(complaint_, "");
+}
+
+} // namespace

@@ -1,0 +1,13 @@
+#pragma once
+
+#include "tools/velk/commands/check/CheckReport.h"
+
+#include <string>
+
+namespace velk {
+
+/** A walk or a scan as a JSON document. */
+std::string checkJson(CheckReport const& report);
+std::string scanJson(ScanReport const& report);
+
+} // namespace velk

@@ -1,0 +1,334 @@
+#include "tools/velk/commands/simulate/PlcCommand.h"
+
+#include "plc/line/Line.h"
+#include "plc/ports/FdServer.h"
+#include "tools/velk/commands/simulate/EventPrinter.h"
+#include "tools/velk/commands/simulate/EventQueue.h"
+#include "tools/velk/commands/simulate/PlcPort.h"
+#include "tools/velk/commands/simulate/PlcService.h"
+#include "tools/velk/commands/simulate/SimulatedLine.h"
+#include "tools/velk/commands/simulate/StreamWriter.h"
+#include "tools/velk/context/Choices.h"
+#include "tools/velk/context/CommandError.h"
+#include "tools/velk/context/Context.h"
+#include "tools/velk/terminal/Interrupt.h"
+#include "tools/velk/terminal/Terminal.h"
+#include "tools/velk/text/Interval.h"
+#include "tools/velk/text/Text.h"
+
+#include <fmt/format.h>
+#include <nlohmann/json.hpp>
+
+#include <algorithm>
+#include <array>
+#include <csignal>
+#include <limits>
+#include <memory>
+#include <optional>
+#include <poll.h>
+#include <unistd.h>
+#include <utility>
+
+namespace velk {
+namespace {
+
+using simulation::EventPrinter;
+using simulation::EventQueue;
+using simulation::EventStyle;
+using simulation::Happening;
+using simulation::Plan;
+using simulation::PlcPort;
+using simulation::PlcService;
+using simulation::StreamWriter;
+
+/** Events that wait for a reader; beyond them they are left out. */
+constexpr std::size_t kMostWaitingBytes = 1'048'576;
+
+/** For a reader that has stopped reading, or is slow, when the end has come. */
+constexpr StreamWriter::Patience kPatience{.standstill = std::chrono::milliseconds(500),
+                                           .altogether = std::chrono::seconds(10)};
+
+EventStyle styleOf(PlcOptions const& options) {
+    if (options.quiet) {
+        return EventStyle::None;
+    }
+    return options.json ? EventStyle::Json : EventStyle::Text;
+}
+
+std::vector<std::string> stationNames(Plan const& plan) {
+    std::vector<std::string> names;
+    for (plc::StationDescription const& station : plan.line.stations) {
+        names.push_back(station.name);
+    }
+    return names;
+}
+
+plc::WireLikeness wireLikeness(Plan const& plan, PlcPort const& port) {
+    if (!port.isPseudoTerminal()) {
+        return {};
+    }
+    return {.bytesPerSecond = plan.line.bytesPerSecond, .baud = plan.line.speed.baud};
+}
+
+EventQueue::LeftOut leftOut(EventStyle style) {
+    return [style](std::size_t count, plc::Micros time) {
+        return (style == EventStyle::Json ? simulation::leftOutJson(count, time)
+                                          : simulation::leftOutText(count, time)) +
+               "\n";
+    };
+}
+
+/** Neither stream is waited for: whoever does not read must not hold the PLC up. */
+struct Streams {
+    StreamWriter output{STDOUT_FILENO};
+    StreamWriter notes{STDERR_FILENO, StreamWriter::OnFailure::Forget};
+};
+
+void note(std::string const& line, Terminal const& terminal, Streams& streams) {
+    if (!terminal.quiet()) {
+        streams.notes.put(line + "\n");
+    }
+}
+
+void announce(Plan const& plan, PlcPort const& port, PlcOptions const& options, Terminal const& terminal,
+              Streams& streams) {
+    for (std::string const& line : simulation::planText(plan, options)) {
+        note(terminal.colouredError(Colour::Dim, line), terminal, streams);
+    }
+    note(fmt::format("Playing on {}. End it with Ctrl-C.", port.wayToIt()), terminal, streams);
+    streams.notes.write();
+    if (options.json) {
+        streams.output.put(nlohmann::ordered_json{{"event", "port"}, {"name", port.name()}}.dump() + "\n");
+    } else {
+        streams.output.put(port.name() + "\n");
+    }
+    streams.output.write();
+}
+
+void carryOut(Happening const& happening, plc::Line& line) {
+    plc::Station& station = line.station(happening.station);
+    if (happening.kind == Happening::Kind::Restart) {
+        station.restart();
+    } else {
+        station.replaceProgram(happening.program);
+    }
+}
+
+/** Has everything happen at its time and prints, until the user wants the end, the time is over or the service is. */
+class Play {
+public:
+    Play(Plan const& plan, PlcOptions const& options, Context& context, EventQueue& events, Streams& streams)
+        : plan_(plan), context_(context), events_(events), streams_(streams), begun_(context.clock.microseconds()),
+          end_(options.forMicroseconds > 0 ? options.forMicroseconds : kNever) {}
+
+    void run(plc::FdServer& server, PlcService const& service) {
+        while (wait(service) && !service.isOver()) {
+            while (next_ < plan_.happenings.size() && plan_.happenings[next_].at.count() <= now()) {
+                Happening const& happening = plan_.happenings[next_++];
+                server.locked([&](plc::Line& line) { carryOut(happening, line); });
+            }
+            if (now() >= end_) {
+                return;
+            }
+            print();
+        }
+    }
+
+    [[nodiscard]] std::int64_t now() const { return context_.clock.microseconds() - begun_; }
+
+private:
+    static constexpr int kNoDescriptor = -1; // poll leaves it out
+    static constexpr std::int64_t kNever = std::numeric_limits<std::int64_t>::max();
+
+    /** Waits until there is something to do. False as soon as the user wants the end. */
+    bool wait(PlcService const& service) {
+        constexpr std::int64_t kMicrosPerMilli = 1000;
+        StreamWriter const& output = streams_.output;
+        StreamWriter const& notes = streams_.notes;
+        pollfd const printing =
+            output.isPending() ? pollfd{output.descriptor(), POLLOUT, 0} : pollfd{events_.descriptor(), POLLIN, 0};
+        pollfd const noting{notes.isPending() ? notes.descriptor() : kNoDescriptor, POLLOUT, 0};
+        std::array<pollfd, 4> waiting{
+            {{context_.interrupt.descriptor(), POLLIN, 0}, {service.endDescriptor(), POLLIN, 0}, printing, noting}};
+        ::poll(waiting.data(), waiting.size(), static_cast<int>((untilNext() + kMicrosPerMilli - 1) / kMicrosPerMilli));
+        return !context_.interrupt.requested();
+    }
+
+    /** What the last events left over first: so nobody has to remember more than the queue holds. */
+    void print() {
+        if (!streams_.output.isPending()) {
+            streams_.output.put(events_.take());
+        }
+        streams_.output.write();
+        streams_.notes.write();
+    }
+
+    [[nodiscard]] std::int64_t untilNext() const {
+        constexpr std::int64_t kLong = 3'600'000'000;
+        std::int64_t next = now() + kLong;
+        if (next_ < plan_.happenings.size()) {
+            next = std::min<std::int64_t>(next, plan_.happenings[next_].at.count());
+        }
+        return std::max<std::int64_t>(0, std::min(next, end_) - now());
+    }
+
+    Plan const& plan_;
+    Context& context_;
+    EventQueue& events_;
+    Streams& streams_;
+    std::int64_t begun_;
+    std::int64_t end_;
+    std::size_t next_ = 0;
+};
+
+std::string endLine(plc::Line const& line, std::int64_t time, PlcOptions const& options) {
+    plc::Micros const lasted(time);
+    switch (styleOf(options)) {
+    case EventStyle::Json:
+        return simulation::endJson(line.counters(), lasted) + "\n";
+    case EventStyle::Text:
+        return simulation::endText(line.counters(), lasted) + "\n";
+    case EventStyle::None:
+        break;
+    }
+    return "";
+}
+
+/** A reader that has stopped reading does not keep the program. */
+void printRest(Streams& streams, Terminal const& terminal) {
+    if (std::size_t const left = streams.output.finish(kPatience); left > 0) {
+        note(fmt::format("Nobody read standard output: {} left out at the end.",
+                         counted(left, "line was", "lines were")),
+             terminal, streams);
+    }
+    streams.notes.finish(kPatience);
+}
+
+// ---- the flags
+
+void addPort(CLI::App& command, PlcOptions& options) {
+    constexpr char const* kGroup = "Port";
+    command.add_option("--link", options.link, "Make a symbolic link to the port while it works")
+        ->type_name("PATH")
+        ->group(kGroup);
+    command.add_option("-p,--port", options.port, "A real port, in place of a pseudo-terminal")
+        ->type_name("PORT")
+        ->group(kGroup);
+    command
+        .add_option("-b,--baud", options.baud,
+                    "Line speed in bit/s; on a pseudo-terminal bytes take their time, and a "
+                    "panel at another speed says and hears garbage")
+        ->type_name("BAUD")
+        ->group(kGroup);
+    command.add_option("--parity", options.parity, "Parity of the characters")
+        ->transform(CLI::IsMember(parities(), CLI::ignore_case))
+        ->group(kGroup);
+    command.add_option("--stopbits", options.stopBits, "Stop bits of the characters")
+        ->check(CLI::Range(1, 2))
+        ->type_name("")
+        ->group(kGroup);
+    command.add_option("--mode", options.mode, "What a real port drives")
+        ->transform(CLI::IsMember(modes(), CLI::ignore_case))
+        ->group(kGroup);
+}
+
+void addStations(CLI::App& command, PlcOptions& options) {
+    constexpr char const* kGroup = "Stations, in place of what the description says";
+    command.add_option("--framing", options.framing, "Frames as they are, or routed through couplers")
+        ->transform(CLI::IsMember(framings(), CLI::ignore_case))
+        ->group(kGroup);
+    command.add_option("--byte-order", options.byteOrder, "Order of the bytes in a number")
+        ->transform(CLI::IsMember(byteOrders(), CLI::ignore_case))
+        ->group(kGroup);
+    command.add_option("--block-size", options.blockSize, "Bytes of a block")
+        ->check(CLI::Range(kLeastBlockSize, kMostBlockSize))
+        ->type_name("")
+        ->group(kGroup);
+}
+
+void addFaults(CLI::App& command, PlcOptions& options) {
+    constexpr char const* kGroup = "Misbehaviour";
+    auto const add = [&](char const* flag, auto& target, char const* help, char const* type) {
+        command.add_option(flag, target, help)->type_name(type)->group(kGroup);
+    };
+    add("--drop", options.drop, "Lose so many frames, in either direction: 1%", "SHARE");
+    add("--flip", options.flip, "Flip a bit in so many frames from the PLC: 0.1%", "SHARE");
+    add("--silent", options.silent, "Do not answer for 5 s every 60 s: 5s@60s; only once: 5s@60s/once; always", "WHEN");
+    command.add_flag("--refuse-login", options.refuseLogin, "Refuse every login")->group(kGroup);
+    add("--bad-quality", options.badQuality, "Give this variable a bad quality", "NAME");
+    add("--replace-program", options.replaceProgram,
+        "Run another program after this time: that of a file, or the same under another project identifier",
+        "TIME[:FILE]");
+    add("--restart", options.restart, "Switch the PLC off and on after this time", "TIME");
+    add("--fault", options.faults,
+        "Misbehave by a rule as in a description: 'kind = \"late\", probability = 0.1, delay_ms = 500'", "RULE");
+    add("--only", options.station, "Do all this at one station only", "STATION");
+    add("--seed", options.seed, "Take another run of chances", "NUMBER");
+    for (char const* const flag : {"--silent", "--bad-quality", "--replace-program", "--restart", "--fault"}) {
+        command.get_option(flag)->expected(1)->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
+    }
+}
+
+void addOutput(CLI::App& command, std::shared_ptr<PlcOptions> const& options) {
+    command
+        .add_option_function<std::string>(
+            "--for",
+            [options](std::string const& text) {
+                std::optional<std::int64_t> const interval = parseInterval(text);
+                if (!interval) {
+                    throw CLI::ValidationError("--for", "'" + text + "' is no time such as 500ms, 2s or 1min");
+                }
+                options->forMicroseconds = *interval;
+            },
+            "End after this time, such as 30s")
+        ->type_name("TIME");
+    command.add_flag("-q,--quiet", options->quiet, "Print nothing but the name of the port");
+    command.add_flag("-v,--verbose", options->verbose, "Print finished exchanges, too");
+    command.add_flag("--json", options->json, "Print events as JSON lines");
+}
+
+} // namespace
+
+ExitCode runPlc(PlcOptions const& options, Context& context) {
+    context.terminal.setQuiet(options.quiet);
+    std::signal(SIGPIPE, SIG_IGN); // a reader that goes away must not leave the link behind
+    Plan const plan = simulation::makePlan(options);
+    EventQueue events(kMostWaitingBytes, leftOut(styleOf(options)));
+    EventPrinter printer(styleOf(options), options.verbose, stationNames(plan), events);
+    plc::Line line(plan.line, &printer);
+    Streams streams;
+    PlcPort const port(options, plan.line.speed);
+    announce(plan, port, options, context.terminal, streams);
+    plc::FdServer server(line, port.descriptor(), wireLikeness(plan, port));
+    PlcService service(server);
+    service.start();
+    Play play(plan, options, context, events, streams);
+    play.run(server, service);
+    plc::FdServer::End const end = service.finish();
+    streams.output.put(events.take() + endLine(line, play.now(), options));
+    printRest(streams, context.terminal);
+    if (end == plc::FdServer::End::kPortGone) {
+        throw CommandError(ExitCode::Port, "the port " + port.name() + " has gone away");
+    }
+    return ExitCode::Good;
+}
+
+void addPlcCommand(CLI::App& app, Context& context) {
+    CLI::App* const command = app.add_subcommand("plc", "Play the PLCs of a line on a pseudo-terminal or a real port");
+    auto const options = std::make_shared<PlcOptions>();
+    command
+        ->add_option(
+            "project", options->project,
+            "Description of a line with its stations, or of one program, which is played with the defaults of the "
+            "other commands: routed framing, big-endian, blocks of 128 bytes, 19200 bit/s")
+        ->type_name("PROJECT")
+        ->required();
+    addPort(*command, *options);
+    addStations(*command, *options);
+    addFaults(*command, *options);
+    addOutput(*command, options);
+    command->callback(
+        [options, &context] { context.action = [options, &context] { return runPlc(*options, context); }; });
+}
+
+} // namespace velk

@@ -1,0 +1,62 @@
+#pragma once
+
+#include "base/Result.h"
+#include "tools/velk/line/Readings.h"
+#include "tools/velk/line/TagRequest.h"
+
+#include <set>
+#include <vector>
+
+namespace velk {
+
+class Session;
+
+/**
+ * What is watched, and what was read of it last.
+ *
+ * The tags of a station are made when it is asked for the first time, and anew when its PLC has got another program:
+ * their types and places are those of one program.
+ */
+class WatchList {
+public:
+    explicit WatchList(std::vector<TagRequest> const& requests);
+
+    [[nodiscard]] std::set<int> nodes() const;
+
+    /**
+     * Reads the variables of a station. When their program turns out to be replaced, its values are dropped, and
+     * those of the new one are read.
+     *
+     * The failure is that of the station; what is wrong with one variable is in its reading.
+     */
+    base::Outcome read(Session& session, int node);
+
+    /** The session is gone, and its tags with it. The readings stay. */
+    void forgetTags();
+
+    /** Fails the variables of a station that cannot be asked. @p failure has words that can be shown. */
+    void fail(int node, Settings const& settings, base::Failure const& failure);
+
+    /** What was read last, in the order of the requests. */
+    [[nodiscard]] std::vector<Reading> readings() const { return readings(nodes()); }
+
+    /** The same of some stations only. */
+    [[nodiscard]] std::vector<Reading> readings(std::set<int> const& nodes) const;
+
+private:
+    /** One request with the variables that it stands for. */
+    struct Watched {
+        TagRequest request;
+        std::vector<Tag> tags;
+        std::vector<Reading> readings; ///< of the tags, in their order
+        bool made = false;             ///< the tags are the driver's, of the program that runs
+    };
+
+    base::Outcome make(Session& session, int node);
+    void unmake(Session& session, int node);
+    base::Outcome readTags(Session& session, int node);
+
+    std::vector<Watched> list_;
+};
+
+} // namespace velk

@@ -1,0 +1,32 @@
+#pragma once
+
+#include "tools/velk/line/Tag.h"
+#include "tools/velk/line/TagRequest.h"
+#include "tools/velk/project/Settings.h"
+
+#include <span>
+#include <string>
+
+namespace velk {
+
+/** Whether stations are named, and how: where a project has one alone, nobody asks which. */
+class StationNaming {
+public:
+    StationNaming(Settings const& settings, std::span<TagRequest const> requests);
+
+    [[nodiscard]] bool shown() const { return shown_; }
+
+    /** The tag's name for a complaint: "PLC_PRG.Setpoint", or with its station "oven:PLC_PRG.Setpoint". */
+    [[nodiscard]] std::string name(Tag const& tag) const;
+
+    /** "the PLC", or the tag's station: "oven", "station 3". */
+    [[nodiscard]] std::string place(Tag const& tag) const;
+
+    /** The same for the stations of all tags: "the PLC", "oven and press". */
+    [[nodiscard]] std::string places(std::span<Tag const> tags) const;
+
+private:
+    bool shown_;
+};
+
+} // namespace velk

@@ -1,0 +1,214 @@
+#include "tools/velk/commands/write/WriteCommand.h"
+
+#include "tools/velk/commands/flags/LineFlags.h"
+#include "tools/velk/commands/write/Change.h"
+#include "tools/velk/commands/write/StationNaming.h"
+#include "tools/velk/commands/write/WritePreview.h"
+#include "tools/velk/commands/write/WriteResult.h"
+#include "tools/velk/commands/write/WriteWatch.h"
+#include "tools/velk/commands/write/Writing.h"
+#include "tools/velk/context/CommandError.h"
+#include "tools/velk/context/Context.h"
+#include "tools/velk/line/Readings.h"
+#include "tools/velk/line/Session.h"
+#include "tools/velk/terminal/Terminal.h"
+#include "tools/velk/text/Names.h"
+
+#include <algorithm>
+#include <iterator>
+#include <memory>
+#include <optional>
+#include <set>
+#include <utility>
+
+namespace velk {
+namespace {
+
+std::vector<Assignment> parseAssignments(std::vector<std::string> const& words) {
+    std::vector<Assignment> assignments;
+    std::transform(words.begin(), words.end(), std::back_inserter(assignments),
+                   [](std::string const& word) { return parseAssignment(word); });
+    return assignments;
+}
+
+std::vector<TagRequest> requestsOf(std::vector<Assignment> const& assignments, Settings const& settings) {
+    std::vector<TagRequest> requests;
+    std::set<std::pair<int, std::string>> known;
+    for (Assignment const& each : assignments) {
+        TagRequest request = parseTagRequest(each.name, settings);
+        // An element of an array looks like a pattern; as a name it is looked up, and may be there.
+        request.isPattern = false;
+        if (request.variable.find_first_of("*?") != std::string::npos) {
+            throw CommandError(ExitCode::Usage, "'" + each.name + "': only single variables can be written");
+        }
+        if (!known.emplace(request.node, upperCase(request.variable)).second) {
+            throw CommandError(ExitCode::Usage, "'" + each.name + "' is to be written twice");
+        }
+        requests.push_back(std::move(request));
+    }
+    return requests;
+}
+
+void requireSomebodyToAsk(WriteOptions const& options, Terminal const& terminal) {
+    if (!options.yes && !terminal.kinds().inputIsTerminal) {
+        throw CommandError(ExitCode::Usage, "there is no terminal to ask on: give --yes to write without a question");
+    }
+}
+
+/** Values of another program than the tags were made from would land in other variables, as other types. */
+void requireSamePrograms(Session& session, std::span<Tag const> tags, StationNaming const& naming) {
+    for (Tag const& tag : tags) {
+        if (session.isProgramReplaced(tag.node)) {
+            throw CommandError(ExitCode::ItemNotGood, "the program of " + naming.place(tag) +
+                                                          " was replaced: nothing was written, call again");
+        }
+    }
+}
+
+/** Tags whose type was given needed no symbols so far; from now on a change of them is noticed. */
+void rememberPrograms(Session& session, std::span<Tag const> tags) {
+    std::set<int> known;
+    for (Tag const& tag : tags) {
+        if (known.insert(tag.node).second) {
+            static_cast<void>(session.storedSymbols(tag.node));
+        }
+    }
+}
+
+/** What is to be done, as the command line says it. */
+struct Job {
+    WriteOptions const& options;
+    std::vector<Assignment> assignments;
+    std::vector<TagRequest> requests;
+    StationNaming naming;
+};
+
+/** What is to be done, as the PLCs have it. */
+struct Plan {
+    std::vector<Tag> tags;
+    std::vector<Change> changes; ///< of the tags, in their order
+};
+
+Plan makePlan(Job const& job, Session& session, Context& context) {
+    Plan plan;
+    plan.tags = createAllTags(session, job.requests, context);
+    std::vector<Reading> const before = readAll(session, plan.tags);
+    requireSamePrograms(session, plan.tags, job.naming);
+    requireWritable(before, job.naming, session, context.terminal);
+    rememberPrograms(session, plan.tags);
+    std::vector<std::string> values;
+    std::transform(job.assignments.begin(), job.assignments.end(), std::back_inserter(values),
+                   [](Assignment const& each) { return each.value; });
+    plan.changes = parseChanges(before, values, job.naming, context.terminal);
+    return plan;
+}
+
+void requireYes(Plan const& plan, Job const& job, Session& session, Context& context) {
+    std::optional<std::string> const answer = context.terminal.ask(
+        previewText(plan.changes, job.naming) + questionText(plan.tags, job.naming), context.interrupt);
+    if (!answer || !(sameName(*answer, "y") || sameName(*answer, "yes"))) {
+        throw CommandError(ExitCode::ItemNotGood, kNothingWritten);
+    }
+    requireSamePrograms(session, plan.tags, job.naming);
+}
+
+/** What ends the command before anything is written has to say so, an interruption too. */
+[[noreturn]] void endBeforeWriting(CommandError const& error, Terminal& terminal) {
+    if (error.code() == ExitCode::Interrupted) {
+        terminal.complain(kNothingWritten); // of an interruption nothing else is told
+        throw error;
+    }
+    if (error.code() == ExitCode::Port) {
+        throw CommandError(error.code(), std::string(error.what()) + ": " + kNothingWritten);
+    }
+    throw error;
+}
+
+/** What is printed next stands on a line of its own, and not behind the ^C. */
+void endEcho(ExitCode code, Terminal& terminal) {
+    if (code == ExitCode::Interrupted && terminal.kinds().errorIsTerminal) {
+        terminal.error("");
+    }
+}
+
+/** All that comes before the writing. */
+Plan prepare(Job const& job, Session& session, Context& context) {
+    bool asked = false;
+    try {
+        Plan plan = makePlan(job, session, context);
+        tellOfPitfalls(plan.changes, job.naming, !job.options.yes, context.terminal);
+        if (!job.options.yes) {
+            asked = true;
+            requireYes(plan, job, session, context);
+        }
+        return plan;
+    } catch (CommandError const& error) {
+        if (!asked) { // else the question has ended the line
+            endEcho(error.code(), context.terminal);
+        }
+        endBeforeWriting(error, context.terminal);
+    }
+}
+
+/** What was written, or may have been, is told also when the line has come to its end. */
+ExitCode tell(std::span<Change const> changes, std::optional<CommandError> const& end, Job const& job,
+              Terminal& terminal) {
+    if (end) {
+        endEcho(end->code(), terminal);
+    }
+    terminal.out(job.options.json ? resultJson(changes) : resultText(changes, job.naming));
+    for (std::string const& complaint : complaintsOf(changes, job.naming)) {
+        terminal.complain(complaint);
+    }
+    if (end) {
+        throw CommandError(*end);
+    }
+    return exitCodeOf(changes);
+}
+
+} // namespace
+
+Assignment parseAssignment(std::string_view word) {
+    std::size_t const equals = word.find('=');
+    if (equals == std::string_view::npos || equals == 0) {
+        throw CommandError(ExitCode::Usage, "'" + std::string(word) + "': what to write is given as NAME=VALUE");
+    }
+    return {std::string(word.substr(0, equals)), std::string(word.substr(equals + 1))};
+}
+
+ExitCode runWrite(WriteOptions const& options, Context& context) {
+    std::vector<Assignment> assignments = parseAssignments(options.assignments);
+    Settings const settings = readSettings(context);
+    std::vector<TagRequest> requests = requestsOf(assignments, settings);
+    requireSomebodyToAsk(options, context.terminal);
+    StationNaming const naming(settings, requests);
+    Job const job{options, std::move(assignments), std::move(requests), naming};
+    echoSettings(settings, context);
+    Session session(settings, context);
+    session.require(session.open());
+    Plan plan = prepare(job, session, context);
+    WriteWatch watch;
+    Attachment const attachment(context.observers, watch);
+    Writing writing(session, watch);
+    writing.run(plan.changes, plan.tags);
+    return tell(plan.changes, writing.end(), job, context.terminal);
+}
+
+void addWriteCommand(CLI::App& app, Context& context) {
+    CLI::App* const command =
+        app.add_subcommand("write", "Write values, after a look at the old ones, and read them back");
+    auto const options = std::make_shared<WriteOptions>();
+    command
+        ->add_option("assignments", options->assignments,
+                     "What to write, as [STATION:]NAME[:TYPE[(CONVERSIONS)]]=VALUE; arrays as [1, 2, 3], texts as they "
+                     "are or in quotes, bytes as pairs of hexadecimal digits")
+        ->type_name("NAME=VALUE")
+        ->required();
+    command->add_flag("-y,--yes", options->yes, "Write without a question");
+    command->add_flag("--json", options->json, "As JSON");
+    addLineOptions(*command, context);
+    command->callback(
+        [options, &context] { context.action = [options, &context] { return runWrite(*options, context); }; });
+}
+
+} // namespace velk

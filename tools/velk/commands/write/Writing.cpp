@@ -1,0 +1,88 @@
+#include "tools/velk/commands/write/Writing.h"
+
+#include "host/values/DatagramPlanner.h"
+
+#include <algorithm>
+#include <iterator>
+#include <map>
+#include <utility>
+
+namespace velk {
+
+void Writing::run(std::vector<Change>& changes, std::span<Tag const> tags) {
+    write(changes);
+    readBack(changes, tags);
+    noteReplacedPrograms(changes);
+}
+
+void Writing::write(std::vector<Change>& changes) {
+    std::vector<ITag*> tags;
+    std::transform(changes.begin(), changes.end(), std::back_inserter(tags),
+                   [](Change const& change) { return change.tag->tag; });
+    IProtocol3& protocol = session_.panel().driver().protocol();
+    for (host::Datagram const& list : host::planDatagrams(protocol, tags, host::Purpose::Write)) {
+        writeList(changes, list.items);
+    }
+}
+
+/** Once the line has come to its end, a list is not tried any more. */
+void Writing::writeList(std::vector<Change>& changes, std::span<std::size_t const> items) {
+    std::vector<host::TagWrite> writes;
+    for (std::size_t const item : items) {
+        writes.push_back({changes[item].tag->tag, changes[item].wanted});
+    }
+    // In one piece or not at all: of a list that is cut in halves nobody could say which of them the PLC has seen.
+    host::TransferPolicy const policy{.extraCalls = 0};
+    watch_.begin();
+    std::vector<host::TagResult> results =
+        end_ ? std::vector<host::TagResult>(items.size())
+             : host::TagReader(session_.panel().driver().protocol(), policy).write(writes);
+    for (std::size_t i = 0; i < items.size(); ++i) {
+        Change& change = changes[items[i]];
+        change.written = std::move(results[i]);
+        change.writeCode = judge(change.written, change.advice);
+        bool const leftOut = change.written.failure.code == base::kHostFailure; // the others may have been sent
+        change.delivery = leftOut && !change.written.good ? Delivery::NotSent : watch_.delivery();
+    }
+}
+
+void Writing::readBack(std::vector<Change>& changes, std::span<Tag const> tags) {
+    std::vector<Reading> readings = end_ ? std::vector<Reading>(tags.size()) : readWhileItWorks(session_, tags);
+    for (std::size_t i = 0; i < changes.size(); ++i) {
+        Change& change = changes[i];
+        std::string advice;
+        change.after = std::move(readings[i]);
+        change.readBackCode = judge(change.after.result, advice);
+        change.advice = change.advice.empty() ? advice : change.advice;
+    }
+}
+
+/** What a result means for the program, and in words to the user. */
+ExitCode Writing::judge(host::TagResult& result, std::string& advice) {
+    if (result.good) {
+        return ExitCode::Good;
+    }
+    ExitCode const code = end_ ? end_->code() : session_.exitCode(result);
+    CommandError const error = session_.error(result.failure);
+    if (endsEverything(code)) {
+        end_ = end_ ? end_ : error;
+    } else {
+        result.failure.text = session_.describe(result.failure);
+        advice = error.what();
+    }
+    return code;
+}
+
+/** The read has made the driver fetch the symbols of a new program: until then nothing tells that there is one. */
+void Writing::noteReplacedPrograms(std::vector<Change>& changes) {
+    std::map<int, bool> replaced; // by node; the session tells of it once
+    for (Change& change : changes) {
+        int const node = change.tag->node;
+        if (!replaced.contains(node)) {
+            replaced[node] = session_.isProgramReplaced(node);
+        }
+        change.programReplaced = replaced[node];
+    }
+}
+
+} // namespace velk

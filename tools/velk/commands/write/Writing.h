@@ -1,0 +1,39 @@
+#pragma once
+
+#include "tools/velk/commands/write/Change.h"
+#include "tools/velk/commands/write/WriteWatch.h"
+#include "tools/velk/context/CommandError.h"
+#include "tools/velk/line/Session.h"
+
+#include <cstddef>
+#include <optional>
+#include <span>
+#include <vector>
+
+namespace velk {
+
+/** Writes values, reads them back, and notes in each what came of it, whatever happens on the way. */
+class Writing {
+public:
+    /** @p watch sees the line of the session. */
+    Writing(Session& session, WriteWatch& watch) : session_(session), watch_(watch) {}
+
+    /** @p changes and @p tags are of the same variables, in the same order. */
+    void run(std::vector<Change>& changes, std::span<Tag const> tags);
+
+    /** The end that the user or a dead port put to it. */
+    [[nodiscard]] std::optional<CommandError> const& end() const { return end_; }
+
+private:
+    void write(std::vector<Change>& changes);
+    void writeList(std::vector<Change>& changes, std::span<std::size_t const> items);
+    void readBack(std::vector<Change>& changes, std::span<Tag const> tags);
+    void noteReplacedPrograms(std::vector<Change>& changes);
+    ExitCode judge(host::TagResult& result, std::string& advice);
+
+    Session& session_;
+    WriteWatch& watch_;
+    std::optional<CommandError> end_;
+};
+
+} // namespace velk

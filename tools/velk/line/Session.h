@@ -1,0 +1,157 @@
+#pragma once
+
+#include "base/Result.h"
+#include "host/instance/Panel.h"
+#include "host/values/TagReader.h"
+#include "tools/velk/context/CommandError.h"
+#include "tools/velk/context/ExitCode.h"
+#include "tools/velk/context/Observers.h"
+#include "tools/velk/line/LineWatch.h"
+#include "tools/velk/line/SymbolTable.h"
+#include "tools/velk/line/Tag.h"
+#include "tools/velk/line/TagRequest.h"
+#include "tools/velk/line/UploadLine.h"
+#include "tools/velk/project/Settings.h"
+
+#include <filesystem>
+#include <map>
+#include <memory>
+#include <optional>
+#include <set>
+#include <span>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace velk {
+
+struct Context;
+
+/**
+ * A line at work: the driver module with its configuration, the symbol tables of the stations, and tags.
+ *
+ * Nothing here throws for what happens on the line: failures are answered, and exitCode() or error() says what they
+ * mean for the program. The context's observers see the port. When the user wants the end, the port answers faults
+ * at once and every operation ends.
+ */
+class Session {
+public:
+    /** @p context must outlive the session. */
+    Session(Settings settings, Context& context, UploadStyle uploads = {});
+    ~Session();
+    Session(Session const&) = delete;
+    Session& operator=(Session const&) = delete;
+
+    [[nodiscard]] Settings const& settings() const { return settings_; }
+
+    /** Loads and configures the module, when that was not done yet, and opens the port. */
+    base::Outcome open();
+
+    /** Closes the port; open() opens it again, and the tags stay. */
+    void close();
+
+    /** Whether open() has come as far as the module, though not perhaps to the port. */
+    [[nodiscard]] bool hasModule() const { return panel_ != nullptr; }
+
+    /** Only with the module. */
+    [[nodiscard]] host::Panel& panel() { return *panel_; }
+
+    /** Where the module keeps the symbol file of a node. */
+    [[nodiscard]] std::filesystem::path symbolFile(int node) const;
+
+    /**
+     * The symbols of the program that the PLC runs now. The module fetches the symbol file when none is stored or
+     * when the PLC runs another program. The table stays valid until the symbols of the same node are asked for
+     * again with another result.
+     */
+    base::Result<SymbolTable const*> symbols(int node);
+
+    /** Fetches the symbol file, whatever is stored; that stays when this fails. Tags made before are gone. */
+    base::Result<SymbolTable const*> fetchSymbols(int node);
+
+    /** What is stored for a node, with nothing on the line: it may be of another program. */
+    base::Result<SymbolTable const*> storedSymbols(int node);
+
+    /**
+     * The tags that a request stands for: one, or as many as its pattern finds. Where the symbols of the node are
+     * needed, for a pattern and for a tag without a type, they are asked for once in a session.
+     *
+     * A tag that cannot be made is there all the same, with its failure, and so is a pattern that finds nothing.
+     */
+    base::Result<std::vector<Tag>> createTags(TagRequest const& request);
+
+    /** Gives tags back to the driver. */
+    void freeTags(std::span<Tag> tags);
+
+    /**
+     * Whether the module has fetched the symbols of another program since those of the node were asked for. The tags
+     * that were made from the earlier ones have its types and places, and are to be made anew.
+     */
+    bool isProgramReplaced(int node);
+
+    /** Reads tags; failures name a dead port where there is one. */
+    std::vector<host::TagResult> read(std::span<Tag const> tags, host::TransferPolicy policy = {});
+
+    /** What came of one tag means for the program. */
+    [[nodiscard]] ExitCode exitCode(host::TagResult const& result) const;
+
+    /** What a failure means for the program. */
+    [[nodiscard]] ExitCode exitCode(base::Failure const& failure) const;
+
+    /** A failure in words that can be shown: a dead port is named. */
+    [[nodiscard]] std::string describe(base::Failure const& failure) const;
+
+    /** The same as an error that ends the command, with the likely cause in its text. */
+    [[nodiscard]] CommandError error(base::Failure const& failure) const;
+
+    /** Throws error() for a failure. */
+    void require(base::Outcome const& outcome) const;
+    template <typename Value>
+    Value require(base::Result<Value> result) const {
+        if (!result.ok()) {
+            throw error(result.failure());
+        }
+        return std::move(result.value());
+    }
+
+    /** What was fetched last; no bytes when nothing was. */
+    [[nodiscard]] tools::Upload const& upload() const { return uploadLine_.upload(); }
+
+private:
+    using FileStamp = std::pair<std::filesystem::file_time_type, std::uint64_t>; ///< time of the last change, and size
+
+    /** How a symbol file is found out to be of the PLC's program. */
+    struct Probe {
+        bool accepted = false;
+        base::Failure failure; ///< only when not accepted
+    };
+
+    base::Outcome prepare();
+    base::Outcome makeStorage();
+    [[nodiscard]] std::optional<FileStamp> stampOf(int node) const;
+    [[nodiscard]] base::Failure explained(base::Failure const& failure, int node) const;
+    base::Result<SymbolTable const*> symbolsAskedOnce(int node);
+    Probe probe(int node);
+    base::Result<host::TagResult> readProbe(int node, SymbolTable const* stored);
+    std::vector<Tag> createMatching(TagRequest const& request, SymbolTable const& table);
+    Tag createTag(TagRequest const& request, Variable const* variable);
+    void addressTag(Tag& tag, std::string const& offset);
+    [[nodiscard]] bool bigEndian(int node) const;
+
+    Settings settings_;
+    Context& context_;
+    LineWatch lineWatch_;
+    UploadLine uploadLine_;
+    std::unique_ptr<host::PortObserver> tracer_;
+    std::vector<std::unique_ptr<Attachment>> attachments_;
+    std::unique_ptr<host::Panel> panel_;
+    bool portOpen_ = false;
+    std::map<int, SymbolTable> symbols_; ///< by node
+    std::map<int, FileStamp> stamps_;    ///< of the files that they are from
+    std::set<int> current_;              ///< nodes whose symbols the PLC has accepted in this session
+};
+
+/** A tag that stands for a request of which nothing can be had, with the reason. */
+Tag missingTag(TagRequest const& request, Settings const& settings, base::Failure const& failure);
+
+} // namespace velk

@@ -1,0 +1,183 @@
+#include "tools/velk/project/WholeFile.h"
+
+#include "base/FileDescriptor.h"
+
+#include <fmt/format.h>
+
+#include <array>
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace velk {
+namespace {
+
+base::Failure systemFailure(int error) {
+    return base::hostFailure(std::strerror(error));
+}
+
+base::Failure tooLarge(std::size_t most) {
+    constexpr std::size_t kMebibyte = 1024UL * 1024;
+    return base::hostFailure(most % kMebibyte == 0 ? fmt::format("it is larger than {} MiB", most / kMebibyte)
+                                                   : fmt::format("it is larger than {} bytes", most));
+}
+
+/** A device has no end, and opening one may already do something to it. */
+base::Outcome canBeRead(struct stat const& status, std::size_t most) {
+    if (S_ISDIR(status.st_mode)) {
+        return base::hostFailure("it is a directory");
+    }
+    if (!S_ISREG(status.st_mode) && !S_ISFIFO(status.st_mode)) {
+        return base::hostFailure("it is a device, not a file");
+    }
+    if (S_ISREG(status.st_mode) && static_cast<std::size_t>(status.st_size) > most) {
+        return tooLarge(most);
+    }
+    return {};
+}
+
+/** A file with a name of its own beside another one; gone with this object unless it was given that one's name. */
+class TemporaryFile {
+public:
+    explicit TemporaryFile(std::filesystem::path const& beside);
+    ~TemporaryFile() { remove(); }
+    TemporaryFile(TemporaryFile const&) = delete;
+    TemporaryFile& operator=(TemporaryFile const&) = delete;
+
+    [[nodiscard]] bool isOpen() const { return descriptor_.isOpen(); }
+
+    bool write(std::string_view content);
+    bool setMode(mode_t mode) { return fchmod(descriptor_.get(), mode) == 0; }
+    bool renameTo(std::filesystem::path const& file);
+
+    /** Fails with EEXIST when a file of that name is there. */
+    bool becomeNew(std::filesystem::path const& file);
+
+private:
+    void remove() {
+        if (isOpen() && !name_.empty()) {
+            unlink(name_.c_str());
+        }
+    }
+
+    std::filesystem::path name_;
+    base::FileDescriptor descriptor_;
+};
+
+TemporaryFile::TemporaryFile(std::filesystem::path const& beside) {
+    constexpr mode_t kMode = 0666;
+    constexpr int kAttempts = 100;
+    std::string const start = fmt::format(".velk-{}-", getpid()); // short, whatever the name beside it
+    for (int i = 0; i < kAttempts && !isOpen(); ++i) {
+        name_ = beside.parent_path() / (start + std::to_string(i));
+        descriptor_ = base::FileDescriptor(::open(name_.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, kMode));
+        if (!isOpen() && errno != EEXIST) {
+            return;
+        }
+    }
+}
+
+bool TemporaryFile::write(std::string_view content) {
+    while (!content.empty()) {
+        ssize_t const count = ::write(descriptor_.get(), content.data(), content.size());
+        if (count < 0 && errno != EINTR) {
+            return false;
+        }
+        content.remove_prefix(count < 0 ? 0 : static_cast<std::size_t>(count));
+    }
+    return fsync(descriptor_.get()) == 0;
+}
+
+bool TemporaryFile::renameTo(std::filesystem::path const& file) {
+    if (rename(name_.c_str(), file.c_str()) != 0) {
+        return false;
+    }
+    name_.clear();
+    return true;
+}
+
+bool TemporaryFile::becomeNew(std::filesystem::path const& file) {
+    if (link(name_.c_str(), file.c_str()) == 0) {
+        return true; // the other name goes with this object
+    }
+    bool const noLinksHere = errno == EPERM || errno == EOPNOTSUPP || errno == ENOSYS;
+    if (!noLinksHere || renameat2(AT_FDCWD, name_.c_str(), AT_FDCWD, file.c_str(), RENAME_NOREPLACE) != 0) {
+        return false;
+    }
+    name_.clear();
+    return true;
+}
+
+/** The new name outlives a loss of power as well; not every file system can do that. */
+void syncFolderOf(std::filesystem::path const& file) {
+    std::filesystem::path const folder = file.has_parent_path() ? file.parent_path() : ".";
+    base::FileDescriptor const descriptor(::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    if (descriptor.isOpen()) {
+        fsync(descriptor.get());
+    }
+}
+
+/** The file behind symbolic links, so that these stay. */
+std::filesystem::path behindLinks(std::filesystem::path const& file) {
+    std::error_code error;
+    std::filesystem::path const target = std::filesystem::canonical(file, error);
+    return error ? file : target;
+}
+
+} // namespace
+
+base::Outcome writeWholeFile(std::filesystem::path const& file, std::string_view content, bool replace) {
+    std::filesystem::path const target = replace ? behindLinks(file) : file;
+    struct stat status {};
+    bool const there = stat(target.c_str(), &status) == 0;
+    if (there && !replace) {
+        return base::Failure{kFileIsThere, std::strerror(EEXIST)};
+    }
+    if (there && !S_ISREG(status.st_mode)) {
+        return base::hostFailure(S_ISDIR(status.st_mode) ? "it is a directory" : "it is a device, not a file");
+    }
+    TemporaryFile temporary(target);
+    constexpr mode_t kPermissions = 07777;
+    bool const written = temporary.isOpen() && temporary.write(content) &&
+                         (!there || temporary.setMode(status.st_mode & kPermissions)) &&
+                         (replace ? temporary.renameTo(target) : temporary.becomeNew(target));
+    if (!written) {
+        return base::Failure{errno == EEXIST ? kFileIsThere : base::kHostFailure, std::strerror(errno)};
+    }
+    syncFolderOf(target);
+    return {};
+}
+
+base::Result<std::string> readWholeFile(std::filesystem::path const& file, std::size_t most) {
+    struct stat status {};
+    if (stat(file.c_str(), &status) != 0) {
+        return systemFailure(errno);
+    }
+    if (base::Outcome const readable = canBeRead(status, most); !readable.ok()) {
+        return readable.failure();
+    }
+    base::FileDescriptor const descriptor(::open(file.c_str(), O_RDONLY | O_CLOEXEC));
+    if (!descriptor.isOpen()) {
+        return systemFailure(errno);
+    }
+    std::string content;
+    std::array<char, 65'536> piece;
+    while (true) {
+        ssize_t const count = ::read(descriptor.get(), piece.data(), piece.size());
+        if (count < 0) {
+            return systemFailure(errno);
+        }
+        if (count == 0) {
+            return content;
+        }
+        content.append(piece.data(), static_cast<std::size_t>(count));
+        if (content.size() > most) { // what grows meanwhile, or has no size
+            return tooLarge(most);
+        }
+    }
+}
+
+} // namespace velk
