@@ -1,4 +1,4 @@
-# shellcheck shell=bash disable=SC2034 # the variables are for whoever sources this
+# shellcheck shell=bash disable=SC2034 # the variables are for the script that sources this file
 # The simulated PLC for scripts: source this file.
 #
 #   start_plc PROGRAM WORK [FLAG...]    PROGRAM is the tool `velk`; sets plc_port. The other plc_... are always set.
