@@ -19,8 +19,10 @@ endif()
 
 add_library(velk_compile INTERFACE)
 target_compile_options(velk_compile INTERFACE
-    -Wall -Wextra -Wpedantic -Wconversion -Wshadow -Wnon-virtual-dtor -Wold-style-cast -Woverloaded-virtual
+    -Wall -Wextra -Wpedantic -Wconversion -Wnon-virtual-dtor -Wold-style-cast -Woverloaded-virtual
     -Wcast-align -Wformat=2 -Wimplicit-fallthrough -Werror
+    # Among joined sources, a local name may well be that of something in another one.
+    $<$<NOT:$<BOOL:$<TARGET_PROPERTY:UNITY_BUILD>>>:-Wshadow>
     $<$<CXX_COMPILER_ID:GNU>:-Wno-restrict> # GCC 12 raises false alarms at assignments to std::string
     -ffunction-sections -fdata-sections) # so that the linker can leave out what the module does not use
 if(CMAKE_SYSTEM_PROCESSOR MATCHES "^arm")
@@ -41,6 +43,15 @@ if(VELK_FUZZ)
     target_compile_options(velk_compile INTERFACE -fsanitize=fuzzer-no-link)
     target_link_options(velk_compile INTERFACE -fsanitize=fuzzer-no-link)
 endif()
+
+# From here on the sources of a target are compiled several at a time. What is of one source alone, in a namespace
+# without a name, needs a name that no other source of its target has.
+macro(velk_join_sources)
+    if(VELK_JOIN_SOURCES)
+        set(CMAKE_UNITY_BUILD ON)
+        set(CMAKE_UNITY_BUILD_BATCH_SIZE 8)
+    endif()
+endmacro()
 
 # A static library of one folder: velk_library(NAME SOURCES a.cpp ... LINK other ...)
 function(velk_library name)

@@ -8,8 +8,8 @@ namespace plc {
 
 namespace {
 
-constexpr std::int64_t kMost32 = 0xFFFFFFFF;
-constexpr std::int64_t kMostMilliseconds = 3'600'000;
+constexpr std::int64_t kHighestItem = 0xFFFFFFFF;
+constexpr std::int64_t kLongestFault = 3'600'000;
 constexpr std::int64_t kMostWindowMilliseconds = 86'400'000;
 constexpr std::int64_t kMostChances = std::numeric_limits<std::int64_t>::max();
 constexpr std::int64_t kMostSurplus = 1'000'000;
@@ -88,11 +88,11 @@ FaultRule readFault(TomlTable& table) {
     if (auto const value = table.number("value", 0, kMostSurplus)) {
         rule.value = static_cast<std::uint32_t>(*value);
     }
-    if (auto const item = table.number("item", 0, kMost32)) {
+    if (auto const item = table.number("item", 0, kHighestItem)) {
         rule.item = static_cast<std::uint32_t>(*item);
     }
     rule.variable = table.text("variable").value_or("");
-    rule.delay = readMilliseconds(table, "delay_ms", 0, kMostMilliseconds).value_or(rule.delay);
+    rule.delay = readMilliseconds(table, "delay_ms", 0, kLongestFault).value_or(rule.delay);
     refuseWhatCannotApply(table, rule);
     return rule;
 }

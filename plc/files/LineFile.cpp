@@ -10,12 +10,12 @@ namespace plc {
 
 namespace {
 
-constexpr std::int64_t kMost32 = 0xFFFFFFFF;
+constexpr std::int64_t kLargestSeed = 0xFFFFFFFF;
 constexpr std::int64_t kMostCoupler = 255;
-constexpr std::int64_t kMostMilliseconds = 3'600'000;
+constexpr std::int64_t kLongestTime = 3'600'000;
 
 Micros readTime(TomlTable& table, std::string_view key, Micros usual) {
-    auto const milliseconds = table.number(key, 0, kMostMilliseconds);
+    auto const milliseconds = table.number(key, 0, kLongestTime);
     return milliseconds ? std::chrono::milliseconds(*milliseconds) : usual;
 }
 
@@ -78,7 +78,7 @@ StationDescription readStation(TomlTable& table, std::filesystem::path const& fo
     station.ackDelay = readTime(table, "ack_delay_ms", station.ackDelay);
     station.answerDelay = readTime(table, "answer_delay_ms", station.answerDelay);
     station.exchangeTimeout = readTime(table, "exchange_timeout_ms", station.exchangeTimeout);
-    station.faultSeed = static_cast<std::uint32_t>(table.number("fault_seed", 0, kMost32).value_or(1));
+    station.faultSeed = static_cast<std::uint32_t>(table.number("fault_seed", 0, kLargestSeed).value_or(1));
     station.program = readProgram(table, folder);
     table.eachTable("fault", [&](TomlTable& one) { station.faults.push_back(readFaultOf(one, station.program)); });
     try {

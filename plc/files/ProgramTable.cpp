@@ -15,7 +15,7 @@ namespace {
 
 constexpr std::array<std::string_view, kAreaCount> kAreaNames{"M", "I", "Q", "3", "4", "5"};
 constexpr std::int64_t kMost16 = 0xFFFF;
-constexpr std::int64_t kMost32 = 0xFFFFFFFF;
+constexpr std::int64_t kLargestOffset = 0xFFFFFFFF;
 constexpr std::int64_t kLargestArea = 0x100'0000;
 constexpr std::int64_t kMostHeaderExtra = 1024;
 
@@ -74,7 +74,7 @@ void readVariable(TomlTable& table, ProgramDescription& program) {
     variable.name = table.neededText("name");
     variable.type = table.neededText("type");
     variable.area = readArea(table);
-    if (auto const offset = table.number("offset", 0, kMost32)) {
+    if (auto const offset = table.number("offset", 0, kLargestOffset)) {
         variable.offset = static_cast<std::uint32_t>(*offset);
     }
     readValue(table, variable);
@@ -146,7 +146,8 @@ void tryOut(TomlTable const& table, ProgramDescription const& program) {
 
 ProgramDescription readProgramTable(TomlTable& table) {
     ProgramDescription program;
-    program.projectId = static_cast<std::uint32_t>(table.number("project_id", 0, kMost32).value_or(program.projectId));
+    program.projectId =
+        static_cast<std::uint32_t>(table.number("project_id", 0, kLargestOffset).value_or(program.projectId));
     readAreaSizes(table, program);
     readForm(table, program.symbolFile);
     table.eachTable("structure", [&](TomlTable& one) { program.structures.push_back(readStructure(one)); });

@@ -4,7 +4,7 @@ namespace plc {
 
 namespace {
 
-constexpr std::array<std::string_view, kCauseCount> kNames{
+constexpr std::array<std::string_view, kCauseCount> kCauseNames{
     "exchange done",
     "link checked",
     "logged in",
@@ -47,12 +47,12 @@ constexpr std::array<std::string_view, kCauseCount> kNames{
     "no such file",
     "no open file",
 };
-static_assert(!kNames.back().empty(), "every cause has a name");
+static_assert(!kCauseNames.back().empty(), "every cause has a name");
 
 } // namespace
 
 std::string_view nameOf(Cause cause) {
-    return kNames[static_cast<std::size_t>(cause)];
+    return kCauseNames[static_cast<std::size_t>(cause)];
 }
 
 bool isComplaint(Cause cause) {

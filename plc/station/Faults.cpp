@@ -12,7 +12,7 @@ namespace {
 
 constexpr std::size_t kFaultCount = static_cast<std::size_t>(FaultKind::kCount);
 
-constexpr std::array<std::string_view, kFaultCount> kNames{
+constexpr std::array<std::string_view, kFaultCount> kFaultNames{
     "silent",
     "ack_missing",
     "ack_too_short",
@@ -44,7 +44,7 @@ constexpr std::array<std::string_view, kFaultCount> kNames{
     "late",
     "pause",
 };
-static_assert(!kNames.back().empty(), "every fault has a name");
+static_assert(!kFaultNames.back().empty(), "every fault has a name");
 
 constexpr std::array kServices{ServiceKind::kLogin,     ServiceKind::kLogout,   ServiceKind::kReadList,
                                ServiceKind::kFileOpen,  ServiceKind::kFileNext, ServiceKind::kWriteList,
@@ -63,18 +63,19 @@ bool isOpen(TimeWindow const& window, Micros now) {
 }
 
 std::string_view nameOf(FaultKind kind) {
-    return kNames[static_cast<std::size_t>(kind)];
+    return kFaultNames[static_cast<std::size_t>(kind)];
 }
 
 std::optional<FaultKind> faultNamed(std::string_view name) {
-    auto const* const found = std::find(kNames.begin(), kNames.end(), name);
-    return found == kNames.end() ? std::nullopt : std::optional(static_cast<FaultKind>(found - kNames.begin()));
+    auto const* const found = std::find(kFaultNames.begin(), kFaultNames.end(), name);
+    return found == kFaultNames.end() ? std::nullopt
+                                      : std::optional(static_cast<FaultKind>(found - kFaultNames.begin()));
 }
 
 std::string faultNames() {
     std::string names;
-    for (std::string_view const name : kNames) {
-        names += textOf(name == kNames.front() ? "" : name == kNames.back() ? " or " : ", ", name);
+    for (std::string_view const name : kFaultNames) {
+        names += textOf(name == kFaultNames.front() ? "" : name == kFaultNames.back() ? " or " : ", ", name);
     }
     return names;
 }

@@ -12,8 +12,8 @@ using _VELK::ListReply;
 using _VELK::ListRequest;
 using _VELK::replyStatus;
 
-constexpr auto kLittle = ByteOrder::LittleEndian;
-constexpr auto kBig = ByteOrder::BigEndian;
+constexpr auto kIntel = ByteOrder::LittleEndian;
+constexpr auto kMotorola = ByteOrder::BigEndian;
 
 Bytes Taken(Bytes const& buffer, int length) {
     return {buffer.begin(), buffer.begin() + length};
@@ -33,34 +33,34 @@ TEST(SmallServices, Logout) {
 
 TEST(SmallServices, LoginInBothByteOrders) {
     Bytes buffer(14, 0xEE);
-    EXPECT_EQ(_VELK::writeLogin(buffer, kLittle), 14);
+    EXPECT_EQ(_VELK::writeLogin(buffer, kIntel), 14);
     EXPECT_EQ(buffer, Hex("01 02 00 00 00 06 00 00 00 00 00 00 00 00"));
-    EXPECT_EQ(_VELK::writeLogin(buffer, kBig), 14);
+    EXPECT_EQ(_VELK::writeLogin(buffer, kMotorola), 14);
     EXPECT_EQ(buffer, Hex("01 00 00 00 02 00 00 00 06 00 00 00 00 00"));
 }
 
 TEST(ReplyStatus, TakesTwoBytesInTheNodesOrder) {
-    EXPECT_EQ(replyStatus(Hex("E8 03"), kLittle), 1000);
-    EXPECT_EQ(replyStatus(Hex("03 E8"), kBig), 1000);
-    EXPECT_EQ(replyStatus(Hex("48 00 FF"), kLittle), 0x48);
-    EXPECT_EQ(replyStatus(Hex("00 33 FF"), kBig), 0x33);
+    EXPECT_EQ(replyStatus(Hex("E8 03"), kIntel), 1000);
+    EXPECT_EQ(replyStatus(Hex("03 E8"), kMotorola), 1000);
+    EXPECT_EQ(replyStatus(Hex("48 00 FF"), kIntel), 0x48);
+    EXPECT_EQ(replyStatus(Hex("00 33 FF"), kMotorola), 0x33);
 }
 
 TEST(ReplyStatus, TooShortReplyHasNone) {
-    EXPECT_FALSE(replyStatus({}, kLittle).has_value());
-    EXPECT_FALSE(replyStatus(Hex("00"), kLittle).has_value());
+    EXPECT_FALSE(replyStatus({}, kIntel).has_value());
+    EXPECT_FALSE(replyStatus(Hex("00"), kIntel).has_value());
 }
 
 TEST(ListRequest, EmptyListIsTenBytes) {
     Bytes buffer(64, 0xEE);
-    ListRequest list(buffer, kLittle, false, 0);
+    ListRequest list(buffer, kIntel, false, 0);
     EXPECT_TRUE(list.addProjectIdentifier(0x11223344));
     EXPECT_EQ(Taken(buffer, list.length()), Hex("2E 00 | 00 00 00 00 | 44 33 22 11"));
 }
 
 TEST(ListRequest, ReadLittleEndian) {
     Bytes buffer(64, 0xEE);
-    ListRequest list(buffer, kLittle, false, 2);
+    ListRequest list(buffer, kIntel, false, 2);
     EXPECT_TRUE(list.addItem({.area = 4, .offset = 0x01020304, .size = 0x0A0B0C}));
     EXPECT_TRUE(list.addItem({.area = 0x0102, .offset = 5, .size = 0}));
     EXPECT_TRUE(list.addProjectIdentifier(0xFFEEDDCC));
@@ -70,7 +70,7 @@ TEST(ListRequest, ReadLittleEndian) {
 
 TEST(ListRequest, ReadBigEndian) {
     Bytes buffer(64, 0xEE);
-    ListRequest list(buffer, kBig, false, 1);
+    ListRequest list(buffer, kMotorola, false, 1);
     EXPECT_TRUE(list.addItem({.area = 4, .offset = 0x01020304, .size = 0x0A0B0C}));
     EXPECT_TRUE(list.addProjectIdentifier(0xFFEEDDCC));
     EXPECT_EQ(Taken(buffer, list.length()), Hex("2E 00 | 00 00 00 01 | 00 04 01 02 03 04 00 0A 0B 0C | FF EE DD CC"));
@@ -78,7 +78,7 @@ TEST(ListRequest, ReadBigEndian) {
 
 TEST(ListRequest, WriteCarriesEachValueBehindItsDescriptor) {
     Bytes buffer(64, 0xEE);
-    ListRequest list(buffer, kLittle, true, 2);
+    ListRequest list(buffer, kIntel, true, 2);
     EXPECT_TRUE(list.addItem({.area = 0, .offset = 16, .size = 2}));
     EXPECT_TRUE(list.addValue(Hex("34 12")));
     EXPECT_TRUE(list.addItem({.area = 1, .offset = 32, .size = 1}));
@@ -91,7 +91,7 @@ TEST(ListRequest, WriteCarriesEachValueBehindItsDescriptor) {
 
 TEST(ListRequest, NothingIsWrittenWhereThereIsNoRoom) {
     Bytes buffer(6 + 10 + 3, 0xEE);
-    ListRequest list(buffer, kLittle, true, 1);
+    ListRequest list(buffer, kIntel, true, 1);
     EXPECT_TRUE(list.addItem({.area = 0, .offset = 16, .size = 4}));
     EXPECT_FALSE(list.addValue(Hex("01 02 03 04")));
     EXPECT_FALSE(list.addItem({.area = 0, .offset = 16, .size = 4}));

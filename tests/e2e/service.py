@@ -20,8 +20,7 @@ from pathlib import Path
 try:
     import pexpect
 except ImportError:
-    print("skipped: python3-pexpect is missing; scripts/install-dependencies test installs it")
-    sys.exit(77)
+    sys.exit("python3-pexpect is missing: scripts/install-dependencies test installs it")
 
 PROGRAM = os.environ["VELK_PROGRAM"]
 DEMO = Path(os.environ["VELK_DEMO"])
@@ -42,6 +41,12 @@ variable = [
 ]
 """
 PATIENCE = 60  # seconds; a busy machine is slow
+
+
+def require(program):
+    """Fails when a program that a test needs is missing: a test that is left out would not be noticed."""
+    if shutil.which(program) is None:
+        raise AssertionError(f"{program} is missing: scripts/install-dependencies test installs it")
 
 
 class Line:

@@ -1,11 +1,9 @@
 """velk completions, help and --version."""
 
-import shutil
 import subprocess
-import unittest
 from pathlib import Path
 
-from service import GOOD, PROGRAM, USAGE, ServiceTest, main
+from service import GOOD, PROGRAM, USAGE, ServiceTest, main, require
 
 ASK = r"""
 source "$1"
@@ -89,8 +87,8 @@ class Completions(ServiceTest):
         shell.send("velk symb\t--byte-o\tlit\t\r")
         shell.expect("ran:symbols --byte-order little")
 
-    @unittest.skipUnless(shutil.which("zsh"), "zsh is missing")
     def test_zsh_takes_its_script(self):
+        require("zsh")
         script = self.script("zsh")
         subprocess.run(["zsh", "-f", "-n", script], check=True, timeout=60)
         script.rename(self.folder / "_velk")  # where zsh looks for it
@@ -99,8 +97,8 @@ class Completions(ServiceTest):
                               capture_output=True, text=True, timeout=60, check=True)
         self.assertEqual(done.stdout.strip(), "_velk", done.stderr)
 
-    @unittest.skipUnless(shutil.which("zsh"), "zsh is missing")
     def test_zsh_completes_on_a_terminal(self):
+        require("zsh")
         self.script("zsh").rename(self.folder / "_velk")
         import pexpect  # checked for by service
         shell = pexpect.spawn("zsh", ["-f"], cwd=str(self.folder), timeout=60, encoding="utf-8",
@@ -115,8 +113,8 @@ class Completions(ServiceTest):
             shell.send(typed + "\r")
             shell.expect_exact(f"ran:{ran}:")
 
-    @unittest.skipUnless(shutil.which("fish"), "fish is missing")
     def test_fish_completes(self):
+        require("fish")
         script = self.script("fish")
         subprocess.run(["fish", "--no-execute", script], check=True, timeout=60)
         done = subprocess.run(["fish", "--no-config", "-c", f"source {script}; complete -C 'velk conf'; "
@@ -126,8 +124,8 @@ class Completions(ServiceTest):
         words = {line.split("\t")[0] for line in done.stdout.splitlines()}
         self.assertEqual(words, {"config", "--parity", "odd"}, done.stderr)
 
-    @unittest.skipUnless(shutil.which("fish"), "fish is missing")
     def test_fish_completes_behind_a_trace(self):
+        require("fish")
         script = self.script("fish")
         for line, wanted in (("velk trace -- symb", {"symbols"}), ("velk trace -o t.txt -- conf", {"config"}),
                              ("velk trace -- config ", {"check", "show"}), ("velk trace -- read --ba", {"--baud"}),

@@ -2,11 +2,9 @@
 
 import json
 import os
-import shutil
 import subprocess
-import unittest
 
-from service import GOOD, INTERRUPTED, ITEM_NOT_GOOD, USAGE, ServiceTest, main
+from service import GOOD, INTERRUPTED, ITEM_NOT_GOOD, USAGE, ServiceTest, main, require
 from troubles import Troubles
 
 
@@ -52,8 +50,8 @@ class Trace(ServiceTest):
         self.assertIsInstance(json.loads(first), dict)
         self.assertEqual(done.stderr, "")
 
-    @unittest.skipUnless(shutil.which("capinfos"), "capinfos is missing")
     def test_a_packet_analyser_opens_the_file(self):
+        require("capinfos")
         self.line()
         self.assert_ends(self.run_velk(["trace", "-o", "t.pcapng", "--", *self.read()]), GOOD)
         self.assert_ends(self.run_velk(["trace", "-o", "t.jsonl", "--", *self.read()]), GOOD)

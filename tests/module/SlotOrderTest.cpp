@@ -5,6 +5,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <array>
 #include <cstdio>
 #include <cstring>
@@ -45,13 +46,15 @@ void* Slot(Function* function) {
     return reinterpret_cast<void*>(function);
 }
 
-/** An object whose first word points at its table. */
+/** An object whose first word points at its table. Two empty words precede the table: it has no type information. */
 template <std::size_t kSlots>
 struct HandMade {
-    void* const* table = slots.data();
-    std::array<void*, kSlots> slots;
+    void* const* table = words.data() + 2;
+    std::array<void*, kSlots + 2> words{};
 
-    explicit HandMade(std::array<void*, kSlots> given) : slots(given) {}
+    explicit HandMade(std::array<void*, kSlots> const& slots) {
+        std::copy(slots.begin(), slots.end(), words.begin() + 2);
+    }
     HandMade(HandMade const&) = delete;
     HandMade& operator=(HandMade const&) = delete;
 };

@@ -13,8 +13,8 @@ using velktest::Bytes;
 using velktest::Hex;
 using velktest::ToHex;
 
-constexpr bool kTowardsHost = false;
-constexpr bool kTowardsPlc = true;
+constexpr bool kToHost = false;
+constexpr bool kToPlc = true;
 
 /** A host type with its element type, as a tag has them. */
 struct Type {
@@ -81,8 +81,8 @@ void expectOneWay(char const* keyword, Type type, std::string_view before, std::
 }
 
 void expectBothWays(char const* keyword, Type type, std::string_view before, std::string_view after) {
-    expectOneWay(keyword, type, before, after, kTowardsHost);
-    expectOneWay(keyword, type, before, after, kTowardsPlc);
+    expectOneWay(keyword, type, before, after, kToHost);
+    expectOneWay(keyword, type, before, after, kToPlc);
 }
 
 void expectFails(char const* keyword, Type type, std::string_view value, bool towardsPlc) {
@@ -90,8 +90,8 @@ void expectFails(char const* keyword, Type type, std::string_view value, bool to
 }
 
 void expectFailsBothWays(char const* keyword, Type type, std::string_view value) {
-    expectFails(keyword, type, value, kTowardsHost);
-    expectFails(keyword, type, value, kTowardsPlc);
+    expectFails(keyword, type, value, kToHost);
+    expectFails(keyword, type, value, kToPlc);
 }
 
 // --- keywords ---
@@ -104,7 +104,7 @@ TEST(ConversionKeyword, IsComparedExactlyAndCaseSensitively) {
 }
 
 TEST(ConversionKeyword, UnknownOneLeavesTheBytes) {
-    EXPECT_EQ(apply("BCD", kUnsignedShort, "12 34", kTowardsHost).bytes, Hex("12 34"));
+    EXPECT_EQ(apply("BCD", kUnsignedShort, "12 34", kToHost).bytes, Hex("12 34"));
 }
 
 TEST(ConversionKeyword, UnknownOneFailsForEmptyValuesToo) {
@@ -125,8 +125,8 @@ TEST(ConversionKeyword, NegativeLengthsSucceedAndChangeNothing) {
             TestTag const tag(type.type, type.item, length);
             Bytes bytes = Hex("12 34 56 78 9A BC DE F0 12 34 56 78 9A BC DE F0");
             Bytes const before = bytes;
-            EXPECT_TRUE(tag.DoConversion(bytes.data() + 8, keyword, kTowardsHost)) << keyword << length;
-            EXPECT_TRUE(tag.DoConversion(bytes.data() + 8, keyword, kTowardsPlc)) << keyword << length;
+            EXPECT_TRUE(tag.DoConversion(bytes.data() + 8, keyword, kToHost)) << keyword << length;
+            EXPECT_TRUE(tag.DoConversion(bytes.data() + 8, keyword, kToPlc)) << keyword << length;
             EXPECT_EQ(bytes, before) << keyword << length;
         }
     }
@@ -215,91 +215,91 @@ TEST(Swap8, FailsWhenTheLengthIsNoMultipleOfEight) {
 // --- bcd ---
 
 TEST(Bcd, TwoDigitsAByteTowardsTheHost) {
-    expectOneWay("bcd", kUnsignedByte, "00", "00", kTowardsHost);
-    expectOneWay("bcd", kUnsignedByte, "42", "2A", kTowardsHost);
-    expectOneWay("bcd", kUnsignedByte, "99", "63", kTowardsHost);
+    expectOneWay("bcd", kUnsignedByte, "00", "00", kToHost);
+    expectOneWay("bcd", kUnsignedByte, "42", "2A", kToHost);
+    expectOneWay("bcd", kUnsignedByte, "99", "63", kToHost);
 }
 
 TEST(Bcd, LeastSignificantDigitsComeFirst) {
-    expectOneWay("bcd", kUnsignedShort, "34 12", "D2 04", kTowardsHost); // 1234
-    expectOneWay("bcd", kUnsignedShort, "99 99", "0F 27", kTowardsHost); // 9999
-    expectOneWay("bcd", kUnsignedShort, "01 00", "01 00", kTowardsHost);
-    expectOneWay("bcd", kUnsignedShort, "00 01", "64 00", kTowardsHost);           // 100
-    expectOneWay("bcd", kUnsignedInt, "78 56 34 12", "4E 61 BC 00", kTowardsHost); // 12345678
-    expectOneWay("bcd", kUnsignedInt, "99 99 99 99", "FF E0 F5 05", kTowardsHost); // 99999999
+    expectOneWay("bcd", kUnsignedShort, "34 12", "D2 04", kToHost); // 1234
+    expectOneWay("bcd", kUnsignedShort, "99 99", "0F 27", kToHost); // 9999
+    expectOneWay("bcd", kUnsignedShort, "01 00", "01 00", kToHost);
+    expectOneWay("bcd", kUnsignedShort, "00 01", "64 00", kToHost);           // 100
+    expectOneWay("bcd", kUnsignedInt, "78 56 34 12", "4E 61 BC 00", kToHost); // 12345678
+    expectOneWay("bcd", kUnsignedInt, "99 99 99 99", "FF E0 F5 05", kToHost); // 99999999
 }
 
 TEST(Bcd, FailsOnANibbleAboveNineTowardsTheHost) {
-    expectFails("bcd", kUnsignedShort, "1A 00", kTowardsHost);
-    expectFails("bcd", kUnsignedShort, "A1 00", kTowardsHost);
-    expectFails("bcd", kUnsignedShort, "00 0A", kTowardsHost);
-    expectFails("bcd", kUnsignedShort, "00 F0", kTowardsHost);
-    expectFails("bcd", kUnsignedByte, "0A", kTowardsHost);
-    expectFails("bcd", kUnsignedInt, "00 00 00 A0", kTowardsHost);
-    expectFails("bcd", kUnsignedBytes, "11 22 3B", kTowardsHost);
+    expectFails("bcd", kUnsignedShort, "1A 00", kToHost);
+    expectFails("bcd", kUnsignedShort, "A1 00", kToHost);
+    expectFails("bcd", kUnsignedShort, "00 0A", kToHost);
+    expectFails("bcd", kUnsignedShort, "00 F0", kToHost);
+    expectFails("bcd", kUnsignedByte, "0A", kToHost);
+    expectFails("bcd", kUnsignedInt, "00 00 00 A0", kToHost);
+    expectFails("bcd", kUnsignedBytes, "11 22 3B", kToHost);
 }
 
 TEST(Bcd, DigitsTowardsThePlc) {
-    expectOneWay("bcd", kUnsignedByte, "2A", "42", kTowardsPlc);
-    expectOneWay("bcd", kUnsignedByte, "00", "00", kTowardsPlc);
-    expectOneWay("bcd", kUnsignedShort, "D2 04", "34 12", kTowardsPlc);
-    expectOneWay("bcd", kUnsignedInt, "4E 61 BC 00", "78 56 34 12", kTowardsPlc);
+    expectOneWay("bcd", kUnsignedByte, "2A", "42", kToPlc);
+    expectOneWay("bcd", kUnsignedByte, "00", "00", kToPlc);
+    expectOneWay("bcd", kUnsignedShort, "D2 04", "34 12", kToPlc);
+    expectOneWay("bcd", kUnsignedInt, "4E 61 BC 00", "78 56 34 12", kToPlc);
 }
 
 TEST(Bcd, LargestValueOfEachLengthTowardsThePlc) {
-    expectOneWay("bcd", kUnsignedByte, "63", "99", kTowardsPlc);                  // 99
-    expectOneWay("bcd", kUnsignedShort, "0F 27", "99 99", kTowardsPlc);           // 9999
-    expectOneWay("bcd", kUnsignedInt, "FF E0 F5 05", "99 99 99 99", kTowardsPlc); // 99999999
-    expectFails("bcd", kUnsignedByte, "64", kTowardsPlc);                         // 100
-    expectFails("bcd", kUnsignedShort, "10 27", kTowardsPlc);                     // 10000
-    expectFails("bcd", kUnsignedInt, "00 E1 F5 05", kTowardsPlc);                 // 100000000
-    expectFails("bcd", kUnsignedByte, "FF", kTowardsPlc);
-    expectFails("bcd", kUnsignedShort, "FF FF", kTowardsPlc);
-    expectFails("bcd", kUnsignedInt, "FF FF FF FF", kTowardsPlc);
+    expectOneWay("bcd", kUnsignedByte, "63", "99", kToPlc);                  // 99
+    expectOneWay("bcd", kUnsignedShort, "0F 27", "99 99", kToPlc);           // 9999
+    expectOneWay("bcd", kUnsignedInt, "FF E0 F5 05", "99 99 99 99", kToPlc); // 99999999
+    expectFails("bcd", kUnsignedByte, "64", kToPlc);                         // 100
+    expectFails("bcd", kUnsignedShort, "10 27", kToPlc);                     // 10000
+    expectFails("bcd", kUnsignedInt, "00 E1 F5 05", kToPlc);                 // 100000000
+    expectFails("bcd", kUnsignedByte, "FF", kToPlc);
+    expectFails("bcd", kUnsignedShort, "FF FF", kToPlc);
+    expectFails("bcd", kUnsignedInt, "FF FF FF FF", kToPlc);
 }
 
 TEST(Bcd, NegativeValuesFailTowardsThePlc) {
-    expectFails("bcd", kByte, "FF", kTowardsPlc);
-    expectFails("bcd", kShort, "FF FF", kTowardsPlc);
-    expectFails("bcd", kInt, "FF FF FF FF", kTowardsPlc);
-    expectFails("bcd", kInt, "00 00 00 80", kTowardsPlc);
+    expectFails("bcd", kByte, "FF", kToPlc);
+    expectFails("bcd", kShort, "FF FF", kToPlc);
+    expectFails("bcd", kInt, "FF FF FF FF", kToPlc);
+    expectFails("bcd", kInt, "00 00 00 80", kToPlc);
 }
 
 TEST(Bcd, TakesEveryElementOfAnArray) {
-    expectOneWay("bcd", kUnsignedBytes, "10 20 99", "0A 14 63", kTowardsHost);
-    expectOneWay("bcd", kUnsignedBytes, "0A 14 63", "10 20 99", kTowardsPlc);
-    expectOneWay("bcd", kShorts, "34 12 99 99 00 00", "D2 04 0F 27 00 00", kTowardsHost);
-    expectOneWay("bcd", kShorts, "D2 04 0F 27 00 00", "34 12 99 99 00 00", kTowardsPlc);
-    expectOneWay("bcd", kInts, "01 00 00 00 00 01 00 00", "01 00 00 00 64 00 00 00", kTowardsHost);
-    expectOneWay("bcd", kInts, "01 00 00 00 64 00 00 00", "01 00 00 00 00 01 00 00", kTowardsPlc);
-    expectFails("bcd", kShorts, "D2 04 10 27", kTowardsPlc);
-    expectFails("bcd", kUnsignedBytes, "0A 64 63", kTowardsPlc);
+    expectOneWay("bcd", kUnsignedBytes, "10 20 99", "0A 14 63", kToHost);
+    expectOneWay("bcd", kUnsignedBytes, "0A 14 63", "10 20 99", kToPlc);
+    expectOneWay("bcd", kShorts, "34 12 99 99 00 00", "D2 04 0F 27 00 00", kToHost);
+    expectOneWay("bcd", kShorts, "D2 04 0F 27 00 00", "34 12 99 99 00 00", kToPlc);
+    expectOneWay("bcd", kInts, "01 00 00 00 00 01 00 00", "01 00 00 00 64 00 00 00", kToHost);
+    expectOneWay("bcd", kInts, "01 00 00 00 64 00 00 00", "01 00 00 00 00 01 00 00", kToPlc);
+    expectFails("bcd", kShorts, "D2 04 10 27", kToPlc);
+    expectFails("bcd", kUnsignedBytes, "0A 64 63", kToPlc);
 }
 
 TEST(Bcd, ElementsAreTakenByTheirLengthWhateverTheirType) {
-    expectOneWay("bcd", kByte, "42", "2A", kTowardsHost);
-    expectOneWay("bcd", kBoolean, "01", "01", kTowardsHost);
-    expectOneWay("bcd", kFloat, "34 12 00 00", "D2 04 00 00", kTowardsHost);
-    expectOneWay("bcd", kFloat, "D2 04 00 00", "34 12 00 00", kTowardsPlc);
-    expectOneWay("bcd", kString, "10 20", "0A 14", kTowardsHost);
-    expectOneWay("bcd", kBinary, "0A 14", "10 20", kTowardsPlc);
-    expectOneWay("bcd", kBooleans, "00 01 01", "00 01 01", kTowardsPlc);
+    expectOneWay("bcd", kByte, "42", "2A", kToHost);
+    expectOneWay("bcd", kBoolean, "01", "01", kToHost);
+    expectOneWay("bcd", kFloat, "34 12 00 00", "D2 04 00 00", kToHost);
+    expectOneWay("bcd", kFloat, "D2 04 00 00", "34 12 00 00", kToPlc);
+    expectOneWay("bcd", kString, "10 20", "0A 14", kToHost);
+    expectOneWay("bcd", kBinary, "0A 14", "10 20", kToPlc);
+    expectOneWay("bcd", kBooleans, "00 01 01", "00 01 01", kToPlc);
 }
 
 TEST(Bcd, EightByteElementsSumInThirtyTwoBitsTowardsTheHost) {
     for (auto const type : {kDouble, kTime, kUint64, kInt64, kDoubles, kTimes, kUint64s, kInt64s}) {
-        expectOneWay("bcd", type, "34 12 00 00 00 00 00 00", "D2 04 00 00 00 00 00 00", kTowardsHost);
+        expectOneWay("bcd", type, "34 12 00 00 00 00 00 00", "D2 04 00 00 00 00 00 00", kToHost);
     }
-    expectOneWay("bcd", kUint64, "00 00 00 00 01 00 00 00", "00 E1 F5 05 00 00 00 00", kTowardsHost); // 100^4
+    expectOneWay("bcd", kUint64, "00 00 00 00 01 00 00 00", "00 E1 F5 05 00 00 00 00", kToHost); // 100^4
     // 42 * 100^4 + 94967295 is 2^32 - 1, and one more is 0 again.
-    expectOneWay("bcd", kUint64, "95 72 96 94 42 00 00 00", "FF FF FF FF 00 00 00 00", kTowardsHost);
-    expectOneWay("bcd", kUint64, "96 72 96 94 42 00 00 00", "00 00 00 00 00 00 00 00", kTowardsHost);
-    expectFails("bcd", kUint64, "00 00 00 00 00 00 00 A0", kTowardsHost);
+    expectOneWay("bcd", kUint64, "95 72 96 94 42 00 00 00", "FF FF FF FF 00 00 00 00", kToHost);
+    expectOneWay("bcd", kUint64, "96 72 96 94 42 00 00 00", "00 00 00 00 00 00 00 00", kToHost);
+    expectFails("bcd", kUint64, "00 00 00 00 00 00 00 A0", kToHost);
 }
 
 TEST(Bcd, EightByteElementsFailTowardsThePlc) {
     for (auto const type : {kDouble, kTime, kUint64, kInt64, kDoubles, kTimes, kUint64s, kInt64s}) {
-        expectFails("bcd", type, "00 00 00 00 00 00 00 00", kTowardsPlc);
+        expectFails("bcd", type, "00 00 00 00 00 00 00 00", kToPlc);
     }
 }
 
@@ -310,8 +310,8 @@ TEST(Bcd, ValueShorterThanOneElementIsLeftAlone) {
 }
 
 TEST(Bcd, IncompleteLastElementIsLeftAlone) {
-    expectOneWay("bcd", kUnsignedShort, "34 12 FF", "D2 04 FF", kTowardsHost);
-    expectOneWay("bcd", kUnsignedShort, "D2 04 FF", "34 12 FF", kTowardsPlc);
+    expectOneWay("bcd", kUnsignedShort, "34 12 FF", "D2 04 FF", kToHost);
+    expectOneWay("bcd", kUnsignedShort, "D2 04 FF", "34 12 FF", kToPlc);
 }
 
 // --- neg ---
@@ -376,11 +376,11 @@ Bytes repeated(std::string_view element, int count, Bytes bytes = {}) {
 void expectNegated(Type type, std::string_view one, std::string_view minusOne, int count, int negated) {
     Bytes bytes = repeated(one, count);
     TestTag const tag(type.type, type.item, static_cast<int>(bytes.size()));
-    ASSERT_TRUE(tag.DoConversion(bytes.data(), "neg", kTowardsHost));
+    ASSERT_TRUE(tag.DoConversion(bytes.data(), "neg", kToHost));
     EXPECT_EQ(bytes, repeated(one, count - negated, repeated(minusOne, negated)))
         << "type " << type.type << ", " << count << " elements: " << ToHex(bytes);
     bytes = repeated(one, count);
-    ASSERT_TRUE(tag.DoConversion(bytes.data(), "neg", kTowardsPlc));
+    ASSERT_TRUE(tag.DoConversion(bytes.data(), "neg", kToPlc));
     EXPECT_EQ(bytes, repeated(one, count - negated, repeated(minusOne, negated)))
         << "type " << type.type << ", " << count << " elements: " << ToHex(bytes);
 }
@@ -425,7 +425,7 @@ TEST(Neg, RefusesScalarsOfStringBinaryAndArrayTypes) {
     for (int value = -2; value <= 40; ++value) {
         bool const accepted =
             value == 2 || value == 3 || value == 4 || value == 8 || value == 9 || value == 23 || value == 24;
-        EXPECT_EQ(apply("neg", {static_cast<ICU_Type>(value)}, "01 02 03 04 05 06 07 08", kTowardsHost).ok, accepted)
+        EXPECT_EQ(apply("neg", {static_cast<ICU_Type>(value)}, "01 02 03 04 05 06 07 08", kToHost).ok, accepted)
             << value;
     }
 }

@@ -11,10 +11,10 @@ namespace {
 
 using namespace _VELK;
 
-int yieldCount = 0;
+int parserYields = 0;
 
-void countYield() noexcept {
-    ++yieldCount;
+void countParserYield() noexcept {
+    ++parserYields;
 }
 
 /** Parses a file into a list of its own; the list is cleared at the end. */
@@ -22,9 +22,9 @@ class Parsed {
 public:
     explicit Parsed(SdbBytes const& file) {
         OpenFile const open = openFile(file.bytes());
-        yieldCount = 0;
+        parserYields = 0;
         result = table_.SymParseBinaryFile(open.get(), &list);
-        yields = yieldCount;
+        yields = parserYields;
         EXPECT_EQ(std::fseek(open.get(), 0, SEEK_SET), 0) << "the file must stay open";
     }
 
@@ -35,7 +35,7 @@ public:
     int yields = -1;
 
 private:
-    RtsSym table_{1, countYield};
+    RtsSym table_{1, countParserYield};
 };
 
 void expectRefused(SdbBytes const& file) {
@@ -743,9 +743,9 @@ TEST(SymbolFileYield, WithoutASchedulerNothingIsCalled) {
     RtsSym const table(1);
     SymbolListTag list;
     OpenFile const open = openFile(fileWithVariables(201).bytes());
-    yieldCount = 0;
+    parserYields = 0;
     EXPECT_EQ(table.SymParseBinaryFile(open.get(), &list), 1);
-    EXPECT_EQ(yieldCount, 0);
+    EXPECT_EQ(parserYields, 0);
 }
 
 // --- the table of data types ---

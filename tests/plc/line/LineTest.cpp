@@ -10,7 +10,7 @@ using namespace std::chrono_literals;
 using namespace plctest;
 using plc::Cause;
 
-std::string Complaint(plc::LineDescription const& description) {
+std::string ComplaintAboutLine(plc::LineDescription const& description) {
     try {
         plc::Line const line(description);
         return "";
@@ -159,27 +159,27 @@ TEST(Line, StationsAreFoundByNameAndNumber) {
 }
 
 TEST(Line, RefusesDescriptionsThatMakeNoSense) {
-    EXPECT_EQ(Complaint({}), "a line has one station, and only with the routed framing more");
+    EXPECT_EQ(ComplaintAboutLine({}), "a line has one station, and only with the routed framing more");
     plc::LineDescription two = TwoStations();
-    EXPECT_EQ(Complaint(two), "");
+    EXPECT_EQ(ComplaintAboutLine(two), "");
     two.framing = plc::Framing::kBare;
-    EXPECT_EQ(Complaint(two), "a line has one station, and only with the routed framing more");
+    EXPECT_EQ(ComplaintAboutLine(two), "a line has one station, and only with the routed framing more");
     two = TwoStations();
     two.stations[1].route = two.stations[0].route;
-    EXPECT_EQ(Complaint(two), "stations near and far are reached by the same way");
+    EXPECT_EQ(ComplaintAboutLine(two), "stations near and far are reached by the same way");
     two = TwoStations();
     two.stations[1].name = "near";
-    EXPECT_EQ(Complaint(two), "two stations are named near");
+    EXPECT_EQ(ComplaintAboutLine(two), "two stations are named near");
     two = TwoStations();
     two.frameSilence = 0ms;
-    EXPECT_EQ(Complaint(two), "the silence that ends a frame must be above 0");
+    EXPECT_EQ(ComplaintAboutLine(two), "the silence that ends a frame must be above 0");
 }
 
 TEST(Line, RefusesStationsThatMakeNoSense) {
     auto const complaint = [](auto change) {
         plc::StationDescription station = OneStation();
         change(station);
-        return Complaint(BareLine(station));
+        return ComplaintAboutLine(BareLine(station));
     };
     EXPECT_EQ(complaint([](auto& s) { s.blockSize = 127; }), "station plc: the block size must be 128 to 1460");
     EXPECT_EQ(complaint([](auto& s) { s.blockSize = 1461; }), "station plc: the block size must be 128 to 1460");

@@ -40,7 +40,7 @@ TEST(InitialValues, OfALargeUlintAreATextForTomlHasNoSuchNumber) {
     EXPECT_EQ(line.station().get<std::uint64_t>("v"), 18446744073709551615U);
 }
 
-std::string Complaint(std::string const& type, std::string const& value, std::string const& more = "") {
+std::string ComplaintAboutValue(std::string const& type, std::string const& value, std::string const& more = "") {
     try {
         static_cast<void>(plc::readProgramText(
             "[[variable]]\nname = 'v'\ntype = '" + type + "'\nvalue = " + value + "\n" + more, "p.toml"));
@@ -51,20 +51,26 @@ std::string Complaint(std::string const& type, std::string const& value, std::st
 }
 
 TEST(InitialValues, ThatDoNotFitAreRefused) {
-    EXPECT_EQ(Complaint("ARRAY [0..1] OF INT", "[1, 2]"), "");
-    EXPECT_EQ(Complaint("ARRAY [0..1] OF INT", "[1, 2, 3]"), "p.toml:1: variable v: there is no element at position 2");
-    EXPECT_EQ(Complaint("ARRAY [0..1] OF INT", "[1, 70000]"), "p.toml:1: variable v: the value does not fit the type");
-    EXPECT_EQ(Complaint("ARRAY [0..1] OF INT", "{ Speed = 1 }"), "p.toml:1: variable v: there is no member Speed");
-    EXPECT_EQ(Complaint("ULINT", "'18446744073709551616'"), "p.toml:1: variable v: the value does not fit the type");
-    EXPECT_EQ(Complaint("ULINT", "'many'"), "p.toml:1: variable v: the value does not fit the type");
-    EXPECT_EQ(Complaint("UDINT", "'5'"), "p.toml:1: variable v: the value does not fit the type");
-    EXPECT_EQ(Complaint("INT", "[1]"), "p.toml:1: variable v: there is no element at position 0");
-    EXPECT_EQ(Complaint("ARRAY [0..1] OF INT", "3"), "p.toml:1: variable v: only an element or a member has a value");
-    EXPECT_EQ(Complaint("ARRAY [0..1] OF INT", "[[1]]"), "p.toml:1: variable v: there is no element at position 0");
-    EXPECT_EQ(Complaint("ARRAY [0..1] OF INT", "[]"), "p.toml:4: \"value\" holds no value");
-    EXPECT_EQ(Complaint("ARRAY [0..1] OF INT", "[\n2026-01-01]"),
+    EXPECT_EQ(ComplaintAboutValue("ARRAY [0..1] OF INT", "[1, 2]"), "");
+    EXPECT_EQ(ComplaintAboutValue("ARRAY [0..1] OF INT", "[1, 2, 3]"),
+              "p.toml:1: variable v: there is no element at position 2");
+    EXPECT_EQ(ComplaintAboutValue("ARRAY [0..1] OF INT", "[1, 70000]"),
+              "p.toml:1: variable v: the value does not fit the type");
+    EXPECT_EQ(ComplaintAboutValue("ARRAY [0..1] OF INT", "{ Speed = 1 }"),
+              "p.toml:1: variable v: there is no member Speed");
+    EXPECT_EQ(ComplaintAboutValue("ULINT", "'18446744073709551616'"),
+              "p.toml:1: variable v: the value does not fit the type");
+    EXPECT_EQ(ComplaintAboutValue("ULINT", "'many'"), "p.toml:1: variable v: the value does not fit the type");
+    EXPECT_EQ(ComplaintAboutValue("UDINT", "'5'"), "p.toml:1: variable v: the value does not fit the type");
+    EXPECT_EQ(ComplaintAboutValue("INT", "[1]"), "p.toml:1: variable v: there is no element at position 0");
+    EXPECT_EQ(ComplaintAboutValue("ARRAY [0..1] OF INT", "3"),
+              "p.toml:1: variable v: only an element or a member has a value");
+    EXPECT_EQ(ComplaintAboutValue("ARRAY [0..1] OF INT", "[[1]]"),
+              "p.toml:1: variable v: there is no element at position 0");
+    EXPECT_EQ(ComplaintAboutValue("ARRAY [0..1] OF INT", "[]"), "p.toml:4: \"value\" holds no value");
+    EXPECT_EQ(ComplaintAboutValue("ARRAY [0..1] OF INT", "[\n2026-01-01]"),
               "p.toml:5: a value is a number, true, false, a text, or a list or table of them");
-    EXPECT_EQ(Complaint("ARRAY [0..1] OF INT", "[1]", "listed_only = true\noffset = 0"),
+    EXPECT_EQ(ComplaintAboutValue("ARRAY [0..1] OF INT", "[1]", "listed_only = true\noffset = 0"),
               "p.toml:1: variable v is listed only: it needs an offset and has no value");
 }
 

@@ -14,7 +14,7 @@ using plc::ProgramDescription;
 using plc::TypeKind;
 
 /** The text of the complaint, "" when there is none. */
-std::string Complaint(ProgramDescription const& description) {
+std::string ComplaintAboutProgram(ProgramDescription const& description) {
     try {
         Program const program(description);
         return "";
@@ -27,7 +27,7 @@ std::string ComplaintAboutType(std::string const& type) {
     ProgramDescription description;
     description.structures = {{.name = "PUMP", .members = {{"Speed", "INT"}}}};
     description.variables = {{.name = "v", .type = type, .line = 7}};
-    return Complaint(description);
+    return ComplaintAboutProgram(description);
 }
 
 TEST(TypeText, ArrayIsTakenApart) {
@@ -179,7 +179,7 @@ TEST(Program, ComplainsAboutStructures) {
         ProgramDescription description;
         description.structures = std::move(structures);
         description.variables = {{.name = "v", .type = description.structures[0].name}};
-        return Complaint(description);
+        return ComplaintAboutProgram(description);
     };
     EXPECT_EQ(complaint({{.name = "INT", .members = {{"a", "INT"}}, .line = 3}}),
               "3: \"INT\" cannot be the name of a structure");
@@ -203,7 +203,7 @@ TEST(Program, ComplainsAboutVariables) {
         description.structures = {{.name = "S", .members = {{"a", "INT"}}}};
         description.areaSizes = {4, 0, 0, 0, 0, 0};
         description.variables = std::move(variables);
-        return Complaint(description);
+        return ComplaintAboutProgram(description);
     };
     EXPECT_EQ(complaint({{.name = "v", .type = "INT"}, {.name = "V", .type = "INT", .line = 2}}),
               "2: variable V occurs twice");

@@ -217,7 +217,7 @@ TEST(Behaviour, AProgramThatDoesNotMoveHasNoTicks) {
     EXPECT_FALSE(program.line().nextDeadline());
 }
 
-std::string Complaint(std::string const& behaviour, std::string const& type = "INT") {
+std::string ComplaintAboutBehaviour(std::string const& behaviour, std::string const& type = "INT") {
     try {
         static_cast<void>(plc::readProgramText(
             "[[variable]]\nname = 'v'\ntype = '" + type + "'\n\nbehaviour = " + behaviour, "p.toml"));
@@ -228,28 +228,32 @@ std::string Complaint(std::string const& behaviour, std::string const& type = "I
 }
 
 TEST(Behaviour, ComplaintsNameTheLine) {
-    EXPECT_EQ(Complaint("{ kind = 'counter' }"), "");
-    EXPECT_EQ(Complaint("3"), "p.toml:5: \"behaviour\" must be a table");
-    EXPECT_EQ(Complaint("{ }"), "p.toml:5: \"kind\" is missing");
-    EXPECT_EQ(Complaint("{ kind = 'x' }"),
+    EXPECT_EQ(ComplaintAboutBehaviour("{ kind = 'counter' }"), "");
+    EXPECT_EQ(ComplaintAboutBehaviour("3"), "p.toml:5: \"behaviour\" must be a table");
+    EXPECT_EQ(ComplaintAboutBehaviour("{ }"), "p.toml:5: \"kind\" is missing");
+    EXPECT_EQ(ComplaintAboutBehaviour("{ kind = 'x' }"),
               "p.toml:5: \"kind\" must be constant, counter, ramp, sine, random_walk or follow");
-    EXPECT_EQ(Complaint("{ kind = 'constant', low = 1 }"), "p.toml:5: unknown key \"low\"");
-    EXPECT_EQ(Complaint("{ kind = 'counter', step = 'x' }"), "p.toml:5: \"step\" must be a number");
-    EXPECT_EQ(Complaint("{ kind = 'counter', step = nan }"), "p.toml:5: behaviour of v: a number must be finite");
-    EXPECT_EQ(Complaint("{ kind = 'counter', every_ms = 0 }"),
+    EXPECT_EQ(ComplaintAboutBehaviour("{ kind = 'constant', low = 1 }"), "p.toml:5: unknown key \"low\"");
+    EXPECT_EQ(ComplaintAboutBehaviour("{ kind = 'counter', step = 'x' }"), "p.toml:5: \"step\" must be a number");
+    EXPECT_EQ(ComplaintAboutBehaviour("{ kind = 'counter', step = nan }"),
+              "p.toml:5: behaviour of v: a number must be finite");
+    EXPECT_EQ(ComplaintAboutBehaviour("{ kind = 'counter', every_ms = 0 }"),
               "p.toml:5: \"every_ms\" must be a whole number from 1 to 86400000");
-    EXPECT_EQ(Complaint("{ kind = 'ramp' }"), "p.toml:5: behaviour of v: low and high are missing");
-    EXPECT_EQ(Complaint("{ kind = 'counter' }", "REAL"), "p.toml:5: behaviour of v: low and high are missing");
-    EXPECT_EQ(Complaint("{ kind = 'sine', low = 1, high = 1 }"), "p.toml:5: behaviour of v: low must be below high");
-    EXPECT_EQ(Complaint("{ kind = 'sine', low = 0, high = 256 }", "BYTE"),
+    EXPECT_EQ(ComplaintAboutBehaviour("{ kind = 'ramp' }"), "p.toml:5: behaviour of v: low and high are missing");
+    EXPECT_EQ(ComplaintAboutBehaviour("{ kind = 'counter' }", "REAL"),
+              "p.toml:5: behaviour of v: low and high are missing");
+    EXPECT_EQ(ComplaintAboutBehaviour("{ kind = 'sine', low = 1, high = 1 }"),
+              "p.toml:5: behaviour of v: low must be below high");
+    EXPECT_EQ(ComplaintAboutBehaviour("{ kind = 'sine', low = 0, high = 256 }", "BYTE"),
               "p.toml:5: behaviour of v: low or high is beyond the type's range");
-    EXPECT_EQ(Complaint("{ kind = 'sine', low = 0, high = 1, phase = 2 }"),
+    EXPECT_EQ(ComplaintAboutBehaviour("{ kind = 'sine', low = 0, high = 1, phase = 2 }"),
               "p.toml:5: \"phase\" must be a number from 0 to 1");
-    EXPECT_EQ(Complaint("{ kind = 'follow' }"), "p.toml:5: \"source\" is missing");
-    EXPECT_EQ(Complaint("{ kind = 'follow', source = 'w' }"), "p.toml:5: behaviour of v: there is no variable w");
-    EXPECT_EQ(Complaint("{ kind = 'counter' }", "STRING(5)"),
+    EXPECT_EQ(ComplaintAboutBehaviour("{ kind = 'follow' }"), "p.toml:5: \"source\" is missing");
+    EXPECT_EQ(ComplaintAboutBehaviour("{ kind = 'follow', source = 'w' }"),
+              "p.toml:5: behaviour of v: there is no variable w");
+    EXPECT_EQ(ComplaintAboutBehaviour("{ kind = 'counter' }", "STRING(5)"),
               "p.toml:5: behaviour of v: v is no number and no truth value with memory");
-    EXPECT_EQ(Complaint("{ kind = 'counter' }", "ARRAY [0..1] OF INT"),
+    EXPECT_EQ(ComplaintAboutBehaviour("{ kind = 'counter' }", "ARRAY [0..1] OF INT"),
               "p.toml:5: behaviour of v: v is no number and no truth value with memory");
 }
 

@@ -53,7 +53,7 @@ TEST(TimeWindow, WhatComesOutsideIsNoChance) {
     EXPECT_EQ(panel.say(kLinkCheck), kAck1);
 }
 
-std::string Complaint(std::string_view fault) {
+std::string ComplaintAboutFault(std::string_view fault) {
     try {
         static_cast<void>(plc::readFaultText(fault, "--fault"));
         return "";
@@ -74,16 +74,18 @@ TEST(FaultText, IsARuleAsInADescription) {
 }
 
 TEST(FaultText, WhatIsNoRuleIsRefused) {
-    EXPECT_EQ(Complaint("kind = 'silent'"), "");
-    EXPECT_TRUE(
-        Complaint("kind = 'x'").starts_with("--fault:1: \"kind\" names no fault; it can be silent, ack_missing"));
-    EXPECT_TRUE(Complaint("kind = 'x'").ends_with(", garbage, late or pause")) << "they are all there";
-    EXPECT_EQ(Complaint(""), "--fault:1: \"kind\" is missing");
-    EXPECT_EQ(Complaint("kind = 'silent', colour = 1"), "--fault:1: unknown key \"colour\"");
-    EXPECT_EQ(Complaint("kind = 'silent'}\nx = {"), "--fault:2: unknown key \"x\"");
-    EXPECT_EQ(Complaint("kind = 'silent', from_ms = 1"), "--fault:1: \"from_ms\" needs \"lasts_ms\" beside it");
-    EXPECT_EQ(Complaint("kind = 'silent', every_ms = 1"), "--fault:1: \"every_ms\" needs \"lasts_ms\" beside it");
-    EXPECT_EQ(Complaint("kind = ").substr(0, 8), "--fault:");
+    EXPECT_EQ(ComplaintAboutFault("kind = 'silent'"), "");
+    EXPECT_TRUE(ComplaintAboutFault("kind = 'x'")
+                    .starts_with("--fault:1: \"kind\" names no fault; it can be silent, ack_missing"));
+    EXPECT_TRUE(ComplaintAboutFault("kind = 'x'").ends_with(", garbage, late or pause")) << "they are all there";
+    EXPECT_EQ(ComplaintAboutFault(""), "--fault:1: \"kind\" is missing");
+    EXPECT_EQ(ComplaintAboutFault("kind = 'silent', colour = 1"), "--fault:1: unknown key \"colour\"");
+    EXPECT_EQ(ComplaintAboutFault("kind = 'silent'}\nx = {"), "--fault:2: unknown key \"x\"");
+    EXPECT_EQ(ComplaintAboutFault("kind = 'silent', from_ms = 1"),
+              "--fault:1: \"from_ms\" needs \"lasts_ms\" beside it");
+    EXPECT_EQ(ComplaintAboutFault("kind = 'silent', every_ms = 1"),
+              "--fault:1: \"every_ms\" needs \"lasts_ms\" beside it");
+    EXPECT_EQ(ComplaintAboutFault("kind = ").substr(0, 8), "--fault:");
 }
 
 TEST(LineText, IsToldFromAProgram) {

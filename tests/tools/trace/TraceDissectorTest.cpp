@@ -45,7 +45,7 @@ protected:
 
     void SetUp() override {
         if (std::system("command -v tshark >/dev/null 2>&1") != 0) { // NOLINT(cert-env33-c): a literal
-            GTEST_SKIP() << "tshark is missing: install it with scripts/install-dependencies tools-test";
+            FAIL() << "tshark is missing: scripts/install-dependencies test installs it";
         }
     }
 

@@ -8,7 +8,7 @@ namespace velk {
 namespace {
 
 // The driver's own codes and texts.
-constexpr int kNothingRecorded = 1; // only a refused login or logout leaves nothing behind
+constexpr int kNoText = 1; // only a refused login or logout leaves nothing behind
 constexpr int kPortFault = 0;
 constexpr int kConfiguration = -1; // and addresses, buffers, symbols
 constexpr int kNotPossible = -3;   // not started, not supported, local files
@@ -48,7 +48,7 @@ ExitCode exitCodeFor(base::Failure const& failure, PortState port) {
     case kTimeout:
         return ExitCode::Silent;
     case kRefused:
-    case kNothingRecorded:
+    case kNoText:
         return ExitCode::Refused;
     case kConversion:
         return ExitCode::ItemNotGood;

@@ -25,7 +25,7 @@ constexpr std::uint16_t kOtherProject = 0x48;
 constexpr std::uint16_t kOtherProjectToo = 0x33;
 constexpr std::uint8_t kGoodQuality = 1;
 
-bool isList(ServiceKind service) {
+bool isListService(ServiceKind service) {
     return service == ServiceKind::kReadList || service == ServiceKind::kWriteList;
 }
 
@@ -209,7 +209,7 @@ bool isSuccess(ServiceKind service, std::uint16_t status) {
 }
 
 std::string_view statusText(ServiceKind service, std::uint16_t status) {
-    if (isList(service) && (status == kOtherProject || status == kOtherProjectToo)) {
+    if (isListService(service) && (status == kOtherProject || status == kOtherProjectToo)) {
         return "the PLC runs another project";
     }
     if (!isSuccess(service, status)) {

@@ -14,7 +14,7 @@ namespace {
 constexpr double kMicrosecondsPerSecond = 1e6;
 constexpr double kSilenceMicroseconds = 20'000; // that ends a received frame
 constexpr std::size_t kMostTimes = 100'000;
-constexpr double kMicrosecondsPerMillisecond = 1'000;
+constexpr double kMillisecond = 1'000; // in microseconds
 
 /** The value that a share of the sorted times does not exceed. */
 double quantileMs(std::vector<std::int64_t> const& sorted, double share) {
@@ -23,7 +23,7 @@ double quantileMs(std::vector<std::int64_t> const& sorted, double share) {
     }
     auto const last = static_cast<double>(sorted.size() - 1);
     auto const index = static_cast<std::size_t>(last * share + 0.5);
-    return static_cast<double>(sorted[index]) / kMicrosecondsPerMillisecond;
+    return static_cast<double>(sorted[index]) / kMillisecond;
 }
 
 std::uint64_t total(std::map<std::string, std::uint64_t> const& counts) {

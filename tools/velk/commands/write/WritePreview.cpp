@@ -14,10 +14,10 @@
 namespace velk {
 namespace {
 
-constexpr int kConversion = -9; ///< the driver's code for a value that a conversion does not take
+constexpr int kNotConverted = -9; ///< the driver's code for a value that a conversion does not take
 
 bool cannotBeShown(Reading const& reading) {
-    return reading.tag->tag != nullptr && !reading.result.good && reading.result.failure.code == kConversion;
+    return reading.tag->tag != nullptr && !reading.result.good && reading.result.failure.code == kNotConverted;
 }
 
 /** The bytes to write for a text; the failure says why there are none. */
