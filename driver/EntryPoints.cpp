@@ -1,6 +1,6 @@
-#include "driver/ErrorTexts.h"
 #include "driver/Protocol_VELK.h"
-#include "driver/Tag_VELK.h"
+#include "driver/errors/ErrorTexts.h"
+#include "driver/tag/Tag_VELK.h"
 #include "interfaces/HostServices.h"
 #include "protlib/BitPacking.h"
 #include "protlib/DataTypes.h"
@@ -57,10 +57,10 @@ struct Protocol_VELK::BlockPlace {
 };
 
 bool Protocol_VELK::ReadBlock(ITag const* tag, unsigned char* bytes, int length) {
-    return guarded([&] { return readBlock(tag, bytes, length); });
+    return guarded([&] { return readBlockImage(tag, bytes, length); });
 }
 
-bool Protocol_VELK::readBlock(ITag const* tag, unsigned char* bytes, int length) {
+bool Protocol_VELK::readBlockImage(ITag const* tag, unsigned char* bytes, int length) {
     if (!requireStarted()) {
         return false;
     }
@@ -156,10 +156,10 @@ bool Protocol_VELK::doReadDatagram(ITag const* const* tags, int count, std::span
 }
 
 bool Protocol_VELK::Write(ITag const* tag, unsigned char const* value) {
-    return guarded([&] { return writeOne(tag, value); });
+    return guarded([&] { return writeValueImage(tag, value); });
 }
 
-bool Protocol_VELK::writeOne(ITag const* tag, unsigned char const* value) {
+bool Protocol_VELK::writeValueImage(ITag const* tag, unsigned char const* value) {
     if (!requireStarted()) {
         return false;
     }

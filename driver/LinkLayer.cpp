@@ -1,6 +1,6 @@
-#include "driver/Acknowledge.h"
-#include "driver/ErrorTexts.h"
 #include "driver/Protocol_VELK.h"
+#include "driver/errors/ErrorTexts.h"
+#include "driver/link/Acknowledge.h"
 #include "interfaces/HostServices.h"
 
 #include <algorithm>
@@ -77,7 +77,7 @@ bool Protocol_VELK::sendRequest(Line const& line, std::span<unsigned char const>
     while (!request.empty()) {
         std::span<unsigned char const> const payload = request.first(std::min(request.size(), blockPayload));
         request = request.subspan(payload.size());
-        writeFrame(line, _VELK::writeBlock(startFrame(line), payload, number, request.empty(), line.order));
+        writeFrame(line, _VELK::writeBlockFrame(startFrame(line), payload, number, request.empty(), line.order));
         if (!receiveAcknowledge(line, number, "Wrong Ack message received")) {
             return false;
         }
@@ -163,7 +163,7 @@ bool Protocol_VELK::receiveBlock(Line& line, std::uint16_t number, _VELK::Receiv
     if (line.routed && _VELK::routingStatus(frame) != 0) {
         return false; // a coupler gave up; deliberately without an error
     }
-    switch (_VELK::readBlock(frame.subspan(line.headerLength()), number, line.order, block)) {
+    switch (_VELK::parseBlockFrame(frame.subspan(line.headerLength()), number, line.order, block)) {
     case BlockFault::None:
         return true;
     case BlockFault::TooShort:

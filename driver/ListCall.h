@@ -1,8 +1,8 @@
 #pragma once
 
-#include "driver/ByteOrder.h"
 #include "driver/Protocol_VELK.h"
-#include "driver/Tag_VELK.h"
+#include "driver/config/ByteOrder.h"
+#include "driver/tag/Tag_VELK.h"
 
 #include <array>
 #include <cstddef>

@@ -1,9 +1,10 @@
 #include "driver/Protocol_VELK.h"
 
 #include "description/ProtocolDescription.h"
-#include "driver/Tag_VELK.h"
+#include "driver/config/MemoryModels.h"
+#include "driver/tag/TagServices.h"
+#include "driver/tag/Tag_VELK.h"
 #include "interfaces/HostServices.h"
-#include "protlib/DataTypes.h"
 #include "protlib/HostServiceVariables.h"
 #include "protlib/InterfaceNames.h"
 #include "protlib/NoThrow.h"
@@ -11,54 +12,6 @@
 #include <optional>
 
 namespace {
-
-constexpr int kMaxItems = 90;
-constexpr int kMaxLength = 1'024;
-constexpr int kMaxIndex = 0x7fffffff;
-constexpr int kByteAreaTypes = 0x1ff3ff; // boolean to string, and the arrays of boolean to double
-constexpr int kBitAreaTypes = 0x1;
-constexpr int kIdentifierTypes = 0x40;
-
-/** One memory type of this driver. The description advertises internal conversion for "M"; it is off, deliberately. */
-struct MemoryRow {
-    char const* name;
-    ICU_Type naturalType;
-    int icomTypes;
-    bool inDatagram;
-};
-
-constexpr std::array<MemoryRow, 10> kMemoryRows{{
-    {"M", ICU_BYTE, kByteAreaTypes, true},
-    {"MB", ICU_BOOLEAN, kBitAreaTypes, false},
-    {"I", ICU_BYTE, kByteAreaTypes, false},
-    {"IB", ICU_BOOLEAN, kBitAreaTypes, false},
-    {"Q", ICU_BYTE, kByteAreaTypes, false},
-    {"QB", ICU_BOOLEAN, kBitAreaTypes, false},
-    {"3", ICU_BYTE, kByteAreaTypes, false},
-    {"4", ICU_BYTE, kByteAreaTypes, false},
-    {"5", ICU_BYTE, kByteAreaTypes, false},
-    {"PROJ_ID", ICU_UNSIGNED_INT, kIdentifierTypes, false},
-}};
-
-MemoryType makeMemoryType(MemoryRow const& row) {
-    MemoryType type;
-    type.setName(row.name);
-    type.setNaturalType(row.naturalType);
-    type.setIcomTypes(row.icomTypes);
-    type.setInDatagram(row.inDatagram);
-    type.setMaxIndex(kMaxIndex);
-    return type;
-}
-
-Model makeModel(char const* name) {
-    Model model(name);
-    model.setMaxDatagramItems(kMaxItems);
-    model.setMaxDatagramLength(kMaxLength);
-    for (MemoryRow const& row : kMemoryRows) {
-        model.addMemoryType(makeMemoryType(row));
-    }
-    return model;
-}
 
 /** The host's number of a parity; none for a text that is no parity. There is deliberately no "space". */
 std::optional<int> parityNumber(std::string const& parity) {
@@ -79,17 +32,12 @@ IProtocol* CreateProtocol_VELK() {
 
 Protocol_VELK::Protocol_VELK()
     : loginParams_(paramManager_.getNodeParams(0)), serialFactory_(static_cast<ISerialFactory*>(piSerialFactory)) {
-    registerMemory();
-    symbolTable_ = std::make_unique<_VELK::RtsSym>(kNodeCount, &yieldToHost);
+    _VELK::registerModels(memoryManager_);
+    symbolTable_ = std::make_unique<_VELK::RtsSym>(_VELK::kNodeCount, &yieldToHost);
 }
 
 Protocol_VELK::~Protocol_VELK() {
     releasePort();
-}
-
-void Protocol_VELK::registerMemory() {
-    memoryManager_.addModel(makeModel("Intel"));
-    memoryManager_.addModel(makeModel("Motorola"));
 }
 
 IInterface* Protocol_VELK::ConvertTo(char const* name) {
@@ -153,7 +101,11 @@ void Protocol_VELK::releasePort() {
 }
 
 TagBase* Protocol_VELK::CreateTagBase(char const* address) {
-    auto tag = ProtUtilsN::noThrow([&] { return std::make_unique<Tag_VELK>(address, this); }, nullptr);
+    auto tag = ProtUtilsN::noThrow(
+        [&] {
+            return std::make_unique<Tag_VELK>(address, _VELK::TagServices{paramManager_, memoryManager_});
+        },
+        nullptr);
     if (tag == nullptr) {
         SetError(kErrorPort, "Can't allocate Tag");
         return nullptr;
@@ -161,6 +113,9 @@ TagBase* Protocol_VELK::CreateTagBase(char const* address) {
     if (!tag->IsValid()) {
         SetTagError(tag.get());
         return nullptr;
+    }
+    if (tag->isProjectIdentifier()) {
+        declareProject(tag->nodeId(), static_cast<std::uint32_t>(tag->index()));
     }
     tag->setSwapBytes(paramManager_.getNodeParams(tag->nodeId())->isBigEndian());
     return tag.release();
@@ -214,7 +169,7 @@ bool Protocol_VELK::CanAddToWriteDatagram(ITag const* const* tags, int count, IT
 }
 
 void Protocol_VELK::declareProject(int node, std::uint32_t identifier) {
-    if (!isKnownNode(node) || identifier == 0) {
+    if (!_VELK::isKnownNode(node) || identifier == 0) {
         return;
     }
     NodeState& state = nodes_[static_cast<std::size_t>(node)];
@@ -224,7 +179,7 @@ void Protocol_VELK::declareProject(int node, std::uint32_t identifier) {
 }
 
 Protocol_VELK::NodeState const* Protocol_VELK::nodeState(int node) const {
-    return isKnownNode(node) ? &nodes_[static_cast<std::size_t>(node)] : nullptr;
+    return _VELK::isKnownNode(node) ? &nodes_[static_cast<std::size_t>(node)] : nullptr;
 }
 
 std::uint32_t Protocol_VELK::projectIdentifier(int node) const {

@@ -1,9 +1,9 @@
 #pragma once
 
-#include "driver/BlockFrame.h"
-#include "driver/ByteOrder.h"
-#include "driver/ParamManager.h"
-#include "driver/RoutingHeader.h"
+#include "driver/config/ByteOrder.h"
+#include "driver/config/ParamManager.h"
+#include "driver/link/BlockFrame.h"
+#include "driver/link/RoutingHeader.h"
 #include "protlib/MemoryManager.h"
 #include "protlib/NoThrow.h"
 #include "protlib/ProtocolBase.h"
@@ -29,7 +29,6 @@ class Tag_VELK;
  */
 class Protocol_VELK final : public ProtocolBase {
 public:
-    static constexpr int kNodeCount = 257; ///< node numbers are 0 to 256
     static constexpr std::size_t kDataLength = 75'000;
     static constexpr std::size_t kTxFrameLength = _VELK::kRoutingHeaderLength + std::size_t{_VELK::kMaxBlockSize};
     static constexpr std::size_t kRxFrameLength = 1'460;
@@ -115,8 +114,6 @@ public:
     [[nodiscard]] MemoryManager const& getMemoryManager() const { return memoryManager_; }
     _VELK::RtsSym& symbolTable() { return *symbolTable_; }
 
-    static constexpr bool isKnownNode(int node) { return node >= 0 && node < kNodeCount; }
-
     /**
      * Declares that the configured addresses of a node were resolved against the project @p identifier: its tags go
      * out with them, and no symbol file is needed until the PLC reports another project. 0 declares nothing.
@@ -170,7 +167,6 @@ private:
 
     // Protocol_VELK.cpp
     bool failNaming(char const* before, char const* name, char const* after);
-    void registerMemory();
     bool takeLineSettings();
     void releasePort();
     [[nodiscard]] NodeState const* nodeState(int node) const;
@@ -179,8 +175,8 @@ private:
     bool doReadDatagram(ITag const* const* tags, int count, std::span<unsigned char> image);
     bool exchangeAttempts(bool write, ITag const* const* tags, int count, unsigned char* image, int length);
     bool readDatagramImage(ITag const* const* tags, int count, unsigned char* values, idal_error_t* status);
-    bool readBlock(ITag const* tag, unsigned char* bytes, int length);
-    bool writeOne(ITag const* tag, unsigned char const* value);
+    bool readBlockImage(ITag const* tag, unsigned char* bytes, int length);
+    bool writeValueImage(ITag const* tag, unsigned char const* value);
     bool writeDatagramImage(ITag const* const* tags, int count, unsigned char const* values);
     bool fillBlock(ITag const* tag, std::span<unsigned char> image, int length);
     bool convertToHost(Tag_VELK const& tag, unsigned char const* image, unsigned char* value);
@@ -239,7 +235,7 @@ private:
     unsigned int refusePiece();
 
     bool portOpen_ = false;
-    std::array<NodeState, kNodeCount> nodes_{};
+    std::array<NodeState, _VELK::kNodeCount> nodes_{};
     _VELK::ParamManager paramManager_;
     MemoryManager memoryManager_;
     std::array<unsigned char, kDataLength> txData_{};

@@ -1,6 +1,6 @@
-#include "driver/ErrorTexts.h"
 #include "driver/ListCall.h"
-#include "driver/ListService.h"
+#include "driver/errors/ErrorTexts.h"
+#include "driver/services/ListService.h"
 #include "protlib/MemTypesTable.h"
 
 #include <algorithm>
@@ -80,7 +80,7 @@ bool Protocol_VELK::checkCall(ListCall const& call) {
 
 bool Protocol_VELK::addressNode(ListCall& call) {
     int const node = GetNodeID(call.tags[0]);
-    if (!isKnownNode(node)) {
+    if (!_VELK::isKnownNode(node)) {
         return fail(kErrorRequest, "Node number out of range");
     }
     call.node = static_cast<std::uint16_t>(node);
@@ -177,7 +177,7 @@ bool Protocol_VELK::bindTag(ListCall const& call, Tag_VELK const& tag) {
     if (tag.isMissing(symbolLoads_, identifier)) {
         return false;
     }
-    if (tag.UpdateTagData(this, identifier) == 0 && tag.areaRow() != nullptr) {
+    if (tag.UpdateTagData(*symbolTable_, identifier) == 0 && tag.areaRow() != nullptr) {
         return true;
     }
     tag.setMissing(symbolLoads_, identifier);

@@ -1,6 +1,6 @@
-#include "driver/ErrorTexts.h"
-#include "driver/FileService.h"
 #include "driver/Protocol_VELK.h"
+#include "driver/errors/ErrorTexts.h"
+#include "driver/services/FileService.h"
 
 #include <optional>
 

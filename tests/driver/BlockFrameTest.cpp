@@ -1,4 +1,4 @@
-#include "driver/BlockFrame.h"
+#include "driver/link/BlockFrame.h"
 
 #include "tests/support/Bytes.h"
 
@@ -12,13 +12,13 @@ using namespace velktest;
 using _VELK::blockChecksum;
 using _VELK::BlockFault;
 using _VELK::ByteOrder;
-using _VELK::readBlock;
+using _VELK::parseBlockFrame;
 using _VELK::ReceivedBlock;
-using _VELK::writeBlock;
+using _VELK::writeBlockFrame;
 
 Bytes Written(Bytes const& payload, std::uint16_t number, bool last, ByteOrder order) {
     Bytes frame(8 + payload.size() + 3, 0xEE);
-    std::size_t const length = writeBlock(frame, payload, number, last, order);
+    std::size_t const length = writeBlockFrame(frame, payload, number, last, order);
     EXPECT_EQ(length, 8 + payload.size());
     EXPECT_EQ(Bytes(frame.end() - 3, frame.end()), Hex("EE EE EE")) << "bytes behind the frame were touched";
     frame.resize(length);
@@ -71,7 +71,7 @@ TEST(BlockChecksum, DoesNotSeeSwappedBytesOrErrorsThatCancel) {
 TEST(ReceivedBlock, DeliversPayloadAndLastFlag) {
     Bytes const frame = Hex("AA AA 02 00 01 00 9E 01 34 12");
     ReceivedBlock block;
-    ASSERT_EQ(readBlock(frame, 1, ByteOrder::LittleEndian, block), BlockFault::None);
+    ASSERT_EQ(parseBlockFrame(frame, 1, ByteOrder::LittleEndian, block), BlockFault::None);
     EXPECT_TRUE(block.last);
     EXPECT_EQ(Bytes(block.payload.begin(), block.payload.end()), Hex("34 12"));
 }
@@ -79,18 +79,18 @@ TEST(ReceivedBlock, DeliversPayloadAndLastFlag) {
 TEST(ReceivedBlock, BigEndianNumber) {
     ReceivedBlock block;
     Bytes const frame = Hex("AA AA 00 02 12 34 E3 00 34 12");
-    EXPECT_EQ(readBlock(frame, 0x1234, ByteOrder::BigEndian, block), BlockFault::WrongChecksumOrNumber);
+    EXPECT_EQ(parseBlockFrame(frame, 0x1234, ByteOrder::BigEndian, block), BlockFault::WrongChecksumOrNumber);
     // AA + AA + 02 + 12 + 34 + 34 + 12 = 1E2
     Bytes const right = Hex("AA AA 00 02 12 34 E2 00 34 12");
-    ASSERT_EQ(readBlock(right, 0x1234, ByteOrder::BigEndian, block), BlockFault::None);
+    ASSERT_EQ(parseBlockFrame(right, 0x1234, ByteOrder::BigEndian, block), BlockFault::None);
     EXPECT_FALSE(block.last);
-    EXPECT_EQ(readBlock(right, 0x1234, ByteOrder::LittleEndian, block), BlockFault::WrongChecksumOrNumber);
+    EXPECT_EQ(parseBlockFrame(right, 0x1234, ByteOrder::LittleEndian, block), BlockFault::WrongChecksumOrNumber);
 }
 
 TEST(ReceivedBlock, AnyNonZeroFlagMeansLast) {
     ReceivedBlock block;
     // AA + AA + 01 + 80 = 1D5
-    ASSERT_EQ(readBlock(Hex("AA AA 00 00 01 00 D5 80"), 1, ByteOrder::LittleEndian, block), BlockFault::None);
+    ASSERT_EQ(parseBlockFrame(Hex("AA AA 00 00 01 00 D5 80"), 1, ByteOrder::LittleEndian, block), BlockFault::None);
     EXPECT_TRUE(block.last);
     EXPECT_TRUE(block.payload.empty());
 }
@@ -99,29 +99,29 @@ TEST(ReceivedBlock, LengthFieldIsNotConsulted) {
     ReceivedBlock block;
     // The field says 0x0900 bytes, there are two. AA + AA + 09 + 01 + 01 + 34 + 12 = 1A5
     Bytes const frame = Hex("AA AA 00 09 01 00 A5 01 34 12");
-    ASSERT_EQ(readBlock(frame, 1, ByteOrder::LittleEndian, block), BlockFault::None);
+    ASSERT_EQ(parseBlockFrame(frame, 1, ByteOrder::LittleEndian, block), BlockFault::None);
     EXPECT_EQ(Bytes(block.payload.begin(), block.payload.end()), Hex("34 12"));
 }
 
 TEST(ReceivedBlock, RightChecksumDoesNotSaveAWrongNumber) {
     ReceivedBlock block;
     // AA + AA + 02 + 01 = 157
-    EXPECT_EQ(readBlock(Hex("AA AA 00 00 02 00 57 01"), 1, ByteOrder::LittleEndian, block),
+    EXPECT_EQ(parseBlockFrame(Hex("AA AA 00 00 02 00 57 01"), 1, ByteOrder::LittleEndian, block),
               BlockFault::WrongChecksumOrNumber);
-    EXPECT_EQ(readBlock(Hex("AA AA 00 00 02 00 57 01"), 2, ByteOrder::LittleEndian, block), BlockFault::None);
+    EXPECT_EQ(parseBlockFrame(Hex("AA AA 00 00 02 00 57 01"), 2, ByteOrder::LittleEndian, block), BlockFault::None);
 }
 
 TEST(ReceivedBlock, WrongChecksum) {
     ReceivedBlock block;
-    EXPECT_EQ(readBlock(Hex("AA AA 02 00 01 00 9D 01 34 12"), 1, ByteOrder::LittleEndian, block),
+    EXPECT_EQ(parseBlockFrame(Hex("AA AA 02 00 01 00 9D 01 34 12"), 1, ByteOrder::LittleEndian, block),
               BlockFault::WrongChecksumOrNumber);
 }
 
 TEST(ReceivedBlock, ProtocolIdIsCheckedBeforeTheChecksum) {
     ReceivedBlock block;
-    EXPECT_EQ(readBlock(Hex("AA 55 02 00 01 00 00 01 34 12"), 1, ByteOrder::LittleEndian, block),
+    EXPECT_EQ(parseBlockFrame(Hex("AA 55 02 00 01 00 00 01 34 12"), 1, ByteOrder::LittleEndian, block),
               BlockFault::WrongProtocolId);
-    EXPECT_EQ(readBlock(Hex("55 AA 02 00 01 00 00 01 34 12"), 1, ByteOrder::LittleEndian, block),
+    EXPECT_EQ(parseBlockFrame(Hex("55 AA 02 00 01 00 00 01 34 12"), 1, ByteOrder::LittleEndian, block),
               BlockFault::WrongProtocolId);
 }
 
@@ -130,7 +130,7 @@ TEST(ReceivedBlock, EverythingBelowAHeaderIsTooShort) {
     for (std::size_t length = 0; length < 8; ++length) {
         ReceivedBlock block;
         Bytes const cut(whole.begin(), whole.begin() + static_cast<std::ptrdiff_t>(length));
-        EXPECT_EQ(readBlock(cut, 1, ByteOrder::LittleEndian, block), BlockFault::TooShort) << length;
+        EXPECT_EQ(parseBlockFrame(cut, 1, ByteOrder::LittleEndian, block), BlockFault::TooShort) << length;
     }
 }
 

@@ -1,4 +1,4 @@
-#include "driver/FileService.h"
+#include "driver/services/FileService.h"
 
 #include "tests/support/Bytes.h"
 

@@ -1,4 +1,4 @@
-#include "driver/ListService.h"
+#include "driver/services/ListService.h"
 
 #include "tests/support/Bytes.h"
 

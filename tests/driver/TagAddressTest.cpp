@@ -1,5 +1,5 @@
 #include "driver/Protocol_VELK.h"
-#include "driver/Tag_VELK.h"
+#include "driver/tag/Tag_VELK.h"
 #include "tests/support/DriverTest.h"
 
 #include <string>
@@ -315,42 +315,42 @@ protected:
 TEST_F(BindingTest, BoundTagPointsAtItsVariable) {
     ITag* const tag = Tag("1?PLC_PRG/A?M?5?short");
     Load(SymbolFileBytes(7).Variable("PLC_PRG.A", 3, 4321));
-    EXPECT_EQ(Velk_(tag).UpdateTagData(&Velk(), 7), 0);
+    EXPECT_EQ(Velk_(tag).UpdateTagData(Velk().symbolTable(), 7), 0);
     EXPECT_EQ(tag->GetByteOffset(), 4321);
 }
 
 TEST_F(BindingTest, MissingVariableChangesNothing) {
     ITag* const tag = Tag("1?B?M?5?short");
     Load(SymbolFileBytes(7).Variable("A", 3, 4321));
-    EXPECT_EQ(Velk_(tag).UpdateTagData(&Velk(), 7), 1);
+    EXPECT_EQ(Velk_(tag).UpdateTagData(Velk().symbolTable(), 7), 1);
     EXPECT_EQ(tag->GetByteOffset(), 5);
 }
 
 TEST_F(BindingTest, SameStampIsNotLookedUpAgain) {
     ITag* const tag = Tag("1?A?M?5?short");
     Load(SymbolFileBytes(7).Variable("A", 0, 100));
-    EXPECT_EQ(Velk_(tag).UpdateTagData(&Velk(), 7), 0);
+    EXPECT_EQ(Velk_(tag).UpdateTagData(Velk().symbolTable(), 7), 0);
     Load(SymbolFileBytes(7).Variable("A", 0, 200));
-    EXPECT_EQ(Velk_(tag).UpdateTagData(&Velk(), 7), 0);
+    EXPECT_EQ(Velk_(tag).UpdateTagData(Velk().symbolTable(), 7), 0);
     EXPECT_EQ(tag->GetByteOffset(), 100) << "the stamp is the same";
-    EXPECT_EQ(Velk_(tag).UpdateTagData(&Velk(), 8), 0);
+    EXPECT_EQ(Velk_(tag).UpdateTagData(Velk().symbolTable(), 8), 0);
     EXPECT_EQ(tag->GetByteOffset(), 200);
 }
 
 TEST_F(BindingTest, BoundTagStaysBoundWhenANewStampFindsNothing) {
     ITag* const tag = Tag("1?A?M?5?short");
     Load(SymbolFileBytes(7).Variable("A", 0, 100));
-    EXPECT_EQ(Velk_(tag).UpdateTagData(&Velk(), 7), 0);
+    EXPECT_EQ(Velk_(tag).UpdateTagData(Velk().symbolTable(), 7), 0);
     Velk().symbolTable().SymExit();
-    EXPECT_EQ(Velk_(tag).UpdateTagData(&Velk(), 8), 1);
+    EXPECT_EQ(Velk_(tag).UpdateTagData(Velk().symbolTable(), 8), 1);
     EXPECT_EQ(tag->GetByteOffset(), 100);
-    EXPECT_EQ(Velk_(tag).UpdateTagData(&Velk(), 7), 0);
+    EXPECT_EQ(Velk_(tag).UpdateTagData(Velk().symbolTable(), 7), 0);
 }
 
 TEST_F(BindingTest, BindingABitAreaReplacesTheBit) {
     ITag* const tag = Tag("1?A?MB?2?boolean");
     Load(SymbolFileBytes(7).Variable("A", 0, 13));
-    EXPECT_EQ(Velk_(tag).UpdateTagData(&Velk(), 7), 0);
+    EXPECT_EQ(Velk_(tag).UpdateTagData(Velk().symbolTable(), 7), 0);
     EXPECT_EQ(tag->GetByteOffset(), 1);
     EXPECT_EQ(tag->GetBitIndex(), 5);
 }
@@ -358,7 +358,7 @@ TEST_F(BindingTest, BindingABitAreaReplacesTheBit) {
 TEST_F(BindingTest, BindingABitInAByteAreaKeepsTheSubindex) {
     ITag* const tag = Tag("1?A?M?2.6?boolean");
     Load(SymbolFileBytes(7).Variable("A", 0, 13));
-    EXPECT_EQ(Velk_(tag).UpdateTagData(&Velk(), 7), 0);
+    EXPECT_EQ(Velk_(tag).UpdateTagData(Velk().symbolTable(), 7), 0);
     EXPECT_EQ(tag->GetByteOffset(), 13);
     EXPECT_EQ(tag->GetBitIndex(), 6);
 }
@@ -371,7 +371,7 @@ TEST_F(BindingTest, CloneIsIndependent) {
     ITag* const copy = tag->Clone();
     ASSERT_NE(copy, nullptr);
     ASSERT_NE(copy, tag);
-    EXPECT_EQ(Velk_(tag).UpdateTagData(&Velk(), 7), 0);
+    EXPECT_EQ(Velk_(tag).UpdateTagData(Velk().symbolTable(), 7), 0);
     EXPECT_EQ(tag->GetByteOffset(), 100);
     EXPECT_EQ(copy->GetByteOffset(), 5) << "the copy was made before the binding";
     driver->FreeTag(tag);
@@ -389,11 +389,11 @@ TEST_F(BindingTest, CloneIsIndependent) {
 TEST_F(BindingTest, CloneOfABoundTagIsBound) {
     ITag* const tag = Tag("1?A?M?5?short");
     Load(SymbolFileBytes(7).Variable("A", 0, 100));
-    EXPECT_EQ(Velk_(tag).UpdateTagData(&Velk(), 7), 0);
+    EXPECT_EQ(Velk_(tag).UpdateTagData(Velk().symbolTable(), 7), 0);
     ITag* const copy = tag->Clone();
     EXPECT_EQ(copy->GetByteOffset(), 100);
     Velk().symbolTable().SymExit();
-    EXPECT_EQ(Velk_(copy).UpdateTagData(&Velk(), 7), 0);
+    EXPECT_EQ(Velk_(copy).UpdateTagData(Velk().symbolTable(), 7), 0);
     delete copy;
 }
 

@@ -1,10 +1,20 @@
 #pragma once
 
+#include "driver/config/ByteOrder.h"
+
 #include <string>
 
 class CfgParser;
 
 namespace _VELK {
+
+inline constexpr int kNodeCount = 257;    ///< node numbers are 0 to 256
+inline constexpr int kMinBlockSize = 128; ///< smallest block frame a node may be configured for, in bytes
+inline constexpr int kMaxBlockSize = 1460;
+
+constexpr bool isKnownNode(int node) {
+    return node >= 0 && node < kNodeCount;
+}
 
 /**
  * Parameters of one PLC. The members are named after their keys in the configuration string and are read by parse()
@@ -27,6 +37,7 @@ struct NodeParams {
 
     /** Whether multi-byte numbers travel to and from this node most significant byte first. */
     [[nodiscard]] bool isBigEndian() const;
+    [[nodiscard]] ByteOrder byteOrder() const { return byteOrderOf(isBigEndian()); }
 
     /**
      * Reads the parameters, those of the node @p node or, for -1, the ones that belong to no node.

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "driver/ByteOrder.h"
+#include "driver/config/ByteOrder.h"
 
 #include <cstddef>
 #include <cstdint>

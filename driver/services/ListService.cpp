@@ -1,4 +1,4 @@
-#include "driver/ListService.h"
+#include "driver/services/ListService.h"
 
 #include <algorithm>
 #include <array>

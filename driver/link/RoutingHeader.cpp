@@ -1,6 +1,6 @@
-#include "driver/RoutingHeader.h"
+#include "driver/link/RoutingHeader.h"
 
-#include "driver/NodeParams.h"
+#include "driver/config/NodeParams.h"
 #include "protlib/IpAddress.h"
 
 #include <algorithm>

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "driver/CommonParams.h"
-#include "driver/NodeParams.h"
+#include "driver/config/CommonParams.h"
+#include "driver/config/NodeParams.h"
 
 #include <deque>
 #include <string>

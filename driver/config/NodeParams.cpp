@@ -1,6 +1,5 @@
-#include "driver/NodeParams.h"
+#include "driver/config/NodeParams.h"
 
-#include "driver/BlockFrame.h"
 #include "protlib/ConfigParser.h"
 
 namespace _VELK {

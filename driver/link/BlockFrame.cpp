@@ -1,4 +1,4 @@
-#include "driver/BlockFrame.h"
+#include "driver/link/BlockFrame.h"
 
 #include <algorithm>
 
@@ -25,8 +25,8 @@ unsigned char blockChecksum(std::span<unsigned char const> frame) {
     return static_cast<unsigned char>(sum & 0xFFU);
 }
 
-std::size_t writeBlock(std::span<unsigned char> frame, std::span<unsigned char const> payload, std::uint16_t number,
-                       bool last, ByteOrder order) {
+std::size_t writeBlockFrame(std::span<unsigned char> frame, std::span<unsigned char const> payload,
+                            std::uint16_t number, bool last, ByteOrder order) {
     std::size_t const length = kBlockHeaderLength + payload.size();
     frame[0] = kProtocolId;
     frame[1] = kProtocolId;
@@ -38,8 +38,8 @@ std::size_t writeBlock(std::span<unsigned char> frame, std::span<unsigned char c
     return length;
 }
 
-BlockFault readBlock(std::span<unsigned char const> frame, std::uint16_t expectedNumber, ByteOrder order,
-                     ReceivedBlock& block) {
+BlockFault parseBlockFrame(std::span<unsigned char const> frame, std::uint16_t expectedNumber, ByteOrder order,
+                           ReceivedBlock& block) {
     if (frame.size() < kBlockHeaderLength) {
         return BlockFault::TooShort;
     }

@@ -1,4 +1,4 @@
-#include "driver/ParamManager.h"
+#include "driver/config/ParamManager.h"
 
 #include "protlib/ConfigParser.h"
 

@@ -9,13 +9,14 @@
 
 class MemoryType;
 class Model;
-class Protocol_VELK;
 struct MemTypeRow;
 
 namespace _VELK {
+class RtsSym;
 struct CommonParams;
 struct NodeParams;
 struct TagAddress;
+struct TagServices;
 } // namespace _VELK
 
 /**
@@ -29,9 +30,9 @@ class Tag_VELK final : public TagBase {
 public:
     /**
      * Parses `nodeid?tagname?addressSpace?offset?datatype`. When the address is refused IsValid() is false and the
-     * error text says why. A "PROJ_ID" tag declares its identifier to the driver. May throw std::bad_alloc.
+     * error text says why. May throw std::bad_alloc.
      */
-    Tag_VELK(char const* address, Protocol_VELK* driver);
+    Tag_VELK(char const* address, _VELK::TagServices const& driver);
     Tag_VELK(Tag_VELK const&) = default;
     Tag_VELK& operator=(Tag_VELK const&) = delete;
     Tag_VELK(Tag_VELK&&) = delete;
@@ -57,12 +58,12 @@ public:
     bool parseSubindex(std::string const& offset);
 
     /**
-     * Binds the tag to its variable in the driver's symbol table.
+     * Binds the tag to its variable in the symbol table.
      *
      * @param stamp the project identifier of the table's file; a tag bound with it is not looked up again
      * @return 0 when the tag is bound, 1 when there is no such variable (nothing is changed then)
      */
-    int UpdateTagData(Protocol_VELK* driver, std::uint32_t stamp) const;
+    int UpdateTagData(_VELK::RtsSym const& symbols, std::uint32_t stamp) const;
 
     /** Whether the last successful UpdateTagData() was given this stamp and the binding is still in use. */
     bool isBoundTo(std::uint32_t stamp) const { return binding_.bound && binding_.stamp == stamp; }
@@ -107,9 +108,9 @@ private:
         idal_error_t status = kItemGood;
     };
 
-    bool parse(Protocol_VELK& driver);
-    bool findParameters(Protocol_VELK& driver, _VELK::TagAddress const& fields);
-    bool findMemoryType(Protocol_VELK& driver, std::string const& addressSpace);
+    bool parse(_VELK::TagServices const& driver);
+    bool findParameters(_VELK::TagServices const& driver, _VELK::TagAddress const& fields);
+    bool findMemoryType(_VELK::TagServices const& driver, std::string const& addressSpace);
     bool parseType(std::string const& dataType);
     bool isSubindexValid(std::int64_t subindex) const;
     bool checkType() const;

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "driver/ByteOrder.h"
+#include "driver/config/ByteOrder.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -21,8 +21,6 @@
 namespace _VELK {
 
 inline constexpr std::size_t kBlockHeaderLength = 8;
-inline constexpr int kMinBlockSize = 128;             ///< smallest block frame a node may be configured for, in bytes
-inline constexpr int kMaxBlockSize = 1460;            ///< largest block frame, in bytes
 inline constexpr unsigned kMaxBlockNumber = 0xFFFFU;  ///< block numbers have 16 bits
 inline constexpr std::uint16_t kFirstBlockNumber = 1; ///< in each direction of every exchange
 
@@ -40,8 +38,8 @@ unsigned char blockChecksum(std::span<unsigned char const> frame);
  * @param payload at most 65,535 bytes
  * @return the number of bytes written
  */
-std::size_t writeBlock(std::span<unsigned char> frame, std::span<unsigned char const> payload, std::uint16_t number,
-                       bool last, ByteOrder order);
+std::size_t writeBlockFrame(std::span<unsigned char> frame, std::span<unsigned char const> payload,
+                            std::uint16_t number, bool last, ByteOrder order);
 
 /** What is wrong with a received block frame. */
 enum class BlockFault { None, TooShort, WrongProtocolId, WrongChecksumOrNumber };
@@ -57,7 +55,7 @@ struct ReceivedBlock {
  *
  * The number of bytes received decides the payload's length. The length field is deliberately not consulted.
  */
-BlockFault readBlock(std::span<unsigned char const> frame, std::uint16_t expectedNumber, ByteOrder order,
-                     ReceivedBlock& block);
+BlockFault parseBlockFrame(std::span<unsigned char const> frame, std::uint16_t expectedNumber, ByteOrder order,
+                           ReceivedBlock& block);
 
 } // namespace _VELK

@@ -1,4 +1,4 @@
-#include "driver/CommonParams.h"
+#include "driver/config/CommonParams.h"
 
 #include "protlib/ConfigParser.h"
 

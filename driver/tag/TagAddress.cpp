@@ -1,4 +1,4 @@
-#include "driver/TagAddress.h"
+#include "driver/tag/TagAddress.h"
 
 #include "protlib/TextUtils.h"
 

@@ -1,4 +1,4 @@
-#include "driver/Acknowledge.h"
+#include "driver/link/Acknowledge.h"
 
 namespace _VELK {
 

@@ -1,7 +1,7 @@
-#include "driver/Tag_VELK.h"
+#include "driver/tag/Tag_VELK.h"
 
-#include "driver/Protocol_VELK.h"
-#include "driver/TagAddress.h"
+#include "driver/tag/TagAddress.h"
+#include "driver/tag/TagServices.h"
 #include "protlib/DataTypes.h"
 #include "protlib/MemTypesTable.h"
 #include "protlib/NoThrow.h"
@@ -9,6 +9,7 @@
 #include "protlib/TagGeometry.h"
 #include "protlib/TextUtils.h"
 #include "protlib/ValueConversions.h"
+#include "symbols/RtsSym.h"
 
 #include <algorithm>
 #include <limits>
@@ -32,13 +33,14 @@ bool areTags(ITag const* const* tags, int count) {
            std::all_of(tags, tags + std::max(count, 1), [](ITag const* tag) { return tag != nullptr; });
 }
 
-Tag_VELK::Tag_VELK(char const* address, Protocol_VELK* driver) : address_(address != nullptr ? address : "") {
-    valid_ = parse(*driver);
+Tag_VELK::Tag_VELK(char const* address, _VELK::TagServices const& driver)
+    : address_(address != nullptr ? address : "") {
+    valid_ = parse(driver);
 }
 
 Tag_VELK::~Tag_VELK() = default;
 
-bool Tag_VELK::parse(Protocol_VELK& driver) {
+bool Tag_VELK::parse(_VELK::TagServices const& driver) {
     _VELK::TagAddress fields;
     if (char const* const fault = _VELK::splitTagAddress(address_, fields); fault != nullptr) {
         return refuse(fault);
@@ -56,32 +58,29 @@ bool Tag_VELK::parse(Protocol_VELK& driver) {
         return false;
     }
     std::replace(variableName_.begin(), variableName_.end(), '/', '.');
-    if (isProjectIdentifier()) {
-        driver.declareProject(nodeId_, static_cast<std::uint32_t>(binding_.index));
-    }
     return true;
 }
 
-bool Tag_VELK::findParameters(Protocol_VELK& driver, _VELK::TagAddress const& fields) {
-    commonParams_ = driver.getParamManager().getCommonParams();
+bool Tag_VELK::findParameters(_VELK::TagServices const& driver, _VELK::TagAddress const& fields) {
+    commonParams_ = driver.params.getCommonParams();
     if (commonParams_ == nullptr) {
         return refuse("Can't access protocol common parameters");
     }
     nodeId_ = ProtUtilsN::clampToInt(ProtUtilsN::parseInteger(fields.node.c_str(), 0));
-    nodeParams_ = driver.getParamManager().getNodeParams(nodeId_);
-    bool const undeclarable = fields.addressSpace == kProjectIdentifierType && !Protocol_VELK::isKnownNode(nodeId_);
+    nodeParams_ = driver.params.getNodeParams(nodeId_);
+    bool const undeclarable = fields.addressSpace == kProjectIdentifierType && !_VELK::isKnownNode(nodeId_);
     if (nodeParams_ == nullptr || undeclarable) {
         return refuse("Can't access protocol node parameters");
     }
     return true;
 }
 
-bool Tag_VELK::findMemoryType(Protocol_VELK& driver, std::string const& addressSpace) {
-    model_ = driver.getMemoryManager().getModel(nodeParams_->model);
+bool Tag_VELK::findMemoryType(_VELK::TagServices const& driver, std::string const& addressSpace) {
+    model_ = driver.memory.getModel(nodeParams_->model);
     if (model_ == nullptr) {
         return refuse("Can't access model");
     }
-    memoryType_ = driver.getMemoryManager().getMemoryType(nodeParams_->model, addressSpace);
+    memoryType_ = driver.memory.getMemoryType(nodeParams_->model, addressSpace);
     return memoryType_ != nullptr || refuse("Can't access memory type");
 }
 
@@ -169,11 +168,11 @@ bool Tag_VELK::hasBitUnits() const {
     return memoryType_ != nullptr && ProtUtilsN::IsBitType(memoryType_->getNaturalType());
 }
 
-int Tag_VELK::UpdateTagData(Protocol_VELK* driver, std::uint32_t stamp) const {
+int Tag_VELK::UpdateTagData(_VELK::RtsSym const& symbols, std::uint32_t stamp) const {
     if (isBoundTo(stamp)) {
         return 0;
     }
-    _VELK::Symbol const* const symbol = driver->symbolTable().SymGetSymbol(variableName_.c_str());
+    _VELK::Symbol const* const symbol = symbols.SymGetSymbol(variableName_.c_str());
     if (symbol == nullptr) {
         return 1;
     }
