@@ -2,8 +2,6 @@
 
 #include "protlib/ConfigParser.h"
 
-#include <algorithm>
-
 namespace _VELK {
 
 bool ParamManager::parse(char const* configuration) {
@@ -27,9 +25,12 @@ bool ParamManager::parse(char const* configuration) {
 }
 
 NodeParams const* ParamManager::getNodeParams(int nodeId) const {
-    auto const node = std::find_if(nodes_.begin(), nodes_.end(),
-                                   [nodeId](NodeParams const& candidate) { return candidate.nodeId == nodeId; });
-    return node != nodes_.end() ? &*node : &defaults_;
+    for (NodeParams const& node : nodes_) {
+        if (node.nodeId == nodeId) {
+            return &node;
+        }
+    }
+    return &defaults_;
 }
 
 } // namespace _VELK

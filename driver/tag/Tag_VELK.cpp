@@ -29,8 +29,15 @@ bool isBitAreaName(std::string const& addressSpace) {
 } // namespace
 
 bool areTags(ITag const* const* tags, int count) {
-    return tags != nullptr && count >= 0 &&
-           std::all_of(tags, tags + std::max(count, 1), [](ITag const* tag) { return tag != nullptr; });
+    if (tags == nullptr || count < 0 || tags[0] == nullptr) {
+        return false;
+    }
+    for (int i = 1; i < count; ++i) {
+        if (tags[i] == nullptr) {
+            return false;
+        }
+    }
+    return true;
 }
 
 Tag_VELK::Tag_VELK(char const* address, _VELK::TagServices const& driver)
@@ -160,6 +167,14 @@ bool Tag_VELK::isProjectIdentifier() const {
     return memoryType_ != nullptr && memoryType_->getName() == kProjectIdentifierType;
 }
 
+int Tag_VELK::maxDatagramItems() const {
+    return model_ != nullptr ? model_->getMaxDatagramItems() : 0;
+}
+
+int Tag_VELK::maxDatagramLength() const {
+    return model_ != nullptr ? model_->getMaxDatagramLength() : 0;
+}
+
 int Tag_VELK::naturalLength() const {
     return memoryType_ != nullptr ? ProtUtilsN::GetDataLength(memoryType_->getNaturalType()) : 0;
 }
@@ -192,15 +207,6 @@ void Tag_VELK::useDefaultAddress() const {
     binding_.index = configuredIndex_;
     binding_.subindex = configuredSubindex_;
     binding_.bound = false;
-}
-
-void Tag_VELK::setMissing(std::uint32_t load, std::uint32_t stamp) const {
-    binding_.missingLoad = load;
-    binding_.missingStamp = stamp;
-}
-
-bool Tag_VELK::isMissing(std::uint32_t load, std::uint32_t stamp) const {
-    return binding_.missingLoad != 0 && binding_.missingLoad == load && binding_.missingStamp == stamp;
 }
 
 MemTypeRow const* Tag_VELK::areaRow() const {

@@ -71,9 +71,9 @@ public:
     /** Returns to the configured index and subindex, in the area of the address space. */
     void useDefaultAddress() const;
 
-    /** Remembers that the file of load number @p load, with this identifier, has no usable variable for the tag. */
-    void setMissing(std::uint32_t load, std::uint32_t stamp) const;
-    bool isMissing(std::uint32_t load, std::uint32_t stamp) const;
+    /** Remembers that the file of generation @p file, counted from 1 for the tag's node, has no usable variable. */
+    void setMissingIn(std::uint32_t file) const { binding_.missingFile = file; }
+    bool isMissingIn(std::uint32_t file) const { return file != 0 && binding_.missingFile == file; }
 
     /** The PLC's memory area of the address in use; null when it has none. */
     MemTypeRow const* areaRow() const;
@@ -88,7 +88,8 @@ public:
     bool isBitArea() const { return bitArea_; } ///< the address space is "MB", "IB" or "QB"
     bool isProjectIdentifier() const;           ///< the memory type is "PROJ_ID"
     MemoryType const* memoryType() const { return memoryType_; }
-    Model const* model() const { return model_; }
+    int maxDatagramItems() const;
+    int maxDatagramLength() const;                                    ///< bytes
     std::string const& variableName() const { return variableName_; } ///< with "." for every "/"
 
     /** The node's byte order is not this machine's. */
@@ -103,8 +104,7 @@ private:
         bool bound = false;
         std::uint32_t stamp = 0;
         MemTypeRow const* symbolRow = nullptr; ///< area of the bound variable, null when the driver cannot address it
-        std::uint32_t missingLoad = 0;         ///< loads are numbered from 1
-        std::uint32_t missingStamp = 0;
+        std::uint32_t missingFile = 0;
         idal_error_t status = kItemGood;
     };
 

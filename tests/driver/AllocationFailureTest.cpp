@@ -1,7 +1,6 @@
-#include "driver/Protocol_VELK.h"
 #include "tests/support/AllocationGate.h"
 #include "tests/support/AnsweringPort.h"
-#include "tests/support/DriverTest.h"
+#include "tests/support/VelkTest.h"
 
 #include <algorithm>
 #include <exception>
@@ -14,14 +13,12 @@ namespace {
 
 using namespace velktest;
 
-class AllocationFailureTest : public DriverTest {
+class AllocationFailureTest : public VelkTest {
 protected:
     void SetUp() override {
-        DriverTest::SetUp();
+        VelkTest::SetUp();
         Store(1, SymbolFileBytes(7).Variable("A", 0, 16).Variable("A_LONG_NAME_FOR_A_PLC_VARIABLE", 0, 32).Build());
     }
-
-    Protocol_VELK& Velk() { return *static_cast<Protocol_VELK*>(driver); }
 
     /**
      * Runs @p operation again and again, refusing its first allocation, then its second, and so on until it needs
@@ -98,7 +95,7 @@ TEST_F(AllocationFailureTest, ProjectIdentifierTag) {
     ITag* tag = nullptr;
     RefuseEach([] {}, [&] { tag = driver->CreateTag("1?A_LONG_NAME_FOR_A_PROJECT?PROJ_ID?7?unsignedInt"); },
                [&](bool) { driver->FreeTag(tag); });
-    EXPECT_EQ(Velk().projectIdentifier(1), 7U);
+    EXPECT_EQ(Symbols().projectIdentifier(1), 7U);
 }
 
 TEST_F(AllocationFailureTest, Clone) {

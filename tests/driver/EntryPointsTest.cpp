@@ -1,6 +1,5 @@
-#include "driver/Protocol_VELK.h"
 #include "tests/support/AllocationGate.h"
-#include "tests/support/DriverTest.h"
+#include "tests/support/VelkTest.h"
 
 #include <string>
 
@@ -10,10 +9,8 @@ namespace {
 using namespace velktest;
 
 /** Node 1 has declared project 7, so that tags go out with their configured addresses. */
-class EntryPointsTest : public DriverTest {
+class EntryPointsTest : public VelkTest {
 protected:
-    Protocol_VELK& Velk() { return *static_cast<Protocol_VELK*>(driver); }
-
     void StartDeclared(ConfigText const& text = {}) {
         ConfigureAndStart(text);
         Tag("1?ID?PROJ_ID?7?unsignedInt");
@@ -384,7 +381,7 @@ TEST_F(EntryPointsTest, BlockBeyondTheBuffersIsRefused) {
         EXPECT_EQ(driver->GetLastError(), -1);
         std::string const text = driver->GetLastErrorString();
         EXPECT_EQ(text, "Rx Buffer dimension exceeded");
-        EXPECT_TRUE(Velk().hasCommunicationFault());
+        EXPECT_TRUE(HasFault());
         EXPECT_EQ(block, Bytes(80000, 0xCC));
         EXPECT_TRUE(port.writes.empty()) << "nothing goes out";
     }

@@ -1,5 +1,4 @@
-#include "driver/Protocol_VELK.h"
-#include "tests/support/DriverTest.h"
+#include "tests/support/VelkTest.h"
 
 #include <string>
 
@@ -9,16 +8,14 @@ namespace {
 using namespace velktest;
 
 /** Nodes 5 and 3 have stored symbol files with a variable "A" each. */
-class LoginTest : public DriverTest {
+class LoginSequenceTest : public VelkTest {
 protected:
     void SetUp() override {
-        DriverTest::SetUp();
+        VelkTest::SetUp();
         for (int const node : {0, 1, 3, 5}) {
             Store(node, SymbolFileBytes(0x11223344).Variable("A", 0, 16).Build());
         }
     }
-
-    Protocol_VELK& Velk() { return *static_cast<Protocol_VELK*>(driver); }
 
     static Bytes ListOfA() { return Hex("2E 00 | 01 00 00 00 | 00 00 10 00 00 00 02 00 00 00 | 44 33 22 11"); }
     static Bytes ListOfABigEndian() { return Hex("2E 00 | 00 00 00 01 | 00 00 00 00 00 10 00 00 00 02 | 11 22 33 44"); }
@@ -42,7 +39,7 @@ protected:
     }
 };
 
-TEST_F(LoginTest, LiteralBytesOfAWholeLittleEndianRead) {
+TEST_F(LoginSequenceTest, LiteralBytesOfAWholeLittleEndianRead) {
     ConfigureAndStart();
     ITag* const tag = Tag("1?A?M?0?short");
     port
@@ -72,7 +69,7 @@ TEST_F(LoginTest, LiteralBytesOfAWholeLittleEndianRead) {
     ExpectReadOf(tag);
 }
 
-TEST_F(LoginTest, LiteralBytesOfAWholeBigEndianRead) {
+TEST_F(LoginSequenceTest, LiteralBytesOfAWholeBigEndianRead) {
     ConfigureAndStart(ConfigText().Set("model", "Motorola"));
     ITag* const tag = Tag("1?A?M?0?short");
     port.Expect("AA AA 00 09 00 01 52 01 42 E0 20 26 29 00 00 5D 05")
@@ -96,7 +93,7 @@ TEST_F(LoginTest, LiteralBytesOfAWholeBigEndianRead) {
     ExpectReadOf(tag);
 }
 
-TEST_F(LoginTest, EveryListIsPrecededByALinkCheckButOnlyTheFirstByALogin) {
+TEST_F(LoginSequenceTest, EveryListIsPrecededByALinkCheckButOnlyTheFirstByALogin) {
     ConfigureAndStart();
     ITag* const tag = Tag("1?A?M?0?short");
     ScriptRead(true);
@@ -107,7 +104,7 @@ TEST_F(LoginTest, EveryListIsPrecededByALinkCheckButOnlyTheFirstByALogin) {
     ExpectReadOf(tag);
 }
 
-TEST_F(LoginTest, AnswerOfTheLinkCheckHasNoMeaning) {
+TEST_F(LoginSequenceTest, AnswerOfTheLinkCheckHasNoMeaning) {
     ConfigureAndStart();
     ITag* const tag = Tag("1?A?M?0?short");
     Intel()
@@ -120,7 +117,7 @@ TEST_F(LoginTest, AnswerOfTheLinkCheckHasNoMeaning) {
     ExpectReadOf(tag);
 }
 
-TEST_F(LoginTest, FailedLinkCheckEndsTheCall) {
+TEST_F(LoginSequenceTest, FailedLinkCheckEndsTheCall) {
     ConfigureAndStart();
     ITag* const tag = Tag("1?A?M?0?short");
     Intel().DeadLinkCheck();
@@ -130,7 +127,7 @@ TEST_F(LoginTest, FailedLinkCheckEndsTheCall) {
     ExpectReadOf(tag);
 }
 
-TEST_F(LoginTest, FailedLinkCheckKeepsTheLogin) {
+TEST_F(LoginSequenceTest, FailedLinkCheckKeepsTheLogin) {
     ConfigureAndStart();
     ITag* const tag = Tag("1?A?M?0?short");
     ScriptRead(true);
@@ -141,7 +138,7 @@ TEST_F(LoginTest, FailedLinkCheckKeepsTheLogin) {
     ExpectReadOf(tag);
 }
 
-TEST_F(LoginTest, RefusedLoginEndsTheCallWithoutAnErrorOfItsOwn) {
+TEST_F(LoginSequenceTest, RefusedLoginEndsTheCallWithoutAnErrorOfItsOwn) {
     ConfigureAndStart();
     ITag* const tag = Tag("1?A?M?0?short");
     Intel().LinkCheck().Exchange(Intel().LoginRequest(), Hex("E9 03"));
@@ -153,14 +150,14 @@ TEST_F(LoginTest, RefusedLoginEndsTheCallWithoutAnErrorOfItsOwn) {
     ExpectReadOf(tag);
 }
 
-TEST_F(LoginTest, LoginIsAcceptedInTheNodesByteOrderOnly) {
+TEST_F(LoginSequenceTest, LoginIsAcceptedInTheNodesByteOrderOnly) {
     ConfigureAndStart();
     ITag* const tag = Tag("1?A?M?0?short");
     Intel().LinkCheck().Exchange(Intel().LoginRequest(), Hex("03 E8"));
     EXPECT_FALSE(Read({tag}).ok);
 }
 
-TEST_F(LoginTest, FailedLoginExchangeIsTheLinksError) {
+TEST_F(LoginSequenceTest, FailedLoginExchangeIsTheLinksError) {
     ConfigureAndStart();
     ITag* const tag = Tag("1?A?M?0?short");
     Intel().LinkCheck().Dead(Intel().LoginRequest());
@@ -168,7 +165,7 @@ TEST_F(LoginTest, FailedLoginExchangeIsTheLinksError) {
     ExpectError(-4, "Timeout on Acknowledge");
 }
 
-TEST_F(LoginTest, OldBufferContentIsNoAnswerToALogin) {
+TEST_F(LoginSequenceTest, OldBufferContentIsNoAnswerToALogin) {
     ConfigureAndStart();
     ITag* const tag = Tag("1?A?M?0?short");
     // The link check leaves the bytes of a good login reply behind; the login itself is answered with too little.
@@ -180,14 +177,14 @@ TEST_F(LoginTest, OldBufferContentIsNoAnswerToALogin) {
     ExpectReadOf(tag);
 }
 
-TEST_F(LoginTest, LongerLoginAnswerIsAccepted) {
+TEST_F(LoginSequenceTest, LongerLoginAnswerIsAccepted) {
     ConfigureAndStart();
     ITag* const tag = Tag("1?A?M?0?short");
     Intel().LinkCheck().Exchange(Intel().LoginRequest(), Hex("E8 03 01 02 03")).Exchange(ListOfA(), ReplyOfA());
     ExpectReadOf(tag);
 }
 
-TEST_F(LoginTest, NodeSwitchLogsOutThenChecksTheLinkThenLogsIn) {
+TEST_F(LoginSequenceTest, NodeSwitchLogsOutThenChecksTheLinkThenLogsIn) {
     ConfigureAndStart();
     ITag* const five = Tag("5?A?M?0?short");
     ITag* const three = Tag("3?A?M?0?short");
@@ -200,7 +197,7 @@ TEST_F(LoginTest, NodeSwitchLogsOutThenChecksTheLinkThenLogsIn) {
     ExpectReadOf(three);
 }
 
-TEST_F(LoginTest, LogoutGoesToTheOldNodeWithItsParametersAndByteOrder) {
+TEST_F(LoginSequenceTest, LogoutGoesToTheOldNodeWithItsParametersAndByteOrder) {
     ConfigureAndStart(ConfigText()
                           .Node(5, "model", "Motorola")
                           .Node(5, "Timeout", "700")
@@ -226,7 +223,7 @@ TEST_F(LoginTest, LogoutGoesToTheOldNodeWithItsParametersAndByteOrder) {
     }
 }
 
-TEST_F(LoginTest, LogoutReplyIsReadInTheOldNodesByteOrder) {
+TEST_F(LoginSequenceTest, LogoutReplyIsReadInTheOldNodesByteOrder) {
     ConfigureAndStart(ConfigText().Node(5, "model", "Motorola").Node(3, "model", "Intel"));
     ITag* const five = Tag("5?A?M?0?short");
     ITag* const three = Tag("3?A?M?0?short");
@@ -241,7 +238,7 @@ TEST_F(LoginTest, LogoutReplyIsReadInTheOldNodesByteOrder) {
     ExpectReadOf(three);
 }
 
-TEST_F(LoginTest, NodeZeroIsANodeToLogOutOf) {
+TEST_F(LoginSequenceTest, NodeZeroIsANodeToLogOutOf) {
     ConfigureAndStart();
     ITag* const zero = Tag("0?A?M?0?short");
     ITag* const one = Tag("1?A?M?0?short");
@@ -255,7 +252,7 @@ TEST_F(LoginTest, NodeZeroIsANodeToLogOutOf) {
     ExpectReadOf(zero);
 }
 
-TEST_F(LoginTest, NodeZeroNeedsALoginToo) {
+TEST_F(LoginSequenceTest, NodeZeroNeedsALoginToo) {
     ConfigureAndStart();
     ITag* const zero = Tag("0?A?M?0?short");
     ScriptRead(true);
@@ -264,7 +261,7 @@ TEST_F(LoginTest, NodeZeroNeedsALoginToo) {
     ExpectReadOf(zero);
 }
 
-TEST_F(LoginTest, RefusedLogoutKeepsTheLogin) {
+TEST_F(LoginSequenceTest, RefusedLogoutKeepsTheLogin) {
     ConfigureAndStart();
     ITag* const five = Tag("5?A?M?0?short");
     ITag* const three = Tag("3?A?M?0?short");
@@ -276,7 +273,7 @@ TEST_F(LoginTest, RefusedLogoutKeepsTheLogin) {
     ExpectReadOf(five);
 }
 
-TEST_F(LoginTest, LogoutWithoutAStatusWordIsRefused) {
+TEST_F(LoginSequenceTest, LogoutWithoutAStatusWordIsRefused) {
     ConfigureAndStart();
     ITag* const five = Tag("5?A?M?0?short");
     ITag* const three = Tag("3?A?M?0?short");
@@ -291,7 +288,7 @@ TEST_F(LoginTest, LogoutWithoutAStatusWordIsRefused) {
     ExpectReadOf(three);
 }
 
-TEST_F(LoginTest, DeadLogoutIsTheLinksErrorAndKeepsTheLogin) {
+TEST_F(LoginSequenceTest, DeadLogoutIsTheLinksErrorAndKeepsTheLogin) {
     ConfigureAndStart();
     ITag* const five = Tag("5?A?M?0?short");
     ITag* const three = Tag("3?A?M?0?short");
@@ -304,22 +301,22 @@ TEST_F(LoginTest, DeadLogoutIsTheLinksErrorAndKeepsTheLogin) {
     ExpectReadOf(five);
 }
 
-TEST_F(LoginTest, FailedListExchangeForgetsTheLogin) {
+TEST_F(LoginSequenceTest, FailedListExchangeForgetsTheLogin) {
     ConfigureAndStart();
     ITag* const tag = Tag("1?A?M?0?short");
     ScriptRead(true);
     ExpectReadOf(tag);
-    EXPECT_EQ(Velk().loginNode(), 1U);
+    EXPECT_EQ(LoginState().node(), 1U);
     Intel().LinkCheck().Dead(ListOfA());
     EXPECT_FALSE(Read({tag}).ok);
     ExpectError(-4, "Timeout on Acknowledge");
-    EXPECT_FALSE(Velk().isLoggedIn());
-    EXPECT_EQ(Velk().loginNode(), 0U);
+    EXPECT_FALSE(LoginState().isLoggedIn());
+    EXPECT_EQ(LoginState().node(), 0U);
     ScriptRead(true);
     ExpectReadOf(tag);
 }
 
-TEST_F(LoginTest, AfterAForgottenLoginAnotherNodeNeedsNoLogout) {
+TEST_F(LoginSequenceTest, AfterAForgottenLoginAnotherNodeNeedsNoLogout) {
     ConfigureAndStart();
     ITag* const five = Tag("5?A?M?0?short");
     ITag* const three = Tag("3?A?M?0?short");
@@ -331,7 +328,7 @@ TEST_F(LoginTest, AfterAForgottenLoginAnotherNodeNeedsNoLogout) {
     ExpectReadOf(three);
 }
 
-TEST_F(LoginTest, RefusedListKeepsTheLogin) {
+TEST_F(LoginSequenceTest, RefusedListKeepsTheLogin) {
     ConfigureAndStart();
     ITag* const tag = Tag("1?A?M?0?short");
     ScriptRead(true);
@@ -343,7 +340,7 @@ TEST_F(LoginTest, RefusedListKeepsTheLogin) {
     ExpectReadOf(tag);
 }
 
-TEST_F(LoginTest, LoginOutlivesStopAndStart) {
+TEST_F(LoginSequenceTest, LoginOutlivesStopAndStart) {
     ConfigureAndStart();
     ITag* const tag = Tag("1?A?M?0?short");
     ScriptRead(true);
@@ -354,7 +351,7 @@ TEST_F(LoginTest, LoginOutlivesStopAndStart) {
     ExpectReadOf(tag);
 }
 
-TEST_F(LoginTest, LoginIsForgottenAtTheFifthFailedLinkCheckInARow) {
+TEST_F(LoginSequenceTest, LoginIsForgottenAtTheFifthFailedLinkCheckInARow) {
     ConfigureAndStart();
     ITag* const tag = Tag("1?A?M?0?short");
     ScriptRead(true);
@@ -367,7 +364,7 @@ TEST_F(LoginTest, LoginIsForgottenAtTheFifthFailedLinkCheckInARow) {
     ExpectReadOf(tag);
 }
 
-TEST_F(LoginTest, FourFailedLinkChecksDoNotForgetTheLogin) {
+TEST_F(LoginSequenceTest, FourFailedLinkChecksDoNotForgetTheLogin) {
     ConfigureAndStart();
     ITag* const tag = Tag("1?A?M?0?short");
     ScriptRead(true);
@@ -386,7 +383,7 @@ TEST_F(LoginTest, FourFailedLinkChecksDoNotForgetTheLogin) {
     ExpectReadOf(tag);
 }
 
-TEST_F(LoginTest, LoginIsForgottenAtTheFifthRefusedListInARow) {
+TEST_F(LoginSequenceTest, LoginIsForgottenAtTheFifthRefusedListInARow) {
     ConfigureAndStart();
     ITag* const tag = Tag("1?A?M?0?short");
     ScriptRead(true);
@@ -400,7 +397,7 @@ TEST_F(LoginTest, LoginIsForgottenAtTheFifthRefusedListInARow) {
     ExpectReadOf(tag);
 }
 
-TEST_F(LoginTest, ListReplyWithoutAStatusWordCountsToo) {
+TEST_F(LoginSequenceTest, ListReplyWithoutAStatusWordCountsToo) {
     ConfigureAndStart();
     ITag* const tag = Tag("1?A?M?0?short");
     ScriptRead(true);
@@ -413,7 +410,7 @@ TEST_F(LoginTest, ListReplyWithoutAStatusWordCountsToo) {
     ExpectReadOf(tag);
 }
 
-TEST_F(LoginTest, RefusedListsAndFailedLinkChecksCountTogether) {
+TEST_F(LoginSequenceTest, RefusedListsAndFailedLinkChecksCountTogether) {
     ConfigureAndStart();
     ITag* const tag = Tag("1?A?M?0?short");
     ScriptRead(true);
@@ -430,7 +427,7 @@ TEST_F(LoginTest, RefusedListsAndFailedLinkChecksCountTogether) {
     ExpectReadOf(tag);
 }
 
-TEST_F(LoginTest, RefusedWritesCountToo) {
+TEST_F(LoginSequenceTest, RefusedWritesCountToo) {
     ConfigureAndStart();
     ITag* const tag = Tag("1?A?M?0?short");
     ScriptRead(true);
@@ -444,7 +441,7 @@ TEST_F(LoginTest, RefusedWritesCountToo) {
     ExpectReadOf(tag);
 }
 
-TEST_F(LoginTest, SuccessfulWriteBeginsTheCountAnew) {
+TEST_F(LoginSequenceTest, SuccessfulWriteBeginsTheCountAnew) {
     ConfigureAndStart();
     ITag* const tag = Tag("1?A?M?0?short");
     ScriptRead(true);
@@ -460,7 +457,7 @@ TEST_F(LoginTest, SuccessfulWriteBeginsTheCountAnew) {
     }
 }
 
-TEST_F(LoginTest, DeadStationBlocksAnotherForFiveCallsOnly) {
+TEST_F(LoginSequenceTest, DeadStationBlocksAnotherForFiveCallsOnly) {
     ConfigureAndStart();
     ITag* const five = Tag("5?A?M?0?short");
     ITag* const three = Tag("3?A?M?0?short");
@@ -474,7 +471,7 @@ TEST_F(LoginTest, DeadStationBlocksAnotherForFiveCallsOnly) {
     ExpectReadOf(three);
 }
 
-TEST_F(LoginTest, RestartedPlcIsLoggedInToAgainAfterFiveRefusals) {
+TEST_F(LoginSequenceTest, RestartedPlcIsLoggedInToAgainAfterFiveRefusals) {
     ConfigureAndStart();
     ITag* const five = Tag("5?A?M?0?short");
     ITag* const three = Tag("3?A?M?0?short");
@@ -488,7 +485,7 @@ TEST_F(LoginTest, RestartedPlcIsLoggedInToAgainAfterFiveRefusals) {
     ExpectReadOf(three);
 }
 
-TEST_F(LoginTest, EveryAttemptIsACallThatCounts) {
+TEST_F(LoginSequenceTest, EveryAttemptIsACallThatCounts) {
     ConfigureAndStart(ConfigText().Set("repeat", "5"));
     ITag* const tag = Tag("1?A?M?0?short");
     ScriptRead(true);
@@ -501,7 +498,7 @@ TEST_F(LoginTest, EveryAttemptIsACallThatCounts) {
     ExpectReadOf(tag);
 }
 
-TEST_F(LoginTest, RefusalsWithoutAnExchangeDoNotCount) {
+TEST_F(LoginSequenceTest, RefusalsWithoutAnExchangeDoNotCount) {
     ConfigureAndStart();
     ITag* const tag = Tag("1?A?M?0?short");
     ITag* const missing = Tag("1?NO/SUCH?M?0?short");
@@ -517,7 +514,7 @@ TEST_F(LoginTest, RefusalsWithoutAnExchangeDoNotCount) {
     ExpectReadOf(tag);
 }
 
-TEST_F(LoginTest, FailuresBeforeALoginDoNotCount) {
+TEST_F(LoginSequenceTest, FailuresBeforeALoginDoNotCount) {
     ConfigureAndStart();
     ITag* const tag = Tag("1?A?M?0?short");
     for (int i = 0; i < 7; ++i) {

@@ -1,6 +1,4 @@
-#include "driver/Protocol_VELK.h"
-#include "driver/tag/Tag_VELK.h"
-#include "tests/support/DriverTest.h"
+#include "tests/support/VelkTest.h"
 
 #include <string>
 
@@ -9,10 +7,10 @@ namespace {
 
 using namespace velktest;
 
-class TagAddressTest : public DriverTest {
+class TagAddressTest : public VelkTest {
 protected:
     void SetUp() override {
-        DriverTest::SetUp();
+        VelkTest::SetUp();
         ASSERT_TRUE(driver->Config(ConfigText().Node(2, "model", "Motorola").Build().c_str()));
     }
 
@@ -20,8 +18,6 @@ protected:
         EXPECT_TRUE(port.writes.empty()) << "making tags never goes over the line";
         DriverTest::TearDown();
     }
-
-    Protocol_VELK& Velk() { return *static_cast<Protocol_VELK*>(driver); }
 
     void ExpectRefusal(std::string const& address, std::string const& reason) {
         driver->Config("nonsense");
@@ -268,27 +264,27 @@ TEST_F(TagAddressTest, ProjectIdentifierOfANodeOutOfRangeIsRefused) {
     ExpectRefusal("257?ID?PROJ_ID?7?unsignedInt", "Can't access protocol node parameters");
     ExpectRefusal("-1?ID?PROJ_ID?7?unsignedInt", "Can't access protocol node parameters");
     EXPECT_NE(Tag("256?ID?PROJ_ID?7?unsignedInt"), nullptr);
-    EXPECT_TRUE(Velk().usesDefaultAddresses(256));
-    EXPECT_EQ(Velk().projectIdentifier(256), 7U);
+    EXPECT_TRUE(Symbols().usesDefaultAddresses(256));
+    EXPECT_EQ(Symbols().projectIdentifier(256), 7U);
 }
 
 TEST_F(TagAddressTest, RefusedProjectIdentifierDeclaresNothing) {
     ExpectRefusal("1?ID?PROJ_ID?7?int", "not allowed icom type");
     ExpectRefusal("1?ID?PROJ_ID?7.1?unsignedInt", "Subindex invalid");
-    EXPECT_FALSE(Velk().usesDefaultAddresses(1));
-    EXPECT_EQ(Velk().projectIdentifier(1), 0U);
+    EXPECT_FALSE(Symbols().usesDefaultAddresses(1));
+    EXPECT_EQ(Symbols().projectIdentifier(1), 0U);
 }
 
 TEST_F(TagAddressTest, LaterProjectIdentifierReplacesTheEarlier) {
     Tag("1?ID?PROJ_ID?7?unsignedInt");
     Tag("1?ID?PROJ_ID?9?unsignedInt");
-    EXPECT_EQ(Velk().projectIdentifier(1), 9U);
-    EXPECT_EQ(Velk().confirmedProjectIdentifier(1), 9U);
+    EXPECT_EQ(Symbols().projectIdentifier(1), 9U);
+    EXPECT_EQ(Symbols().confirmedProjectIdentifier(1), 9U);
 }
 
 TEST_F(TagAddressTest, FreedProjectIdentifierTagLeavesItsDeclaration) {
     driver->FreeTag(Tag("1?ID?PROJ_ID?7?unsignedInt"));
-    EXPECT_TRUE(Velk().usesDefaultAddresses(1));
+    EXPECT_TRUE(Symbols().usesDefaultAddresses(1));
 }
 
 TEST_F(TagAddressTest, VeryLongAddresses) {
@@ -308,49 +304,49 @@ protected:
         dir.Put("symbols.sdb", file.Build());
         std::string path = dir.Path("symbols.sdb");
         std::uint32_t id = 0;
-        ASSERT_EQ(Velk().symbolTable().SymLoadSymbolsFromFile(1, path.c_str(), &id), 1);
+        ASSERT_EQ(Symbols().table().SymLoadSymbolsFromFile(1, path.c_str(), &id), 1);
     }
 };
 
 TEST_F(BindingTest, BoundTagPointsAtItsVariable) {
     ITag* const tag = Tag("1?PLC_PRG/A?M?5?short");
     Load(SymbolFileBytes(7).Variable("PLC_PRG.A", 3, 4321));
-    EXPECT_EQ(Velk_(tag).UpdateTagData(Velk().symbolTable(), 7), 0);
+    EXPECT_EQ(Velk_(tag).UpdateTagData(Symbols().table(), 7), 0);
     EXPECT_EQ(tag->GetByteOffset(), 4321);
 }
 
 TEST_F(BindingTest, MissingVariableChangesNothing) {
     ITag* const tag = Tag("1?B?M?5?short");
     Load(SymbolFileBytes(7).Variable("A", 3, 4321));
-    EXPECT_EQ(Velk_(tag).UpdateTagData(Velk().symbolTable(), 7), 1);
+    EXPECT_EQ(Velk_(tag).UpdateTagData(Symbols().table(), 7), 1);
     EXPECT_EQ(tag->GetByteOffset(), 5);
 }
 
 TEST_F(BindingTest, SameStampIsNotLookedUpAgain) {
     ITag* const tag = Tag("1?A?M?5?short");
     Load(SymbolFileBytes(7).Variable("A", 0, 100));
-    EXPECT_EQ(Velk_(tag).UpdateTagData(Velk().symbolTable(), 7), 0);
+    EXPECT_EQ(Velk_(tag).UpdateTagData(Symbols().table(), 7), 0);
     Load(SymbolFileBytes(7).Variable("A", 0, 200));
-    EXPECT_EQ(Velk_(tag).UpdateTagData(Velk().symbolTable(), 7), 0);
+    EXPECT_EQ(Velk_(tag).UpdateTagData(Symbols().table(), 7), 0);
     EXPECT_EQ(tag->GetByteOffset(), 100) << "the stamp is the same";
-    EXPECT_EQ(Velk_(tag).UpdateTagData(Velk().symbolTable(), 8), 0);
+    EXPECT_EQ(Velk_(tag).UpdateTagData(Symbols().table(), 8), 0);
     EXPECT_EQ(tag->GetByteOffset(), 200);
 }
 
 TEST_F(BindingTest, BoundTagStaysBoundWhenANewStampFindsNothing) {
     ITag* const tag = Tag("1?A?M?5?short");
     Load(SymbolFileBytes(7).Variable("A", 0, 100));
-    EXPECT_EQ(Velk_(tag).UpdateTagData(Velk().symbolTable(), 7), 0);
-    Velk().symbolTable().SymExit();
-    EXPECT_EQ(Velk_(tag).UpdateTagData(Velk().symbolTable(), 8), 1);
+    EXPECT_EQ(Velk_(tag).UpdateTagData(Symbols().table(), 7), 0);
+    Symbols().table().SymExit();
+    EXPECT_EQ(Velk_(tag).UpdateTagData(Symbols().table(), 8), 1);
     EXPECT_EQ(tag->GetByteOffset(), 100);
-    EXPECT_EQ(Velk_(tag).UpdateTagData(Velk().symbolTable(), 7), 0);
+    EXPECT_EQ(Velk_(tag).UpdateTagData(Symbols().table(), 7), 0);
 }
 
 TEST_F(BindingTest, BindingABitAreaReplacesTheBit) {
     ITag* const tag = Tag("1?A?MB?2?boolean");
     Load(SymbolFileBytes(7).Variable("A", 0, 13));
-    EXPECT_EQ(Velk_(tag).UpdateTagData(Velk().symbolTable(), 7), 0);
+    EXPECT_EQ(Velk_(tag).UpdateTagData(Symbols().table(), 7), 0);
     EXPECT_EQ(tag->GetByteOffset(), 1);
     EXPECT_EQ(tag->GetBitIndex(), 5);
 }
@@ -358,7 +354,7 @@ TEST_F(BindingTest, BindingABitAreaReplacesTheBit) {
 TEST_F(BindingTest, BindingABitInAByteAreaKeepsTheSubindex) {
     ITag* const tag = Tag("1?A?M?2.6?boolean");
     Load(SymbolFileBytes(7).Variable("A", 0, 13));
-    EXPECT_EQ(Velk_(tag).UpdateTagData(Velk().symbolTable(), 7), 0);
+    EXPECT_EQ(Velk_(tag).UpdateTagData(Symbols().table(), 7), 0);
     EXPECT_EQ(tag->GetByteOffset(), 13);
     EXPECT_EQ(tag->GetBitIndex(), 6);
 }
@@ -371,7 +367,7 @@ TEST_F(BindingTest, CloneIsIndependent) {
     ITag* const copy = tag->Clone();
     ASSERT_NE(copy, nullptr);
     ASSERT_NE(copy, tag);
-    EXPECT_EQ(Velk_(tag).UpdateTagData(Velk().symbolTable(), 7), 0);
+    EXPECT_EQ(Velk_(tag).UpdateTagData(Symbols().table(), 7), 0);
     EXPECT_EQ(tag->GetByteOffset(), 100);
     EXPECT_EQ(copy->GetByteOffset(), 5) << "the copy was made before the binding";
     driver->FreeTag(tag);
@@ -389,11 +385,11 @@ TEST_F(BindingTest, CloneIsIndependent) {
 TEST_F(BindingTest, CloneOfABoundTagIsBound) {
     ITag* const tag = Tag("1?A?M?5?short");
     Load(SymbolFileBytes(7).Variable("A", 0, 100));
-    EXPECT_EQ(Velk_(tag).UpdateTagData(Velk().symbolTable(), 7), 0);
+    EXPECT_EQ(Velk_(tag).UpdateTagData(Symbols().table(), 7), 0);
     ITag* const copy = tag->Clone();
     EXPECT_EQ(copy->GetByteOffset(), 100);
-    Velk().symbolTable().SymExit();
-    EXPECT_EQ(Velk_(copy).UpdateTagData(Velk().symbolTable(), 7), 0);
+    Symbols().table().SymExit();
+    EXPECT_EQ(Velk_(copy).UpdateTagData(Symbols().table(), 7), 0);
     delete copy;
 }
 

@@ -1,5 +1,11 @@
-#include "driver/Protocol_VELK.h"
-#include "tests/support/DriverTest.h"
+#include "driver/link/SerialLink.h"
+
+#include "driver/config/CommonParams.h"
+#include "driver/config/NodeParams.h"
+#include "tests/support/Conversation.h"
+#include "tests/support/FakeHost.h"
+#include "tests/support/RecordedErrors.h"
+#include "tests/support/ScriptedPort.h"
 
 #include <climits>
 
@@ -11,15 +17,21 @@
 namespace {
 
 using namespace velktest;
+using _VELK::CommonParams;
 using _VELK::NodeParams;
+using _VELK::SerialLink;
 
 constexpr char const* kTwoLevels = "4F 80 00 20 2B 0A 01 02 03 00 0D C0 A8 00 07 00 00 00 00";
 constexpr char const* kOneLevel = "4F 80 00 10 2B 0A 01 02 03 00 00 C0 A8 00 07 00 00 00 00";
 constexpr char const* kNoLevel = "4F 80 00 00 00 0A 01 02 03 00 00 C0 A8 00 07 00 00 00 00";
 
-class LinkLayerTest : public DriverTest {
+class SerialLinkTest : public ::testing::Test {
 protected:
-    LinkLayerTest() {
+    SerialLinkTest() {
+        factory.port = &port;
+        common.uart = "com1";
+        common.parity = "none";
+        common.protType = "Serial_RS232";
         node.BlockSize = 128;
         node.Timeout = 1234;
         node.CouplerLV1 = "2";
@@ -30,12 +42,17 @@ protected:
         node.AddressLV2 = "192.168.0.7";
     }
 
-    Protocol_VELK& Velk() { return *static_cast<Protocol_VELK*>(driver); }
+    void TearDown() override { port.ExpectDone(); }
 
-    void StartBare() { ConfigureAndStart(); }
+    void StartBare() { Start("Serial_RS232"); }
     void StartRouted(int levels) {
         node.RoutingLevels = levels;
-        ConfigureAndStart(ConfigText().Set("protType", "ABB_RS232_AC"));
+        Start("ABB_RS232_AC");
+    }
+    void Start(std::string const& framing) {
+        common.protType = framing;
+        ASSERT_TRUE(link.takeSettings()) << errors.text;
+        ASSERT_TRUE(link.open()) << errors.text;
     }
 
     struct Outcome {
@@ -45,23 +62,28 @@ protected:
     };
 
     Outcome Exchange(Bytes const& request, bool bigEndian = false) {
-        std::copy(request.begin(), request.end(), Velk().txData().begin());
+        std::copy(request.begin(), request.end(), link.txData().begin());
         return ExchangeLength(static_cast<int>(request.size()), bigEndian);
     }
 
     Outcome ExchangeLength(int length, bool bigEndian = false) {
         Outcome outcome;
-        outcome.result = Velk().doProtocolInner2(length, &outcome.length, &node, bigEndian);
+        outcome.result = link.exchange(length, &outcome.length, &node, bigEndian);
         if (outcome.result != 0 && outcome.length >= 0) {
-            outcome.response.assign(Velk().rxData().begin(), Velk().rxData().begin() + outcome.length);
+            outcome.response.assign(link.rxData().begin(), link.rxData().begin() + outcome.length);
         }
         return outcome;
     }
 
+    ScriptedPort port;
+    FakeSerialFactory factory;
+    CommonParams common;
     NodeParams node;
+    RecordedErrors errors;
+    SerialLink link{&factory, common, errors.sink};
 };
 
-TEST_F(LinkLayerTest, BareLittleEndian) {
+TEST_F(SerialLinkTest, BareLittleEndian) {
     StartBare();
     port.Expect("AA AA 09 00 01 00 52 01 42 E0 20 26 29 00 00 5D 05")
         .Answer("55 55 0A 00 01 00")
@@ -82,7 +104,7 @@ TEST_F(LinkLayerTest, BareLittleEndian) {
     }
 }
 
-TEST_F(LinkLayerTest, BareBigEndian) {
+TEST_F(SerialLinkTest, BareBigEndian) {
     StartBare();
     port.Expect("AA AA 00 09 00 01 52 01 42 E0 20 26 29 00 00 5D 05")
         .Answer("55 55 00 0A 00 01")
@@ -93,7 +115,7 @@ TEST_F(LinkLayerTest, BareBigEndian) {
     EXPECT_EQ(Exchange(Hex("42 E0 20 26 29 00 00 5D 05"), true).response, Hex("34 12"));
 }
 
-TEST_F(LinkLayerTest, RoutedOverTwoLevelsLittleEndian) {
+TEST_F(SerialLinkTest, RoutedOverTwoLevelsLittleEndian) {
     StartRouted(2);
     // Of the headers that come back only the status at offset 17 is looked at.
     port.Expect("4F 80 00 20 2B 0A 01 02 03 00 0D C0 A8 00 07 00 00 00 00 AA AA 01 00 01 00 59 01 02")
@@ -103,11 +125,11 @@ TEST_F(LinkLayerTest, RoutedOverTwoLevelsLittleEndian) {
         .Expect("4F 80 00 20 2B 0A 01 02 03 00 0D C0 A8 00 07 00 00 00 00 55 55 0A 00 01 00")
         .Answer("00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 55 55 0A 00 00 00");
     Outcome const outcome = Exchange(Hex("02"));
-    EXPECT_NE(outcome.result, 0U) << driver->GetLastErrorString();
+    EXPECT_NE(outcome.result, 0U) << errors.text;
     EXPECT_EQ(outcome.response, Hex("00 00"));
 }
 
-TEST_F(LinkLayerTest, RoutedOverOneLevelBigEndian) {
+TEST_F(SerialLinkTest, RoutedOverOneLevelBigEndian) {
     StartRouted(1);
     port.Expect("4F 80 00 10 2B 0A 01 02 03 00 00 C0 A8 00 07 00 00 00 00 AA AA 00 01 00 01 59 01 02")
         .Answer("4F 80 00 10 2B 0A 01 02 03 00 00 C0 A8 00 07 00 00 00 00 55 55 00 0A 00 01")
@@ -118,7 +140,7 @@ TEST_F(LinkLayerTest, RoutedOverOneLevelBigEndian) {
     EXPECT_EQ(Exchange(Hex("02"), true).response, Hex("00 00"));
 }
 
-TEST_F(LinkLayerTest, RoutedOverNoLevelHasAHeaderAllTheSame) {
+TEST_F(SerialLinkTest, RoutedOverNoLevelHasAHeaderAllTheSame) {
     StartRouted(0);
     port.Expect("4F 80 00 00 00 0A 01 02 03 00 00 C0 A8 00 07 00 00 00 00 AA AA 01 00 01 00 59 01 02")
         .Answer("4F 80 00 00 00 0A 01 02 03 00 00 C0 A8 00 07 00 00 00 00 55 55 0A 00 01 00")
@@ -129,7 +151,7 @@ TEST_F(LinkLayerTest, RoutedOverNoLevelHasAHeaderAllTheSame) {
     EXPECT_EQ(Exchange(Hex("02")).response, Hex("00 00"));
 }
 
-TEST_F(LinkLayerTest, SeveralBlocksEachWay) {
+TEST_F(SerialLinkTest, SeveralBlocksEachWay) {
     StartBare();
     Bytes const request = Counting(121);
     port.Expect(Hex("AA AA 78 00 01 00 B1 00") + Counting(120)) // AA + AA + 78 + 01 + (0 + .. + 77 = 1BE4) = 1DB1
@@ -149,7 +171,7 @@ TEST_F(LinkLayerTest, SeveralBlocksEachWay) {
     EXPECT_EQ(outcome.length, 3);
 }
 
-TEST_F(LinkLayerTest, RequestOfNothingBeginsWithTheTurnaround) {
+TEST_F(SerialLinkTest, RequestOfNothingBeginsWithTheTurnaround) {
     StartBare();
     for (int const length : {0, -1, INT_MIN}) {
         port.Expect("55 55 0A 00 00 00")
@@ -160,7 +182,7 @@ TEST_F(LinkLayerTest, RequestOfNothingBeginsWithTheTurnaround) {
     }
 }
 
-TEST_F(LinkLayerTest, ResponseOfNothing) {
+TEST_F(SerialLinkTest, ResponseOfNothing) {
     StartBare();
     port.Expect("AA AA 01 00 01 00 59 01 02")
         .Answer("55 55 0A 00 01 00")
@@ -173,7 +195,7 @@ TEST_F(LinkLayerTest, ResponseOfNothing) {
     EXPECT_EQ(outcome.length, 0);
 }
 
-TEST_F(LinkLayerTest, RequestThatFillsABlockIsOneBlock) {
+TEST_F(SerialLinkTest, RequestThatFillsABlockIsOneBlock) {
     StartBare();
     Framing const framing;
     port.Expect(framing.Block(1, true, Counting(120)));
@@ -182,7 +204,7 @@ TEST_F(LinkLayerTest, RequestThatFillsABlockIsOneBlock) {
     EXPECT_EQ(port.writes[0].size(), 128U);
 }
 
-TEST_F(LinkLayerTest, OneByteMoreIsASecondBlockOfOneByte) {
+TEST_F(SerialLinkTest, OneByteMoreIsASecondBlockOfOneByte) {
     StartBare();
     Framing const framing;
     port.Expect(framing.Block(1, false, Counting(120)))
@@ -195,7 +217,7 @@ TEST_F(LinkLayerTest, OneByteMoreIsASecondBlockOfOneByte) {
     EXPECT_EQ(port.writes[1].size(), 9U);
 }
 
-TEST_F(LinkLayerTest, RoutedBlockIsNineteenBytesLonger) {
+TEST_F(SerialLinkTest, RoutedBlockIsNineteenBytesLonger) {
     StartRouted(2);
     Framing const framing{.routing = Hex(kTwoLevels)};
     Conversation(port, framing).Exchange(Counting(240), Counting(240));
@@ -204,7 +226,7 @@ TEST_F(LinkLayerTest, RoutedBlockIsNineteenBytesLonger) {
     EXPECT_EQ(port.writes[1].size(), 147U);
 }
 
-TEST_F(LinkLayerTest, LargestBlocks) {
+TEST_F(SerialLinkTest, LargestBlocks) {
     StartBare();
     node.BlockSize = 1460;
     Framing const framing{.blockSize = 1460};
@@ -214,7 +236,7 @@ TEST_F(LinkLayerTest, LargestBlocks) {
     EXPECT_EQ(port.writes[1].size(), 9U);
 }
 
-TEST_F(LinkLayerTest, LargestBlocksRouted) {
+TEST_F(SerialLinkTest, LargestBlocksRouted) {
     StartRouted(1);
     node.BlockSize = 1460;
     Framing const framing{.blockSize = 1460,
@@ -226,7 +248,7 @@ TEST_F(LinkLayerTest, LargestBlocksRouted) {
     EXPECT_EQ(port.writes[0].size(), 1479U);
 }
 
-TEST_F(LinkLayerTest, WholeRequestBufferTravels) {
+TEST_F(SerialLinkTest, WholeRequestBufferTravels) {
     StartBare();
     Bytes const request = Counting(75000, 7);
     Conversation(port, {}).Exchange(request, Hex("01"));
@@ -234,7 +256,7 @@ TEST_F(LinkLayerTest, WholeRequestBufferTravels) {
     EXPECT_EQ(port.writes.size(), 625U + 2U);
 }
 
-TEST_F(LinkLayerTest, RequestBeyondTheBufferIsNotSent) {
+TEST_F(SerialLinkTest, RequestBeyondTheBufferIsNotSent) {
     StartBare();
     for (int const length : {75001, INT_MAX}) {
         EXPECT_EQ(ExchangeLength(length).result, 0U) << length;
@@ -242,17 +264,17 @@ TEST_F(LinkLayerTest, RequestBeyondTheBufferIsNotSent) {
     }
 }
 
-TEST_F(LinkLayerTest, ResponseThatFillsTheBuffer) {
+TEST_F(SerialLinkTest, ResponseThatFillsTheBuffer) {
     StartBare();
     node.BlockSize = 1460;
     Conversation(port, {.blockSize = 1460}).Exchange(Hex("02"), Counting(75000, 3));
     Outcome const outcome = Exchange(Hex("02"));
-    EXPECT_NE(outcome.result, 0U) << driver->GetLastErrorString();
+    EXPECT_NE(outcome.result, 0U) << errors.text;
     EXPECT_EQ(outcome.length, 75000);
     EXPECT_EQ(outcome.response, Counting(75000, 3));
 }
 
-TEST_F(LinkLayerTest, ResponseOneByteBeyondTheBuffer) {
+TEST_F(SerialLinkTest, ResponseOneByteBeyondTheBuffer) {
     StartBare();
     Framing const framing{.blockSize = 1460};
     Conversation(port, framing).Request(Hex("02"));
@@ -263,10 +285,10 @@ TEST_F(LinkLayerTest, ResponseOneByteBeyondTheBuffer) {
     Outcome const outcome = Exchange(Hex("02"));
     EXPECT_EQ(outcome.result, 0U);
     EXPECT_EQ(outcome.length, -77);
-    ExpectError(-1, "Rx Buffer dimension exceeded");
+    errors.Expect(-1, "Rx Buffer dimension exceeded");
 }
 
-TEST_F(LinkLayerTest, FullBufferTakesAnEmptyLastBlock) {
+TEST_F(SerialLinkTest, FullBufferTakesAnEmptyLastBlock) {
     StartBare();
     Framing const framing{.blockSize = 1460};
     Conversation(port, framing).Request(Hex("02"));
@@ -278,7 +300,7 @@ TEST_F(LinkLayerTest, FullBufferTakesAnEmptyLastBlock) {
     EXPECT_EQ(Exchange(Hex("02")).length, 75000);
 }
 
-TEST_F(LinkLayerTest, LengthFieldIsNotConsulted) {
+TEST_F(SerialLinkTest, LengthFieldIsNotConsulted) {
     StartBare();
     Conversation(port, {}).Request(Hex("02"));
     port.Answer("AA AA FF FF 01 00 9A 01 34 12") // AA + AA + FF + FF + 01 + 01 + 34 + 12 = 39A
@@ -287,7 +309,7 @@ TEST_F(LinkLayerTest, LengthFieldIsNotConsulted) {
     EXPECT_EQ(Exchange(Hex("02")).response, Hex("34 12"));
 }
 
-TEST_F(LinkLayerTest, AnyNonZeroFlagEndsTheResponse) {
+TEST_F(SerialLinkTest, AnyNonZeroFlagEndsTheResponse) {
     StartBare();
     Conversation(port, {}).Request(Hex("02"));
     port.Answer("AA AA 01 00 01 00 98 40 02") // AA + AA + 01 + 01 + 40 + 02 = 198
@@ -296,7 +318,7 @@ TEST_F(LinkLayerTest, AnyNonZeroFlagEndsTheResponse) {
     EXPECT_EQ(Exchange(Hex("02")).response, Hex("02"));
 }
 
-TEST_F(LinkLayerTest, AnswersThePortsResultOfTheLastDataRead) {
+TEST_F(SerialLinkTest, AnswersThePortsResultOfTheLastDataRead) {
     StartBare();
     Framing const framing;
     Conversation(port, framing).Request(Hex("02"));
@@ -306,14 +328,14 @@ TEST_F(LinkLayerTest, AnswersThePortsResultOfTheLastDataRead) {
     EXPECT_EQ(Exchange(Hex("02")).result, 9U);
 }
 
-TEST_F(LinkLayerTest, ResultOfAWriteIsNotLookedAt) {
+TEST_F(SerialLinkTest, ResultOfAWriteIsNotLookedAt) {
     StartBare();
     port.writesFail = true;
     Conversation(port, {}).Exchange(Hex("02"), Hex("34 12"));
     EXPECT_EQ(Exchange(Hex("02")).response, Hex("34 12"));
 }
 
-TEST_F(LinkLayerTest, ExchangeAfterAFailureBeginsAtBlockOne) {
+TEST_F(SerialLinkTest, ExchangeAfterAFailureBeginsAtBlockOne) {
     StartBare();
     Framing const framing;
     port.Expect(framing.Block(1, false, Counting(120)))
@@ -326,55 +348,29 @@ TEST_F(LinkLayerTest, ExchangeAfterAFailureBeginsAtBlockOne) {
     EXPECT_EQ(port.purges, 0);
 }
 
-TEST_F(LinkLayerTest, UnknownProtocolType) {
+TEST_F(SerialLinkTest, UnknownProtocolType) {
     for (char const* type : {"Serial_RS422", "serial_rs232", "Serial_RS232x", "ABB_RS232", "0"}) {
-        RemakeDriver();
-        ConfigureAndStart(ConfigText().Set("protType", type));
+        Start(type);
         EXPECT_EQ(Exchange(Hex("02")).result, 0U) << type;
-        ExpectError(-1, "Protocol type not supported");
+        errors.Expect(-1, "Protocol type not supported");
         EXPECT_TRUE(port.writes.empty());
         EXPECT_TRUE(port.reads.empty());
     }
 }
 
-TEST_F(LinkLayerTest, BlockSizeThatAFailedConfigurationLeftBehind) {
+TEST_F(SerialLinkTest, BlockSizeThatAFailedConfigurationLeftBehind) {
     StartBare();
     for (int const size : {127, 1461, 0, -1, INT_MIN, INT_MAX, 8, 9}) {
         node.BlockSize = size;
-        driver->Config("none");
         EXPECT_EQ(Exchange(Hex("02")).result, 0U) << size;
-        ExpectError(-1, "parameter 'BlockSize' out of range");
+        errors.Expect(-1, "parameter 'BlockSize' out of range");
         EXPECT_TRUE(port.writes.empty());
     }
 }
 
-TEST_F(LinkLayerTest, FailedSecondConfigurationDoesNotBreakTheLine) {
-    StartBare();
-    ITag* const tag = Tag("1?A?M?0?short");
-    EXPECT_FALSE(driver->Config(ConfigText().Set("BlockSize", "7").Build().c_str()));
-    ReadOutcome const outcome = Read({tag});
-    EXPECT_FALSE(outcome.ok);
-    ExpectError(-1, "parameter 'BlockSize' out of range");
-    EXPECT_TRUE(port.writes.empty());
-}
-
-TEST_F(LinkLayerTest, FailedSecondConfigurationMakesNobodyWaitForDays) {
-    StartBare();
-    ITag* const tag = Tag("1?A?M?0?short");
-    for (char const* timeout : {"2147483647", "-1"}) {
-        EXPECT_FALSE(driver->Config(ConfigText().Set("Timeout", timeout).Build().c_str()));
-        port.reads.clear();
-        Intel().DeadLinkCheck();
-        EXPECT_FALSE(Read({tag}).ok);
-        ASSERT_EQ(port.reads.size(), 1U);
-        EXPECT_EQ(port.reads[0].firstByteTimeoutMs, 1000);
-    }
-}
-
-TEST_F(LinkLayerTest, NothingIsExchangedWithoutAPort) {
-    ASSERT_TRUE(driver->Config(ConfigText().Build().c_str()));
+TEST_F(SerialLinkTest, NothingIsExchangedWithoutAPort) {
     EXPECT_EQ(Exchange(Hex("02")).result, 0U);
-    ExpectError(-3, "Protocol not started");
+    errors.Expect(-3, "Protocol not started");
 }
 
 /** Leaves the count as it finds it. */
@@ -386,17 +382,17 @@ public:
     }
 };
 
-TEST_F(LinkLayerTest, CountThatThePortLeavesAloneIsNoBytes) {
+TEST_F(SerialLinkTest, CountThatThePortLeavesAloneIsNoBytes) {
     CountlessPort countless;
-    host.serial.port = &countless;
+    factory.port = &countless;
     StartBare();
     countless.Expect(Framing().Block(1, true, Hex("02")));
     EXPECT_EQ(Exchange(Hex("02")).result, 0U);
-    ExpectError(-4, "Timeout on Acknowledge");
-    driver->Stop();
+    errors.Expect(-4, "Timeout on Acknowledge");
+    link.close();
 }
 
-TEST_F(LinkLayerTest, NegativeCountsFromThePortAreNoBytes) {
+TEST_F(SerialLinkTest, NegativeCountsFromThePortAreNoBytes) {
     StartBare();
     Framing const framing;
     for (int const count : {-1, -1460, INT_MIN}) {
@@ -411,9 +407,8 @@ TEST_F(LinkLayerTest, NegativeCountsFromThePortAreNoBytes) {
     }
 }
 
-TEST_F(LinkLayerTest, CountsBeyondTheReadBufferOverrunNothing) {
+TEST_F(SerialLinkTest, CountsBeyondTheReadBufferOverrunNothing) {
     for (bool const routed : {false, true}) {
-        RemakeDriver();
         routed ? StartRouted(2) : StartBare();
         Framing const framing{.routing = routed ? Hex(kTwoLevels) : Bytes()};
         for (int const count : {1461, 1480, 75001, INT_MAX}) {
@@ -439,16 +434,15 @@ std::ostream& operator<<(std::ostream& out, Framed const& framed) {
     return out << framed.name;
 }
 
-class LinkFailureTest : public LinkLayerTest, public ::testing::WithParamInterface<Framed> {
+class LinkFailureTest : public SerialLinkTest, public ::testing::WithParamInterface<Framed> {
 protected:
     void SetUp() override {
-        LinkLayerTest::SetUp();
+        SerialLinkTest::SetUp();
         Routed() ? StartRouted(GetParam().levels) : StartBare();
         framing.bigEndian = GetParam().bigEndian;
         framing.routing = Hex(GetParam().header);
         // A text of its own, to see whether a failure leaves the error alone.
-        EXPECT_FALSE(driver->Config("nonsense"));
-        ExpectError(-1, "Parser: unknown format");
+        errors.sink.fail(-99, "an earlier failure");
     }
 
     bool Routed() const { return GetParam().levels >= 0; }
@@ -472,11 +466,11 @@ protected:
         Outcome const outcome = Exchange(Hex("02"), framing.bigEndian);
         EXPECT_EQ(outcome.result, 0U);
         EXPECT_EQ(outcome.length, -77) << "the length is written on success only";
-        ExpectError(code, text);
+        errors.Expect(code, text);
         port.ExpectDone();
-        driver->Config("nonsense");
+        errors.sink.fail(-99, "an earlier failure");
     }
-    void ExpectSilentFailure() { ExpectFailure(-1, "Parser: unknown format"); }
+    void ExpectSilentFailure() { ExpectFailure(-99, "an earlier failure"); }
 
     /** The first @p length bytes of @p message. */
     static Bytes Cut(Bytes const& message, std::size_t length) {
@@ -511,9 +505,9 @@ INSTANTIATE_TEST_SUITE_P(RoutedFramings, RoutedFailureTest,
 TEST_P(LinkFailureTest, NothingIsWrongWithoutAFault) {
     Conversation(port, framing).Exchange(Hex("02"), Hex("34 12"));
     Outcome const outcome = Exchange(Hex("02"), framing.bigEndian);
-    EXPECT_NE(outcome.result, 0U) << driver->GetLastErrorString();
+    EXPECT_NE(outcome.result, 0U) << errors.text;
     EXPECT_EQ(outcome.response, Hex("34 12"));
-    ExpectError(-1, "Parser: unknown format"); // success leaves the error alone
+    errors.Expect(-99, "an earlier failure"); // success leaves the error alone
 }
 
 TEST_P(LinkFailureTest, BlockAckPortFault) {
@@ -572,7 +566,7 @@ TEST_P(LinkFailureTest, SecondBlockAckWithTheFirstNumber) {
         .Expect(framing.Block(2, true, Counting(1, 120)))
         .Answer(framing.Ack(1));
     EXPECT_EQ(Exchange(Counting(121), framing.bigEndian).result, 0U);
-    ExpectError(-6, "Wrong Ack message received");
+    errors.Expect(-6, "Wrong Ack message received");
 }
 
 TEST_P(RoutedFailureTest, BlockAckWithARoutingStatusFailsSilently) {
@@ -733,15 +727,116 @@ private:
     bool responding_ = false;
 };
 
-TEST_F(LinkLayerTest, ResponseEndsAfter65535Blocks) {
+TEST_F(SerialLinkTest, ResponseEndsAfter65535Blocks) {
     EndlessPort endless;
-    host.serial.port = &endless;
+    factory.port = &endless;
     StartBare();
     EXPECT_EQ(Exchange(Hex("02")).result, 0U);
     EXPECT_GE(endless.blocks, 65535);
     EXPECT_LE(endless.blocks, 65536);
-    EXPECT_LT(driver->GetLastError(), 0) << driver->GetLastErrorString();
-    driver->Stop();
+    EXPECT_LT(errors.code, 0) << errors.text;
+    link.close();
+}
+
+// --- the port ---
+
+TEST_F(SerialLinkTest, OpensThePortWithTheSettingsOfTheLine) {
+    common.baudrate = 19200;
+    common.stopbits = 2;
+    common.parity = "odd";
+    common.mode = "RS-485";
+    StartBare();
+    EXPECT_TRUE(link.isOpen());
+    EXPECT_EQ(factory.created, (std::vector<std::string>{"com1"}));
+    EXPECT_EQ(port.opens, (std::vector<ScriptedPort::OpenCall>{{19200, 2, 8, 2, 1}}));
+}
+
+TEST_F(SerialLinkTest, SettingsAreThoseOfTheLastTake) {
+    common.baudrate = 19200;
+    ASSERT_TRUE(link.takeSettings());
+    common.baudrate = 9600;
+    ASSERT_TRUE(link.open());
+    EXPECT_EQ(port.opens, (std::vector<ScriptedPort::OpenCall>{{19200, 0, 8, 0, 0}}));
+}
+
+TEST_F(SerialLinkTest, UnknownParityIsRefused) {
+    common.parity = "space";
+    EXPECT_FALSE(link.takeSettings());
+    errors.Expect(-1, "Parser: parameter 'parity' has invalid value");
+}
+
+TEST_F(SerialLinkTest, OpeningTwiceTouchesThePortOnce) {
+    StartBare();
+    EXPECT_TRUE(link.open());
+    EXPECT_EQ(port.opens.size(), 1U);
+}
+
+TEST_F(SerialLinkTest, PortThatDoesNotOpenIsReleased) {
+    port.openResult = 0;
+    EXPECT_FALSE(link.open());
+    errors.Expect(-1, "Can't open serial port");
+    EXPECT_EQ(factory.released, (std::vector<ISerialPort*>{&port}));
+    EXPECT_FALSE(link.requireOpen());
+    errors.Expect(-3, "Protocol not started");
+}
+
+TEST_F(SerialLinkTest, NoPortIsReleasedThatIsNotThere) {
+    factory.port = nullptr;
+    EXPECT_FALSE(link.open());
+    errors.Expect(-1, "Can't open serial port");
+    link.close();
+    EXPECT_TRUE(factory.released.empty());
+}
+
+TEST_F(SerialLinkTest, NoFactoryOpensNoPort) {
+    SerialLink lone(nullptr, common, errors.sink);
+    EXPECT_FALSE(lone.open());
+    errors.Expect(-1, "Can't open serial port");
+}
+
+TEST_F(SerialLinkTest, ReleasesThePortOnceWhenItIsClosed) {
+    StartBare();
+    link.close();
+    link.close();
+    EXPECT_FALSE(link.isOpen());
+    EXPECT_EQ(factory.released, (std::vector<ISerialPort*>{&port}));
+}
+
+TEST_F(SerialLinkTest, ReleasesTheOpenPortAtItsEnd) {
+    {
+        SerialLink brief(&factory, common, errors.sink);
+        ASSERT_TRUE(brief.open());
+    }
+    EXPECT_EQ(factory.released, (std::vector<ISerialPort*>{&port}));
+}
+
+TEST_F(SerialLinkTest, DrainingEndsWhenNothingIsLeft) {
+    StartBare();
+    port.purgesThatRemove = 3;
+    link.drain();
+    EXPECT_EQ(port.purges, 4);
+}
+
+TEST_F(SerialLinkTest, DrainingAPortThatNeverRunsEmptyEnds) {
+    StartBare();
+    port.purgesForEver = true;
+    link.drain();
+    EXPECT_EQ(port.purges, 1000);
+}
+
+TEST_F(SerialLinkTest, ExchangeInTheNodesOwnByteOrder) {
+    StartBare();
+    for (bool const bigEndian : {false, true}) {
+        node.model = bigEndian ? "Motorola" : "Intel";
+        Conversation(port, {.bigEndian = bigEndian}).Exchange(Hex("02"), Hex("34 12 56"));
+        link.txData()[0] = 0x02;
+        auto const response = link.exchange(1, node);
+        ASSERT_TRUE(response.has_value()) << errors.text;
+        EXPECT_EQ(Bytes(response->begin(), response->end()), Hex("34 12 56"));
+    }
+    Conversation(port, {.bigEndian = true}).Dead(Hex("02"));
+    EXPECT_FALSE(link.exchange(1, node).has_value());
+    errors.Expect(-4, "Timeout on Acknowledge");
 }
 
 } // namespace

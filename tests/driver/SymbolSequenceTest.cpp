@@ -1,6 +1,5 @@
-#include "driver/Protocol_VELK.h"
 #include "tests/support/AnsweringPort.h"
-#include "tests/support/DriverTest.h"
+#include "tests/support/VelkTest.h"
 
 #include <filesystem>
 #include <string>
@@ -10,10 +9,8 @@ namespace {
 
 using namespace velktest;
 
-class SymbolLoadingTest : public DriverTest {
+class SymbolSequenceTest : public VelkTest {
 protected:
-    Protocol_VELK& Velk() { return *static_cast<Protocol_VELK*>(driver); }
-
     static Bytes FileOf(std::uint32_t id, std::uint32_t offset) {
         return SymbolFileBytes(id).Variable("A", 0, offset).Build();
     }
@@ -42,17 +39,17 @@ protected:
     }
 };
 
-TEST_F(SymbolLoadingTest, StoredFileIsLoadedWithoutAskingThePlc) {
+TEST_F(SymbolSequenceTest, StoredFileIsLoadedWithoutAskingThePlc) {
     ConfigureAndStart();
     Store(1, FileOf(0x0A0B0C0D, 0x1234));
     ITag* const tag = Tag("1?A?M?0?short");
     GoodRead(0x1234, 0x0A0B0C0D);
     ExpectGoodRead(tag);
-    EXPECT_EQ(Velk().projectIdentifier(1), 0x0A0B0C0DU);
-    EXPECT_FALSE(Velk().hasCommunicationFault());
+    EXPECT_EQ(Symbols().projectIdentifier(1), 0x0A0B0C0DU);
+    EXPECT_FALSE(HasFault());
 }
 
-TEST_F(SymbolLoadingTest, FileIsFetchedBetweenLoginAndList) {
+TEST_F(SymbolSequenceTest, FileIsFetchedBetweenLoginAndList) {
     ConfigureAndStart();
     Bytes const file = FileOf(0x0A0B0C0D, 16);
     ITag* const tag = Tag("1?A?M?0?short");
@@ -64,7 +61,7 @@ TEST_F(SymbolLoadingTest, FileIsFetchedBetweenLoginAndList) {
     ExpectGoodRead(tag);
 }
 
-TEST_F(SymbolLoadingTest, FileIsFetchedInTheNodesByteOrder) {
+TEST_F(SymbolSequenceTest, FileIsFetchedInTheNodesByteOrder) {
     ConfigureAndStart(ConfigText().Set("model", "Motorola"));
     Bytes const file = FileOf(0x0A0B0C0D, 16);
     ITag* const tag = Tag("1?A?M?0?short");
@@ -75,7 +72,7 @@ TEST_F(SymbolLoadingTest, FileIsFetchedInTheNodesByteOrder) {
     EXPECT_EQ(dir.Get("PLCSymbols_1.sdb"), file);
 }
 
-TEST_F(SymbolLoadingTest, CorruptedStoredFileIsFetchedAnew) {
+TEST_F(SymbolSequenceTest, CorruptedStoredFileIsFetchedAnew) {
     ConfigureAndStart();
     Store(1, Hex("01 00 00 00 10 00"));
     ITag* const tag = Tag("1?A?M?0?short");
@@ -83,7 +80,7 @@ TEST_F(SymbolLoadingTest, CorruptedStoredFileIsFetchedAnew) {
     ExpectGoodRead(tag);
 }
 
-TEST_F(SymbolLoadingTest, StoredFileWithoutVariablesIsFetchedAnew) {
+TEST_F(SymbolSequenceTest, StoredFileWithoutVariablesIsFetchedAnew) {
     ConfigureAndStart();
     Store(1, SymbolFileBytes(7).Build());
     ITag* const tag = Tag("1?A?M?0?short");
@@ -91,18 +88,18 @@ TEST_F(SymbolLoadingTest, StoredFileWithoutVariablesIsFetchedAnew) {
     ExpectGoodRead(tag);
 }
 
-TEST_F(SymbolLoadingTest, NoFileAnywhereFailsTheCall) {
+TEST_F(SymbolSequenceTest, NoFileAnywhereFailsTheCall) {
     ConfigureAndStart();
     ITag* const tag = Tag("1?A?M?0?short");
     Intel().LinkCheck().Login().RefusedUpload();
     EXPECT_FALSE(Read({tag}).ok);
     ExpectError(-6, "Symbol file not present");
-    EXPECT_TRUE(Velk().hasCommunicationFault());
+    EXPECT_TRUE(HasFault());
     EXPECT_FALSE(dir.Has("PLCSymbols_1.sdb"));
-    EXPECT_EQ(Velk().projectIdentifier(1), 0U);
+    EXPECT_EQ(Symbols().projectIdentifier(1), 0U);
 }
 
-TEST_F(SymbolLoadingTest, RefusedUploadKeepsTheLogin) {
+TEST_F(SymbolSequenceTest, RefusedUploadKeepsTheLogin) {
     ConfigureAndStart();
     ITag* const tag = Tag("1?A?M?0?short");
     Intel().LinkCheck().Login().RefusedUpload().LinkCheck().Upload(FileOf(7, 16)).Exchange(ListAt(16, 7), GoodReply());
@@ -110,7 +107,7 @@ TEST_F(SymbolLoadingTest, RefusedUploadKeepsTheLogin) {
     ExpectGoodRead(tag);
 }
 
-TEST_F(SymbolLoadingTest, FifthRefusedUploadInARowForgetsTheLogin) {
+TEST_F(SymbolSequenceTest, FifthRefusedUploadInARowForgetsTheLogin) {
     // A PLC that has restarted knows no login and refuses the file as it would refuse a list.
     ConfigureAndStart();
     ITag* const tag = Tag("1?A?M?0?short");
@@ -122,36 +119,36 @@ TEST_F(SymbolLoadingTest, FifthRefusedUploadInARowForgetsTheLogin) {
         }
         line.RefusedUpload();
         EXPECT_FALSE(Read({tag}).ok);
-        EXPECT_EQ(Velk().isLoggedIn(), call < 4) << call;
+        EXPECT_EQ(LoginState().isLoggedIn(), call < 4) << call;
     }
     Intel().LinkCheck().Login().Upload(FileOf(7, 16)).Exchange(ListAt(16, 7), GoodReply());
     ExpectGoodRead(tag);
 }
 
-TEST_F(SymbolLoadingTest, DeadUploadForgetsTheLogin) {
+TEST_F(SymbolSequenceTest, DeadUploadForgetsTheLogin) {
     ConfigureAndStart();
     ITag* const tag = Tag("1?A?M?0?short");
     Intel().LinkCheck().Login().DeadUpload();
     EXPECT_FALSE(Read({tag}).ok);
     ExpectError(-6, "Symbol file not present");
-    EXPECT_FALSE(Velk().isLoggedIn());
-    EXPECT_EQ(Velk().loginNode(), 0U);
+    EXPECT_FALSE(LoginState().isLoggedIn());
+    EXPECT_EQ(LoginState().node(), 0U);
     Intel().LinkCheck().Login().Upload(FileOf(7, 16)).Exchange(ListAt(16, 7), GoodReply());
     ExpectGoodRead(tag);
 }
 
-TEST_F(SymbolLoadingTest, CorruptedFetchedFileFailsTheCall) {
+TEST_F(SymbolSequenceTest, CorruptedFetchedFileFailsTheCall) {
     ConfigureAndStart();
     ITag* const tag = Tag("1?A?M?0?short");
     Intel().LinkCheck().Login().Upload(Hex("02 00 00 00"));
     EXPECT_FALSE(Read({tag}).ok);
     ExpectError(-6, "Symbol file is corrupted");
-    EXPECT_TRUE(Velk().hasCommunicationFault());
+    EXPECT_TRUE(HasFault());
     Intel().LinkCheck().Upload(FileOf(7, 16)).Exchange(ListAt(16, 7), GoodReply());
     ExpectGoodRead(tag);
 }
 
-TEST_F(SymbolLoadingTest, FetchedFileWithoutVariablesIsCorrupted) {
+TEST_F(SymbolSequenceTest, FetchedFileWithoutVariablesIsCorrupted) {
     ConfigureAndStart();
     ITag* const tag = Tag("1?A?M?0?short");
     Intel().LinkCheck().Login().Upload(SymbolFileBytes(7).Build());
@@ -159,7 +156,7 @@ TEST_F(SymbolLoadingTest, FetchedFileWithoutVariablesIsCorrupted) {
     ExpectError(-6, "Symbol file is corrupted");
 }
 
-TEST_F(SymbolLoadingTest, StorageIsAskedWithIdentAndNumberedName) {
+TEST_F(SymbolSequenceTest, StorageIsAskedWithIdentAndNumberedName) {
     ConfigureAndStart();
     driver->SetIdent("line A");
     Store(12, FileOf(7, 16));
@@ -172,7 +169,7 @@ TEST_F(SymbolLoadingTest, StorageIsAskedWithIdentAndNumberedName) {
     EXPECT_EQ(host.storage.lastSize, 260);
 }
 
-TEST_F(SymbolLoadingTest, WithoutAnIdentTheInstanceIsTheDriversName) {
+TEST_F(SymbolSequenceTest, WithoutAnIdentTheInstanceIsTheDriversName) {
     ConfigureAndStart();
     Store(0, FileOf(7, 16));
     ITag* const tag = Tag("0?A?M?0?short");
@@ -184,7 +181,7 @@ TEST_F(SymbolLoadingTest, WithoutAnIdentTheInstanceIsTheDriversName) {
 }
 
 /** Runs in a temporary working directory. */
-class BareNameTest : public SymbolLoadingTest {
+class BareNameTest : public SymbolSequenceTest {
 protected:
     BareNameTest() { std::filesystem::current_path(dir.Path()); }
     ~BareNameTest() override { std::filesystem::current_path(before_); }
@@ -222,17 +219,17 @@ TEST_F(BareNameTest, StorageOfAnOlderKind) {
     EXPECT_TRUE(host.storage.asked.empty());
 }
 
-TEST_F(SymbolLoadingTest, UnwritableStorageFailsTheCall) {
+TEST_F(SymbolSequenceTest, UnwritableStorageFailsTheCall) {
     host.storage.directory = dir.Path("missing");
     ConfigureAndStart();
     ITag* const tag = Tag("1?A?M?0?short");
     Intel().LinkCheck().Login().Upload(FileOf(7, 16));
     EXPECT_FALSE(Read({tag}).ok);
     ExpectError(-6, "Symbol file not present");
-    EXPECT_TRUE(Velk().hasCommunicationFault());
+    EXPECT_TRUE(HasFault());
 }
 
-TEST_F(SymbolLoadingTest, LoadingYieldsToTheHost) {
+TEST_F(SymbolSequenceTest, LoadingYieldsToTheHost) {
     ConfigureAndStart();
     SymbolFileBytes file(7);
     for (int i = 0; i < 250; ++i) {
@@ -250,7 +247,7 @@ TEST_F(SymbolLoadingTest, LoadingYieldsToTheHost) {
 
 // --- another project in the PLC ---
 
-class OtherProjectTest : public SymbolLoadingTest, public ::testing::WithParamInterface<char const*> {};
+class OtherProjectTest : public SymbolSequenceTest, public ::testing::WithParamInterface<char const*> {};
 
 TEST_P(OtherProjectTest, FileIsFetchedAtOnceAndLoadedByTheNextCall) {
     ConfigureAndStart();
@@ -259,17 +256,17 @@ TEST_P(OtherProjectTest, FileIsFetchedAtOnceAndLoadedByTheNextCall) {
     Intel().LinkCheck().Login().Exchange(ListAt(16, 7), Hex(GetParam())).Upload(FileOf(8, 200));
     EXPECT_FALSE(Read({tag}).ok);
     ExpectError(-6, "Project ID mismatch");
-    EXPECT_TRUE(Velk().hasCommunicationFault());
-    EXPECT_EQ(Velk().projectIdentifier(1), 0U);
+    EXPECT_TRUE(HasFault());
+    EXPECT_EQ(Symbols().projectIdentifier(1), 0U);
     EXPECT_EQ(dir.Get("PLCSymbols_1.sdb"), FileOf(8, 200));
     GoodRead(200, 8, false);
     ExpectGoodRead(tag);
-    EXPECT_EQ(Velk().projectIdentifier(1), 8U);
+    EXPECT_EQ(Symbols().projectIdentifier(1), 8U);
 }
 
 INSTANTIATE_TEST_SUITE_P(BothStatusWords, OtherProjectTest, ::testing::Values("48 00", "33 00", "33 00 01 02 03"));
 
-TEST_F(SymbolLoadingTest, OtherProjectIsSeenInTheNodesByteOrder) {
+TEST_F(SymbolSequenceTest, OtherProjectIsSeenInTheNodesByteOrder) {
     ConfigureAndStart(ConfigText().Set("model", "Motorola"));
     Store(1, FileOf(7, 16));
     ITag* const tag = Tag("1?A?M?0?short");
@@ -282,7 +279,7 @@ TEST_F(SymbolLoadingTest, OtherProjectIsSeenInTheNodesByteOrder) {
     ExpectError(-6, "Project ID mismatch");
 }
 
-TEST_F(SymbolLoadingTest, SecondAttemptOfTheSameReadUsesTheNewFile) {
+TEST_F(SymbolSequenceTest, SecondAttemptOfTheSameReadUsesTheNewFile) {
     ConfigureAndStart(ConfigText().Set("repeat", "2"));
     Store(1, FileOf(7, 16));
     ITag* const tag = Tag("1?A?M?0?short");
@@ -292,15 +289,15 @@ TEST_F(SymbolLoadingTest, SecondAttemptOfTheSameReadUsesTheNewFile) {
     EXPECT_EQ(port.purges, 2);
 }
 
-TEST_F(SymbolLoadingTest, OtherProjectWhoseFileIsNotHandedOver) {
+TEST_F(SymbolSequenceTest, OtherProjectWhoseFileIsNotHandedOver) {
     ConfigureAndStart();
     Store(1, FileOf(7, 16));
     ITag* const tag = Tag("1?A?M?0?short");
     Intel().LinkCheck().Login().Exchange(ListAt(16, 7), Hex("33 00")).RefusedUpload();
     EXPECT_FALSE(Read({tag}).ok);
     ExpectError(-6, "Symbol file not present");
-    EXPECT_EQ(Velk().projectIdentifier(1), 0U);
-    EXPECT_TRUE(Velk().hasCommunicationFault());
+    EXPECT_EQ(Symbols().projectIdentifier(1), 0U);
+    EXPECT_TRUE(HasFault());
     // The next call finds the stored file, which is still the old one, and the PLC answers as before.
     Intel().LinkCheck().Exchange(ListAt(16, 7), Hex("33 00")).Upload(FileOf(8, 200));
     EXPECT_FALSE(Read({tag}).ok);
@@ -309,7 +306,7 @@ TEST_F(SymbolLoadingTest, OtherProjectWhoseFileIsNotHandedOver) {
     ExpectGoodRead(tag);
 }
 
-TEST_F(SymbolLoadingTest, FetchedFileClearsTheWholeTable) {
+TEST_F(SymbolSequenceTest, FetchedFileClearsTheWholeTable) {
     ConfigureAndStart();
     Store(1, FileOf(7, 16));
     Store(2, SymbolFileBytes(9).Variable("A", 0, 200).Build());
@@ -319,33 +316,33 @@ TEST_F(SymbolLoadingTest, FetchedFileClearsTheWholeTable) {
     Intel().Logout();
     GoodRead(16, 7);
     ExpectGoodRead(tag);
-    EXPECT_TRUE(Velk().symbolTable().SymIsActive(2));
-    EXPECT_NE(Velk().symbolTable().SymGetSymbol("A"), nullptr);
+    EXPECT_TRUE(Symbols().table().SymIsActive(2));
+    EXPECT_NE(Symbols().table().SymGetSymbol("A"), nullptr);
     Intel().LinkCheck().Exchange(ListAt(16, 7), Hex("33 00")).RefusedUpload();
     EXPECT_FALSE(Read({tag}).ok);
-    EXPECT_NE(Velk().symbolTable().SymGetSymbol("A"), nullptr) << "without a new file the table stays";
-    EXPECT_TRUE(Velk().symbolTable().SymIsActive(2));
-    EXPECT_FALSE(Velk().symbolTable().SymIsActive(1));
+    EXPECT_NE(Symbols().table().SymGetSymbol("A"), nullptr) << "without a new file the table stays";
+    EXPECT_TRUE(Symbols().table().SymIsActive(2));
+    EXPECT_FALSE(Symbols().table().SymIsActive(1));
     Intel().LinkCheck().Exchange(ListAt(16, 7), Hex("33 00")).Upload(FileOf(8, 200));
     EXPECT_FALSE(Read({tag}).ok);
-    EXPECT_EQ(Velk().symbolTable().SymGetSymbol("A"), nullptr);
-    EXPECT_FALSE(Velk().symbolTable().SymIsActive(2));
-    EXPECT_FALSE(Velk().symbolTable().SymIsActive(1));
+    EXPECT_EQ(Symbols().table().SymGetSymbol("A"), nullptr);
+    EXPECT_FALSE(Symbols().table().SymIsActive(2));
+    EXPECT_FALSE(Symbols().table().SymIsActive(1));
 }
 
-TEST_F(SymbolLoadingTest, OtherProjectAndADeadUploadForgetsTheLogin) {
+TEST_F(SymbolSequenceTest, OtherProjectAndADeadUploadForgetsTheLogin) {
     ConfigureAndStart();
     Store(1, FileOf(7, 16));
     ITag* const tag = Tag("1?A?M?0?short");
     Intel().LinkCheck().Login().Exchange(ListAt(16, 7), Hex("33 00")).DeadUpload();
     EXPECT_FALSE(Read({tag}).ok);
     ExpectError(-6, "Symbol file not present");
-    EXPECT_FALSE(Velk().isLoggedIn());
+    EXPECT_FALSE(LoginState().isLoggedIn());
     GoodRead(16, 7, true);
     ExpectGoodRead(tag);
 }
 
-TEST_F(SymbolLoadingTest, VariableThatMovedIsBoundAgainAfterANewProject) {
+TEST_F(SymbolSequenceTest, VariableThatMovedIsBoundAgainAfterANewProject) {
     ConfigureAndStart();
     Store(1, SymbolFileBytes(7).Variable("A", 0, 16).Variable("B", 0, 32).Build());
     ITag* const a = Tag("1?A?M?0?short");
@@ -365,7 +362,7 @@ TEST_F(SymbolLoadingTest, VariableThatMovedIsBoundAgainAfterANewProject) {
     ExpectGoodRead(a);
 }
 
-TEST_F(SymbolLoadingTest, WriteThatMeetsAnotherProjectRecoversThroughARead) {
+TEST_F(SymbolSequenceTest, WriteThatMeetsAnotherProjectRecoversThroughARead) {
     ConfigureAndStart();
     Store(1, FileOf(7, 16));
     ITag* const tag = Tag("1?A?M?0?short");
@@ -373,7 +370,7 @@ TEST_F(SymbolLoadingTest, WriteThatMeetsAnotherProjectRecoversThroughARead) {
     Intel().LinkCheck().Login().Exchange(write, Hex("33 00"));
     EXPECT_FALSE(Write({tag}, Hex("34 12")));
     ExpectError(-6, "Wrong reply length or ack in WriteData operation");
-    EXPECT_EQ(Velk().projectIdentifier(1), 7U);
+    EXPECT_EQ(Symbols().projectIdentifier(1), 7U);
     Intel().LinkCheck().Exchange(write, Hex("33 00"));
     EXPECT_FALSE(Write({tag}, Hex("34 12"))) << "a write alone does not fetch the file";
     Intel().LinkCheck().Exchange(ListAt(16, 7), Hex("33 00")).Upload(FileOf(8, 200));
@@ -385,7 +382,7 @@ TEST_F(SymbolLoadingTest, WriteThatMeetsAnotherProjectRecoversThroughARead) {
 
 // --- several nodes, one table ---
 
-TEST_F(SymbolLoadingTest, LateTagIsBoundAgainstTheFileOfItsOwnNode) {
+TEST_F(SymbolSequenceTest, LateTagIsBoundAgainstTheFileOfItsOwnNode) {
     ConfigureAndStart();
     Store(1, SymbolFileBytes(0xA1).Variable("A", 0, 16).Variable("B", 0, 32).Build());
     Store(2, SymbolFileBytes(0xB2).Variable("A", 0, 200).Variable("B", 0, 300).Build());
@@ -407,7 +404,7 @@ TEST_F(SymbolLoadingTest, LateTagIsBoundAgainstTheFileOfItsOwnNode) {
     ExpectGoodRead(twoB);
 }
 
-TEST_F(SymbolLoadingTest, LateTagIsWrittenToTheAddressOfItsOwnNode) {
+TEST_F(SymbolSequenceTest, LateTagIsWrittenToTheAddressOfItsOwnNode) {
     ConfigureAndStart();
     Store(1, SymbolFileBytes(0xA1).Variable("A", 0, 16).Variable("B", 0, 32).Build());
     Store(2, SymbolFileBytes(0xB2).Variable("A", 0, 200).Variable("B", 0, 300).Build());
@@ -422,7 +419,7 @@ TEST_F(SymbolLoadingTest, LateTagIsWrittenToTheAddressOfItsOwnNode) {
     EXPECT_TRUE(Write({oneB}, Hex("34 12")));
 }
 
-TEST_F(SymbolLoadingTest, LateTagOfANodeWithTheSameIdentifierGetsItsOwnAddress) {
+TEST_F(SymbolSequenceTest, LateTagOfANodeWithTheSameIdentifierGetsItsOwnAddress) {
     ConfigureAndStart();
     Store(1, SymbolFileBytes(0xA1).Variable("A", 0, 16).Variable("B", 0, 32).Build());
     Store(2, SymbolFileBytes(0xA1).Variable("A", 0, 200).Variable("B", 0, 300).Build());
@@ -436,7 +433,7 @@ TEST_F(SymbolLoadingTest, LateTagOfANodeWithTheSameIdentifierGetsItsOwnAddress) 
     ExpectGoodRead(Tag("1?B?M?0?short"));
 }
 
-TEST_F(SymbolLoadingTest, LateTagMissingInItsOwnNodesFileIsMissing) {
+TEST_F(SymbolSequenceTest, LateTagMissingInItsOwnNodesFileIsMissing) {
     ConfigureAndStart();
     Store(1, SymbolFileBytes(0xA1).Variable("A", 0, 16).Build());
     Store(2, SymbolFileBytes(0xB2).Variable("A", 0, 200).Variable("B", 0, 300).Build());
@@ -454,7 +451,7 @@ TEST_F(SymbolLoadingTest, LateTagMissingInItsOwnNodesFileIsMissing) {
     ExpectError(-1, "tag B not present in symbol file");
 }
 
-TEST_F(SymbolLoadingTest, BoundTagsNeedNoFileWhenNodesTakeTurns) {
+TEST_F(SymbolSequenceTest, BoundTagsNeedNoFileWhenNodesTakeTurns) {
     ConfigureAndStart();
     Store(1, FileOf(0xA1, 16));
     Store(2, FileOf(0xB2, 200));
@@ -479,7 +476,7 @@ TEST_F(SymbolLoadingTest, BoundTagsNeedNoFileWhenNodesTakeTurns) {
     EXPECT_EQ(host.scheduler.yields, yields) << "nothing was loaded";
 }
 
-TEST_F(SymbolLoadingTest, LateTagIsBoundAfterAnotherNodesMismatchClearedTheTable) {
+TEST_F(SymbolSequenceTest, LateTagIsBoundAfterAnotherNodesMismatchClearedTheTable) {
     ConfigureAndStart();
     Store(1, SymbolFileBytes(0xA1).Variable("A", 0, 16).Build());
     Store(2, SymbolFileBytes(0xB2).Variable("A", 0, 200).Variable("B", 0, 300).Build());
@@ -499,7 +496,7 @@ TEST_F(SymbolLoadingTest, LateTagIsBoundAfterAnotherNodesMismatchClearedTheTable
     ExpectGoodRead(one);
 }
 
-TEST_F(SymbolLoadingTest, LateTagWhoseOwnFileIsGoneIsNeverSentWithAnotherNodesAddress) {
+TEST_F(SymbolSequenceTest, LateTagWhoseOwnFileIsGoneIsNeverSentWithAnotherNodesAddress) {
     bool handsOver = false;
     Bytes const ownFile = SymbolFileBytes(0xA1).Variable("A", 0, 16).Variable("B", 0, 32).Build();
     AnsweringPort plc({}, [&](Bytes const& request) {
@@ -532,7 +529,7 @@ TEST_F(SymbolLoadingTest, LateTagWhoseOwnFileIsGoneIsNeverSentWithAnotherNodesAd
     driver->Stop();
 }
 
-TEST_F(SymbolLoadingTest, LateTagIsBoundAfterABrokenFileOfAnotherNodeEmptiedTheTable) {
+TEST_F(SymbolSequenceTest, LateTagIsBoundAfterABrokenFileOfAnotherNodeEmptiedTheTable) {
     ConfigureAndStart();
     Store(1, Hex("01 00 00 00 10 00"));
     Store(2, SymbolFileBytes(0xB2).Variable("A", 0, 200).Variable("B", 0, 300).Build());
@@ -545,7 +542,7 @@ TEST_F(SymbolLoadingTest, LateTagIsBoundAfterABrokenFileOfAnotherNodeEmptiedTheT
     ExpectGoodRead(Tag("2?B?M?0?short"));
 }
 
-TEST_F(SymbolLoadingTest, ProjectIdentifierTagInAListNeedsNoFile) {
+TEST_F(SymbolSequenceTest, ProjectIdentifierTagInAListNeedsNoFile) {
     ConfigureAndStart();
     Store(1, FileOf(0xA1, 16));
     Store(2, FileOf(0xB2, 200));
@@ -563,7 +560,7 @@ TEST_F(SymbolLoadingTest, ProjectIdentifierTagInAListNeedsNoFile) {
     ExpectGoodRead(one);
 }
 
-TEST_F(SymbolLoadingTest, FileOfProjectZeroServesToo) {
+TEST_F(SymbolSequenceTest, FileOfProjectZeroServesToo) {
     ConfigureAndStart();
     Store(1, SymbolFileBytes(0).Variable("A", 0, 16).Variable("B", 0, 32).Build());
     GoodRead(16, 0);
@@ -572,7 +569,7 @@ TEST_F(SymbolLoadingTest, FileOfProjectZeroServesToo) {
     ExpectGoodRead(Tag("1?B?M?0?short"));
 }
 
-TEST_F(SymbolLoadingTest, PathThatTheHostDoesNotTerminateOverrunsNothing) {
+TEST_F(SymbolSequenceTest, PathThatTheHostDoesNotTerminateOverrunsNothing) {
     host.storage.unterminated = true;
     ConfigureAndStart();
     Intel().LinkCheck().Login().RefusedUpload();
@@ -582,21 +579,21 @@ TEST_F(SymbolLoadingTest, PathThatTheHostDoesNotTerminateOverrunsNothing) {
 
 // --- a declared project ---
 
-TEST_F(SymbolLoadingTest, DeclaredProjectNeedsNoSymbolFile) {
+TEST_F(SymbolSequenceTest, DeclaredProjectNeedsNoSymbolFile) {
     ConfigureAndStart();
     Tag("1?ID?PROJ_ID?287454020?unsignedInt"); // 0x11223344
-    EXPECT_TRUE(Velk().usesDefaultAddresses(1));
-    EXPECT_EQ(Velk().projectIdentifier(1), 0x11223344U);
-    EXPECT_EQ(Velk().confirmedProjectIdentifier(1), 0x11223344U);
+    EXPECT_TRUE(Symbols().usesDefaultAddresses(1));
+    EXPECT_EQ(Symbols().projectIdentifier(1), 0x11223344U);
+    EXPECT_EQ(Symbols().confirmedProjectIdentifier(1), 0x11223344U);
     ITag* const tag = Tag("1?A?M?0x1234?short");
     GoodRead(0x1234, 0x11223344);
     ExpectGoodRead(tag);
     EXPECT_EQ(host.scheduler.yields, 0);
-    EXPECT_FALSE(Velk().usesDefaultAddresses(2));
-    EXPECT_EQ(Velk().projectIdentifier(2), 0U);
+    EXPECT_FALSE(Symbols().usesDefaultAddresses(2));
+    EXPECT_EQ(Symbols().projectIdentifier(2), 0U);
 }
 
-TEST_F(SymbolLoadingTest, DeclaredProjectIgnoresAStoredFile) {
+TEST_F(SymbolSequenceTest, DeclaredProjectIgnoresAStoredFile) {
     ConfigureAndStart();
     Store(1, FileOf(0x11223344, 16));
     Tag("1?ID?PROJ_ID?287454020?unsignedInt");
@@ -605,7 +602,7 @@ TEST_F(SymbolLoadingTest, DeclaredProjectIgnoresAStoredFile) {
     ExpectGoodRead(tag);
 }
 
-TEST_F(SymbolLoadingTest, DeclaredProjectUsesTheAreaOfTheAddressSpace) {
+TEST_F(SymbolSequenceTest, DeclaredProjectUsesTheAreaOfTheAddressSpace) {
     ConfigureAndStart();
     Tag("1?ID?PROJ_ID?7?unsignedInt");
     Tag("1?ID?PROJ_ID?7?unsignedInt");
@@ -625,22 +622,22 @@ TEST_F(SymbolLoadingTest, DeclaredProjectUsesTheAreaOfTheAddressSpace) {
     EXPECT_EQ(outcome.status, std::vector<idal_error_t>(9, 1));
 }
 
-TEST_F(SymbolLoadingTest, MismatchOfADeclaredProjectOnlyEndsTheUseOfItsAddresses) {
+TEST_F(SymbolSequenceTest, MismatchOfADeclaredProjectOnlyEndsTheUseOfItsAddresses) {
     ConfigureAndStart();
     Tag("1?ID?PROJ_ID?7?unsignedInt");
     ITag* const tag = Tag("1?A?M?99?short");
     Intel().LinkCheck().Login().Exchange(ListAt(99, 7), Hex("33 00")); // and no file is fetched in this call
     EXPECT_FALSE(Read({tag}).ok);
     ExpectError(-6, "Project ID mismatch");
-    EXPECT_FALSE(Velk().usesDefaultAddresses(1));
-    EXPECT_EQ(Velk().projectIdentifier(1), 0U);
-    EXPECT_EQ(Velk().confirmedProjectIdentifier(1), 7U);
-    EXPECT_FALSE(Velk().hasCommunicationFault());
+    EXPECT_FALSE(Symbols().usesDefaultAddresses(1));
+    EXPECT_EQ(Symbols().projectIdentifier(1), 0U);
+    EXPECT_EQ(Symbols().confirmedProjectIdentifier(1), 7U);
+    EXPECT_FALSE(HasFault());
     Intel().LinkCheck().Upload(FileOf(8, 16)).Exchange(ListAt(16, 8), GoodReply());
     ExpectGoodRead(tag);
 }
 
-TEST_F(SymbolLoadingTest, StoredFileServesAfterTheMismatchOfADeclaredProject) {
+TEST_F(SymbolSequenceTest, StoredFileServesAfterTheMismatchOfADeclaredProject) {
     ConfigureAndStart();
     Store(1, FileOf(8, 16));
     Tag("1?ID?PROJ_ID?7?unsignedInt");
@@ -652,10 +649,10 @@ TEST_F(SymbolLoadingTest, StoredFileServesAfterTheMismatchOfADeclaredProject) {
 }
 
 /** The declared project of node 1 has met a mismatch; the tag's configured offset is 99. */
-class FallbackTest : public SymbolLoadingTest {
+class FallbackTest : public SymbolSequenceTest {
 protected:
     void SetUp() override {
-        SymbolLoadingTest::SetUp();
+        SymbolSequenceTest::SetUp();
         ConfigureAndStart();
         Tag("1?ID?PROJ_ID?7?unsignedInt");
         tag = Tag("1?A?M?99?short");
@@ -670,9 +667,9 @@ TEST_F(FallbackTest, RefusedFileFallsBackToTheConfirmedProject) {
     Intel().LinkCheck().RefusedUpload().Exchange(ListAt(99, 7), GoodReply());
     ExpectGoodRead(tag);
     ExpectError(-6, "Symbol file not present");
-    EXPECT_TRUE(Velk().usesDefaultAddresses(1));
-    EXPECT_EQ(Velk().projectIdentifier(1), 7U);
-    EXPECT_FALSE(Velk().hasCommunicationFault());
+    EXPECT_TRUE(Symbols().usesDefaultAddresses(1));
+    EXPECT_EQ(Symbols().projectIdentifier(1), 7U);
+    EXPECT_FALSE(HasFault());
     GoodRead(99, 7, false);
     ExpectGoodRead(tag);
 }
@@ -681,8 +678,8 @@ TEST_F(FallbackTest, CorruptedFileFallsBackToTheConfirmedProject) {
     Intel().LinkCheck().Upload(Hex("00 01 02")).Exchange(ListAt(99, 7), GoodReply());
     ExpectGoodRead(tag);
     ExpectError(-6, "Symbol file is corrupted");
-    EXPECT_TRUE(Velk().usesDefaultAddresses(1));
-    EXPECT_FALSE(Velk().hasCommunicationFault());
+    EXPECT_TRUE(Symbols().usesDefaultAddresses(1));
+    EXPECT_FALSE(HasFault());
 }
 
 TEST_F(FallbackTest, AfterADeadUploadTheListGoesOutAllTheSame) {
@@ -695,12 +692,12 @@ TEST_F(FallbackTest, AfterADeadUploadTheListGoesOutAllTheSame) {
 TEST_F(FallbackTest, NextMismatchBeginsAnew) {
     Intel().LinkCheck().RefusedUpload().Exchange(ListAt(99, 7), Hex("33 00"));
     EXPECT_FALSE(Read({tag}).ok);
-    EXPECT_FALSE(Velk().usesDefaultAddresses(1));
+    EXPECT_FALSE(Symbols().usesDefaultAddresses(1));
     Intel().LinkCheck().Upload(FileOf(8, 16)).Exchange(ListAt(16, 8), GoodReply());
     ExpectGoodRead(tag);
 }
 
-TEST_F(SymbolLoadingTest, DefaultAddressRestoresIndexAndAreaOfABoundTag) {
+TEST_F(SymbolSequenceTest, DefaultAddressRestoresIndexAndAreaOfABoundTag) {
     ConfigureAndStart();
     Store(1, SymbolFileBytes(7).Variable("A", 2, 16).Build());
     ITag* const tag = Tag("1?A?I?99?short");
@@ -713,18 +710,18 @@ TEST_F(SymbolLoadingTest, DefaultAddressRestoresIndexAndAreaOfABoundTag) {
     EXPECT_EQ(tag->GetByteOffset(), 99);
 }
 
-TEST_F(SymbolLoadingTest, IdentifierZeroDeclaresNothing) {
+TEST_F(SymbolSequenceTest, IdentifierZeroDeclaresNothing) {
     ConfigureAndStart();
     Tag("1?ID?PROJ_ID?0?unsignedInt");
-    EXPECT_FALSE(Velk().usesDefaultAddresses(1));
-    EXPECT_EQ(Velk().projectIdentifier(1), 0U);
-    EXPECT_EQ(Velk().confirmedProjectIdentifier(1), 0U);
+    EXPECT_FALSE(Symbols().usesDefaultAddresses(1));
+    EXPECT_EQ(Symbols().projectIdentifier(1), 0U);
+    EXPECT_EQ(Symbols().confirmedProjectIdentifier(1), 0U);
     Store(1, FileOf(8, 16));
     GoodRead(16, 8);
     ExpectGoodRead(Tag("1?A?M?99?short"));
 }
 
-TEST_F(SymbolLoadingTest, IdentifierZeroLeavesAnEarlierDeclarationAlone) {
+TEST_F(SymbolSequenceTest, IdentifierZeroLeavesAnEarlierDeclarationAlone) {
     ConfigureAndStart();
     Tag("1?ID?PROJ_ID?7?unsignedInt");
     Tag("1?ID?PROJ_ID?0?unsignedInt");
@@ -732,7 +729,7 @@ TEST_F(SymbolLoadingTest, IdentifierZeroLeavesAnEarlierDeclarationAlone) {
     ExpectGoodRead(Tag("1?A?M?99?short"));
 }
 
-TEST_F(SymbolLoadingTest, ReplacedStoredFileIsNotReadAgainWhileTheProjectMatches) {
+TEST_F(SymbolSequenceTest, ReplacedStoredFileIsNotReadAgainWhileTheProjectMatches) {
     ConfigureAndStart();
     Store(1, FileOf(7, 16));
     ITag* const tag = Tag("1?A?M?0?short");
