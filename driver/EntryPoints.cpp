@@ -23,7 +23,6 @@ constexpr std::size_t kIdentifierLength = 4;
 constexpr std::int64_t kReplyOverhead = 7; // status word, four bytes without meaning, one quality byte
 constexpr int kWriteMargin = 8;            // room around a value for the element that it lies in
 
-constexpr char const* kNoBuffer = "Can't allocate buffer";
 constexpr char const* kItemConversion = "datagramItem conversion error";
 
 std::int64_t imageLength(ITag const* const* tags, int count) {
@@ -62,6 +61,10 @@ struct BlockPlace {
 
 } // namespace
 
+bool EntryPoints::canCarry(ITag const* tag) {
+    return !refuseImage(&tag, 1, tag->PackedLen(), false);
+}
+
 bool EntryPoints::readElements(ITag const* tag, unsigned char* bytes, int length) {
     if (!session_.link.requireOpen()) {
         return false;
@@ -79,7 +82,7 @@ bool EntryPoints::readElements(ITag const* tag, unsigned char* bytes, int length
     }
     Image image(needed);
     if (!image.available()) {
-        return session_.errors.fail(kErrorPort, kNoBuffer);
+        return session_.errors.fail(kErrorPort, kOutOfMemory);
     }
     if (!fillBlock(tag, image.bytes(), static_cast<int>(place.length))) {
         return false;
@@ -107,7 +110,7 @@ bool EntryPoints::readList(ITag const* const* tags, int count, unsigned char* va
     }
     Image image(length);
     if (!image.available()) {
-        return session_.errors.fail(kErrorPort, kNoBuffer);
+        return session_.errors.fail(kErrorPort, kOutOfMemory);
     }
     if (!readImage(tags, count, image.bytes())) {
         return false;
@@ -160,7 +163,7 @@ bool EntryPoints::writeValue(ITag const* tag, unsigned char const* value) {
     BlockPlace const place(velkTag(*tag), packedLength);
     Image image(std::max(std::int64_t{packedLength} + kWriteMargin, place.length));
     if (!image.available()) {
-        return session_.errors.fail(kErrorPort, kNoBuffer);
+        return session_.errors.fail(kErrorPort, kOutOfMemory);
     }
     bool const isWholeElement = place.skip == 0 && place.length == packedLength;
     if (!isWholeElement && !fillBlock(tag, image.bytes(), static_cast<int>(place.length))) {
@@ -187,7 +190,7 @@ bool EntryPoints::writeList(ITag const* const* tags, int count, unsigned char co
     }
     Image image(length);
     if (!image.available()) {
-        return session_.errors.fail(kErrorPort, kNoBuffer);
+        return session_.errors.fail(kErrorPort, kOutOfMemory);
     }
     unsigned char* destination = image.bytes().data();
     for (int i = 0; i < count; ++i) {

@@ -21,6 +21,9 @@ public:
     /** @p ident names the driver's instance to the host. */
     EntryPoints(Session& session, char const* ident) : session_(session), ident_(ident) {}
 
+    /** Whether an exchange can carry the tag's value at all; when not, why a read of it fails is the last error. */
+    bool canCarry(ITag const* tag);
+
     /** Protocol_VELK::ReadBlock(). */
     bool readElements(ITag const* tag, unsigned char* bytes, int length);
 

@@ -28,6 +28,11 @@ unsigned char repackBit(Tag_VELK const& tag, unsigned char packed) {
     return packed != 0 ? static_cast<unsigned char>(1U << static_cast<unsigned>(tag.GetBitIndex())) : packed;
 }
 
+/** The PLC runs another project. That says nothing of the login. */
+bool isOtherProject(std::optional<std::uint16_t> status) {
+    return status == kStatusOtherProject1 || status == kStatusOtherProject2;
+}
+
 bool addValue(ListRequest& request, Tag_VELK const& tag, std::span<unsigned char const> value) {
     if (tag.isBitArea() && value.size() == 1) {
         unsigned char const bit = repackBit(tag, value.front());
@@ -198,10 +203,11 @@ std::optional<ListAccess::Reply> ListAccess::exchangeList(int length) {
 }
 
 bool ListAccess::takeWriteReply(Reply reply) {
-    bool const accepted = replyStatus(reply, order_) == kStatusDone;
+    std::optional<std::uint16_t> const status = replyStatus(reply, order_);
+    bool const accepted = status == kStatusDone;
     if (accepted) {
         session_.login.succeeded();
-    } else {
+    } else if (!isOtherProject(status)) {
         session_.login.failed();
     }
     return (accepted && reply.size() == kWriteReplyLength) ||
@@ -218,7 +224,7 @@ bool ListAccess::takeReadReply(Reply reply) {
         session_.login.succeeded();
         return takeValues(reply);
     }
-    if (*status == kStatusOtherProject1 || *status == kStatusOtherProject2) {
+    if (isOtherProject(status)) {
         recoverFromOtherProject();
         return false;
     }

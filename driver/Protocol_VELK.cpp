@@ -33,7 +33,8 @@ void Protocol_VELK::record(void* driver, int code, char const* text) {
 template <typename Step>
 bool Protocol_VELK::guarded(Step&& step) {
     bool result = false;
-    return ProtUtilsN::noThrow([&] { result = step(); }) ? result : session_.errors.fail(kErrorPort, "Out of memory");
+    return ProtUtilsN::noThrow([&] { result = step(); }) ? result
+                                                         : session_.errors.fail(kErrorPort, _VELK::kOutOfMemory);
 }
 
 // Identity
@@ -79,7 +80,6 @@ TagBase* Protocol_VELK::CreateTagBase(char const* address) {
     if (tag->isProjectIdentifier()) {
         session_.symbols.declareProject(tag->nodeId(), static_cast<std::uint32_t>(tag->index()));
     }
-    tag->setSwapBytes(session_.params.getNodeParams(tag->nodeId())->isBigEndian());
     return tag.release();
 }
 
@@ -132,6 +132,11 @@ bool Protocol_VELK::CanAddToWriteDatagram(ITag const* const* tags, int count, IT
 
 // Reading and writing
 
+bool Protocol_VELK::Read(ITag const* tag, unsigned char* value) {
+    // Asked before memory is, as the other calls do.
+    return (tag == nullptr || EntryPoints(session_, GetIdent()).canCarry(tag)) && ProtocolBase::Read(tag, value);
+}
+
 bool Protocol_VELK::ReadBlock(ITag const* tag, unsigned char* bytes, int length) {
     return guarded([&] { return EntryPoints(session_, GetIdent()).readElements(tag, bytes, length); });
 }
@@ -142,7 +147,7 @@ bool Protocol_VELK::ReadDatagram(ITag const* const* tags, int count, unsigned ch
 
 bool Protocol_VELK::ReadDatagramWithStatus(ITag const* const* tags, int count, unsigned char* values,
                                            idal_error_t* status) {
-    if (status == nullptr) {
+    if (status == nullptr && count > 0) {
         return session_.errors.fail(kErrorRequest, _VELK::kInvalidArgument);
     }
     std::fill_n(status, std::max(count, 0), kItemNotProcessed);
@@ -159,7 +164,7 @@ bool Protocol_VELK::WriteDatagram(ITag const* const* tags, int count, unsigned c
 
 bool Protocol_VELK::WriteDatagramWithStatus(ITag const* const* tags, int count, unsigned char const* values,
                                             idal_error_t* status) {
-    if (status == nullptr) {
+    if (status == nullptr && count > 0) {
         return session_.errors.fail(kErrorRequest, _VELK::kInvalidArgument);
     }
     if (!WriteDatagram(tags, count, values)) {

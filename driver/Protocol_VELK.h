@@ -51,6 +51,7 @@ public:
     bool CanAddToWriteDatagram(ITag const* const* tags, int count, ITag const* tag) const override;
 
     // Reading and writing: tags[0] is looked at even when there are no tags
+    bool Read(ITag const* tag, unsigned char* value) override;
     bool ReadBlock(ITag const* tag, unsigned char* bytes, int length) override;
     bool ReadDatagram(ITag const* const* tags, int count, unsigned char* values) override;
     bool ReadDatagramWithStatus(ITag const* const* tags, int count, unsigned char* values,

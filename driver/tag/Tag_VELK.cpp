@@ -69,25 +69,25 @@ bool Tag_VELK::parse(_VELK::TagServices const& driver) {
 }
 
 bool Tag_VELK::findParameters(_VELK::TagServices const& driver, _VELK::TagAddress const& fields) {
-    commonParams_ = driver.params.getCommonParams();
-    if (commonParams_ == nullptr) {
+    params_ = &driver.params;
+    if (params_->getCommonParams() == nullptr) {
         return refuse("Can't access protocol common parameters");
     }
     nodeId_ = ProtUtilsN::clampToInt(ProtUtilsN::parseInteger(fields.node.c_str(), 0));
-    nodeParams_ = driver.params.getNodeParams(nodeId_);
     bool const undeclarable = fields.addressSpace == kProjectIdentifierType && !_VELK::isKnownNode(nodeId_);
-    if (nodeParams_ == nullptr || undeclarable) {
+    if (params_->getNodeParams(nodeId_) == nullptr || undeclarable) {
         return refuse("Can't access protocol node parameters");
     }
     return true;
 }
 
 bool Tag_VELK::findMemoryType(_VELK::TagServices const& driver, std::string const& addressSpace) {
-    model_ = driver.memory.getModel(nodeParams_->model);
+    std::string const& modelName = params_->getNodeParams(nodeId_)->model;
+    model_ = driver.memory.getModel(modelName);
     if (model_ == nullptr) {
         return refuse("Can't access model");
     }
-    memoryType_ = driver.memory.getMemoryType(nodeParams_->model, addressSpace);
+    memoryType_ = driver.memory.getMemoryType(modelName, addressSpace);
     return memoryType_ != nullptr || refuse("Can't access memory type");
 }
 
@@ -167,6 +167,10 @@ bool Tag_VELK::isProjectIdentifier() const {
     return memoryType_ != nullptr && memoryType_->getName() == kProjectIdentifierType;
 }
 
+bool Tag_VELK::swapsBytes() const {
+    return params_ != nullptr && params_->getNodeParams(nodeId_)->isBigEndian();
+}
+
 int Tag_VELK::maxDatagramItems() const {
     return model_ != nullptr ? model_->getMaxDatagramItems() : 0;
 }
@@ -217,7 +221,7 @@ bool Tag_VELK::Convert(unsigned char const* source, unsigned char* destination, 
     if (source == nullptr || destination == nullptr) {
         return false;
     }
-    if (!swapBytes_) {
+    if (!swapsBytes()) {
         return TagBase::Convert(source, destination, towardsPlc);
     }
     auto const packedLength = static_cast<std::size_t>(std::max(PackedLen(), 0));

@@ -13,8 +13,7 @@ struct MemTypeRow;
 
 namespace _VELK {
 class RtsSym;
-struct CommonParams;
-struct NodeParams;
+class ParamManager;
 struct TagAddress;
 struct TagServices;
 } // namespace _VELK
@@ -92,9 +91,8 @@ public:
     int maxDatagramLength() const;                                    ///< bytes
     std::string const& variableName() const { return variableName_; } ///< with "." for every "/"
 
-    /** The node's byte order is not this machine's. */
-    bool swapsBytes() const { return swapBytes_; }
-    void setSwapBytes(bool swap) { swapBytes_ = swap; }
+    /** The node's present byte order is not this machine's; a further Config() may change it. */
+    bool swapsBytes() const;
 
 private:
     /** What exchanges find out. */
@@ -120,7 +118,6 @@ private:
     bool fixByteOrder(std::span<unsigned char> value) const;
 
     bool valid_ = false;
-    bool swapBytes_ = false;
     bool bitArea_ = false;
     std::string address_;
     int nodeId_ = 0;
@@ -130,8 +127,7 @@ private:
     int configuredIndex_ = 0;
     int configuredSubindex_ = 0;
     MemoryType const* memoryType_ = nullptr;
-    _VELK::NodeParams const* nodeParams_ = nullptr;
-    _VELK::CommonParams const* commonParams_ = nullptr;
+    _VELK::ParamManager const* params_ = nullptr;
     Model const* model_ = nullptr;
     MemTypeRow const* addressSpaceRow_ = nullptr;
     std::string variableName_;

@@ -375,4 +375,32 @@ TEST_F(AllocationFailureTest, Init) {
     MakeDriver();
 }
 
+TEST_F(AllocationFailureTest, ShortMemoryIsReportedInOneWay) {
+    ConfigureAndStart();
+    ITag* const tag = Tag("1?A?M?0?string-300");
+    ITag const* const tags[] = {tag};
+    Bytes value(300);
+    idal_error_t status = 77;
+    std::string const config = ConfigText().Set("uart", "a_serial_port_with_a_long_name").Build();
+    std::vector<std::function<bool()>> const calls{
+        [&] { return driver->Config(config.c_str()); },
+        [&] { return driver->ReadBlock(tag, value.data(), 300); },
+        [&] { return driver->ReadDatagram(tags, 1, value.data()); },
+        [&] { return driver->ReadDatagramWithStatus(tags, 1, value.data(), &status); },
+        [&] { return driver->Write(tag, value.data()); },
+        [&] { return driver->WriteDatagramWithStatus(tags, 1, value.data(), &status); },
+    };
+    for (std::size_t i = 0; i < calls.size(); ++i) {
+        driver->Config("none");
+        bool ok = true;
+        {
+            AllocationGate const gate(1);
+            ok = calls[i]();
+        }
+        EXPECT_FALSE(ok) << i;
+        EXPECT_EQ(driver->GetLastError(), 0) << i;
+        EXPECT_STREQ(driver->GetLastErrorString(), "Out of memory") << i;
+    }
+}
+
 } // namespace

@@ -19,6 +19,7 @@ protected:
 
     static Bytes ListOfA() { return Hex("2E 00 | 01 00 00 00 | 00 00 10 00 00 00 02 00 00 00 | 44 33 22 11"); }
     static Bytes ListOfABigEndian() { return Hex("2E 00 | 00 00 00 01 | 00 00 00 00 00 10 00 00 00 02 | 11 22 33 44"); }
+    static Bytes WriteOfA() { return Hex("3C 00 | 01 00 00 00 | 00 00 10 00 00 00 02 00 00 00 34 12 | 44 33 22 11"); }
     static Bytes ReplyOfA() { return Hex("00 00 | 00 00 00 00 | 01 34 12"); }
 
     /** One undisturbed read of A; with a login first when @p login is set. */
@@ -432,9 +433,8 @@ TEST_F(LoginSequenceTest, RefusedWritesCountToo) {
     ITag* const tag = Tag("1?A?M?0?short");
     ScriptRead(true);
     ExpectReadOf(tag);
-    Bytes const request = Hex("3C 00 | 01 00 00 00 | 00 00 10 00 00 00 02 00 00 00 34 12 | 44 33 22 11");
     for (int i = 0; i < 5; ++i) {
-        Intel().LinkCheck().Exchange(request, Hex("05 00"));
+        Intel().LinkCheck().Exchange(WriteOfA(), Hex("05 00"));
         EXPECT_FALSE(Write({tag}, Hex("34 12")));
     }
     ScriptRead(true);
@@ -451,8 +451,7 @@ TEST_F(LoginSequenceTest, SuccessfulWriteBeginsTheCountAnew) {
             Intel().DeadLinkCheck();
             EXPECT_FALSE(Read({tag}).ok);
         }
-        Intel().LinkCheck().Exchange(Hex("3C 00 | 01 00 00 00 | 00 00 10 00 00 00 02 00 00 00 34 12 | 44 33 22 11"),
-                                     Hex("00 00"));
+        Intel().LinkCheck().Exchange(WriteOfA(), Hex("00 00"));
         EXPECT_TRUE(Write({tag}, Hex("34 12")));
     }
 }
@@ -529,6 +528,71 @@ TEST_F(LoginSequenceTest, FailuresBeforeALoginDoNotCount) {
     }
     ScriptRead(false);
     ExpectReadOf(tag);
+}
+
+// --- a further configuration ---
+
+TEST_F(LoginSequenceTest, LogoutAfterAFurtherConfigurationGoesOutAsTheLoginDid) {
+    ConfigureAndStart(ConfigText().Set("model", "Motorola").Set("Timeout", "700"));
+    ITag* const five = Tag("5?A?M?0?short");
+    ITag* const three = Tag("3?A?M?0?short");
+    Motorola().LinkCheck().Login().Exchange(ListOfABigEndian(), Hex("00 00 | 00 00 00 00 | 01 12 34"));
+    ExpectReadOf(five);
+    ASSERT_TRUE(driver->Config(ConfigText().Set("model", "Intel").Set("Timeout", "500").Build().c_str()));
+    port.reads.clear();
+    Motorola().Logout();
+    ScriptRead(true);
+    ExpectReadOf(three);
+    ASSERT_EQ(port.reads.size(), 12U);
+    for (std::size_t i = 0; i < port.reads.size(); ++i) {
+        EXPECT_EQ(port.reads[i].firstByteTimeoutMs, i < 3 ? 700 : 500) << i;
+    }
+}
+
+TEST_F(LoginSequenceTest, ReadOnTheSameNodeAfterAFurtherConfigurationUsesItsPresentParameters) {
+    ConfigureAndStart(ConfigText().Set("model", "Motorola"));
+    ITag* const five = Tag("5?A?M?0?short");
+    Motorola().LinkCheck().Login().Exchange(ListOfABigEndian(), Hex("00 00 | 00 00 00 00 | 01 12 34"));
+    ExpectReadOf(five);
+    ASSERT_TRUE(driver->Config(ConfigText().Set("model", "Intel").Build().c_str()));
+    ScriptRead(false);
+    ExpectReadOf(five);
+}
+
+// --- another project ---
+
+TEST_F(LoginSequenceTest, WritesThatAnotherProjectRefusesDoNotCount) {
+    ConfigureAndStart();
+    ITag* const tag = Tag("1?A?M?0?short");
+    ScriptRead(true);
+    ExpectReadOf(tag);
+    for (int i = 0; i < 3; ++i) {
+        for (char const* status : {"48 00", "33 00"}) {
+            Intel().LinkCheck().Exchange(WriteOfA(), Hex(status));
+            EXPECT_FALSE(Write({tag}, Hex("34 12")));
+            ExpectError(-6, "Wrong reply length or ack in WriteData operation");
+        }
+    }
+    EXPECT_TRUE(LoginState().isLoggedIn());
+    ScriptRead(false);
+    ExpectReadOf(tag);
+}
+
+TEST_F(LoginSequenceTest, WriteThatAnotherProjectRefusesDoesNotBeginTheCountAnew) {
+    ConfigureAndStart();
+    ITag* const tag = Tag("1?A?M?0?short");
+    ScriptRead(true);
+    ExpectReadOf(tag);
+    for (int i = 0; i < 4; ++i) {
+        Intel().DeadLinkCheck();
+        EXPECT_FALSE(Read({tag}).ok);
+    }
+    Intel().LinkCheck().Exchange(WriteOfA(), Hex("48 00"));
+    EXPECT_FALSE(Write({tag}, Hex("34 12")));
+    EXPECT_TRUE(LoginState().isLoggedIn());
+    Intel().DeadLinkCheck();
+    EXPECT_FALSE(Read({tag}).ok);
+    EXPECT_FALSE(LoginState().isLoggedIn());
 }
 
 } // namespace

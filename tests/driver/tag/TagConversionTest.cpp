@@ -184,4 +184,26 @@ TEST_F(TagConversionTest, LittleEndianNodesUseOneScratchOnly) {
     }
 }
 
+// --- a further configuration ---
+
+TEST_F(TagConversionTest, TagsFollowTheirNodesPresentByteOrder) {
+    ITag* const tag = Tag("3?A?M?0?short"); // the node has the general model
+    ITag* const copy = tag->Clone();
+    EXPECT_EQ(ToHost(tag, Hex("12 34")), Hex("12 34"));
+    ASSERT_TRUE(driver->Config(ConfigText().Set("model", "Motorola").Build().c_str()));
+    for (ITag const* each : {tag, copy}) {
+        EXPECT_EQ(ToHost(each, Hex("12 34")), Hex("34 12"));
+        EXPECT_EQ(ToPlc(each, Hex("34 12")), Hex("12 34"));
+    }
+    ASSERT_TRUE(driver->Config(ConfigText().Build().c_str()));
+    EXPECT_EQ(ToHost(tag, Hex("12 34")), Hex("12 34"));
+    delete copy;
+}
+
+TEST_F(TagConversionTest, TagsFollowARecordThatTheirNodeGetsLater) {
+    ITag* const tag = Tag("4?A?M?0?short");
+    ASSERT_TRUE(driver->Config(ConfigText().Node(4, "model", "Motorola").Build().c_str()));
+    EXPECT_EQ(ToHost(tag, Hex("12 34")), Hex("34 12"));
+}
+
 } // namespace
