@@ -48,7 +48,7 @@ struct SymbolFileHeader {
 /** At the start of a section: u32 kind, u32 length, u32 unused, u32 number of records. */
 struct SectionHeader {
     std::uint32_t kind = 0;
-    std::uint32_t length = 0; ///< bytes from the start of this header to the next section
+    std::uint32_t length = 0; ///< bytes from the start of this header to the next section; for skipping only
     std::uint32_t recordCount = 0;
 };
 

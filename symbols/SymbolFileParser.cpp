@@ -62,13 +62,10 @@ bool SymbolFileParser::findSection(std::uint32_t kind, SectionHeader& section) {
             return false;
         }
         section = parseSectionHeader(bytes);
-        if (section.length < kSectionHeaderSize) {
-            return false;
-        }
         if (section.kind == kind) {
             return true;
         }
-        if (!reader_.seek(start + section.length)) {
+        if (section.length < kSectionHeaderSize || !reader_.seek(start + section.length)) {
             return false;
         }
     }

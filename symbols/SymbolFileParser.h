@@ -17,9 +17,9 @@ namespace _VELK {
  * Turns a symbol file (SymbolFileFormat.h) into a list of symbols, one for each variable record, in one pass.
  *
  * The file may come from anywhere, so nothing in it is trusted. Corrupted are: a short or unknown header, a missing
- * section, a section shorter than its header, anything that ends behind the file, more records or dimensions than
- * the rest of the file could hold, a record that does not lead forward, records that overlap so much that they name
- * more bytes than the file has, and a variable whose type, or whose type's element type, is not in the file.
+ * section, a skipped section shorter than its header, anything that ends behind the file, more records or dimensions
+ * than the rest of the file could hold, a record that does not lead forward, records that overlap so much that they
+ * name more bytes than the file has, and a variable whose type, or whose type's element type, is not in the file.
  */
 class SymbolFileParser {
 public:
