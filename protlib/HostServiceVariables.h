@@ -19,4 +19,4 @@ extern IInterface* piSmux;             ///< "ISmux", optional: not used
 extern IInterface* piFastTimer;        ///< "IFastTimer", optional: not used
 
 /** Gives the processor to the host's other tasks once. Does nothing without a scheduler. */
-void yieldToHost() noexcept;
+void yieldToHost();

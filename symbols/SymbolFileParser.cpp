@@ -28,7 +28,7 @@ std::span<std::uint8_t> bytesOf(std::span<char> text) noexcept {
 
 } // namespace
 
-SymbolFileParser::SymbolFileParser(std::FILE* file, YieldHook yield) noexcept
+SymbolFileParser::SymbolFileParser(std::FILE* file, YieldHook yield)
     : reader_(file), yield_(yield), bytesToKeep_(reader_.size()) {}
 
 bool SymbolFileParser::parse(SymbolListTag& list) {

@@ -24,13 +24,13 @@ namespace _VELK {
 class SymbolFileParser {
 public:
     /** @p yield is called after the variable records 0, 100, 200 and so on. */
-    SymbolFileParser(std::FILE* file, YieldHook yield) noexcept;
+    SymbolFileParser(std::FILE* file, YieldHook yield);
 
     /**
      * Fills @p list, which loses what it held before: count, symbols, texts and projectId.
      *
-     * False when the file is corrupted; the symbols made until then stay in the list. Throws std::bad_alloc, with
-     * the list in the same state.
+     * False when the file is corrupted; the symbols made until then stay in the list. Throws std::bad_alloc and what
+     * the yield hook throws, with the list in the same state.
      */
     bool parse(SymbolListTag& list);
 
