@@ -17,6 +17,9 @@ enum class Outcome {
     HostException ///< it threw anything else, which only a service of the host does
 };
 
+inline constexpr char const* kOutOfMemoryText = "Out of memory";
+inline constexpr char const* kHostExceptionText = "Exception in a host service";
+
 /**
  * Runs @p step and answers how it ended.
  *
