@@ -51,31 +51,24 @@ IInterface* ProtocolBase::ConvertTo(char const* name) {
 // Tags
 
 ITag* ProtocolBase::CreateTag(char const* address) {
-    ITag* tag = nullptr;
-    bool const isKept = noThrow([&] {
-        tag = CreateTagBase(address);
-        if (tag != nullptr) {
-            tags_.push_back(tag);
-        }
-    });
-    if (isKept) {
-        return tag;
+    TagBase* tag = nullptr;
+    if (!noThrow([&] { tag = CreateTagBase(address); })) {
+        SetError(kErrorPort, "Can't allocate Tag");
     }
-    delete tag;
-    SetError(kErrorPort, "Can't allocate Tag");
-    return nullptr;
+    if (tag != nullptr) {
+        tags_.append(tag->registryPlace());
+    }
+    return tag;
 }
 
 void ProtocolBase::FreeTag(ITag* tag) {
-    tags_.remove(tag);
-    delete tag;
+    delete tag; // which takes it out of the registry
 }
 
 void ProtocolBase::DeleteTags() noexcept {
-    for (auto* const tag : tags_) {
+    while (auto* const tag = tags_.first()) {
         delete tag;
     }
-    tags_.clear();
 }
 
 // Reading

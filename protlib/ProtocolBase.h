@@ -2,8 +2,8 @@
 
 #include "interfaces/ErrorCodes.h"
 #include "interfaces/IProtocol.h"
+#include "protlib/TagRegistry.h"
 
-#include <list>
 #include <string>
 
 /**
@@ -107,7 +107,7 @@ public:
     void DeleteTags() noexcept;
 
 private:
-    std::list<ITag*> tags_; // owned, in the order of their creation
+    TagRegistry tags_; // owned
     int errorCode_ = kErrorNone;
     std::string errorText_;
     std::string ident_;

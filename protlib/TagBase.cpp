@@ -20,6 +20,8 @@ std::size_t lengthFrom(int length) {
 
 } // namespace
 
+TagBase::TagBase(TagBase const& other) : ITag(other), conversions(other.conversions), errorText_(other.errorText_) {}
+
 TagBase::~TagBase() = default;
 
 int TagBase::PackedLen() const {

@@ -14,6 +14,21 @@ using velktest::AllocationGate;
 
 // --- what needs the heap ---
 
+TEST(CreateTagAllocation, RegisteringATagUsesNoHeap) {
+    // So there is no list of the tags beside the tags, which freeing one of them would have to search.
+    TestDriver driver;
+    driver.addresses.reserve(8);
+    driver.deletions.reserve(8);
+    for (int i = 0; i < 3; ++i) {
+        driver.offer(TestTag());
+    }
+    AllocationGate const gate;
+    for (int i = 0; i < 3; ++i) {
+        EXPECT_NE(driver.CreateTag("x"), nullptr);
+    }
+    EXPECT_EQ(AllocationGate::Seen(), 0U);
+}
+
 std::size_t allocationsOfARead(int length) {
     TestDriver driver;
     TestTag const tag(ICU_STRING, ICU_BYTE, length);
