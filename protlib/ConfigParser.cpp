@@ -74,10 +74,12 @@ void CfgParser::collectEntries() {
                 {static_cast<std::size_t>(begin - text_.cbegin()), static_cast<std::size_t>(equals - begin)});
         }
     }
-    std::sort(entries_.begin(), entries_.end(), [this](Entry const& a, Entry const& b) {
+    auto const isBefore = [this](Entry const& a, Entry const& b) {
         int const order = nameOf(a).compare(nameOf(b));
         return order < 0 || (order == 0 && a.begin < b.begin);
-    });
+    };
+    std::make_heap(entries_.begin(), entries_.end(), isBefore);
+    std::sort_heap(entries_.begin(), entries_.end(), isBefore); // a quarter of the code of std::sort
 }
 
 std::string_view CfgParser::nameOf(Entry const& entry) const {

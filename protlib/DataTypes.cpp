@@ -89,8 +89,8 @@ bool lengthOf(DataType const& row, std::int64_t count, int& length) {
 }
 
 DataType const* rowOfType(ICU_Type type) {
-    auto const row = std::find_if(DataTypes.begin(), DataTypes.end(), [&](auto const& r) { return r.type == type; });
-    return row == DataTypes.end() ? nullptr : &*row;
+    auto const row = static_cast<std::size_t>(type) - 1; // no type, 0, wraps to what is no row either
+    return row < DataTypes.size() ? &DataTypes[row] : nullptr;
 }
 
 } // namespace

@@ -65,7 +65,7 @@ void ProtocolBase::FreeTag(ITag* tag) {
     delete tag; // which takes it out of the registry
 }
 
-void ProtocolBase::DeleteTags() noexcept {
+void ProtocolBase::DeleteTags() {
     while (auto* const tag = tags_.first()) {
         delete tag;
     }
@@ -135,14 +135,12 @@ char const* ProtocolBase::GetLastErrorString() const {
     return errorText_.c_str();
 }
 
-void ProtocolBase::SetError(int code, char const* text) noexcept {
+void ProtocolBase::SetError(int code, char const* text) {
     errorCode_ = code;
-    if (!noThrow([&] { errorText_ = orEmpty(text); })) {
-        errorText_.clear();
-    }
+    ProtUtilsN::keepText(errorText_, text);
 }
 
-void ProtocolBase::SetTagError(TagBase const* tag) noexcept {
+void ProtocolBase::SetTagError(TagBase const* tag) {
     bool const isStored = noThrow([&] {
         std::string text = "Tag URI error: ";
         text.append(orEmpty(tag->GetVarName())).append(" - ").append(tag->GetErrorText());
@@ -158,9 +156,7 @@ char const* ProtocolBase::GetIdent() const {
 }
 
 void ProtocolBase::SetIdent(char const* ident) {
-    if (!noThrow([&] { ident_ = orEmpty(ident); })) {
-        ident_.clear();
-    }
+    ProtUtilsN::keepText(ident_, ident);
 }
 
 char const* ProtocolBase::GetNextInstanceName() const {

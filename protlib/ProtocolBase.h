@@ -98,13 +98,13 @@ public:
     bool WriteBitBlock(ITag const* tag, unsigned char const* bytes, int bits) override; ///< false
 
     /** Stores the last error, replacing the one before. Null, or a text for which there is no memory, is empty. */
-    void SetError(int code, char const* text) noexcept;
+    void SetError(int code, char const* text);
 
     /** Makes the error of a refused tag the last error: -1, "Tag URI error: <address> - <the tag's error text>". */
-    void SetTagError(TagBase const* tag) noexcept;
+    void SetTagError(TagBase const* tag);
 
     /** Destroys every registered tag. */
-    void DeleteTags() noexcept;
+    void DeleteTags();
 
 private:
     TagRegistry tags_; // owned

@@ -47,7 +47,7 @@ public:
     virtual bool DoConversion(unsigned char* buffer, char const* keyword, bool towardsPlc) const;
 
     /** Replaces the tag's error text. Null, or a text for which there is no memory, leaves it empty. */
-    void SetError(char const* text) const noexcept;
+    void SetError(char const* text) const;
 
     /** Why the tag's last operation failed; empty until one did. Valid until the next error. */
     [[nodiscard]] char const* GetErrorText() const noexcept;

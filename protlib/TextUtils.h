@@ -16,6 +16,9 @@ std::string GetTrim(std::string const& text);
  */
 void ParseSubstrings(std::string const& text, std::vector<std::string>& out, char separator);
 
+/** Makes @p kept a copy of @p text; empty when that is null or there is no memory for it. */
+void keepText(std::string& kept, char const* text);
+
 /**
  * The integer at the start of @p text, read as strtoll() reads it; 0 when there is none.
  *

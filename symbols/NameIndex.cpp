@@ -5,7 +5,7 @@
 #include <cctype>
 #include <chrono>
 #include <cstring>
-#include <exception>
+#include <new>
 #include <utility>
 
 namespace _VELK {
@@ -78,7 +78,7 @@ bool RtsHashTag::add(char const* key, void* value) noexcept {
         appendToChain(node);
         slot = {.hash = hash, .number = ++nameCount_};
         return true;
-    } catch (std::exception const&) { // out of memory
+    } catch (std::bad_alloc const&) {
         return false;
     }
 }
