@@ -83,7 +83,7 @@ using ValueBuffer = ProtUtilsN::ScratchBuffer<kValueOnStack>;
 
 bool isAvailable(ValueBuffer const& value, ProtocolBase& protocol) {
     if (!value.available()) {
-        protocol.SetError(kErrorRequest, "Can't allocate buffer");
+        protocol.SetError(kErrorPort, ProtUtilsN::kOutOfMemoryText);
     }
     return value.available();
 }

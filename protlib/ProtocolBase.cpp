@@ -81,7 +81,7 @@ bool ProtocolBase::Read(ITag const* tag, unsigned char* value) {
     auto const length = tag->PackedLen();
     ProtUtilsN::ScratchBuffer<kImageOnStack> image(length);
     if (!image.available()) {
-        SetError(kErrorRequest, "Can't allocate buffer");
+        SetError(kErrorPort, ProtUtilsN::kOutOfMemoryText);
         return false;
     }
     auto* const bytes = image.bytes().data();
