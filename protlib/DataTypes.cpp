@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cstdint>
 #include <limits>
+#include <optional>
 
 namespace ProtUtilsN {
 
@@ -70,22 +71,17 @@ std::int64_t takeCount(std::string& text) {
     return count;
 }
 
-/** Host length of @p count elements in @p length; false when it is negative or does not fit. */
-bool lengthOf(DataType const& row, std::int64_t count, int& length) {
+/** Host length of @p count elements; none when it is negative or does not fit. */
+std::optional<int> lengthOf(DataType const& row, std::int64_t count) {
     constexpr std::int64_t kMaxInt = std::numeric_limits<int>::max();
     if (row.length != 0) {
-        length = row.length;
-        return true;
+        return row.length;
     }
     if (count < 0 || count > kMaxInt) {
-        return false;
+        return std::nullopt;
     }
     std::int64_t const bytes = GetDataLength(row.basicType) * count;
-    if (bytes > kMaxInt) {
-        return false;
-    }
-    length = static_cast<int>(bytes);
-    return true;
+    return bytes <= kMaxInt ? std::optional(static_cast<int>(bytes)) : std::nullopt;
 }
 
 DataType const* rowOfType(ICU_Type type) {
@@ -103,9 +99,14 @@ bool GetICOMType(std::string const& text, ICU_Type& type, ICU_Type& basicType, i
     }
     auto const count = takeCount(name);
     auto const row = std::find_if(DataTypes.begin(), DataTypes.end(), [&](auto const& r) { return name == r.name; });
-    if (row == DataTypes.end() || !lengthOf(*row, count, length)) {
+    if (row == DataTypes.end()) {
         return false;
     }
+    std::optional<int> const bytes = lengthOf(*row, count);
+    if (!bytes) {
+        return false;
+    }
+    length = *bytes;
     type = row->type;
     basicType = row->basicType;
     return true;

@@ -9,6 +9,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstdio>
+#include <optional>
 #include <span>
 
 namespace _VELK {
@@ -36,12 +37,13 @@ public:
 
 private:
     bool readFileHeader(SymbolListTag& list);
-    bool findSection(std::uint32_t kind, SectionHeader& section);
+    std::optional<SectionHeader> findSection(std::uint32_t kind); ///< from here on; skips the others
 
     bool readTypes(SectionHeader const& section);
     bool readTypeRecord(SdbType& type);
     bool readType(TypeRecord const& record, SdbType& type);
     bool readArrayExtra(SdbType& type);
+    bool readExtra(std::size_t length, SdbType& type);
 
     bool readVariables(SectionHeader const& section, SymbolListTag& list);
     bool readVariableRecord(Symbol& symbol, TextPool& texts);
@@ -50,8 +52,8 @@ private:
 
     [[nodiscard]] bool canHold(std::uint64_t count,
                                std::uint64_t bytesEach) const noexcept; ///< whether the file is long enough
-    bool readBytes(std::size_t length, TextPool& pool, std::span<char const>& bytes); ///< a zero follows the bytes
-    bool readText(std::size_t length, TextPool& pool, char const*& text);
+    std::optional<std::span<char const>> readBytes(std::size_t length, TextPool& pool); ///< a zero follows the bytes
+    char const* readText(std::size_t length, TextPool& pool);                           ///< null when it cannot be read
 
     SymbolFileReader reader_;
     YieldHook yield_;
