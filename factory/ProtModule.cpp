@@ -17,7 +17,7 @@ struct Service {
     char const* name;
 };
 
-/** A service that must be there, and what is said when it is not. */
+/** A service that the module needs, and the error text when the host lacks it. */
 struct RequiredService : Service {
     char const* missing;
 };
@@ -49,7 +49,7 @@ ProtUtilsN::Outcome acquire(IInterfaceFactory& host, Service const& service) {
     return ProtUtilsN::contain([&] { *service.variable = host.CreateInterface(service.name); });
 }
 
-/** A host that throws here has the service back all the same, as far as the module is concerned. */
+/** The service counts as given back even when the host throws. */
 void giveBack(IInterfaceFactory& host, IInterface* service) {
     ProtUtilsN::contain([&] { host.ReleaseInterface(service); });
 }
@@ -73,7 +73,7 @@ bool ProtModule::Init(IInterfaceFactory* host) {
         lastError_ = kRequired.front().missing;
         return false;
     }
-    releaseAll(); // what a call whose thread was cancelled has left
+    releaseAll(); // left by a call whose thread was cancelled
     host_ = host;
     if (!acquireRequired()) {
         return false;
@@ -85,7 +85,7 @@ bool ProtModule::Init(IInterfaceFactory* host) {
     return true;
 }
 
-/** On failure what was acquired is given back; the variables keep their stale values, for the host stops here. */
+/** A failure gives back what was acquired; the variables keep their stale values, for the host goes no further. */
 bool ProtModule::acquireRequired() {
     for (std::size_t acquired = 0; acquired < kRequired.size(); ++acquired) {
         RequiredService const& service = kRequired[acquired];

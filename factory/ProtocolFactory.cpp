@@ -14,7 +14,7 @@ IProtocol* ProtocolFactory::CreateProtocol(char const* name) {
 
 void ProtocolFactory::DeleteProtocol(IProtocol* protocol) {
     if (protocol != nullptr) {
-        // Closes the host's port here, where a cancelled thread can still unwind: in a destructor it cannot.
+        // Closes the host's port here: a cancelled thread can unwind from here, but not from a destructor.
         ProtUtilsN::contain([&] { protocol->Stop(); });
     }
     delete protocol;

@@ -40,10 +40,10 @@ constinit std::array<DataType, 26> const DataTypes{{
 
 namespace {
 
-constexpr int kLastTypeWithLength = ICU_INT64; // the 64-bit arrays are left out of the lookup on purpose
+constexpr int kLastTypeWithLength = ICU_INT64; // the lookup leaves out the 64-bit arrays on purpose
 constexpr int kVersion = 200;
 
-/** Takes "(word,word)" off the end of @p text and appends its words; false when the parenthesis stays open. */
+/** Cuts "(word,word)" off @p text and appends its words to @p params; false when the ")" is missing. */
 bool takeParameters(std::string& text, std::vector<std::string>& params) {
     auto const open = text.find('(');
     if (open == std::string::npos) {
@@ -53,7 +53,7 @@ bool takeParameters(std::string& text, std::vector<std::string>& params) {
     if (close == std::string::npos) {
         return false;
     }
-    // A ")" in front of the "(" leaves the rest of the text as the words.
+    // With a ")" before the "(", everything after the "(" is taken for words.
     auto const length = close > open ? close - open - 1 : std::string::npos;
     ParseSubstrings(text.substr(open + 1, length), params, ',');
     text = GetTrim(text.substr(0, open));
@@ -85,7 +85,7 @@ std::optional<int> lengthOf(DataType const& row, std::int64_t count) {
 }
 
 DataType const* rowOfType(ICU_Type type) {
-    auto const row = static_cast<std::size_t>(type) - 1; // no type, 0, wraps to what is no row either
+    auto const row = static_cast<std::size_t>(type) - 1; // 0, no type, wraps to a number too large for a row
     return row < DataTypes.size() ? &DataTypes[row] : nullptr;
 }
 

@@ -16,10 +16,9 @@ inline constexpr char const* kOutOfMemoryText = "Out of memory";
 inline constexpr char const* kHostExceptionText = "Exception in a host service";
 
 /**
- * Says what the exception in hand is; for the functions below.
+ * Says what kind of exception has just been caught; for the functions below.
  *
- * The unwinding of a thread that the host cancels is no exception: it goes on from here. Swallowing it would abort the
- * process.
+ * The unwinding of a thread that the host cancels goes on from here: stopping it would abort the process.
  */
 Outcome outcomeOfCaught();
 
@@ -29,8 +28,8 @@ Outcome outcomeOfCaught();
  * Nothing may be thrown across the module's boundary: every operation that the host can call and that allocates or
  * calls a service of the host runs its body through this.
  *
- * The unwinding of a cancelled thread passes through. So this is not noexcept, and no caller may be that has a service
- * of the host called inside.
+ * The unwinding of a cancelled thread passes through. So neither this nor any function around a call of a host's
+ * service may be noexcept.
  */
 template <typename Step>
 Outcome contain(Step&& step) {

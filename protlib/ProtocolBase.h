@@ -97,7 +97,7 @@ public:
     bool CanWriteBitBlock(ITag const* tag) const override;                              ///< false
     bool WriteBitBlock(ITag const* tag, unsigned char const* bytes, int bits) override; ///< false
 
-    /** Stores the last error, replacing the one before. Null, or a text for which there is no memory, is empty. */
+    /** Replaces the last error. The text is empty when @p text is null or there is no memory for it. */
     void SetError(int code, char const* text);
 
     /** Makes the error of a refused tag the last error: -1, "Tag URI error: <address> - <the tag's error text>". */

@@ -46,7 +46,7 @@ public:
      */
     virtual bool DoConversion(unsigned char* buffer, char const* keyword, bool towardsPlc) const;
 
-    /** Replaces the tag's error text. Null, or a text for which there is no memory, leaves it empty. */
+    /** Replaces the tag's error text, which is empty when @p text is null or there is no memory for it. */
     void SetError(char const* text) const;
 
     /** Why the tag's last operation failed; empty until one did. Valid until the next error. */

@@ -16,15 +16,15 @@ private:
     friend class TagRegistry;
 
     TagBase* tag_;
-    TagPlace* previous_ = this; // neighbours in a ring; of a tag that is not registered only itself
+    TagPlace* previous_ = this; // the neighbours in the ring; a tag that is not registered is alone in its own
     TagPlace* next_ = this;
 };
 
 /**
  * The tags of a protocol in the order of their creation.
  *
- * A ring through the tags themselves: registering a tag needs no memory and leaving the ring no search. The ring does
- * not own its tags.
+ * The tags themselves are linked to a ring: adding one needs no memory, removing one no search. The registry does not
+ * own its tags.
  */
 class TagRegistry {
 public:

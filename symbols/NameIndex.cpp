@@ -29,7 +29,7 @@ std::uint8_t byteOf(char character) noexcept {
     return static_cast<std::uint8_t>(character);
 }
 
-/** An odd multiplier with its highest bit set that nobody who makes a symbol file can know. */
+/** An odd multiplier with its highest bit set, which the author of a symbol file cannot predict. */
 std::uint32_t newMultiplier(void const* place) noexcept {
     auto const ticks = static_cast<std::uint64_t>(std::chrono::steady_clock::now().time_since_epoch().count());
     auto const address = static_cast<std::uint64_t>(reinterpret_cast<std::uintptr_t>(place));

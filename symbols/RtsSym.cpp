@@ -128,7 +128,7 @@ bool RtsSym::makeIndex() {
         auto index = std::make_unique<RtsHashTag>(static_cast<int>(bucketCount), false, list_.count);
         for (std::uint32_t i = 0; i < list_.count; ++i) {
             Symbol& symbol = list_.symbols[i];
-            // The first symbol of a name wins; a name that is not there even so found no memory.
+            // The first symbol of a name wins. When the name is in the index neither way, there was no memory.
             if (!UtlHashAdd(index.get(), symbol.name, &symbol) && UtlHashGet(index.get(), symbol.name) == nullptr) {
                 return false;
             }

@@ -64,7 +64,7 @@ public:
     /** The symbol of a name, whatever its case, or null. Valid until the list is loaded or cleared again. */
     Symbol const* SymGetSymbol(char const* name) const noexcept;
 
-    /** Releases the symbols and the index of a list and resets the node's flag. A null list is left out. */
+    /** Releases the symbols and the index of a list and resets the node's flag. A null list is ignored. */
     void SymClearSymbolList(std::uint16_t node, SymbolListTag* list) noexcept;
 
     /** Clears the list for every node. */
@@ -73,7 +73,7 @@ public:
     /**
      * Parses an open file, from its start, into an empty list; builds no index. The file stays open.
      *
-     * @return 1, or 0 when the file is corrupted (what was made until then stays in the list until it is cleared)
+     * @return 1, or 0 when the file is corrupted (the symbols read so far stay in the list until it is cleared)
      */
     int SymParseBinaryFile(std::FILE* file, SymbolListTag* list) const;
 

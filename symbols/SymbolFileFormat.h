@@ -12,7 +12,7 @@
  *     sections, one after another         each: section header (16 bytes), records
  *
  * All integers are little-endian; nothing is padded or aligned. Two sections matter: the data types (kind 2) and,
- * behind it, the variables (kind 3). The parse functions here only take fixed parts to pieces; they check nothing.
+ * behind it, the variables (kind 3). The parse functions here only split up fixed parts; they check nothing.
  */
 namespace _VELK {
 

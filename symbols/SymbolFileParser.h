@@ -30,7 +30,7 @@ public:
     /**
      * Fills @p list, which loses what it held before: count, symbols, texts and projectId.
      *
-     * False when the file is corrupted; the symbols made until then stay in the list. Throws std::bad_alloc and what
+     * False when the file is corrupted; the symbols read so far stay in the list. Throws std::bad_alloc and what
      * the yield hook throws, with the list in the same state.
      */
     bool parse(SymbolListTag& list);

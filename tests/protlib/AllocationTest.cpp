@@ -16,7 +16,7 @@ using velktest::AllocationGate;
 // --- what needs the heap ---
 
 TEST(CreateTagAllocation, RegisteringATagUsesNoHeap) {
-    // So there is no list of the tags beside the tags, which freeing one of them would have to search.
+    // So there is no separate list that freeing a tag would have to search.
     TestDriver driver;
     driver.addresses.reserve(8);
     driver.deletions.reserve(8);

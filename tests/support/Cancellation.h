@@ -6,13 +6,13 @@
 /** Threads that a host cancels while they are inside a call of the module. */
 namespace velktest {
 
-/** Ends the calling thread as a host does that cancels it: its stack is unwound from here. */
+/** Cancels the calling thread, as a host may do: its stack is unwound from here. */
 inline void CancelThisThread() {
     pthread_cancel(pthread_self());
     pthread_testcancel();
 }
 
-/** Runs @p step on a thread of its own; true when that thread was cancelled before the step came to its end. */
+/** Runs @p step on a thread of its own; true when that thread was cancelled before the step ended. */
 inline bool IsCancelledIn(std::function<void()> step) {
     auto const run = [](void* argument) -> void* {
         (*static_cast<std::function<void()>*>(argument))();

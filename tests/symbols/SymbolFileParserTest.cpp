@@ -41,7 +41,7 @@ private:
 void expectRefused(SdbBytes const& file) {
     Parsed parsed(file);
     EXPECT_EQ(parsed.result, 0);
-    // What was made until then can be cleared, and the list used again.
+    // The symbols read so far can be cleared, and the list used again.
     RtsSym table(1);
     table.SymClearSymbolList(0, &parsed.list);
     EXPECT_EQ(parsed.list.count, 0U);
@@ -259,7 +259,7 @@ TEST(SymbolFileSections, SkippedSectionShorterThanItsHeaderIsRefused) {
         before.section(2, 16 + 22, 1).simpleType("INT", 3, 2).section(3, 200, 1).variable("a");
         expectRefused(before);
         expectRefused(SdbBytes::withInt().section(1, length, 0).section(3, 200, 1).variable("a"));
-        // A second type section is one to be skipped.
+        // A second type section is skipped, too.
         expectRefused(SdbBytes::withInt().section(2, length, 0).section(3, 200, 1).variable("a"));
     }
 }
