@@ -1,7 +1,7 @@
 // Measures which disturbances of a received block the driver's check does not see, as rates of many trials. Fixed
 // seeds: the same numbers on every machine.
 
-#include "driver/BlockFrame.h"
+#include "driver/link/BlockFrame.h"
 
 #include <algorithm>
 #include <array>
@@ -74,7 +74,7 @@ Rate measure(Disturbance disturb) {
         std::generate(payload.begin(), payload.end(), [&] { return anyByte(random); });
         Frame const sent = [&] {
             Frame frame(8 + kPayloadLength);
-            _VELK::writeBlock(frame, payload, kNumber, true, _VELK::ByteOrder::BigEndian);
+            _VELK::writeBlockFrame(frame, payload, kNumber, true, _VELK::ByteOrder::BigEndian);
             return frame;
         }();
         Frame received = sent;
@@ -85,7 +85,7 @@ Rate measure(Disturbance disturb) {
         ++rate.changed;
         _VELK::ReceivedBlock block;
         bool const accepted =
-            _VELK::readBlock(received, kNumber, _VELK::ByteOrder::BigEndian, block) == _VELK::BlockFault::None;
+            _VELK::parseBlockFrame(received, kNumber, _VELK::ByteOrder::BigEndian, block) == _VELK::BlockFault::None;
         rate.unseen += accepted ? 1 : 0;
     }
     return rate;

@@ -1,23 +1,28 @@
-#include "driver/ErrorTexts.h"
-#include "driver/Protocol_VELK.h"
-#include "driver/Tag_VELK.h"
-#include "interfaces/HostServices.h"
+#include "driver/EntryPoints.h"
+
+#include "driver/ListAccess.h"
+#include "driver/config/ByteOrder.h"
+#include "driver/errors/ErrorTexts.h"
+#include "driver/session/Session.h"
+#include "driver/tag/Tag_VELK.h"
+#include "interfaces/ErrorCodes.h"
 #include "protlib/BitPacking.h"
 #include "protlib/DataTypes.h"
+#include "protlib/MemoryType.h"
 #include "protlib/ScratchBuffer.h"
 
 #include <algorithm>
+
+namespace _VELK {
 
 namespace {
 
 using Image = ProtUtilsN::ScratchBuffer<128>;
 
-constexpr int kMaxPurges = 1'000;
 constexpr std::size_t kIdentifierLength = 4;
 constexpr std::int64_t kReplyOverhead = 7; // status word, four bytes without meaning, one quality byte
 constexpr int kWriteMargin = 8;            // room around a value for the element that it lies in
 
-constexpr char const* kNoBuffer = "Can't allocate buffer";
 constexpr char const* kItemConversion = "datagramItem conversion error";
 
 std::int64_t imageLength(ITag const* const* tags, int count) {
@@ -31,14 +36,12 @@ std::int64_t imageLength(ITag const* const* tags, int count) {
 /** The value of a "PROJ_ID" tag as its node would send it, so that a conversion gives the identifier on every node. */
 void putIdentifier(Tag_VELK const& tag, std::span<unsigned char> image) {
     if (image.size() >= kIdentifierLength) {
-        _VELK::put32(image, static_cast<std::uint32_t>(tag.index()), _VELK::byteOrderOf(tag.swapsBytes()));
+        put32(image, static_cast<std::uint32_t>(tag.index()), byteOrderOf(tag.swapsBytes()));
     }
 }
 
-} // namespace
-
 /** The whole elements of its area that a value of some length lies in. */
-struct Protocol_VELK::BlockPlace {
+struct BlockPlace {
     int skip = 0; ///< bytes before the value
     std::int64_t length = 0;
 
@@ -56,16 +59,18 @@ struct Protocol_VELK::BlockPlace {
     }
 };
 
-bool Protocol_VELK::ReadBlock(ITag const* tag, unsigned char* bytes, int length) {
-    return guarded([&] { return readBlock(tag, bytes, length); });
+} // namespace
+
+bool EntryPoints::canCarry(ITag const* tag) {
+    return !refuseImage(&tag, 1, tag->PackedLen(), false);
 }
 
-bool Protocol_VELK::readBlock(ITag const* tag, unsigned char* bytes, int length) {
-    if (!requireStarted()) {
+bool EntryPoints::readElements(ITag const* tag, unsigned char* bytes, int length) {
+    if (!session_.link.requireOpen()) {
         return false;
     }
     if (tag == nullptr || bytes == nullptr || length < 0) {
-        return fail(kErrorRequest, _VELK::kInvalidArgument);
+        return session_.errors.fail(kErrorRequest, kInvalidArgument);
     }
     if (length == 0) {
         return true;
@@ -77,7 +82,7 @@ bool Protocol_VELK::readBlock(ITag const* tag, unsigned char* bytes, int length)
     }
     Image image(needed);
     if (!image.available()) {
-        return fail(kErrorPort, kNoBuffer);
+        return session_.errors.fail(kErrorPort, kOutOfMemory);
     }
     if (!fillBlock(tag, image.bytes(), static_cast<int>(place.length))) {
         return false;
@@ -87,31 +92,17 @@ bool Protocol_VELK::readBlock(ITag const* tag, unsigned char* bytes, int length)
 }
 
 /** Reads @p length bytes from the start of the tag's first element on. */
-bool Protocol_VELK::fillBlock(ITag const* tag, std::span<unsigned char> image, int length) {
+bool EntryPoints::fillBlock(ITag const* tag, std::span<unsigned char> image, int length) {
     if (velkTag(*tag).isProjectIdentifier()) {
         putIdentifier(velkTag(*tag), image);
         return true;
     }
-    return exchangeAttempts(false, &tag, 1, image.data(), length);
+    return attempt(false, &tag, 1, image.data(), length);
 }
 
-bool Protocol_VELK::ReadDatagram(ITag const* const* tags, int count, unsigned char* values) {
-    return guarded([&] { return readDatagramImage(tags, count, values, nullptr); });
-}
-
-bool Protocol_VELK::ReadDatagramWithStatus(ITag const* const* tags, int count, unsigned char* values,
-                                           idal_error_t* status) {
-    if (status == nullptr) {
-        return fail(kErrorRequest, _VELK::kInvalidArgument);
-    }
-    std::fill_n(status, std::max(count, 0), kItemNotProcessed);
-    return guarded([&] { return readDatagramImage(tags, count, values, status); });
-}
-
-/** Reads the tags and converts their values; with @p status also reports on each. */
-bool Protocol_VELK::readDatagramImage(ITag const* const* tags, int count, unsigned char* values, idal_error_t* status) {
+bool EntryPoints::readList(ITag const* const* tags, int count, unsigned char* values, idal_error_t* status) {
     if (!areTags(tags, count) || (values == nullptr && count > 0)) {
-        return fail(kErrorRequest, _VELK::kInvalidArgument);
+        return session_.errors.fail(kErrorRequest, kInvalidArgument);
     }
     std::int64_t const length = imageLength(tags, count);
     if (refuseImage(tags, count, length, false)) {
@@ -119,9 +110,9 @@ bool Protocol_VELK::readDatagramImage(ITag const* const* tags, int count, unsign
     }
     Image image(length);
     if (!image.available()) {
-        return fail(kErrorPort, kNoBuffer);
+        return session_.errors.fail(kErrorPort, kOutOfMemory);
     }
-    if (!doReadDatagram(tags, count, image.bytes())) {
+    if (!readImage(tags, count, image.bytes())) {
         return false;
     }
     unsigned char const* source = image.bytes().data();
@@ -131,7 +122,7 @@ bool Protocol_VELK::readDatagramImage(ITag const* const* tags, int count, unsign
             status[i] = reportStatus(tag);
         }
         if (!tag.ConvertVariable(source, values, false)) {
-            return fail(kErrorConversion, kItemConversion);
+            return session_.errors.fail(kErrorConversion, kItemConversion);
         }
         source += tag.PackedLen();
         values += tag.GetVarLength();
@@ -140,34 +131,30 @@ bool Protocol_VELK::readDatagramImage(ITag const* const* tags, int count, unsign
 }
 
 /** Answers the tag's status, and makes it the last error when the tag was not found. */
-idal_error_t Protocol_VELK::reportStatus(Tag_VELK const& tag) {
+idal_error_t EntryPoints::reportStatus(Tag_VELK const& tag) {
     if (tag.status() != kItemGood) {
-        failNaming("tag ", tag.variableName().c_str(), " not present in symbol file");
+        session_.errors.failNaming("tag ", tag.variableName().c_str(), " not present in symbol file");
     }
     return tag.status();
 }
 
-bool Protocol_VELK::doReadDatagram(ITag const* const* tags, int count, std::span<unsigned char> image) {
+bool EntryPoints::readImage(ITag const* const* tags, int count, std::span<unsigned char> image) {
     if (velkTag(*tags[0]).isProjectIdentifier()) {
         putIdentifier(velkTag(*tags[0]), image);
         return true;
     }
-    return exchangeAttempts(false, tags, count, image.data(), 0);
+    return attempt(false, tags, count, image.data(), 0);
 }
 
-bool Protocol_VELK::Write(ITag const* tag, unsigned char const* value) {
-    return guarded([&] { return writeOne(tag, value); });
-}
-
-bool Protocol_VELK::writeOne(ITag const* tag, unsigned char const* value) {
-    if (!requireStarted()) {
+bool EntryPoints::writeValue(ITag const* tag, unsigned char const* value) {
+    if (!session_.link.requireOpen()) {
         return false;
     }
     if (tag == nullptr || value == nullptr) {
-        return fail(kErrorRequest, _VELK::kInvalidArgument);
+        return session_.errors.fail(kErrorRequest, kInvalidArgument);
     }
     if (tag->IsReadOnly()) {
-        return fail(kErrorRequest, "writing to read_only type");
+        return session_.errors.fail(kErrorRequest, "writing to read_only type");
     }
     int const packedLength = tag->PackedLen();
     if (refuseImage(&tag, 1, packedLength, true)) {
@@ -176,30 +163,26 @@ bool Protocol_VELK::writeOne(ITag const* tag, unsigned char const* value) {
     BlockPlace const place(velkTag(*tag), packedLength);
     Image image(std::max(std::int64_t{packedLength} + kWriteMargin, place.length));
     if (!image.available()) {
-        return fail(kErrorPort, kNoBuffer);
+        return session_.errors.fail(kErrorPort, kOutOfMemory);
     }
     bool const isWholeElement = place.skip == 0 && place.length == packedLength;
     if (!isWholeElement && !fillBlock(tag, image.bytes(), static_cast<int>(place.length))) {
         return false;
     }
     if (!tag->ConvertVariable(value, image.bytes().data() + place.skip, true)) {
-        return fail(kErrorConversion, "write conversion error");
+        return session_.errors.fail(kErrorConversion, "write conversion error");
     }
     if (velkTag(*tag).isProjectIdentifier()) {
         // Reported as written although nothing goes out, deliberately.
         return true;
     }
     // Also of a part of an element the first bytes of the image go out, deliberately.
-    return exchangeAttempts(true, &tag, 1, image.bytes().data(), 0);
+    return attempt(true, &tag, 1, image.bytes().data(), 0);
 }
 
-bool Protocol_VELK::WriteDatagram(ITag const* const* tags, int count, unsigned char const* values) {
-    return guarded([&] { return writeDatagramImage(tags, count, values); });
-}
-
-bool Protocol_VELK::writeDatagramImage(ITag const* const* tags, int count, unsigned char const* values) {
+bool EntryPoints::writeList(ITag const* const* tags, int count, unsigned char const* values) {
     if (!areTags(tags, count) || (values == nullptr && count > 0)) {
-        return fail(kErrorRequest, _VELK::kInvalidArgument);
+        return session_.errors.fail(kErrorRequest, kInvalidArgument);
     }
     std::int64_t const length = imageLength(tags, count);
     if (refuseImage(tags, count, length, true)) {
@@ -207,71 +190,45 @@ bool Protocol_VELK::writeDatagramImage(ITag const* const* tags, int count, unsig
     }
     Image image(length);
     if (!image.available()) {
-        return fail(kErrorPort, kNoBuffer);
+        return session_.errors.fail(kErrorPort, kOutOfMemory);
     }
     unsigned char* destination = image.bytes().data();
     for (int i = 0; i < count; ++i) {
         if (!tags[i]->ConvertVariable(values, destination, true)) {
-            return fail(kErrorConversion, kItemConversion);
+            return session_.errors.fail(kErrorConversion, kItemConversion);
         }
         values += tags[i]->GetVarLength();
         destination += tags[i]->PackedLen();
     }
-    return exchangeAttempts(true, tags, count, image.bytes().data(), 0);
-}
-
-bool Protocol_VELK::WriteDatagramWithStatus(ITag const* const* tags, int count, unsigned char const* values,
-                                            idal_error_t* status) {
-    if (status == nullptr) {
-        return fail(kErrorRequest, _VELK::kInvalidArgument);
-    }
-    if (!WriteDatagram(tags, count, values)) {
-        return false;
-    }
-    std::fill_n(status, count, kItemGood);
-    return true;
+    return attempt(true, tags, count, image.bytes().data(), 0);
 }
 
 /** Runs the sequencer as often as the node of tags[0] is configured for, until it succeeds. */
-bool Protocol_VELK::exchangeAttempts(bool write, ITag const* const* tags, int count, unsigned char* image, int length) {
-    if (!requireStarted()) {
+bool EntryPoints::attempt(bool write, ITag const* const* tags, int count, unsigned char* image, int length) {
+    if (!session_.link.requireOpen()) {
         return false;
     }
-    for (int left = paramManager_.getNodeParams(GetNodeID(tags[0]))->repeat; left > 0; --left) {
-        emptyPort();
-        if (doProtocolInner(write, tags, count, image, length)) {
+    for (int left = session_.params.getNodeParams(velkTag(*tags[0]).nodeId())->repeat; left > 0; --left) {
+        session_.link.drain();
+        if (ListAccess(session_, ident_).run(write, tags, count, image, length)) {
             return true;
         }
     }
     return false;
 }
 
-/** Bounded, for a port that never runs empty must not hold up the host for ever. */
-void Protocol_VELK::emptyPort() {
-    int left = kMaxPurges;
-    while (left > 0 && port_->Purge(rxFrame_.data(), 0, 0) != 0) {
-        --left;
-    }
-}
-
 /**
  * Refuses what the link's buffers can never hold before memory is asked for it. A call that would not even have come
  * to the buffers keeps its own reason.
  */
-bool Protocol_VELK::refuseImage(ITag const* const* tags, int count, std::int64_t length, bool write) {
+bool EntryPoints::refuseImage(ITag const* const* tags, int count, std::int64_t length, bool write) {
     if (length <= static_cast<std::int64_t>(kDataLength)) {
         return false;
     }
-    if (requireStarted() && requireItemLimit(tags, count)) {
-        fault(kErrorRequest, write ? _VELK::kTxExceeded : _VELK::kRxExceeded);
+    if (session_.link.requireOpen() && requireItemLimit(session_, tags, count)) {
+        session_.errors.fault(kErrorRequest, write ? kTxExceeded : kRxExceeded);
     }
     return true;
 }
 
-bool Protocol_VELK::requireStarted() {
-    return portOpen_ || fail(kErrorState, _VELK::kNotStarted);
-}
-
-bool Protocol_VELK::requireItemLimit(ITag const* const* tags, int count) {
-    return MaxDatagramItems(tags[0]) >= count || fail(kErrorRequest, "Too many items in datagram");
-}
+} // namespace _VELK

@@ -1,96 +1,43 @@
 #include "driver/Protocol_VELK.h"
 
 #include "description/ProtocolDescription.h"
-#include "driver/Tag_VELK.h"
+#include "driver/EntryPoints.h"
+#include "driver/ListAccess.h"
+#include "driver/config/MemoryModels.h"
+#include "driver/errors/ErrorTexts.h"
+#include "driver/tag/TagServices.h"
+#include "driver/tag/Tag_VELK.h"
 #include "interfaces/HostServices.h"
-#include "protlib/DataTypes.h"
 #include "protlib/HostServiceVariables.h"
 #include "protlib/InterfaceNames.h"
-#include "protlib/NoThrow.h"
 
-#include <optional>
+#include <algorithm>
+#include <cstdint>
+#include <memory>
 
-namespace {
-
-constexpr int kMaxItems = 90;
-constexpr int kMaxLength = 1'024;
-constexpr int kMaxIndex = 0x7fffffff;
-constexpr int kByteAreaTypes = 0x1ff3ff; // boolean to string, and the arrays of boolean to double
-constexpr int kBitAreaTypes = 0x1;
-constexpr int kIdentifierTypes = 0x40;
-
-/** One memory type of this driver. The description advertises internal conversion for "M"; it is off, deliberately. */
-struct MemoryRow {
-    char const* name;
-    ICU_Type naturalType;
-    int icomTypes;
-    bool inDatagram;
-};
-
-constexpr std::array<MemoryRow, 10> kMemoryRows{{
-    {"M", ICU_BYTE, kByteAreaTypes, true},
-    {"MB", ICU_BOOLEAN, kBitAreaTypes, false},
-    {"I", ICU_BYTE, kByteAreaTypes, false},
-    {"IB", ICU_BOOLEAN, kBitAreaTypes, false},
-    {"Q", ICU_BYTE, kByteAreaTypes, false},
-    {"QB", ICU_BOOLEAN, kBitAreaTypes, false},
-    {"3", ICU_BYTE, kByteAreaTypes, false},
-    {"4", ICU_BYTE, kByteAreaTypes, false},
-    {"5", ICU_BYTE, kByteAreaTypes, false},
-    {"PROJ_ID", ICU_UNSIGNED_INT, kIdentifierTypes, false},
-}};
-
-MemoryType makeMemoryType(MemoryRow const& row) {
-    MemoryType type;
-    type.setName(row.name);
-    type.setNaturalType(row.naturalType);
-    type.setIcomTypes(row.icomTypes);
-    type.setInDatagram(row.inDatagram);
-    type.setMaxIndex(kMaxIndex);
-    return type;
-}
-
-Model makeModel(char const* name) {
-    Model model(name);
-    model.setMaxDatagramItems(kMaxItems);
-    model.setMaxDatagramLength(kMaxLength);
-    for (MemoryRow const& row : kMemoryRows) {
-        model.addMemoryType(makeMemoryType(row));
-    }
-    return model;
-}
-
-/** The host's number of a parity; none for a text that is no parity. There is deliberately no "space". */
-std::optional<int> parityNumber(std::string const& parity) {
-    constexpr std::array<char const*, 4> kParities{"none", "even", "odd", "mark"};
-    for (std::size_t number = 0; number < kParities.size(); ++number) {
-        if (parity == kParities[number]) {
-            return static_cast<int>(number);
-        }
-    }
-    return std::nullopt;
-}
-
-} // namespace
+using _VELK::EntryPoints;
+using _VELK::ListAccess;
 
 IProtocol* CreateProtocol_VELK() {
     return std::make_unique<Protocol_VELK>().release();
 }
 
-Protocol_VELK::Protocol_VELK()
-    : loginParams_(paramManager_.getNodeParams(0)), serialFactory_(static_cast<ISerialFactory*>(piSerialFactory)) {
-    registerMemory();
-    symbolTable_ = std::make_unique<_VELK::RtsSym>(kNodeCount, &yieldToHost);
+Protocol_VELK::Protocol_VELK() : session_(this, &record, static_cast<ISerialFactory*>(piSerialFactory)) {
+    _VELK::registerModels(memoryManager_);
 }
 
-Protocol_VELK::~Protocol_VELK() {
-    releasePort();
+void Protocol_VELK::record(void* driver, int code, char const* text) {
+    static_cast<Protocol_VELK*>(driver)->SetError(code, text);
 }
 
-void Protocol_VELK::registerMemory() {
-    memoryManager_.addModel(makeModel("Intel"));
-    memoryManager_.addModel(makeModel("Motorola"));
+template <typename Step>
+bool Protocol_VELK::guarded(Step&& step) {
+    bool result = false;
+    return ProtUtilsN::noThrow([&] { result = step(); }) ? result
+                                                         : session_.errors.fail(kErrorPort, _VELK::kOutOfMemory);
 }
+
+// Identity
 
 IInterface* Protocol_VELK::ConvertTo(char const* name) {
     return CompareInterface(name, "Protocol_VELK") ? this : ProtocolBase::ConvertTo(name);
@@ -100,60 +47,28 @@ char const* Protocol_VELK::GetXml() const {
     return GetXml_VELK();
 }
 
+// Lifecycle
+
 bool Protocol_VELK::Config(char const* configuration) {
     return guarded([&] {
-        return paramManager_.parse(configuration) ? takeLineSettings()
-                                                  : fail(kErrorRequest, paramManager_.getLastError());
+        return session_.params.parse(configuration)
+                   ? session_.link.takeSettings()
+                   : session_.errors.fail(kErrorRequest, session_.params.getLastError());
     });
 }
 
-bool Protocol_VELK::takeLineSettings() {
-    _VELK::CommonParams const& common = *paramManager_.getCommonParams();
-    portName_ = common.uart;
-    baudRate_ = common.baudrate;
-    stopBits_ = common.stopbits;
-    dataBits_ = 8;
-    std::optional<int> const parity = parityNumber(common.parity);
-    if (!parity) {
-        return fail(kErrorRequest, "Parser: parameter 'parity' has invalid value");
-    }
-    parity_ = *parity;
-    rs485_ = common.mode == "RS-485" ? 1 : 0;
-    return true;
-}
-
 bool Protocol_VELK::Start() {
-    if (portOpen_) {
-        return true;
-    }
-    port_ = serialFactory_ != nullptr ? serialFactory_->CreatePort(portName_.c_str()) : nullptr;
-    if (port_ != nullptr) {
-        portOpen_ = port_->Open(baudRate_, parity_, dataBits_, stopBits_, rs485_) != 0;
-        if (portOpen_) {
-            return true;
-        }
-        releasePort();
-    }
-    return fail(kErrorRequest, "Can't open serial port");
+    return session_.link.open();
 }
 
 bool Protocol_VELK::Stop() {
-    if (portOpen_) {
-        releasePort();
-        portOpen_ = false;
-    }
+    session_.link.close();
     return true;
 }
 
-void Protocol_VELK::releasePort() {
-    if (port_ != nullptr) {
-        serialFactory_->ReleasePort(port_);
-        port_ = nullptr;
-    }
-}
-
 TagBase* Protocol_VELK::CreateTagBase(char const* address) {
-    auto tag = ProtUtilsN::noThrow([&] { return std::make_unique<Tag_VELK>(address, this); }, nullptr);
+    _VELK::TagServices const services{session_.params, memoryManager_};
+    auto tag = ProtUtilsN::noThrow([&] { return std::make_unique<Tag_VELK>(address, services); }, nullptr);
     if (tag == nullptr) {
         SetError(kErrorPort, "Can't allocate Tag");
         return nullptr;
@@ -162,9 +77,13 @@ TagBase* Protocol_VELK::CreateTagBase(char const* address) {
         SetTagError(tag.get());
         return nullptr;
     }
-    tag->setSwapBytes(paramManager_.getNodeParams(tag->nodeId())->isBigEndian());
+    if (tag->isProjectIdentifier()) {
+        session_.symbols.declareProject(tag->nodeId(), static_cast<std::uint32_t>(tag->index()));
+    }
     return tag.release();
 }
+
+// Planning
 
 bool Protocol_VELK::CanBeOptimized(ITag const* /*a*/, ITag const* /*b*/, bool /*write*/) const {
     return false;
@@ -183,13 +102,11 @@ int Protocol_VELK::GetMaxTm(ITag const* /*tag*/) const {
 }
 
 int Protocol_VELK::MaxDatagramItems(ITag const* tag) const {
-    Model const* const model = tag != nullptr ? velkTag(*tag).model() : nullptr;
-    return model != nullptr ? model->getMaxDatagramItems() : 0;
+    return tag != nullptr ? velkTag(*tag).maxDatagramItems() : 0;
 }
 
 int Protocol_VELK::MaxDatagramLength(ITag const* tag) const {
-    Model const* const model = tag != nullptr ? velkTag(*tag).model() : nullptr;
-    return model != nullptr ? model->getMaxDatagramLength() : 0;
+    return tag != nullptr ? velkTag(*tag).maxDatagramLength() : 0;
 }
 
 bool Protocol_VELK::CanCoexistInDatagram(ITag const* a, ITag const* b) const {
@@ -213,38 +130,66 @@ bool Protocol_VELK::CanAddToWriteDatagram(ITag const* const* tags, int count, IT
     return length <= MaxDatagramLength(tag);
 }
 
-void Protocol_VELK::declareProject(int node, std::uint32_t identifier) {
-    if (!isKnownNode(node) || identifier == 0) {
-        return;
+// Reading and writing
+
+bool Protocol_VELK::Read(ITag const* tag, unsigned char* value) {
+    // Asked before memory is, as the other calls do.
+    return (tag == nullptr || EntryPoints(session_, GetIdent()).canCarry(tag)) && ProtocolBase::Read(tag, value);
+}
+
+bool Protocol_VELK::ReadBlock(ITag const* tag, unsigned char* bytes, int length) {
+    return guarded([&] { return EntryPoints(session_, GetIdent()).readElements(tag, bytes, length); });
+}
+
+bool Protocol_VELK::ReadDatagram(ITag const* const* tags, int count, unsigned char* values) {
+    return guarded([&] { return EntryPoints(session_, GetIdent()).readList(tags, count, values, nullptr); });
+}
+
+bool Protocol_VELK::ReadDatagramWithStatus(ITag const* const* tags, int count, unsigned char* values,
+                                           idal_error_t* status) {
+    if (status == nullptr && count > 0) {
+        return session_.errors.fail(kErrorRequest, _VELK::kInvalidArgument);
     }
-    NodeState& state = nodes_[static_cast<std::size_t>(node)];
-    state.projectIdentifier = identifier;
-    state.confirmedProjectIdentifier = identifier;
-    state.useDefaultAddresses = true;
+    std::fill_n(status, std::max(count, 0), kItemNotProcessed);
+    return guarded([&] { return EntryPoints(session_, GetIdent()).readList(tags, count, values, status); });
 }
 
-Protocol_VELK::NodeState const* Protocol_VELK::nodeState(int node) const {
-    return isKnownNode(node) ? &nodes_[static_cast<std::size_t>(node)] : nullptr;
+bool Protocol_VELK::Write(ITag const* tag, unsigned char const* value) {
+    return guarded([&] { return EntryPoints(session_, GetIdent()).writeValue(tag, value); });
 }
 
-std::uint32_t Protocol_VELK::projectIdentifier(int node) const {
-    NodeState const* const state = nodeState(node);
-    return state != nullptr ? state->projectIdentifier : 0;
+bool Protocol_VELK::WriteDatagram(ITag const* const* tags, int count, unsigned char const* values) {
+    return guarded([&] { return EntryPoints(session_, GetIdent()).writeList(tags, count, values); });
 }
 
-std::uint32_t Protocol_VELK::confirmedProjectIdentifier(int node) const {
-    NodeState const* const state = nodeState(node);
-    return state != nullptr ? state->confirmedProjectIdentifier : 0;
+bool Protocol_VELK::WriteDatagramWithStatus(ITag const* const* tags, int count, unsigned char const* values,
+                                            idal_error_t* status) {
+    if (status == nullptr && count > 0) {
+        return session_.errors.fail(kErrorRequest, _VELK::kInvalidArgument);
+    }
+    if (!WriteDatagram(tags, count, values)) {
+        return false;
+    }
+    std::fill_n(status, count, kItemGood);
+    return true;
 }
 
-bool Protocol_VELK::usesDefaultAddresses(int node) const {
-    NodeState const* const state = nodeState(node);
-    return state != nullptr && state->useDefaultAddresses;
+// The steps
+
+bool Protocol_VELK::doReadDatagram(ITag const* const* tags, int count, std::span<unsigned char> image) {
+    return EntryPoints(session_, GetIdent()).readImage(tags, count, image);
 }
 
-/** Records a reason that names something; when there is no memory for that, one that does not. */
-bool Protocol_VELK::failNaming(char const* before, char const* name, char const* after) {
-    std::string text;
-    bool const named = ProtUtilsN::noThrow([&] { text.append(before).append(name).append(after); });
-    return fail(kErrorRequest, named ? text.c_str() : after);
+bool Protocol_VELK::doProtocolInner(bool write, ITag const* const* tags, int n, unsigned char* data, int len) {
+    return ListAccess(session_, GetIdent()).run(write, tags, n, data, len);
+}
+
+unsigned int Protocol_VELK::doProtocolInner2(int requestLength, int* responseLength, _VELK::NodeParams const* node,
+                                             bool bigEndian) {
+    return session_.link.exchange(requestLength, responseLength, node, bigEndian);
+}
+
+unsigned int Protocol_VELK::readFileFromPLC(char const* plcFileName, char const* localPath,
+                                            _VELK::NodeParams const* node, bool bigEndian) {
+    return session_.upload.fetch(plcFileName, localPath, node, bigEndian);
 }

@@ -2,7 +2,7 @@
 
 namespace {
 
-// Made when the module is loaded; when it is unloaded its destructor gives back what the host has not closed.
+// Made when the module is loaded. When it is unloaded, the destructor gives back services that are still held.
 InterfaceFactory Factory;
 
 } // namespace

@@ -3,9 +3,11 @@
 #include "interfaces/IInterfaceFactory.h"
 #include "protlib/HostServiceVariables.h"
 #include "protlib/InterfaceNames.h"
+#include "protlib/NoThrow.h"
 
 #include <array>
 #include <cstddef>
+#include <utility>
 
 namespace {
 
@@ -15,7 +17,7 @@ struct Service {
     char const* name;
 };
 
-/** A service that must be there, and what is said when it is not. */
+/** A service that the module needs, and the error text when the host lacks it. */
 struct RequiredService : Service {
     char const* missing;
 };
@@ -42,10 +44,20 @@ constexpr std::array<IInterface**, 9> kReleaseOrder{
     &piMultiTask, &piSerialFactory, &piSocketFactory,   &piCDSBuffer,
 };
 
+ProtUtilsN::Outcome acquire(IInterfaceFactory& host, Service const& service) {
+    *service.variable = nullptr;
+    return ProtUtilsN::contain([&] { *service.variable = host.CreateInterface(service.name); });
+}
+
+/** The service counts as given back even when the host throws. */
+void giveBack(IInterfaceFactory& host, IInterface* service) {
+    ProtUtilsN::contain([&] { host.ReleaseInterface(service); });
+}
+
 } // namespace
 
 ProtModule::~ProtModule() {
-    ProtModule::Close();
+    releaseAll();
 }
 
 IInterface* ProtModule::ConvertTo(char const* name) {
@@ -61,27 +73,30 @@ bool ProtModule::Init(IInterfaceFactory* host) {
         lastError_ = kRequired.front().missing;
         return false;
     }
-    if (!acquireRequired(*host)) {
+    releaseAll(); // left by a call whose thread was cancelled
+    host_ = host;
+    if (!acquireRequired()) {
         return false;
     }
     for (Service const& service : kOptional) {
-        *service.variable = host->CreateInterface(service.name);
+        acquire(*host_, service);
     }
-    host_ = host;
     initCount_ = 1;
     return true;
 }
 
-/** On failure what was acquired is given back; the variables keep their stale values, for the host stops here. */
-bool ProtModule::acquireRequired(IInterfaceFactory& host) {
+/** A failure gives back what was acquired; the variables keep their stale values, for the host goes no further. */
+bool ProtModule::acquireRequired() {
     for (std::size_t acquired = 0; acquired < kRequired.size(); ++acquired) {
         RequiredService const& service = kRequired[acquired];
-        *service.variable = host.CreateInterface(service.name);
+        ProtUtilsN::Outcome const outcome = acquire(*host_, service);
         if (*service.variable == nullptr) {
+            lastError_ =
+                outcome == ProtUtilsN::Outcome::HostException ? ProtUtilsN::kHostExceptionText : service.missing;
+            IInterfaceFactory& host = *std::exchange(host_, nullptr);
             for (std::size_t i = 0; i < acquired; ++i) {
-                host.ReleaseInterface(*kRequired[i].variable);
+                giveBack(host, *kRequired[i].variable);
             }
-            lastError_ = service.missing;
             return false;
         }
     }
@@ -99,10 +114,10 @@ void ProtModule::Close() {
 
 void ProtModule::releaseAll() {
     for (IInterface** const variable : kReleaseOrder) {
-        if (*variable != nullptr) {
-            host_->ReleaseInterface(*variable);
+        IInterface* const service = std::exchange(*variable, nullptr);
+        if (host_ != nullptr && service != nullptr) {
+            giveBack(*host_, service);
         }
-        *variable = nullptr;
     }
     host_ = nullptr;
 }

@@ -16,7 +16,7 @@ public:
     ProtModule(ProtModule&&) = delete;
     ProtModule& operator=(ProtModule&&) = delete;
 
-    /** Gives the services back if the host has not closed the module. */
+    /** Gives back the services that are still held. */
     ~ProtModule() override;
 
     /** This object for "ProtModule" and "IProtModule", else null. */
@@ -29,10 +29,10 @@ public:
     [[nodiscard]] char const* GetLastError() const override { return lastError_; }
 
 private:
-    bool acquireRequired(IInterfaceFactory& host);
-    void releaseAll();
+    bool acquireRequired();
+    void releaseAll(); ///< gives back what is held, however often Init() was called
 
     char const* lastError_ = "";
-    IInterfaceFactory* host_ = nullptr;
-    int initCount_ = 0; // successful Init() calls without their Close()
+    IInterfaceFactory* host_ = nullptr; // whose services are held
+    int initCount_ = 0;                 // successful Init() calls without their Close()
 };

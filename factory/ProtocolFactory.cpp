@@ -2,8 +2,7 @@
 
 #include "driver/Protocol_VELK.h"
 #include "protlib/InterfaceNames.h"
-
-#include <memory>
+#include "protlib/NoThrow.h"
 
 IInterface* ProtocolFactory::ConvertTo(char const* name) {
     return CompareInterface(name, "ProtocolFactory") || CompareInterface(name, "IProtocolFactory") ? this : nullptr;
@@ -14,5 +13,9 @@ IProtocol* ProtocolFactory::CreateProtocol(char const* name) {
 }
 
 void ProtocolFactory::DeleteProtocol(IProtocol* protocol) {
-    std::unique_ptr<IProtocol>(protocol).reset();
+    if (protocol != nullptr) {
+        // Closes the host's port here: a cancelled thread can unwind from here, but not from a destructor.
+        ProtUtilsN::contain([&] { protocol->Stop(); });
+    }
+    delete protocol;
 }

@@ -2,7 +2,7 @@
 
 #include "interfaces/IProtocolFactory.h"
 
-/** Creates driver instances. Without state. */
+/** Creates driver instances. Has no state. */
 class ProtocolFactory final : public IProtocolFactory {
 public:
     /** This object for "ProtocolFactory" and "IProtocolFactory", else null. */

@@ -2,7 +2,7 @@
 
 /** Codes that IProtocol::GetLastError() answers; the host tells failures apart by them. */
 inline constexpr int kErrorNone = 1;        ///< nothing failed yet
-inline constexpr int kErrorPort = 0;        ///< fault of the serial port, or a tag for which there is no memory
+inline constexpr int kErrorPort = 0;        ///< fault of the serial port, or no memory
 inline constexpr int kErrorRequest = -1;    ///< configuration, address, buffer and symbol faults
 inline constexpr int kErrorState = -3;      ///< not started, not supported, local file faults
 inline constexpr int kErrorTimeout = -4;    ///< the PLC did not answer in time

@@ -7,12 +7,15 @@
  *
  * Slots 0 to 4 of each are IInterface's. ISocketFactory, ICDSBuffer (required), IDiag, IDriverInterface, ISmux and
  * IFastTimer (optional) are acquired and released only, so they are not declared here: any IInterface will do.
+ *
+ * What a service throws fails the call of the module that needed it. The unwinding of a cancelled thread passes
+ * through.
  */
 
 /** The host's scheduler. Required. */
 class IMultiTask2 : public IInterface {
 public:
-    virtual void HostSlot5() = 0; ///< slots 5 to 8 are the host's own; the module never calls them
+    virtual void HostSlot5() = 0; ///< slots 5 to 8 belong to the host; the module never calls them
     virtual void HostSlot6() = 0;
     virtual void HostSlot7() = 0;
     virtual void HostSlot8() = 0;

@@ -9,11 +9,11 @@ class IProtModule : public IInterface {
 public:
     /**
      * Acquires the host's services from @p host, which must stay valid until the matching Close().
-     * Further calls are only counted. False when a required service is missing: see GetLastError().
+     * Further calls are only counted. False when the host lacks a required service, or throws: see GetLastError().
      */
     virtual bool Init(IInterfaceFactory* host) = 0;
 
-    /** Undoes one Init(); the last one releases the host's services. */
+    /** Undoes one Init(); the last one releases the host's services, as unloading the module does. */
     virtual void Close() = 0;
 
     /** Why Init() failed; empty when it never did. A later success does not clear it; valid until the next failure. */

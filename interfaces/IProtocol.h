@@ -14,6 +14,9 @@ class TagBase; // derives from ITag by single inheritance; opaque to the host
  * Slots 0 to 4 are IInterface's; the operations follow from slot 5 to 32 in the order in which they stand here.
  * A false, zero or null result is a failure; GetLastError() and GetLastErrorString() then hold the reason. The
  * host serialises all calls on one instance. No operation throws.
+ *
+ * tags[0] decides the node of a whole list. In a list with tags of several nodes, which the planning operations refuse,
+ * the others are read from and written to the wrong PLC without an error.
  */
 class IProtocol : public IInterface {
 public:

@@ -10,7 +10,7 @@ public:
     /**
      * Creates one driver instance; @p name is "VELK". Null for any other name.
      *
-     * The module must be initialised. The only operation of the module that may throw (std::bad_alloc).
+     * The module must be initialised. No other operation of the module throws; this one may throw std::bad_alloc.
      */
     virtual IProtocol* CreateProtocol(char const* name) = 0;
 

@@ -1,7 +1,7 @@
 #pragma once
 
 /**
- * Between the host's one byte for each bit and the PLC's packed memory.
+ * Moves bits between the host's arrays, one byte for each bit, and the PLC's packed memory.
  *
  * Bits are numbered from the least significant bit of byte 0 upward: bit n is bit n mod 8 of byte n / 8.
  */
@@ -14,7 +14,7 @@ int GetLenOfBits(int startBit, int bitCount);
  * Spreads @p count bits of @p packed, from bit @p startBit on, to one byte each: 0 or 1.
  *
  * @param bits room for @p count bytes
- * @param packed GetLenOfBits(startBit % 8, count) bytes behind byte startBit / 8
+ * @param packed GetLenOfBits(startBit % 8, count) bytes from byte startBit / 8 on
  */
 void UnpackBits(unsigned char* bits, unsigned char const* packed, int startBit, int count);
 

@@ -25,7 +25,7 @@ bool isDigit(char character) {
     return character >= '0' && character <= '9';
 }
 
-/** The key of an entry as it is written has neither white space nor a second "=" in it. */
+/** The name of an entry contains neither white space nor "=". */
 bool isEntryName(std::string_view name) {
     return std::none_of(name.begin(), name.end(), [](char each) { return each == '=' || isWhiteSpace(each); });
 }
@@ -63,7 +63,7 @@ CfgParser::CfgParser(char const* configuration) : text_(configuration == nullptr
     collectEntries();
 }
 
-/** Sorted, so that a lookup does not search the text: every node that is named asks for every parameter. */
+/** Sorted, because every node asks for every parameter: a lookup must not search the whole text. */
 void CfgParser::collectEntries() {
     auto behind = text_.cbegin();
     for (auto begin = behind; begin != text_.cend(); begin = std::find_if_not(behind, text_.cend(), isWhiteSpace)) {
@@ -74,10 +74,12 @@ void CfgParser::collectEntries() {
                 {static_cast<std::size_t>(begin - text_.cbegin()), static_cast<std::size_t>(equals - begin)});
         }
     }
-    std::sort(entries_.begin(), entries_.end(), [this](Entry const& a, Entry const& b) {
+    auto const isBefore = [this](Entry const& a, Entry const& b) {
         int const order = nameOf(a).compare(nameOf(b));
         return order < 0 || (order == 0 && a.begin < b.begin);
-    });
+    };
+    std::make_heap(entries_.begin(), entries_.end(), isBefore);
+    std::sort_heap(entries_.begin(), entries_.end(), isBefore); // a quarter of the code of std::sort
 }
 
 std::string_view CfgParser::nameOf(Entry const& entry) const {

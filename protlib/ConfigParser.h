@@ -10,7 +10,7 @@
  *
  * The string holds "CfgVer=1" followed by entries separated by white space: `name=value` for every node, or
  * `Node<n>::name=value` for the node n alone. A value ends at white space. Names are case-sensitive, the first of
- * several equal entries counts, and everything from the next "CfgVer=" on is not seen.
+ * several equal entries counts, and everything from the next "CfgVer=" on is ignored.
  *
  * Built for one configuration and discarded afterwards. Operations may throw std::bad_alloc.
  */
@@ -27,9 +27,9 @@ public:
         kInvalidSpecification = 6     ///< the caller asked for both restrictions
     };
 
-    static constexpr int kGeneralOnly = 1; ///< flag: the parameter may not stand behind a node
-    static constexpr int kNodeOnly = 2;    ///< flag: the parameter may stand only behind a node
-    static constexpr int kAnyNode = -1;    ///< node id of a lookup that is not about one node
+    static constexpr int kGeneralOnly = 1; ///< flag: the parameter may not have a node prefix
+    static constexpr int kNodeOnly = 2;    ///< flag: the parameter must have a node prefix
+    static constexpr int kAnyNode = -1;    ///< node id of a lookup for no particular node
 
     /** A null configuration is an empty one. */
     explicit CfgParser(char const* configuration);
@@ -56,7 +56,7 @@ public:
     parseResult getParam(char const* name, int nodeId, std::string& value, int flags);
 
 private:
-    /** Where the name of an entry stands in the text. */
+    /** Where the name of an entry is in the text. */
     struct Entry {
         std::size_t begin;
         std::size_t length;
@@ -70,7 +70,7 @@ private:
     /** Where the value begins, or npos. */
     [[nodiscard]] std::string::size_type valueOfEntry(std::string_view name) const;
 
-    /** The same for a key that cannot be an entry's, and stands in the text all the same. */
+    /** The same for a key that no entry can have but that the text may contain. */
     [[nodiscard]] std::string::size_type valueBehind(std::string const& key) const;
 
     std::string text_;
@@ -96,7 +96,7 @@ std::string getErrorString(CfgParser::parseResult result, char const* name);
  * Numbers: "0x" introduces hexadecimal, a leading "0" octal, what follows the number is ignored, no number is 0,
  * and a number that does not fit becomes the nearest int.
  *
- * @param value left as it is when there is no entry
+ * @param value unchanged when there is no entry
  * @param flags as for CfgParser::getParam()
  * @param optional a missing entry is not an error
  * @return false with the reason in @p error

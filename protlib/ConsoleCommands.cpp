@@ -43,7 +43,7 @@ void replyWith(ConsoleLine const& line, std::string_view text) {
     reply.terminate();
 }
 
-/** Copies a text of unknown length, of which no more is looked at than fits the reply. */
+/** Copies a text of unknown length; reads no more of it than fits the reply. */
 void replyWithName(ConsoleLine const& line, char const* text) {
     std::string_view known;
     if (text != nullptr) {
@@ -78,12 +78,12 @@ private:
     ITag* tag_;
 };
 
-/** The bytes of one value on their way between the console and the protocol. */
+/** The bytes of one value that is read or written. */
 using ValueBuffer = ProtUtilsN::ScratchBuffer<kValueOnStack>;
 
 bool isAvailable(ValueBuffer const& value, ProtocolBase& protocol) {
     if (!value.available()) {
-        protocol.SetError(kErrorRequest, "Can't allocate buffer");
+        protocol.SetError(kErrorPort, ProtUtilsN::kOutOfMemoryText);
     }
     return value.available();
 }
@@ -182,7 +182,7 @@ struct ConsoleCommand {
     void (*run)(ProtocolBase& protocol, ConsoleLine const& line);
 };
 
-// "deletetags" is left out of the help on purpose.
+// The help does not mention "deletetags" on purpose.
 constexpr std::array<ConsoleCommand, 8> kCommands{{{"help", help},
                                                    {"info", info},
                                                    {"xml", xml},

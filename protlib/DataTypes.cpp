@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cstdint>
 #include <limits>
+#include <optional>
 
 namespace ProtUtilsN {
 
@@ -39,10 +40,10 @@ constinit std::array<DataType, 26> const DataTypes{{
 
 namespace {
 
-constexpr int kLastTypeWithLength = ICU_INT64; // the 64-bit arrays are left out of the lookup on purpose
+constexpr int kLastTypeWithLength = ICU_INT64; // the lookup leaves out the 64-bit arrays on purpose
 constexpr int kVersion = 200;
 
-/** Takes "(word,word)" off the end of @p text and appends its words; false when the parenthesis stays open. */
+/** Cuts "(word,word)" off @p text and appends its words to @p params; false when the ")" is missing. */
 bool takeParameters(std::string& text, std::vector<std::string>& params) {
     auto const open = text.find('(');
     if (open == std::string::npos) {
@@ -52,7 +53,7 @@ bool takeParameters(std::string& text, std::vector<std::string>& params) {
     if (close == std::string::npos) {
         return false;
     }
-    // A ")" in front of the "(" leaves the rest of the text as the words.
+    // With a ")" before the "(", everything after the "(" is taken for words.
     auto const length = close > open ? close - open - 1 : std::string::npos;
     ParseSubstrings(text.substr(open + 1, length), params, ',');
     text = GetTrim(text.substr(0, open));
@@ -70,27 +71,22 @@ std::int64_t takeCount(std::string& text) {
     return count;
 }
 
-/** Host length of @p count elements in @p length; false when it is negative or does not fit. */
-bool lengthOf(DataType const& row, std::int64_t count, int& length) {
+/** Host length of @p count elements; none when it is negative or does not fit. */
+std::optional<int> lengthOf(DataType const& row, std::int64_t count) {
     constexpr std::int64_t kMaxInt = std::numeric_limits<int>::max();
     if (row.length != 0) {
-        length = row.length;
-        return true;
+        return row.length;
     }
     if (count < 0 || count > kMaxInt) {
-        return false;
+        return std::nullopt;
     }
     std::int64_t const bytes = GetDataLength(row.basicType) * count;
-    if (bytes > kMaxInt) {
-        return false;
-    }
-    length = static_cast<int>(bytes);
-    return true;
+    return bytes <= kMaxInt ? std::optional(static_cast<int>(bytes)) : std::nullopt;
 }
 
 DataType const* rowOfType(ICU_Type type) {
-    auto const row = std::find_if(DataTypes.begin(), DataTypes.end(), [&](auto const& r) { return r.type == type; });
-    return row == DataTypes.end() ? nullptr : &*row;
+    auto const row = static_cast<std::size_t>(type) - 1; // 0, no type, wraps to a number too large for a row
+    return row < DataTypes.size() ? &DataTypes[row] : nullptr;
 }
 
 } // namespace
@@ -103,9 +99,14 @@ bool GetICOMType(std::string const& text, ICU_Type& type, ICU_Type& basicType, i
     }
     auto const count = takeCount(name);
     auto const row = std::find_if(DataTypes.begin(), DataTypes.end(), [&](auto const& r) { return name == r.name; });
-    if (row == DataTypes.end() || !lengthOf(*row, count, length)) {
+    if (row == DataTypes.end()) {
         return false;
     }
+    std::optional<int> const bytes = lengthOf(*row, count);
+    if (!bytes) {
+        return false;
+    }
+    length = *bytes;
     type = row->type;
     basicType = row->basicType;
     return true;

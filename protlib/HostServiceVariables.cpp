@@ -12,7 +12,7 @@ IInterface* piDriverInterface = nullptr;
 IInterface* piSmux = nullptr;
 IInterface* piFastTimer = nullptr;
 
-void yieldToHost() noexcept {
+void yieldToHost() {
     if (piMultiTask != nullptr) {
         static_cast<IMultiTask2*>(piMultiTask)->Yield(1);
     }

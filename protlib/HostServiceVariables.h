@@ -5,8 +5,8 @@ class IInterface;
 /**
  * The host's services, one set for the whole module and shared by every driver instance.
  *
- * Null until the module is initialised, and for an optional service for as long as the host lacks it. Written by
- * the module object only; everybody else reads them and tests the optional ones for null.
+ * Null until the module is initialised; an optional service that the host lacks stays null. Only the module object
+ * writes them; all others read them and test the optional ones for null.
  */
 extern IInterface* piMultiTask;        ///< "IMultiTask2", required: the scheduler
 extern IInterface* piSerialFactory;    ///< "ISerialFactory", required: creates serial ports
@@ -19,4 +19,4 @@ extern IInterface* piSmux;             ///< "ISmux", optional: not used
 extern IInterface* piFastTimer;        ///< "IFastTimer", optional: not used
 
 /** Gives the processor to the host's other tasks once. Does nothing without a scheduler. */
-void yieldToHost() noexcept;
+void yieldToHost();

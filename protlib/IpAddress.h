@@ -10,11 +10,11 @@ public:
     /**
      * Reads four decimal numbers below 256 with a dot between them; an empty number is 0.
      *
-     * On a false result the octets read before the fault are kept.
+     * When it fails, the octets before the fault are kept.
      */
     bool Parse(char const* text);
 
-    /** Octet 0 to 3, the first of the text being 0; 0 outside. All are 0 before the first Parse(). */
+    /** Octet 0 (the first of the text) to 3; 0 for any other index. All are 0 before the first Parse(). */
     [[nodiscard]] unsigned char GetOctet(std::size_t index) const;
 
 private:
@@ -23,5 +23,5 @@ private:
     std::array<unsigned char, 4> octets_{};
 };
 
-/** Reads a dotted address into @p address, first octet most significant; leaves it alone when there is none. */
+/** Reads a dotted address, first octet most significant; @p address is unchanged when @p text is not one. */
 void parseIpAddress(char const* text, unsigned int& address);

@@ -23,11 +23,6 @@ constinit std::array<MemTypeRow, 7> const MemTypes{{
     {"NO_IP", ICU_UNSIGNED_BYTE, 0, 0, kAllButBits, kAllButBits, 0, 0, 0},
 }};
 
-MemTypeRow const* memTypeRow(int index) {
-    bool const isRow = index >= 0 && index < static_cast<int>(MemTypes.size());
-    return isRow ? &MemTypes[static_cast<std::size_t>(index)] : nullptr;
-}
-
 MemTypeRow const* memTypeRowOfArea(std::uint32_t area) {
     return area < kNoArea ? &MemTypes[area] : nullptr;
 }

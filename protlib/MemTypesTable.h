@@ -21,9 +21,6 @@ struct MemTypeRow {
 /** The PLC's memory areas; rows 0 to 5 are the areas 0 to 5. */
 extern std::array<MemTypeRow, 7> const MemTypes;
 
-/** Row @p index of MemTypes; null outside 0 to 6. */
-MemTypeRow const* memTypeRow(int index);
-
 /** The row of an area number of the PLC's symbol file; null above 5. */
 MemTypeRow const* memTypeRowOfArea(std::uint32_t area);
 

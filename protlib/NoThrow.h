@@ -5,30 +5,57 @@
 
 namespace ProtUtilsN {
 
+/** How a contained step ended. */
+enum class Outcome {
+    Done,
+    OutOfMemory,  ///< it threw std::bad_alloc
+    HostException ///< it threw anything else, which only a service of the host does
+};
+
+inline constexpr char const* kOutOfMemoryText = "Out of memory";
+inline constexpr char const* kHostExceptionText = "Exception in a host service";
+
 /**
- * Runs @p step and answers its result, or @p fallback when it throws.
+ * Says what kind of exception has just been caught; for the functions below.
  *
- * Nothing may be thrown across the module's boundary. Every operation that the host can call and that allocates,
- * and so may meet std::bad_alloc, runs its body through this.
+ * The unwinding of a thread that the host cancels goes on from here: stopping it would abort the process.
+ */
+Outcome outcomeOfCaught();
+
+/**
+ * Runs @p step and answers how it ended.
+ *
+ * Nothing may be thrown across the module's boundary: every operation that the host can call and that allocates or
+ * calls a service of the host runs its body through this.
+ *
+ * The unwinding of a cancelled thread passes through. So neither this nor any function around a call of a host's
+ * service may be noexcept.
  */
 template <typename Step>
-std::invoke_result_t<Step> noThrow(Step&& step, std::invoke_result_t<Step> fallback) noexcept {
+Outcome contain(Step&& step) {
+    try {
+        std::forward<Step>(step)();
+        return Outcome::Done;
+    } catch (...) {
+        return outcomeOfCaught();
+    }
+}
+
+/** contain() for a step with a result: answers that, or @p fallback when the step throws. */
+template <typename Step>
+std::invoke_result_t<Step> noThrow(Step&& step, std::invoke_result_t<Step> fallback) {
     try {
         return std::forward<Step>(step)();
     } catch (...) {
+        outcomeOfCaught();
         return fallback;
     }
 }
 
-/** The same for a step without a result: true when it ran to its end. */
+/** contain() when only success matters: true when the step ran to its end. */
 template <typename Step>
-bool noThrow(Step&& step) noexcept {
-    try {
-        std::forward<Step>(step)();
-        return true;
-    } catch (...) {
-        return false;
-    }
+bool noThrow(Step&& step) {
+    return contain(std::forward<Step>(step)) == Outcome::Done;
 }
 
 } // namespace ProtUtilsN

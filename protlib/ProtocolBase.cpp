@@ -51,31 +51,24 @@ IInterface* ProtocolBase::ConvertTo(char const* name) {
 // Tags
 
 ITag* ProtocolBase::CreateTag(char const* address) {
-    ITag* tag = nullptr;
-    bool const isKept = noThrow([&] {
-        tag = CreateTagBase(address);
-        if (tag != nullptr) {
-            tags_.push_back(tag);
-        }
-    });
-    if (isKept) {
-        return tag;
+    TagBase* tag = nullptr;
+    if (!noThrow([&] { tag = CreateTagBase(address); })) {
+        SetError(kErrorPort, "Can't allocate Tag");
     }
-    delete tag;
-    SetError(kErrorPort, "Can't allocate Tag");
-    return nullptr;
+    if (tag != nullptr) {
+        tags_.append(tag->registryPlace());
+    }
+    return tag;
 }
 
 void ProtocolBase::FreeTag(ITag* tag) {
-    tags_.remove(tag);
-    delete tag;
+    delete tag; // which takes it out of the registry
 }
 
-void ProtocolBase::DeleteTags() noexcept {
-    for (auto* const tag : tags_) {
+void ProtocolBase::DeleteTags() {
+    while (auto* const tag = tags_.first()) {
         delete tag;
     }
-    tags_.clear();
 }
 
 // Reading
@@ -88,7 +81,7 @@ bool ProtocolBase::Read(ITag const* tag, unsigned char* value) {
     auto const length = tag->PackedLen();
     ProtUtilsN::ScratchBuffer<kImageOnStack> image(length);
     if (!image.available()) {
-        SetError(kErrorRequest, "Can't allocate buffer");
+        SetError(kErrorPort, ProtUtilsN::kOutOfMemoryText);
         return false;
     }
     auto* const bytes = image.bytes().data();
@@ -142,14 +135,12 @@ char const* ProtocolBase::GetLastErrorString() const {
     return errorText_.c_str();
 }
 
-void ProtocolBase::SetError(int code, char const* text) noexcept {
+void ProtocolBase::SetError(int code, char const* text) {
     errorCode_ = code;
-    if (!noThrow([&] { errorText_ = orEmpty(text); })) {
-        errorText_.clear();
-    }
+    ProtUtilsN::keepText(errorText_, text);
 }
 
-void ProtocolBase::SetTagError(TagBase const* tag) noexcept {
+void ProtocolBase::SetTagError(TagBase const* tag) {
     bool const isStored = noThrow([&] {
         std::string text = "Tag URI error: ";
         text.append(orEmpty(tag->GetVarName())).append(" - ").append(tag->GetErrorText());
@@ -165,9 +156,7 @@ char const* ProtocolBase::GetIdent() const {
 }
 
 void ProtocolBase::SetIdent(char const* ident) {
-    if (!noThrow([&] { ident_ = orEmpty(ident); })) {
-        ident_.clear();
-    }
+    ProtUtilsN::keepText(ident_, ident);
 }
 
 char const* ProtocolBase::GetNextInstanceName() const {

@@ -2,8 +2,8 @@
 
 #include "interfaces/ErrorCodes.h"
 #include "interfaces/IProtocol.h"
+#include "protlib/TagRegistry.h"
 
-#include <list>
 #include <string>
 
 /**
@@ -97,17 +97,17 @@ public:
     bool CanWriteBitBlock(ITag const* tag) const override;                              ///< false
     bool WriteBitBlock(ITag const* tag, unsigned char const* bytes, int bits) override; ///< false
 
-    /** Stores the last error, replacing the one before. Null, or a text for which there is no memory, is empty. */
-    void SetError(int code, char const* text) noexcept;
+    /** Replaces the last error. The text is empty when @p text is null or there is no memory for it. */
+    void SetError(int code, char const* text);
 
     /** Makes the error of a refused tag the last error: -1, "Tag URI error: <address> - <the tag's error text>". */
-    void SetTagError(TagBase const* tag) noexcept;
+    void SetTagError(TagBase const* tag);
 
     /** Destroys every registered tag. */
-    void DeleteTags() noexcept;
+    void DeleteTags();
 
 private:
-    std::list<ITag*> tags_; // owned, in the order of their creation
+    TagRegistry tags_; // owned
     int errorCode_ = kErrorNone;
     std::string errorText_;
     std::string ident_;

@@ -13,16 +13,15 @@ namespace ProtUtilsN {
 /**
  * Longest scratch buffer in bytes, far above what any PLC can exchange.
  *
- * The length comes from a tag address. Without a limit a mistyped one would fill the panel's memory with zeros
- * before the driver had a chance to refuse it.
+ * The length comes from a tag address. Without a limit, a mistyped one would fill the panel's memory with zeros before
+ * the driver could refuse it.
  */
 inline constexpr std::int64_t kLongestScratch = std::int64_t{16} * 1024 * 1024;
 
 /**
  * A zero-filled buffer for the length of one call: on the stack up to @p kOnStack bytes, on the heap above that.
  *
- * Never throws: when the memory cannot be had, or the length is negative or above kLongestScratch, available() is
- * false.
+ * Never throws: available() is false when there is no memory, or when the length is negative or above kLongestScratch.
  */
 template <std::size_t kOnStack>
 class ScratchBuffer {

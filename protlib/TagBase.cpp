@@ -4,6 +4,7 @@
 #include "protlib/NoThrow.h"
 #include "protlib/ScratchBuffer.h"
 #include "protlib/TagGeometry.h"
+#include "protlib/TextUtils.h"
 #include "protlib/ValueConversions.h"
 
 #include <algorithm>
@@ -19,6 +20,8 @@ std::size_t lengthFrom(int length) {
 }
 
 } // namespace
+
+TagBase::TagBase(TagBase const& other) : ITag(other), conversions(other.conversions), errorText_(other.errorText_) {}
 
 TagBase::~TagBase() = default;
 
@@ -79,10 +82,8 @@ bool TagBase::DoConversion(unsigned char* buffer, char const* keyword, bool towa
     return false;
 }
 
-void TagBase::SetError(char const* text) const noexcept {
-    if (!ProtUtilsN::noThrow([&] { errorText_ = text == nullptr ? "" : text; })) {
-        errorText_.clear();
-    }
+void TagBase::SetError(char const* text) const {
+    ProtUtilsN::keepText(errorText_, text);
 }
 
 char const* TagBase::GetErrorText() const noexcept {

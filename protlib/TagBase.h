@@ -1,6 +1,7 @@
 #pragma once
 
 #include "interfaces/ITag.h"
+#include "protlib/TagRegistry.h"
 
 #include <string>
 #include <vector>
@@ -14,7 +15,8 @@
  */
 class TagBase : public ITag {
 public:
-    ~TagBase() override;
+    TagBase& operator=(TagBase const&) = delete;
+    ~TagBase() override; ///< leaves the registry
 
     /** For bit types the bytes that the bits touch, else GetVarLength(). */
     int PackedLen() const override;
@@ -44,16 +46,18 @@ public:
      */
     virtual bool DoConversion(unsigned char* buffer, char const* keyword, bool towardsPlc) const;
 
-    /** Replaces the tag's error text. Null, or a text for which there is no memory, leaves it empty. */
-    void SetError(char const* text) const noexcept;
+    /** Replaces the tag's error text, which is empty when @p text is null or there is no memory for it. */
+    void SetError(char const* text) const;
 
     /** Why the tag's last operation failed; empty until one did. Valid until the next error. */
     [[nodiscard]] char const* GetErrorText() const noexcept;
 
+    /** For the protocol that made the tag. */
+    [[nodiscard]] TagPlace& registryPlace() noexcept { return place_; }
+
 protected:
     TagBase() = default;
-    TagBase(TagBase const&) = default;
-    TagBase& operator=(TagBase const&) = default;
+    TagBase(TagBase const& other); ///< the copy is in no registry
 
     /** The conversions as the user wrote them, for example "swap2", "bcd". Unknown ones fail when they are used. */
     std::vector<std::string> conversions;
@@ -64,4 +68,5 @@ private:
     bool applyConversion(std::string const& keyword, unsigned char* value, bool towardsPlc) const;
 
     mutable std::string errorText_;
+    TagPlace place_{this};
 };

@@ -1,5 +1,7 @@
 #include "protlib/TextUtils.h"
 
+#include "protlib/NoThrow.h"
+
 #include <algorithm>
 #include <cstdlib>
 #include <limits>
@@ -22,6 +24,12 @@ void ParseSubstrings(std::string const& text, std::vector<std::string>& out, cha
         begin = end + 1;
     }
     out.push_back(GetTrim(text.substr(begin)));
+}
+
+void keepText(std::string& kept, char const* text) {
+    if (!noThrow([&] { kept = text == nullptr ? "" : text; })) {
+        kept.clear();
+    }
 }
 
 std::int64_t parseInteger(char const* text, int base) {

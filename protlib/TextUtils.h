@@ -16,11 +16,14 @@ std::string GetTrim(std::string const& text);
  */
 void ParseSubstrings(std::string const& text, std::vector<std::string>& out, char separator);
 
+/** Makes @p kept a copy of @p text; empty when that is null or there is no memory for it. */
+void keepText(std::string& kept, char const* text);
+
 /**
  * The integer at the start of @p text, read as strtoll() reads it; 0 when there is none.
  *
  * @param base 10, or 0 for base detection ("0x" hexadecimal, a leading "0" octal)
- * @return the nearest 64-bit number when the text holds more
+ * @return the nearest 64-bit number when the integer is larger
  */
 std::int64_t parseInteger(char const* text, int base);
 
@@ -32,8 +35,8 @@ int clampToInt(std::int64_t value);
 /**
  * Writes the digits of @p value, terminated by a zero, and answers @p buffer.
  *
- * Radix 16 uses 0-9 and a-f; every other radix writes '0' plus the digit's value. No sign is ever written: of a
- * negative value the digits of its magnitude appear. There are no digits in a radix below 2: the text is empty.
+ * Radix 16 uses 0-9 and a-f; every other radix writes '0' plus the digit's value. No sign is ever written: a negative
+ * value gives the digits of its magnitude. A radix below 2 gives an empty text.
  *
  * @param buffer room for the digits and the zero, 33 bytes at most (radix 2)
  */

@@ -16,7 +16,7 @@ constexpr std::uint32_t kLowNibble = 0x0F;
 /** Largest value that fits 1, 2, 3 and 4 bytes of packed decimal. */
 constexpr std::array<std::uint32_t, 4> kPackedDecimalLimits{99, 9999, 999999, 99999999};
 
-/** Stores the bytes of @p value, least significant first; what an element is longer than the number becomes zero. */
+/** Stores the bytes of @p value, least significant first; bytes that the number does not reach become zero. */
 void storeLittleEndian(Bytes element, std::uint32_t value) {
     for (auto& byte : element) {
         byte = static_cast<unsigned char>(value & 0xFFU);
@@ -60,7 +60,7 @@ bool elementToPackedDecimal(Bytes element) {
     return true;
 }
 
-/** Runs @p convert on every whole element; what is left at the end stays as it is. */
+/** Runs @p convert on every whole element; an incomplete one at the end is not changed. */
 template <typename Convert>
 bool forEachElement(Bytes bytes, std::size_t elementLength, Convert convert) {
     for (; bytes.size() >= elementLength; bytes = bytes.subspan(elementLength)) {
@@ -100,7 +100,7 @@ Unsigned negated(Unsigned value) {
     return static_cast<Unsigned>(Unsigned{0} - value);
 }
 
-/** The sign alone is turned, so that a NaN stays the NaN it is. */
+/** Changes the sign bit only, so that a NaN keeps its other bits. */
 template <typename Unsigned>
 Unsigned withOtherSign(Unsigned floatBits) {
     return floatBits ^ Unsigned { 1 } << (sizeof(Unsigned) * 8 - 1);

@@ -40,7 +40,7 @@ bool BinaryToPackedDecimal(std::span<unsigned char> bytes, int elementLength);
  *
  * @param elementType signed 8, 16 or 32 bits, float, double, or either 64-bit integer; any other type fails
  * @param itemCount number of elements. Bytes are all negated, but wider elements only as far as their byte
- *        position lies below the number of elements: in an array that is not all of them.
+ *        position is below the number of elements: in an array that is not all of them.
  */
 bool Negate(std::span<unsigned char> bytes, ICU_Type elementType, int itemCount);
 

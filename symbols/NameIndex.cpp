@@ -5,7 +5,7 @@
 #include <cctype>
 #include <chrono>
 #include <cstring>
-#include <exception>
+#include <new>
 #include <utility>
 
 namespace _VELK {
@@ -29,7 +29,7 @@ std::uint8_t byteOf(char character) noexcept {
     return static_cast<std::uint8_t>(character);
 }
 
-/** An odd multiplier with its highest bit set that nobody who makes a symbol file can know. */
+/** An odd multiplier with its highest bit set, which the author of a symbol file cannot predict. */
 std::uint32_t newMultiplier(void const* place) noexcept {
     auto const ticks = static_cast<std::uint64_t>(std::chrono::steady_clock::now().time_since_epoch().count());
     auto const address = static_cast<std::uint64_t>(reinterpret_cast<std::uintptr_t>(place));
@@ -78,7 +78,7 @@ bool RtsHashTag::add(char const* key, void* value) noexcept {
         appendToChain(node);
         slot = {.hash = hash, .number = ++nameCount_};
         return true;
-    } catch (std::exception const&) { // out of memory
+    } catch (std::bad_alloc const&) {
         return false;
     }
 }

@@ -19,7 +19,7 @@ struct RtsHashNode {
 };
 
 /**
- * An index of names that does not see case: names that differ only in case are one name, and the first one added
+ * An index of names that ignores case: names that differ only in case count as one name, and the first one added
  * stays.
  *
  * Bucket of a name: the upper-case forms (toupper) of its bytes are added up as a signed 32-bit integer; the bucket

@@ -3,8 +3,9 @@
 #include "symbols/SymbolFileParser.h"
 
 #include <algorithm>
-#include <exception>
 #include <limits>
+#include <new>
+#include <stdexcept>
 #include <utility>
 
 namespace _VELK {
@@ -19,11 +20,11 @@ struct FileCloser {
 };
 using OpenFile = std::unique_ptr<std::FILE, FileCloser>;
 
-OpenFile openForReading(char const* name) noexcept {
+OpenFile openForReading(char const* name) {
     return OpenFile(std::fopen(name, "rb"));
 }
 
-OpenFile openSymbolFile(char const* name) noexcept {
+OpenFile openSymbolFile(char const* name) {
     if (name != nullptr) {
         return openForReading(name);
     }
@@ -53,7 +54,7 @@ bool RtsSym::SymIsActive(std::uint16_t node) const noexcept {
     return isKnown(node) && nodeFlags_[node] != 0;
 }
 
-short RtsSym::SymLoadSymbolsFromFile(std::uint16_t node, char const* file, std::uint32_t* projectId) noexcept {
+short RtsSym::SymLoadSymbolsFromFile(std::uint16_t node, char const* file, std::uint32_t* projectId) {
     if (!isKnown(node)) {
         return 0;
     }
@@ -93,13 +94,15 @@ void RtsSym::SymExit() noexcept {
     }
 }
 
-int RtsSym::SymParseBinaryFile(std::FILE* file, SymbolListTag* list) const noexcept {
+int RtsSym::SymParseBinaryFile(std::FILE* file, SymbolListTag* list) const {
     if (list == nullptr) {
         return 0;
     }
     try {
         return SymbolFileParser(file, yieldToHost_).parse(*list) ? 1 : 0;
-    } catch (std::exception const&) { // out of memory
+    } catch (std::bad_alloc const&) {
+        return 0;
+    } catch (std::length_error const&) { // more than any memory holds
         return 0;
     }
 }
@@ -116,7 +119,7 @@ RtsHashNode* RtsSym::UtlHashGet(RtsHashTag* table, char const* key) noexcept {
     return table != nullptr ? table->find(key) : nullptr;
 }
 
-bool RtsSym::makeIndex() noexcept {
+bool RtsSym::makeIndex() {
     std::uint64_t const bucketCount = std::uint64_t{list_.count} * 3 / 2;
     if (bucketCount > std::uint64_t{std::numeric_limits<int>::max()}) {
         return false;
@@ -125,7 +128,7 @@ bool RtsSym::makeIndex() noexcept {
         auto index = std::make_unique<RtsHashTag>(static_cast<int>(bucketCount), false, list_.count);
         for (std::uint32_t i = 0; i < list_.count; ++i) {
             Symbol& symbol = list_.symbols[i];
-            // The first symbol of a name wins; a name that is not there even so found no memory.
+            // The first symbol of a name wins. When the name is in the index neither way, there was no memory.
             if (!UtlHashAdd(index.get(), symbol.name, &symbol) && UtlHashGet(index.get(), symbol.name) == nullptr) {
                 return false;
             }
@@ -135,7 +138,7 @@ bool RtsSym::makeIndex() noexcept {
         }
         list_.index = std::move(index);
         return true;
-    } catch (std::exception const&) { // out of memory
+    } catch (std::bad_alloc const&) {
         return false;
     }
 }

@@ -19,8 +19,9 @@ namespace _VELK {
  * loading node changes. A flag says that its node has asked for and obtained symbols, not that the list still holds
  * them.
  *
- * Failures show in the results only. Nothing but the constructor throws; running out of memory is a failure like any
- * other. For use from one thread.
+ * Failures show in the results only; running out of memory is a failure like any other. Nothing but the constructor
+ * throws of its own. What the yield hook throws passes through a load, which counts as failed then. For use from one
+ * thread.
  */
 class RtsSym {
 public:
@@ -58,12 +59,12 @@ public:
      * @return 1, or 0 on failure: an unknown node or a file that cannot be opened leave everything as it was; a
      *         corrupted file or one without symbols leaves the node's flag reset and no name to be found
      */
-    short SymLoadSymbolsFromFile(std::uint16_t node, char const* file, std::uint32_t* projectId) noexcept;
+    short SymLoadSymbolsFromFile(std::uint16_t node, char const* file, std::uint32_t* projectId);
 
     /** The symbol of a name, whatever its case, or null. Valid until the list is loaded or cleared again. */
     Symbol const* SymGetSymbol(char const* name) const noexcept;
 
-    /** Releases the symbols and the index of a list and resets the node's flag. A null list is left out. */
+    /** Releases the symbols and the index of a list and resets the node's flag. A null list is ignored. */
     void SymClearSymbolList(std::uint16_t node, SymbolListTag* list) noexcept;
 
     /** Clears the list for every node. */
@@ -72,9 +73,9 @@ public:
     /**
      * Parses an open file, from its start, into an empty list; builds no index. The file stays open.
      *
-     * @return 1, or 0 when the file is corrupted (what was made until then stays in the list until it is cleared)
+     * @return 1, or 0 when the file is corrupted (the symbols read so far stay in the list until it is cleared)
      */
-    int SymParseBinaryFile(std::FILE* file, SymbolListTag* list) const noexcept;
+    int SymParseBinaryFile(std::FILE* file, SymbolListTag* list) const;
 
     /** Releases a table of data types. */
     static void SymClearSDB(SDBTag& types) noexcept;
@@ -90,7 +91,7 @@ public:
 
 private:
     [[nodiscard]] bool isKnown(std::uint16_t node) const noexcept { return node < nodeCount_; }
-    bool makeIndex() noexcept;
+    bool makeIndex();
 
     std::unique_ptr<std::uint8_t[]> nodeFlags_; ///< one for each node: 1 active, 0 not
     SymbolListTag list_;

@@ -12,7 +12,7 @@
  *     sections, one after another         each: section header (16 bytes), records
  *
  * All integers are little-endian; nothing is padded or aligned. Two sections matter: the data types (kind 2) and,
- * behind it, the variables (kind 3). The parse functions here only take fixed parts to pieces; they check nothing.
+ * behind it, the variables (kind 3). The parse functions here only split up fixed parts; they check nothing.
  */
 namespace _VELK {
 
@@ -48,7 +48,7 @@ struct SymbolFileHeader {
 /** At the start of a section: u32 kind, u32 length, u32 unused, u32 number of records. */
 struct SectionHeader {
     std::uint32_t kind = 0;
-    std::uint32_t length = 0; ///< bytes from the start of this header to the next section
+    std::uint32_t length = 0; ///< bytes from the start of this header to the next section; for skipping only
     std::uint32_t recordCount = 0;
 };
 

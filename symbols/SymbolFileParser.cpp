@@ -28,16 +28,21 @@ std::span<std::uint8_t> bytesOf(std::span<char> text) noexcept {
 
 } // namespace
 
-SymbolFileParser::SymbolFileParser(std::FILE* file, YieldHook yield) noexcept
+SymbolFileParser::SymbolFileParser(std::FILE* file, YieldHook yield)
     : reader_(file), yield_(yield), bytesToKeep_(reader_.size()) {}
 
 bool SymbolFileParser::parse(SymbolListTag& list) {
     list.clear();
-    SectionHeader types;
-    SectionHeader variables;
-    return readFileHeader(list) && findSection(kTypeSectionKind, types) && readTypes(types) &&
-           // From behind the last type: the length of the type section is not used.
-           findSection(kVariableSectionKind, variables) && readVariables(variables, list);
+    if (!readFileHeader(list)) {
+        return false;
+    }
+    std::optional<SectionHeader> const types = findSection(kTypeSectionKind);
+    if (!types || !readTypes(*types)) {
+        return false;
+    }
+    // From behind the last type: the length of the type section is not used.
+    std::optional<SectionHeader> const variables = findSection(kVariableSectionKind);
+    return variables && readVariables(*variables, list);
 }
 
 bool SymbolFileParser::readFileHeader(SymbolListTag& list) {
@@ -54,22 +59,19 @@ bool SymbolFileParser::readFileHeader(SymbolListTag& list) {
     return true;
 }
 
-bool SymbolFileParser::findSection(std::uint32_t kind, SectionHeader& section) {
+std::optional<SectionHeader> SymbolFileParser::findSection(std::uint32_t kind) {
     std::array<std::uint8_t, kSectionHeaderSize> bytes{};
     for (;;) {
         std::uint64_t const start = reader_.position();
         if (!reader_.read(bytes)) {
-            return false;
+            return std::nullopt;
         }
-        section = parseSectionHeader(bytes);
-        if (section.length < kSectionHeaderSize) {
-            return false;
-        }
+        SectionHeader const section = parseSectionHeader(bytes);
         if (section.kind == kind) {
-            return true;
+            return section;
         }
-        if (!reader_.seek(start + section.length)) {
-            return false;
+        if (section.length < kSectionHeaderSize || !reader_.seek(start + section.length)) {
+            return std::nullopt;
         }
     }
 }
@@ -104,8 +106,11 @@ bool SymbolFileParser::readTypeRecord(SdbType& type) {
 bool SymbolFileParser::readType(TypeRecord const& record, SdbType& type) {
     type.typeClass = record.typeClass;
     type.size = record.size;
-    if (record.nameLength != 0 && !readText(record.nameLength, types_.texts, type.name)) {
-        return false;
+    if (record.nameLength != 0) {
+        type.name = readText(record.nameLength, types_.texts);
+        if (type.name == nullptr) {
+            return false;
+        }
     }
     switch (record.typeClass) {
     case kArrayTypeClass:
@@ -113,7 +118,7 @@ bool SymbolFileParser::readType(TypeRecord const& record, SdbType& type) {
     case kStructureTypeClass:
     case kTypeClass13:
     case kTypeClass23:
-        return readBytes(kPlainExtraSize, types_.texts, type.extra);
+        return readExtra(kPlainExtraSize, type);
     default:
         return true;
     }
@@ -127,7 +132,13 @@ bool SymbolFileParser::readArrayExtra(SdbType& type) {
     ArrayExtra const extra = parseArrayExtra(bytes);
     type.elementType = extra.elementType;
     return canHold(extra.dimensionCount, kArrayDimensionSize) &&
-           readBytes(extra.dimensionCount * kArrayDimensionSize, types_.texts, type.extra);
+           readExtra(extra.dimensionCount * kArrayDimensionSize, type);
+}
+
+bool SymbolFileParser::readExtra(std::size_t length, SdbType& type) {
+    std::optional<std::span<char const>> const extra = readBytes(length, types_.texts);
+    type.extra = extra.value_or(std::span<char const>());
+    return extra.has_value();
 }
 
 bool SymbolFileParser::readVariables(SectionHeader const& section, SymbolListTag& list) {
@@ -167,11 +178,16 @@ bool SymbolFileParser::readVariableRecord(Symbol& symbol, TextPool& texts) {
 
 bool SymbolFileParser::readVariableName(VariableRecord const& record, std::uint64_t start, Symbol& symbol,
                                         TextPool& texts) {
-    if (!record.hasGapBeforeName()) {
-        return readText(record.nameLength, texts, symbol.name);
+    bool const hasGap = record.hasGapBeforeName();
+    if (hasGap && (record.length == 0 || !reader_.seek(reader_.position() + kGapBeforeName))) {
+        return false;
     }
-    return record.length != 0 && reader_.seek(reader_.position() + kGapBeforeName) &&
-           readText(record.nameLength, texts, symbol.name) && reader_.seek(start + record.length);
+    char const* const name = readText(record.nameLength, texts);
+    if (name == nullptr) {
+        return false;
+    }
+    symbol.name = name;
+    return !hasGap || reader_.seek(start + record.length);
 }
 
 bool SymbolFileParser::describeType(Symbol& symbol, TextPool& texts) {
@@ -200,24 +216,20 @@ bool SymbolFileParser::canHold(std::uint64_t count, std::uint64_t bytesEach) con
     return count <= reader_.remaining() / bytesEach;
 }
 
-bool SymbolFileParser::readBytes(std::size_t length, TextPool& pool, std::span<char const>& bytes) {
+std::optional<std::span<char const>> SymbolFileParser::readBytes(std::size_t length, TextPool& pool) {
     if (length > bytesToKeep_ || length > reader_.remaining()) {
-        return false;
+        return std::nullopt;
     }
     bytesToKeep_ -= length;
     std::span<char> const piece = pool.take(length + 1);
     piece.back() = '\0';
-    bytes = piece.first(length);
-    return reader_.read(bytesOf(piece.first(length)));
+    std::span<char> const bytes = piece.first(length);
+    return reader_.read(bytesOf(bytes)) ? std::optional<std::span<char const>>(bytes) : std::nullopt;
 }
 
-bool SymbolFileParser::readText(std::size_t length, TextPool& pool, char const*& text) {
-    std::span<char const> bytes;
-    if (!readBytes(length, pool, bytes)) {
-        return false;
-    }
-    text = bytes.data();
-    return true;
+char const* SymbolFileParser::readText(std::size_t length, TextPool& pool) {
+    std::optional<std::span<char const>> const bytes = readBytes(length, pool);
+    return bytes ? bytes->data() : nullptr;
 }
 
 } // namespace _VELK

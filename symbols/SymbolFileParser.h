@@ -9,6 +9,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstdio>
+#include <optional>
 #include <span>
 
 namespace _VELK {
@@ -17,31 +18,32 @@ namespace _VELK {
  * Turns a symbol file (SymbolFileFormat.h) into a list of symbols, one for each variable record, in one pass.
  *
  * The file may come from anywhere, so nothing in it is trusted. Corrupted are: a short or unknown header, a missing
- * section, a section shorter than its header, anything that ends behind the file, more records or dimensions than
- * the rest of the file could hold, a record that does not lead forward, records that overlap so much that they name
- * more bytes than the file has, and a variable whose type, or whose type's element type, is not in the file.
+ * section, a skipped section shorter than its header, anything that ends behind the file, more records or dimensions
+ * than the rest of the file could hold, a record that does not lead forward, records that overlap so much that they
+ * name more bytes than the file has, and a variable whose type, or whose type's element type, is not in the file.
  */
 class SymbolFileParser {
 public:
     /** @p yield is called after the variable records 0, 100, 200 and so on. */
-    SymbolFileParser(std::FILE* file, YieldHook yield) noexcept;
+    SymbolFileParser(std::FILE* file, YieldHook yield);
 
     /**
      * Fills @p list, which loses what it held before: count, symbols, texts and projectId.
      *
-     * False when the file is corrupted; the symbols made until then stay in the list. Throws std::bad_alloc, with
-     * the list in the same state.
+     * False when the file is corrupted; the symbols read so far stay in the list. Throws std::bad_alloc and what
+     * the yield hook throws, with the list in the same state.
      */
     bool parse(SymbolListTag& list);
 
 private:
     bool readFileHeader(SymbolListTag& list);
-    bool findSection(std::uint32_t kind, SectionHeader& section);
+    std::optional<SectionHeader> findSection(std::uint32_t kind); ///< from here on; skips the others
 
     bool readTypes(SectionHeader const& section);
     bool readTypeRecord(SdbType& type);
     bool readType(TypeRecord const& record, SdbType& type);
     bool readArrayExtra(SdbType& type);
+    bool readExtra(std::size_t length, SdbType& type);
 
     bool readVariables(SectionHeader const& section, SymbolListTag& list);
     bool readVariableRecord(Symbol& symbol, TextPool& texts);
@@ -50,8 +52,8 @@ private:
 
     [[nodiscard]] bool canHold(std::uint64_t count,
                                std::uint64_t bytesEach) const noexcept; ///< whether the file is long enough
-    bool readBytes(std::size_t length, TextPool& pool, std::span<char const>& bytes); ///< a zero follows the bytes
-    bool readText(std::size_t length, TextPool& pool, char const*& text);
+    std::optional<std::span<char const>> readBytes(std::size_t length, TextPool& pool); ///< a zero follows the bytes
+    char const* readText(std::size_t length, TextPool& pool);                           ///< null when it cannot be read
 
     SymbolFileReader reader_;
     YieldHook yield_;

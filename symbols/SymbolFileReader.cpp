@@ -8,7 +8,7 @@ namespace _VELK {
 namespace {
 
 /** Size of a file in bytes, which is left at its start; 0 when it has no end that could be found. */
-std::uint64_t sizeOf(std::FILE* file) noexcept {
+std::uint64_t sizeOf(std::FILE* file) {
     if (file == nullptr || std::fseek(file, 0, SEEK_END) != 0) {
         return 0;
     }
@@ -21,9 +21,9 @@ std::uint64_t sizeOf(std::FILE* file) noexcept {
 
 } // namespace
 
-SymbolFileReader::SymbolFileReader(std::FILE* file) noexcept : file_(file), size_(sizeOf(file)) {}
+SymbolFileReader::SymbolFileReader(std::FILE* file) : file_(file), size_(sizeOf(file)) {}
 
-bool SymbolFileReader::read(std::span<std::uint8_t> bytes) noexcept {
+bool SymbolFileReader::read(std::span<std::uint8_t> bytes) {
     if (bytes.size() > remaining()) {
         return false;
     }
@@ -39,7 +39,7 @@ bool SymbolFileReader::read(std::span<std::uint8_t> bytes) noexcept {
     return true;
 }
 
-bool SymbolFileReader::seek(std::uint64_t target) noexcept {
+bool SymbolFileReader::seek(std::uint64_t target) {
     target = std::min(target, size_);
     if (target >= bufferStart_ && target <= bufferStart_ + bufferFilled_) {
         bufferUsed_ = static_cast<std::size_t>(target - bufferStart_);
@@ -54,7 +54,7 @@ bool SymbolFileReader::seek(std::uint64_t target) noexcept {
     return true;
 }
 
-bool SymbolFileReader::refill() noexcept {
+bool SymbolFileReader::refill() {
     bufferStart_ += bufferFilled_;
     bufferUsed_ = 0;
     bufferFilled_ = std::fread(buffer_.data(), 1, buffer_.size(), file_);

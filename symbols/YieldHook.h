@@ -2,7 +2,11 @@
 
 namespace _VELK {
 
-/** Gives the processor to the host's other tasks during long work. Null when there is nothing to yield to. */
-using YieldHook = void (*)() noexcept;
+/**
+ * Gives the processor to the host's other tasks during long work. Null when there is nothing to yield to.
+ *
+ * What the host throws passes through, and so does the unwinding of a thread that it cancels.
+ */
+using YieldHook = void (*)();
 
 } // namespace _VELK

@@ -1,7 +1,6 @@
-#include "driver/Protocol_VELK.h"
 #include "tests/support/AllocationGate.h"
 #include "tests/support/AnsweringPort.h"
-#include "tests/support/DriverTest.h"
+#include "tests/support/VelkTest.h"
 
 #include <algorithm>
 #include <exception>
@@ -14,14 +13,12 @@ namespace {
 
 using namespace velktest;
 
-class AllocationFailureTest : public DriverTest {
+class AllocationFailureTest : public VelkTest {
 protected:
     void SetUp() override {
-        DriverTest::SetUp();
+        VelkTest::SetUp();
         Store(1, SymbolFileBytes(7).Variable("A", 0, 16).Variable("A_LONG_NAME_FOR_A_PLC_VARIABLE", 0, 32).Build());
     }
-
-    Protocol_VELK& Velk() { return *static_cast<Protocol_VELK*>(driver); }
 
     /**
      * Runs @p operation again and again, refusing its first allocation, then its second, and so on until it needs
@@ -98,7 +95,7 @@ TEST_F(AllocationFailureTest, ProjectIdentifierTag) {
     ITag* tag = nullptr;
     RefuseEach([] {}, [&] { tag = driver->CreateTag("1?A_LONG_NAME_FOR_A_PROJECT?PROJ_ID?7?unsignedInt"); },
                [&](bool) { driver->FreeTag(tag); });
-    EXPECT_EQ(Velk().projectIdentifier(1), 7U);
+    EXPECT_EQ(Symbols().projectIdentifier(1), 7U);
 }
 
 TEST_F(AllocationFailureTest, Clone) {
@@ -376,6 +373,34 @@ TEST_F(AllocationFailureTest, Init) {
     }
     host.lacking.clear();
     MakeDriver();
+}
+
+TEST_F(AllocationFailureTest, ShortMemoryIsReportedInOneWay) {
+    ConfigureAndStart();
+    ITag* const tag = Tag("1?A?M?0?string-300");
+    ITag const* const tags[] = {tag};
+    Bytes value(300);
+    idal_error_t status = 77;
+    std::string const config = ConfigText().Set("uart", "a_serial_port_with_a_long_name").Build();
+    std::vector<std::function<bool()>> const calls{
+        [&] { return driver->Config(config.c_str()); },
+        [&] { return driver->ReadBlock(tag, value.data(), 300); },
+        [&] { return driver->ReadDatagram(tags, 1, value.data()); },
+        [&] { return driver->ReadDatagramWithStatus(tags, 1, value.data(), &status); },
+        [&] { return driver->Write(tag, value.data()); },
+        [&] { return driver->WriteDatagramWithStatus(tags, 1, value.data(), &status); },
+    };
+    for (std::size_t i = 0; i < calls.size(); ++i) {
+        driver->Config("none");
+        bool ok = true;
+        {
+            AllocationGate const gate(1);
+            ok = calls[i]();
+        }
+        EXPECT_FALSE(ok) << i;
+        EXPECT_EQ(driver->GetLastError(), 0) << i;
+        EXPECT_STREQ(driver->GetLastErrorString(), "Out of memory") << i;
+    }
 }
 
 } // namespace

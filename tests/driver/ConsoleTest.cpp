@@ -1,5 +1,4 @@
-#include "driver/Protocol_VELK.h"
-#include "tests/support/DriverTest.h"
+#include "tests/support/VelkTest.h"
 
 #include <string>
 
@@ -17,7 +16,7 @@ char const* const kBaseHelp = "help - displays this message\n"
                               "getmaxtm - displays the max time for executing a single read/write access\n";
 char const* const kDriverHelp = "setid n - set the server ID to n\ngetid - get the server ID\n";
 
-class ConsoleTest : public DriverTest {
+class ConsoleTest : public VelkTest {
 protected:
     std::string Reply(std::string const& command, int size = 4096) {
         reply_.assign(4096, '#');

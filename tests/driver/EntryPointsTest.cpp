@@ -1,6 +1,5 @@
-#include "driver/Protocol_VELK.h"
 #include "tests/support/AllocationGate.h"
-#include "tests/support/DriverTest.h"
+#include "tests/support/VelkTest.h"
 
 #include <string>
 
@@ -10,10 +9,8 @@ namespace {
 using namespace velktest;
 
 /** Node 1 has declared project 7, so that tags go out with their configured addresses. */
-class EntryPointsTest : public DriverTest {
+class EntryPointsTest : public VelkTest {
 protected:
-    Protocol_VELK& Velk() { return *static_cast<Protocol_VELK*>(driver); }
-
     void StartDeclared(ConfigText const& text = {}) {
         ConfigureAndStart(text);
         Tag("1?ID?PROJ_ID?7?unsignedInt");
@@ -384,7 +381,7 @@ TEST_F(EntryPointsTest, BlockBeyondTheBuffersIsRefused) {
         EXPECT_EQ(driver->GetLastError(), -1);
         std::string const text = driver->GetLastErrorString();
         EXPECT_EQ(text, "Rx Buffer dimension exceeded");
-        EXPECT_TRUE(Velk().hasCommunicationFault());
+        EXPECT_TRUE(HasFault());
         EXPECT_EQ(block, Bytes(80000, 0xCC));
         EXPECT_TRUE(port.writes.empty()) << "nothing goes out";
     }
@@ -771,6 +768,56 @@ TEST_F(FootprintTest, SteadyCycleOfBoundTagsUsesNoHeap) {
         EXPECT_TRUE(driver->ReadDatagramWithStatus(tags.data(), 20, values.data(), status.data()));
     }
     EXPECT_EQ(AllocationGate::Seen(), 0U);
+}
+
+// --- what no exchange can carry, and lists of nothing ---
+
+TEST_F(EntryPointsTest, ReadOfAValueThatNoExchangeCanCarryEndsAsTheOtherCallsDo) {
+    ASSERT_TRUE(driver->Config(ConfigText().Build().c_str()));
+    std::vector<ITag*> const tags{Tag("1?A?M?0?string-75001"), Tag("1?A?M?0?string-16777217"),
+                                  Tag("1?A?M?0?string-2147483647")};
+    unsigned char value = 0xCC; // of which nothing is written
+    for (ITag const* tag : tags) {
+        driver->Config("none");
+        EXPECT_FALSE(driver->Read(tag, &value));
+        ExpectError(-3, "Protocol not started");
+    }
+    StartDeclared();
+    for (ITag const* tag : tags) {
+        driver->Config("none");
+        EXPECT_FALSE(driver->Read(tag, &value));
+        ExpectError(-1, "Rx Buffer dimension exceeded");
+        driver->Config("none");
+        EXPECT_FALSE(driver->Write(tag, &value));
+        ExpectError(-1, "Tx Buffer dimension exceeded");
+    }
+    EXPECT_EQ(value, 0xCC);
+    EXPECT_TRUE(port.writes.empty());
+}
+
+TEST_F(EntryPointsTest, ListOfNoItemsNeedsNeitherValuesNorStatuses) {
+    StartDeclared();
+    ITag const* const tags[] = {Tag("1?A?M?0?short")};
+    Intel().LinkCheck().Login();
+    for (int i = 0; i < 2; ++i) {
+        Intel().Exchange(Hex("2E 00 | 00 00 00 00 | 07 00 00 00"), Hex("00 00 00 00 00 00")).LinkCheck();
+    }
+    Intel().Exchange(Hex("3C 00 | 00 00 00 00 | 07 00 00 00"), Hex("00 00"));
+    EXPECT_TRUE(driver->ReadDatagram(tags, 0, nullptr)) << driver->GetLastErrorString();
+    EXPECT_TRUE(driver->ReadDatagramWithStatus(tags, 0, nullptr, nullptr)) << driver->GetLastErrorString();
+    EXPECT_TRUE(driver->WriteDatagramWithStatus(tags, 0, nullptr, nullptr)) << driver->GetLastErrorString();
+}
+
+TEST_F(EntryPointsTest, ListOfItemsNeedsStatuses) {
+    StartDeclared();
+    ITag const* const tags[] = {Tag("1?A?M?0?byte")};
+    unsigned char value = 0xCC;
+    EXPECT_FALSE(driver->ReadDatagramWithStatus(tags, 1, &value, nullptr));
+    ExpectError(-1, "Invalid argument");
+    driver->Config("none");
+    EXPECT_FALSE(driver->WriteDatagramWithStatus(tags, 1, &value, nullptr));
+    ExpectError(-1, "Invalid argument");
+    EXPECT_EQ(value, 0xCC);
 }
 
 } // namespace

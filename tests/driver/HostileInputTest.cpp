@@ -1,6 +1,5 @@
-#include "driver/Protocol_VELK.h"
 #include "tests/support/AnsweringPort.h"
-#include "tests/support/DriverTest.h"
+#include "tests/support/VelkTest.h"
 
 #include <climits>
 
@@ -16,10 +15,8 @@ namespace {
 
 using namespace velktest;
 
-class HostileInputTest : public DriverTest {
+class HostileInputTest : public VelkTest {
 protected:
-    Protocol_VELK& Velk() { return *static_cast<Protocol_VELK*>(driver); }
-
     unsigned Random(unsigned below) { return std::uniform_int_distribution<unsigned>(0, below - 1)(random); }
     bool OneIn(unsigned n) { return Random(n) == 0; }
 

@@ -1,7 +1,6 @@
 #include "description/ProtocolDescription.h"
-#include "driver/Protocol_VELK.h"
 #include "protlib/TagBase.h"
-#include "tests/support/DriverTest.h"
+#include "tests/support/VelkTest.h"
 
 #include <cstring>
 #include <string>
@@ -11,10 +10,8 @@ namespace {
 
 using namespace velktest;
 
-class LifecycleTest : public DriverTest {
+class LifecycleTest : public VelkTest {
 protected:
-    Protocol_VELK& Velk() { return *static_cast<Protocol_VELK*>(driver); }
-
     bool Config(ConfigText const& text) { return driver->Config(text.Build().c_str()); }
 };
 
@@ -77,15 +74,15 @@ TEST_F(LifecycleTest, ErrorOfAFreshDriver) {
 
 TEST_F(LifecycleTest, FreshDriverKnowsNoNode) {
     for (int const node : {0, 1, 255, 256}) {
-        EXPECT_EQ(Velk().projectIdentifier(node), 0U);
-        EXPECT_EQ(Velk().confirmedProjectIdentifier(node), 0U);
-        EXPECT_FALSE(Velk().usesDefaultAddresses(node));
-        EXPECT_FALSE(Velk().symbolTable().SymIsActive(static_cast<std::uint16_t>(node)));
+        EXPECT_EQ(Symbols().projectIdentifier(node), 0U);
+        EXPECT_EQ(Symbols().confirmedProjectIdentifier(node), 0U);
+        EXPECT_FALSE(Symbols().usesDefaultAddresses(node));
+        EXPECT_FALSE(Symbols().table().SymIsActive(static_cast<std::uint16_t>(node)));
     }
-    EXPECT_FALSE(Velk().isPortOpen());
-    EXPECT_FALSE(Velk().isLoggedIn());
-    EXPECT_EQ(Velk().loginNode(), 0U);
-    EXPECT_FALSE(Velk().hasCommunicationFault());
+    EXPECT_FALSE(IsPortOpen());
+    EXPECT_FALSE(LoginState().isLoggedIn());
+    EXPECT_EQ(LoginState().node(), 0U);
+    EXPECT_FALSE(HasFault());
 }
 
 TEST_F(LifecycleTest, BuffersHoldExactly75000Bytes) {
@@ -242,14 +239,14 @@ TEST_F(LifecycleTest, StartTwiceOpensOnce) {
     EXPECT_TRUE(driver->Start());
     EXPECT_EQ(host.serial.created.size(), 1U);
     EXPECT_EQ(port.opens.size(), 1U);
-    EXPECT_TRUE(Velk().isPortOpen());
+    EXPECT_TRUE(IsPortOpen());
 }
 
 TEST_F(LifecycleTest, StopReleasesThePort) {
     ASSERT_TRUE(Config({}));
     EXPECT_TRUE(driver->Start());
     EXPECT_TRUE(driver->Stop());
-    EXPECT_FALSE(Velk().isPortOpen());
+    EXPECT_FALSE(IsPortOpen());
     EXPECT_EQ(host.serial.released, (std::vector<ISerialPort*>{&port}));
     EXPECT_EQ(port.closes, 0) << "the factory closes it";
     EXPECT_TRUE(driver->Stop());
@@ -277,7 +274,7 @@ TEST_F(LifecycleTest, PortThatDoesNotExist) {
     EXPECT_FALSE(driver->Start());
     ExpectError(-1, "Can't open serial port");
     EXPECT_TRUE(host.serial.released.empty());
-    EXPECT_FALSE(Velk().isPortOpen());
+    EXPECT_FALSE(IsPortOpen());
     EXPECT_TRUE(driver->Stop());
     EXPECT_TRUE(host.serial.released.empty());
 }
@@ -288,7 +285,7 @@ TEST_F(LifecycleTest, PortThatCannotBeOpened) {
     EXPECT_FALSE(driver->Start());
     ExpectError(-1, "Can't open serial port");
     EXPECT_EQ(host.serial.released, (std::vector<ISerialPort*>{&port}));
-    EXPECT_FALSE(Velk().isPortOpen());
+    EXPECT_FALSE(IsPortOpen());
     port.openResult = 1;
     EXPECT_TRUE(driver->Start()) << "and can be opened later";
     DeleteDriver();
@@ -343,6 +340,29 @@ TEST_F(LifecycleTest, TagFactoryMakesUnregisteredTags) {
     delete tag;
     EXPECT_EQ(driver->CreateTagBase("1?A?M?5"), nullptr);
     ExpectError(-1, "Tag URI error: 1?A?M?5 - there must be 5 tag specification fields");
+}
+
+TEST_F(LifecycleTest, FailedSecondConfigurationDoesNotBreakTheLine) {
+    ConfigureAndStart();
+    ITag* const tag = Tag("1?A?M?0?short");
+    EXPECT_FALSE(driver->Config(ConfigText().Set("BlockSize", "7").Build().c_str()));
+    ReadOutcome const outcome = Read({tag});
+    EXPECT_FALSE(outcome.ok);
+    ExpectError(-1, "parameter 'BlockSize' out of range");
+    EXPECT_TRUE(port.writes.empty());
+}
+
+TEST_F(LifecycleTest, FailedSecondConfigurationMakesNobodyWaitForDays) {
+    ConfigureAndStart();
+    ITag* const tag = Tag("1?A?M?0?short");
+    for (char const* timeout : {"2147483647", "-1"}) {
+        EXPECT_FALSE(driver->Config(ConfigText().Set("Timeout", timeout).Build().c_str()));
+        port.reads.clear();
+        Intel().DeadLinkCheck();
+        EXPECT_FALSE(Read({tag}).ok);
+        ASSERT_EQ(port.reads.size(), 1U);
+        EXPECT_EQ(port.reads[0].firstByteTimeoutMs, 1000);
+    }
 }
 
 } // namespace

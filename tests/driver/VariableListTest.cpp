@@ -1,5 +1,4 @@
-#include "driver/Protocol_VELK.h"
-#include "tests/support/DriverTest.h"
+#include "tests/support/VelkTest.h"
 
 #include <string>
 
@@ -9,10 +8,10 @@ namespace {
 using namespace velktest;
 
 /** Node 1 has a stored file of project 7; the login is behind us after LogIn(). */
-class VariableListTest : public DriverTest {
+class VariableListTest : public VelkTest {
 protected:
     void SetUp() override {
-        DriverTest::SetUp();
+        VelkTest::SetUp();
         Store(1, SymbolFileBytes(7)
                      .Variable("A", 0, 16)
                      .Variable("PLC_PRG.B", 1, 0x01020304)
@@ -22,8 +21,6 @@ protected:
                      .Variable("EDGE", 0, 0x7FFFFFFF)
                      .Build());
     }
-
-    Protocol_VELK& Velk() { return *static_cast<Protocol_VELK*>(driver); }
 
     /** The request of a read of one item. */
     static Bytes OneItem(std::string_view descriptor) {
@@ -203,7 +200,7 @@ TEST_F(VariableListTest, ReplyThatEndsInsideAValue) {
     Script(OneItem("00 00 10 00 00 00 02 00 00 00"), Hex("00 00 | 00 00 00 00 | 01 34"));
     EXPECT_FALSE(Read({tag}).ok);
     ExpectError(-1, "Rx Buffer dimension exceeded");
-    EXPECT_TRUE(Velk().hasCommunicationFault());
+    EXPECT_TRUE(HasFault());
 }
 
 TEST_F(VariableListTest, ReplyWithoutItsItems) {
@@ -335,7 +332,7 @@ TEST_F(VariableListTest, MissingVariableIsNeverWritten) {
     Intel().LinkCheck().Login();
     EXPECT_FALSE(Write({Tag("1?A?M?0?short"), Tag("1?NO/SUCH?M?1?short")}, Hex("34 12 34 12")));
     ExpectError(-1, "1?NO/SUCH?M?1?short not present in Symbols files");
-    EXPECT_TRUE(Velk().hasCommunicationFault());
+    EXPECT_TRUE(HasFault());
 }
 
 TEST_F(VariableListTest, VariableFoundLaterIsGoodAgain) {
@@ -448,7 +445,7 @@ TEST_F(VariableListTest, ItemThatPassesTheRequestIsAFaultToo) {
     Intel().LinkCheck().Login();
     EXPECT_FALSE(Write({tag}, Counting(74990)));
     ExpectError(-1, "Tx Buffer dimension exceeded");
-    EXPECT_TRUE(Velk().hasCommunicationFault());
+    EXPECT_TRUE(HasFault());
 }
 
 TEST_F(VariableListTest, WrittenProjectIdentifierDatagramIsRefused) {
@@ -611,7 +608,7 @@ TEST_F(VariableListTest, WriteThatPassesTheRequestByOneByte) {
     Intel().LinkCheck().Login();
     EXPECT_FALSE(Write({tag}, Counting(74981)));
     ExpectError(-1, "Tx Buffer dimension exceeded");
-    EXPECT_TRUE(Velk().hasCommunicationFault());
+    EXPECT_TRUE(HasFault());
 }
 
 TEST_F(VariableListTest, WriteWhoseSecondItemPassesTheRequest) {

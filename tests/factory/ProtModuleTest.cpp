@@ -1,10 +1,15 @@
-#include "interfaces/IProtModule.h"
+#include "factory/ProtModule.h"
+
 #include "interfaces/ModuleEntry.h"
 #include "protlib/HostServiceVariables.h"
+#include "tests/support/Cancellation.h"
 #include "tests/support/FakeHost.h"
 
 #include <gtest/gtest.h>
 
+#include <memory>
+#include <new>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -205,6 +210,175 @@ TEST_F(ProtModuleTest, LastErrorIsATextThatStays) {
     host.lacking.clear();
     ASSERT_TRUE(Init(host));
     EXPECT_STREQ(module->GetLastError(), "ISerialFactory not created") << "only a failure sets it";
+}
+
+// --- the end of the module object ---
+
+/** A module object that the test can destroy. It keeps its services where the other one does, which holds none. */
+class OwnProtModuleTest : public ::testing::Test {
+protected:
+    std::unique_ptr<ProtModule> module = std::make_unique<ProtModule>();
+    FakeHost host;
+};
+
+TEST_F(OwnProtModuleTest, GivesItsServicesBackInTheEndHoweverOftenItWasInitialised) {
+    for (int initialisations = 1; initialisations <= 3; ++initialisations) {
+        module = std::make_unique<ProtModule>();
+        for (int i = 0; i < initialisations; ++i) {
+            ASSERT_TRUE(module->Init(&host));
+        }
+        host.log.clear();
+        module.reset();
+        EXPECT_EQ(host.Logged("release"), kReleased) << initialisations;
+        EXPECT_EQ(piMultiTask, nullptr) << initialisations;
+    }
+}
+
+TEST_F(OwnProtModuleTest, GivesNothingBackInTheEndWhenItHoldsNothing) {
+    host.lacking = {"ICDSBuffer"};
+    EXPECT_FALSE(module->Init(&host));
+    host.log.clear();
+    module.reset();
+    EXPECT_TRUE(host.log.empty()) << "neither after a failed initialisation";
+
+    host.lacking.clear();
+    module = std::make_unique<ProtModule>();
+    ASSERT_TRUE(module->Init(&host));
+    module->Close();
+    host.log.clear();
+    module.reset();
+    EXPECT_TRUE(host.log.empty()) << "nor after the last close";
+}
+
+// --- a host in trouble ---
+
+/** A host that does something else, once, instead of creating or releasing a service. */
+class TroubledHost final : public IInterfaceFactory {
+public:
+    FakeHost host;
+    std::string call; ///< "create <name>" or "release <name>"
+    void (*trouble)() = nullptr;
+
+    IInterface* CreateInterface(char const* name) override {
+        IInterface* const service = host.CreateInterface(name);
+        MeetTrouble();
+        return service;
+    }
+
+    void ReleaseInterface(IInterface* object) override {
+        host.ReleaseInterface(object);
+        MeetTrouble();
+    }
+
+private:
+    void MeetTrouble() const {
+        if (host.log.back() == call) {
+            trouble();
+        }
+    }
+};
+
+void ThrowError() {
+    throw std::runtime_error("no such service");
+}
+
+void ThrowNumber() {
+    throw 7;
+}
+
+void RunOutOfMemory() {
+    throw std::bad_alloc();
+}
+
+class TroubledHostTest : public ::testing::Test {
+protected:
+    void Expect(std::string call, void (*trouble)()) {
+        troubled.call = std::move(call);
+        troubled.trouble = trouble;
+        troubled.host.log.clear();
+    }
+
+    TroubledHost troubled;
+    FakeHost& host = troubled.host;
+    std::unique_ptr<ProtModule> module = std::make_unique<ProtModule>();
+};
+
+TEST_F(TroubledHostTest, RequiredServiceWhoseCreationThrowsFailsTheInitialisation) {
+    for (auto* const trouble : {ThrowError, ThrowNumber}) {
+        Expect("create ISocketFactory", trouble);
+        EXPECT_FALSE(module->Init(&troubled));
+        EXPECT_STREQ(module->GetLastError(), "Exception in a host service");
+        EXPECT_EQ(host.Logged("release"), (Names{"IMultiTask2", "ISerialFactory"}));
+    }
+    Expect("", nullptr);
+    ASSERT_TRUE(module->Init(&troubled));
+    EXPECT_EQ(host.Logged("create"), kAcquired);
+}
+
+TEST_F(TroubledHostTest, RequiredServiceForWhichTheHostHasNoMemoryIsNotCreated) {
+    Expect("create ISerialFactory", RunOutOfMemory);
+    EXPECT_FALSE(module->Init(&troubled));
+    EXPECT_STREQ(module->GetLastError(), "ISerialFactory not created");
+    EXPECT_EQ(host.Logged("release"), Names{"IMultiTask2"});
+}
+
+TEST_F(TroubledHostTest, OptionalServiceWhoseCreationThrowsIsAbsent) {
+    Expect("create IPermanentStorage", ThrowError);
+    ASSERT_TRUE(module->Init(&troubled));
+    EXPECT_EQ(host.Logged("create"), kAcquired);
+    EXPECT_EQ(piPermanentStorage, nullptr);
+    EXPECT_EQ(piFastTimer, &host.fastTimer);
+    EXPECT_STREQ(module->GetLastError(), "");
+}
+
+TEST_F(TroubledHostTest, ReleaseThatThrowsDoesNotKeepTheOthers) {
+    for (std::string const& service : kReleased) {
+        Expect("release " + service, ThrowError);
+        ASSERT_TRUE(module->Init(&troubled));
+        module->Close();
+        EXPECT_EQ(host.Logged("release"), kReleased) << service;
+    }
+    Expect("release IMultiTask2", ThrowError);
+    ASSERT_TRUE(module->Init(&troubled));
+    module.reset();
+    EXPECT_EQ(host.Logged("release"), kReleased) << "in the end";
+}
+
+TEST_F(TroubledHostTest, ReleaseThatThrowsDuringAFailedInitialisationDoesNotKeepTheOthers) {
+    host.lacking = {"ICDSBuffer"};
+    Expect("release IMultiTask2", ThrowError);
+    EXPECT_FALSE(module->Init(&troubled));
+    EXPECT_STREQ(module->GetLastError(), "piCDSBuffer not created");
+    EXPECT_EQ(host.Logged("release"), (Names{"IMultiTask2", "ISerialFactory", "ISocketFactory"}));
+}
+
+TEST_F(TroubledHostTest, ThreadThatIsCancelledInInitEndsAndWhatItAcquiredIsGivenBackInTheEnd) {
+    Expect("create IDiag", velktest::CancelThisThread);
+    EXPECT_TRUE(velktest::IsCancelledIn([&] { module->Init(&troubled); }));
+    EXPECT_TRUE(host.Logged("release").empty());
+    module.reset();
+    EXPECT_EQ(host.Logged("release"), (Names{"IMultiTask2", "ISerialFactory", "ISocketFactory", "ICDSBuffer"}));
+}
+
+TEST_F(TroubledHostTest, ModuleCanBeInitialisedAgainAfterAThreadWasCancelledInInit) {
+    Expect("create ISocketFactory", velktest::CancelThisThread);
+    EXPECT_TRUE(velktest::IsCancelledIn([&] { module->Init(&troubled); }));
+    Expect("", nullptr);
+    ASSERT_TRUE(module->Init(&troubled));
+    EXPECT_EQ(host.Logged("release"), (Names{"IMultiTask2", "ISerialFactory"})) << "what was left";
+    EXPECT_EQ(host.Logged("create"), kAcquired);
+    host.log.clear();
+    module->Close();
+    EXPECT_EQ(host.Logged("release"), kReleased);
+}
+
+TEST_F(TroubledHostTest, CloseGoesOnWhereACancelledThreadEnded) {
+    ASSERT_TRUE(module->Init(&troubled));
+    Expect("release IDriverInterface", velktest::CancelThisThread);
+    EXPECT_TRUE(velktest::IsCancelledIn([&] { module->Close(); }));
+    EXPECT_EQ(host.Logged("release"), (Names{"IFastTimer", "ISmux", "IDriverInterface"}));
+    module->Close();
+    EXPECT_EQ(host.Logged("release"), kReleased) << "each of them once";
 }
 
 } // namespace

@@ -2,13 +2,18 @@
 #include "interfaces/IProtocol.h"
 #include "interfaces/IProtocolFactory.h"
 #include "interfaces/ModuleEntry.h"
+#include "protlib/HostServiceVariables.h"
 #include "tests/support/AllocationGate.h"
+#include "tests/support/Cancellation.h"
 #include "tests/support/ConfigText.h"
 #include "tests/support/FakeHost.h"
+#include "tests/support/ScriptedPort.h"
 
 #include <gtest/gtest.h>
 
+#include <stdexcept>
 #include <string>
+#include <utility>
 
 extern "C" IInterfaceFactory* GetInterfaceFactory();
 
@@ -60,6 +65,49 @@ TEST_F(ProtocolFactoryTest, DeletingNothingIsHarmless) {
     factory->DeleteProtocol(nullptr);
     IProtocol* const protocol = factory->CreateProtocol("VELK");
     EXPECT_NE(protocol, nullptr);
+    factory->DeleteProtocol(protocol);
+}
+
+/** A factory that cannot close the port, the first time. */
+class TroubledSerialFactory : public velktest::FakeSerialFactory {
+public:
+    void (*trouble)() = nullptr;
+
+    void ReleasePort(ISerialPort* given) override {
+        FakeSerialFactory::ReleasePort(given);
+        if (auto* const now = std::exchange(trouble, nullptr); now != nullptr) {
+            now();
+        }
+    }
+};
+
+TEST_F(ProtocolFactoryTest, DeletingAnInstanceOutlivesAHostThatThrowsWhenItClosesThePort) {
+    velktest::ScriptedPort port;
+    TroubledSerialFactory serial;
+    serial.port = &port;
+    auto* const service = std::exchange(piSerialFactory, &serial);
+    IProtocol* const protocol = factory->CreateProtocol("VELK");
+    piSerialFactory = service;
+    ASSERT_TRUE(protocol->Config(velktest::ConfigText().Build().c_str()));
+    ASSERT_TRUE(protocol->Start());
+    serial.trouble = [] { throw std::runtime_error("cannot close"); };
+    factory->DeleteProtocol(protocol);
+    ASSERT_FALSE(serial.released.empty());
+    EXPECT_EQ(serial.released.front(), &port);
+}
+
+TEST_F(ProtocolFactoryTest, InstanceIsStillThereAfterAThreadWasCancelledInItsDeletion) {
+    velktest::ScriptedPort port;
+    TroubledSerialFactory serial;
+    serial.port = &port;
+    auto* const service = std::exchange(piSerialFactory, &serial);
+    IProtocol* const protocol = factory->CreateProtocol("VELK");
+    piSerialFactory = service;
+    ASSERT_TRUE(protocol->Config(velktest::ConfigText().Build().c_str()));
+    ASSERT_TRUE(protocol->Start());
+    serial.trouble = velktest::CancelThisThread;
+    EXPECT_TRUE(velktest::IsCancelledIn([&] { factory->DeleteProtocol(protocol); }));
+    EXPECT_STREQ(protocol->GetName(), "VELK");
     factory->DeleteProtocol(protocol);
 }
 

@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-/** What the module's file offers to whoever loads it. */
+/** The symbols that the module's file exports. */
 namespace {
 
 std::vector<char> FileBytes() {

@@ -5,6 +5,7 @@
 #include "interfaces/ITag.h"
 #include "interfaces/ModuleEntry.h"
 #include "tests/module/LoadedModule.h"
+#include "tests/support/Cancellation.h"
 #include "tests/support/ConfigText.h"
 #include "tests/support/Conversation.h"
 #include "tests/support/FakeHost.h"
@@ -67,6 +68,31 @@ TEST_F(ModuleTest, ServicesAreReleasedWhenAnInitialisedModuleIsUnloaded) {
     library.Unload();
     EXPECT_EQ(host.Logged("release"), (Names{"IFastTimer", "ISmux", "IDriverInterface", "IDiag", "IPermanentStorage",
                                              "IMultiTask2", "ISerialFactory", "ISocketFactory", "ICDSBuffer"}));
+}
+
+TEST_F(ModuleTest, ServicesAreReleasedAtUnloadingHoweverOftenTheModuleWasInitialised) {
+    for (int i = 0; i < 3; ++i) {
+        ASSERT_TRUE(module->Init(&host));
+    }
+    library.Unload();
+    EXPECT_EQ(host.Logged("release"), (Names{"IFastTimer", "ISmux", "IDriverInterface", "IDiag", "IPermanentStorage",
+                                             "IMultiTask2", "ISerialFactory", "ISocketFactory", "ICDSBuffer"}));
+}
+
+/** A host whose thread is cancelled while it creates a service. */
+class CancelledHost final : public IInterfaceFactory {
+public:
+    IInterface* CreateInterface(char const* /*name*/) override {
+        CancelThisThread();
+        return nullptr;
+    }
+    void ReleaseInterface(IInterface* /*object*/) override {}
+};
+
+TEST_F(ModuleTest, CancelledThreadUnwindsOutOfTheModule) {
+    CancelledHost cancelled;
+    EXPECT_TRUE(IsCancelledIn([&] { module->Init(&cancelled); }));
+    EXPECT_TRUE(module->Init(&host));
 }
 
 TEST_F(ModuleTest, ClosedModuleIsUnloadedWithoutAWord) {

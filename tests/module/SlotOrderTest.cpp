@@ -305,7 +305,7 @@ TEST_F(SlotOrderTest, ProtocolDestructors) {
     EXPECT_EQ(hostLog, (std::vector<std::string>{"serial slot 6"}));
     void* const destroyed = StartedProtocol();
     hostLog.clear();
-    Call<void>(destroyed, 0); // which leaves the memory to whoever destroys
+    Call<void>(destroyed, 0); // the memory stays with the caller
     EXPECT_EQ(hostLog, (std::vector<std::string>{"serial slot 6"}));
     ::operator delete(destroyed);
     Call<void>(module, 6);

@@ -1,4 +1,5 @@
 #include "protlib/ConfigParser.h"
+#include "protlib/ScratchBuffer.h"
 #include "tests/protlib/TestDriver.h"
 #include "tests/support/AllocationGate.h"
 
@@ -13,6 +14,21 @@ namespace {
 using velktest::AllocationGate;
 
 // --- what needs the heap ---
+
+TEST(CreateTagAllocation, RegisteringATagUsesNoHeap) {
+    // So there is no separate list that freeing a tag would have to search.
+    TestDriver driver;
+    driver.addresses.reserve(8);
+    driver.deletions.reserve(8);
+    for (int i = 0; i < 3; ++i) {
+        driver.offer(TestTag());
+    }
+    AllocationGate const gate;
+    for (int i = 0; i < 3; ++i) {
+        EXPECT_NE(driver.CreateTag("x"), nullptr);
+    }
+    EXPECT_EQ(AllocationGate::Seen(), 0U);
+}
 
 std::size_t allocationsOfARead(int length) {
     TestDriver driver;
@@ -91,6 +107,8 @@ TEST(MemoryShortage, ReadFailsWithoutThrowing) {
         EXPECT_FALSE(driver.Read(&tag, value.data()));
         EXPECT_TRUE(AllocationGate::Refused());
     }
+    EXPECT_EQ(driver.GetLastError(), 0);
+    EXPECT_STREQ(driver.GetLastErrorString(), "Out of memory");
     EXPECT_EQ(driver.blockReads, 0);
     EXPECT_EQ(value, std::vector<unsigned char>(65, 0x77));
 }
@@ -185,6 +203,19 @@ TEST(MemoryShortage, NoCommandThrowsOrLosesItsTag) {
             }
             EXPECT_LT(refused, 30U) << command;
         }
+    }
+}
+
+TEST(MemoryShortage, CommandWhoseValueFindsNoBufferSaysSo) {
+    constexpr int kLength = int{ProtUtilsN::kLongestScratch} + 1;
+    for (std::string const& command :
+         {std::string("read x"), "write x " + std::string(2 * std::size_t{kLength}, '0')}) {
+        TestDriver driver;
+        driver.offer(TestTag(ICU_STRING, ICU_BYTE, kLength));
+        std::array<char, 300> reply{};
+        EXPECT_TRUE(driver.DoCommand(command.c_str(), reply.data(), static_cast<int>(reply.size())));
+        EXPECT_STREQ(reply.data(), "Out of memory");
+        EXPECT_EQ(driver.GetLastError(), 0);
     }
 }
 

@@ -1,5 +1,6 @@
 #include "protlib/HostServiceVariables.h"
 #include "protlib/InterfaceNames.h"
+#include "tests/support/Cancellation.h"
 #include "tests/support/FakeHost.h"
 
 #include <gtest/gtest.h>
@@ -39,6 +40,15 @@ TEST(Yield, ToleratesAnAbsentScheduler) {
     piMultiTask = nullptr;
     yieldToHost();
     EXPECT_EQ(scheduler.yields, 1);
+}
+
+TEST(Yield, ThreadThatTheSchedulerCancelsEnds) {
+    class CancellingScheduler : public velktest::FakeScheduler {
+        void Yield(int /*amount*/) override { velktest::CancelThisThread(); }
+    } scheduler;
+    piMultiTask = &scheduler;
+    EXPECT_TRUE(velktest::IsCancelledIn(yieldToHost));
+    piMultiTask = nullptr;
 }
 
 TEST(InterfaceName, EqualsOnlyItselfByteForByte) {

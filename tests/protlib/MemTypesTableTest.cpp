@@ -29,15 +29,6 @@ TEST(MemTypes, HasTheSevenAreas) {
     expectRow(6, "NO_IP", 0, 0, 0);
 }
 
-TEST(MemTypes, RowByIndex) {
-    for (int index = 0; index < 7; ++index) {
-        EXPECT_EQ(memTypeRow(index), &MemTypes.at(static_cast<std::size_t>(index)));
-    }
-    for (int const index : {-1, 7, 8, 100, INT_MAX, INT_MIN}) {
-        EXPECT_EQ(memTypeRow(index), nullptr) << index;
-    }
-}
-
 TEST(MemTypes, RowByAreaNumberOfTheSymbolFile) {
     for (std::uint32_t area = 0; area <= 5; ++area) {
         EXPECT_EQ(memTypeRowOfArea(area), &MemTypes.at(area));

@@ -5,8 +5,11 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <array>
 #include <memory>
+#include <numeric>
+#include <random>
 #include <string>
 #include <vector>
 
@@ -317,6 +320,74 @@ TEST(TagRegistry, UnregisteredTagIsDestroyedToo) {
     EXPECT_EQ(driver.deletions, Names{"stranger"});
     driver.DeleteTags();
     EXPECT_EQ(driver.deletions, (Names{"stranger", "registered"}));
+}
+
+TEST(TagRegistry, CopyOfATagIsNotRegistered) {
+    TestDriver driver;
+    TestTag* const original = driver.offer(TestTag(), "original");
+    driver.offer(TestTag(), "other");
+    driver.CreateTag("x");
+    driver.CreateTag("x");
+    ITag* const early = original->Clone();
+    ITag* const late = original->Clone();
+    static_cast<TestTag*>(early)->name = "early copy";
+    static_cast<TestTag*>(late)->name = "late copy";
+    driver.FreeTag(early);
+    driver.FreeTag(original);
+    EXPECT_EQ(driver.deletions, (Names{"early copy", "original"}));
+    driver.DeleteTags();
+    EXPECT_EQ(driver.deletions, (Names{"early copy", "original", "other"})) << "the late copy is the caller's";
+    delete late;
+}
+
+TEST(TagRegistry, TagThatIsDestroyedWithoutTheProtocolLeavesTheRegistry) {
+    TestDriver driver;
+    for (char const* const name : {"a", "b"}) {
+        driver.offer(TestTag(), name);
+    }
+    ITag* const a = driver.CreateTag("x");
+    driver.CreateTag("x");
+    delete a;
+    driver.DeleteTags();
+    EXPECT_EQ(driver.deletions, (Names{"a", "b"}));
+}
+
+/** Frees some of many tags in a given order; the rest is destroyed in the order of creation. */
+void expectRestInOrder(std::vector<std::size_t> const& freed, std::size_t count) {
+    TestDriver driver;
+    std::vector<ITag*> tags;
+    std::vector<bool> isFreed(count, false);
+    Names expected;
+    for (std::size_t i = 0; i < count; ++i) {
+        driver.offer(TestTag(), std::to_string(i));
+        tags.push_back(driver.CreateTag("x"));
+    }
+    for (auto const index : freed) {
+        driver.FreeTag(tags[index]);
+        isFreed[index] = true;
+        expected.push_back(std::to_string(index));
+    }
+    ASSERT_EQ(driver.deletions, expected);
+    for (std::size_t i = 0; i < count; ++i) {
+        if (!isFreed[i]) {
+            expected.push_back(std::to_string(i));
+        }
+    }
+    driver.DeleteTags();
+    EXPECT_EQ(driver.deletions, expected);
+}
+
+TEST(TagRegistry, OrderOfTheRestStaysInWhateverOrderTagsAreFreed) {
+    constexpr std::size_t kCount = 32'000;
+    std::vector<std::size_t> indices(kCount);
+    std::iota(indices.begin(), indices.end(), 0U);
+    std::vector<std::size_t> const half(indices.begin(), indices.begin() + kCount / 2);
+    expectRestInOrder(half, kCount);
+    expectRestInOrder({half.rbegin(), half.rend()}, kCount);
+    expectRestInOrder({indices.rbegin(), indices.rend()}, kCount);
+    std::shuffle(indices.begin(), indices.end(), std::mt19937(97531));
+    expectRestInOrder({indices.begin(), indices.begin() + kCount / 2}, kCount);
+    expectRestInOrder(indices, kCount);
 }
 
 TEST(TagRegistry, FreeingNullKeepsEveryTag) {

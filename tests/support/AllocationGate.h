@@ -5,7 +5,7 @@
 /**
  * Counts, and on demand refuses, the allocations of the code under test.
  *
- * The replaced operators new stand in AllocationGate.cpp; a test program that does not link it sees no effect.
+ * The replaced operators new are in AllocationGate.cpp; without it a gate has no effect.
  * Only what happens between a gate's construction and destruction counts. The fakes that the code under test
  * calls back into hold an AllocationPause, so that their own memory is not charged to it.
  */

@@ -25,7 +25,7 @@ Names chain(RtsHashTag const& index, int bucket) {
     return keys;
 }
 
-/** In which bucket a name ends up alone. */
+/** The bucket of the only name in an index. */
 int bucketOf(char const* key, int bucketCount) {
     RtsHashTag index(bucketCount, false);
     EXPECT_TRUE(RtsSym::UtlHashAdd(&index, key, nullptr));

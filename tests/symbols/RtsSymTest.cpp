@@ -1,5 +1,6 @@
 #include "symbols/RtsSym.h"
 
+#include "tests/support/Cancellation.h"
 #include "tests/support/TempDir.h"
 #include "tests/symbols/SdbBytes.h"
 
@@ -17,7 +18,7 @@ constexpr std::uint32_t kUntouched = 0xDEADBEEF;
 
 int yieldCount = 0;
 
-void countYield() noexcept {
+void countYield() {
     ++yieldCount;
 }
 
@@ -355,6 +356,70 @@ TEST_F(Table, LoadWithoutASchedulerSucceeds) {
     yieldCount = 0;
     EXPECT_EQ(load(0, fileWith({"a", "b", "c"})), 1);
     EXPECT_EQ(yieldCount, 0);
+}
+
+/** The yields of a load of four symbols: one after the first variable record, two while they are indexed. */
+constexpr int kYieldsOfFour = 3;
+
+int yieldsUntilTrouble = 0;
+
+struct HostTrouble {};
+
+TEST_F(Table, WhatTheHostThrowsInAYieldFailsTheLoadAndPassesThrough) {
+    directory.Put("yield.sdb", fileWith({"a", "b", "c", "d"}));
+    std::string const path = directory.Path("yield.sdb");
+    for (int yields = 1; yields <= kYieldsOfFour; ++yields) {
+        RtsSym throwing(1, [] {
+            if (--yieldsUntilTrouble == 0) {
+                throw HostTrouble{};
+            }
+        });
+        yieldsUntilTrouble = yields;
+        EXPECT_THROW(throwing.SymLoadSymbolsFromFile(0, path.c_str(), nullptr), HostTrouble) << yields;
+        EXPECT_FALSE(throwing.SymIsActive(0)) << yields;
+        EXPECT_EQ(throwing.SymGetSymbol("a"), nullptr) << yields;
+        EXPECT_EQ(velktest::OpenHandles(path), 0) << yields;
+        EXPECT_EQ(throwing.SymLoadSymbolsFromFile(0, path.c_str(), nullptr), 1) << yields;
+        EXPECT_NE(throwing.SymGetSymbol("d"), nullptr) << yields;
+    }
+}
+
+TEST_F(Table, ThreadThatIsCancelledInAYieldEndsAndLeavesAUsableTable) {
+    directory.Put("yield.sdb", fileWith({"a", "b", "c", "d"}));
+    std::string const path = directory.Path("yield.sdb");
+    for (int yields = 1; yields <= kYieldsOfFour; ++yields) {
+        RtsSym cancelled(1, [] {
+            if (--yieldsUntilTrouble == 0) {
+                velktest::CancelThisThread();
+            }
+        });
+        yieldsUntilTrouble = yields;
+        EXPECT_TRUE(velktest::IsCancelledIn([&] { cancelled.SymLoadSymbolsFromFile(0, path.c_str(), nullptr); }));
+        EXPECT_FALSE(cancelled.SymIsActive(0)) << yields;
+        EXPECT_EQ(velktest::OpenHandles(path), 0) << yields;
+        EXPECT_EQ(cancelled.SymLoadSymbolsFromFile(0, path.c_str(), nullptr), 1) << yields;
+        EXPECT_NE(cancelled.SymGetSymbol("d"), nullptr) << yields;
+    }
+}
+
+TEST_F(Table, ThreadThatIsCancelledWhileItReadsTheFileEnds) {
+    directory.Put("read.sdb", fileWith({"a", "b"}));
+    std::string const path = directory.Path("read.sdb");
+    // Opening and reading a file are points at which a cancelled thread ends.
+    EXPECT_TRUE(velktest::IsCancelledIn([&] {
+        pthread_cancel(pthread_self());
+        table.SymLoadSymbolsFromFile(0, path.c_str(), nullptr);
+    }));
+    EXPECT_EQ(velktest::OpenHandles(path), 0);
+    EXPECT_EQ(table.SymLoadSymbolsFromFile(0, path.c_str(), nullptr), 1);
+    OpenFile const open(std::fopen(path.c_str(), "rb"));
+    SymbolListTag list;
+    EXPECT_TRUE(velktest::IsCancelledIn([&] {
+        pthread_cancel(pthread_self());
+        table.SymParseBinaryFile(open.get(), &list);
+    }));
+    std::rewind(open.get());
+    EXPECT_EQ(table.SymParseBinaryFile(open.get(), &list), 1);
 }
 
 // --- large tables ---

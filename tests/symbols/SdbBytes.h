@@ -35,7 +35,7 @@ public:
         return u32(kind).u32(length).u32(0xA1A2A3A4).u32(recordCount);
     }
 
-    /** A section that nobody looks into, of 16 + @p content bytes. */
+    /** A section that the parser skips, of 16 + @p content bytes. */
     SdbBytes& otherSection(std::uint32_t kind, std::uint32_t content) {
         section(kind, 16 + content, 7);
         for (std::uint32_t i = 0; i < content; ++i) {

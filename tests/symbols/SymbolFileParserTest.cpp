@@ -41,7 +41,7 @@ private:
 void expectRefused(SdbBytes const& file) {
     Parsed parsed(file);
     EXPECT_EQ(parsed.result, 0);
-    // What was made until then can be cleared, and the list used again.
+    // The symbols read so far can be cleared, and the list used again.
     RtsSym table(1);
     table.SymClearSymbolList(0, &parsed.list);
     EXPECT_EQ(parsed.list.count, 0U);
@@ -225,7 +225,7 @@ TEST(SymbolFileSections, WhatFollowsTheVariableSectionIsNotLookedAt) {
 }
 
 TEST(SymbolFileSections, VariableSectionIsSoughtBehindTheLastTypeWhateverTheTypeSectionsLength) {
-    for (std::uint32_t const length : {16U, 20U, 16U + 22U + 1U, 5000U}) {
+    for (std::uint32_t const length : {0U, 3U, 15U, 16U, 20U, 16U + 22U + 1U, 5000U, 0xFFFFFFFFU}) {
         SdbBytes file;
         file.fileHeader().section(2, length, 1).simpleType("INT", 3, 2).section(3, 200, 1).variable("a");
         Parsed const parsed(file);
@@ -235,7 +235,7 @@ TEST(SymbolFileSections, VariableSectionIsSoughtBehindTheLastTypeWhateverTheType
 }
 
 TEST(SymbolFileSections, LengthOfTheVariableSectionIsNotUsed) {
-    for (std::uint32_t const length : {16U, 17U, 0x7FFFFFFFU}) {
+    for (std::uint32_t const length : {0U, 3U, 15U, 16U, 17U, 0x7FFFFFFFU, 0xFFFFFFFFU}) {
         Parsed const parsed(SdbBytes::withInt().section(3, length, 1).variable("a"));
         EXPECT_EQ(parsed.result, 1) << length;
         EXPECT_EQ(names(parsed), Names{"a"}) << length;
@@ -252,13 +252,15 @@ TEST(SymbolFileSections, MissingVariableSectionIsRefused) {
     expectRefused(SdbBytes::withInt().otherSection(4, 30));
 }
 
-TEST(SymbolFileSections, SectionShorterThanItsHeaderIsRefused) {
+TEST(SymbolFileSections, SkippedSectionShorterThanItsHeaderIsRefused) {
     for (std::uint32_t const length : {0U, 1U, 15U}) {
         SdbBytes before;
         before.fileHeader().section(1, length, 0);
         before.section(2, 16 + 22, 1).simpleType("INT", 3, 2).section(3, 200, 1).variable("a");
         expectRefused(before);
         expectRefused(SdbBytes::withInt().section(1, length, 0).section(3, 200, 1).variable("a"));
+        // A second type section is skipped, too.
+        expectRefused(SdbBytes::withInt().section(2, length, 0).section(3, 200, 1).variable("a"));
     }
 }
 
@@ -461,14 +463,6 @@ TEST(SymbolFileTypes, NoTypesAreFineAsLongAsNoVariableNeedsOne) {
     SdbBytes file;
     file.fileHeader().section(2, 16, 0).section(3, 500, 1).variableRecord(6, 26, 0, 0, 0, 0);
     EXPECT_EQ(Parsed(file).result, 1);
-}
-
-TEST(SymbolFileTypes, SectionShorterThanItsHeaderIsRefused) {
-    for (std::uint32_t const length : {0U, 15U}) {
-        SdbBytes types;
-        expectRefused(types.fileHeader().section(2, length, 1).simpleType("INT", 3, 2).section(3, 44, 1).variable("a"));
-        expectRefused(SdbBytes::withInt().section(3, length, 1).variable("a"));
-    }
 }
 
 // --- the names of types ---

@@ -1,0 +1,14 @@
+#pragma once
+
+#include "driver/config/ParamManager.h"
+#include "protlib/MemoryManager.h"
+
+namespace _VELK {
+
+/** What a tag sees of the driver that makes it: parameters and memory types. Both outlive the tag. */
+struct TagServices {
+    ParamManager const& params;
+    MemoryManager const& memory;
+};
+
+} // namespace _VELK

@@ -1,0 +1,25 @@
+#include "protlib/NoThrow.h"
+
+#include <new>
+
+#if defined(__GLIBCXX__)
+#include <cxxabi.h>
+#endif
+
+namespace ProtUtilsN {
+
+Outcome outcomeOfCaught() {
+    try {
+        throw;
+    } catch (std::bad_alloc const&) {
+        return Outcome::OutOfMemory;
+#if defined(__GLIBCXX__)
+    } catch (abi::__forced_unwind const&) {
+        throw;
+#endif
+    } catch (...) {
+        return Outcome::HostException;
+    }
+}
+
+} // namespace ProtUtilsN
