@@ -47,10 +47,8 @@ endif()
 # From here on the sources of a target are compiled several at a time. What is of one source alone, in a namespace
 # without a name, needs a name that no other source of its target has.
 macro(velk_join_sources)
-    if(VELK_JOIN_SOURCES)
-        set(CMAKE_UNITY_BUILD ON)
-        set(CMAKE_UNITY_BUILD_BATCH_SIZE 8)
-    endif()
+    set(CMAKE_UNITY_BUILD ON)
+    set(CMAKE_UNITY_BUILD_BATCH_SIZE 8)
 endmacro()
 
 # A static library of one folder: velk_library(NAME SOURCES a.cpp ... LINK other ...)
