@@ -9,6 +9,7 @@
 #include "protlib/BitPacking.h"
 #include "protlib/DataTypes.h"
 #include "protlib/MemoryType.h"
+#include "protlib/NoThrow.h"
 #include "protlib/ScratchBuffer.h"
 
 #include <algorithm>
@@ -82,7 +83,7 @@ bool EntryPoints::readElements(ITag const* tag, unsigned char* bytes, int length
     }
     Image image(needed);
     if (!image.available()) {
-        return session_.errors.fail(kErrorPort, kOutOfMemory);
+        return session_.errors.fail(kErrorPort, ProtUtilsN::kOutOfMemoryText);
     }
     if (!fillBlock(tag, image.bytes(), static_cast<int>(place.length))) {
         return false;
@@ -110,7 +111,7 @@ bool EntryPoints::readList(ITag const* const* tags, int count, unsigned char* va
     }
     Image image(length);
     if (!image.available()) {
-        return session_.errors.fail(kErrorPort, kOutOfMemory);
+        return session_.errors.fail(kErrorPort, ProtUtilsN::kOutOfMemoryText);
     }
     if (!readImage(tags, count, image.bytes())) {
         return false;
@@ -163,7 +164,7 @@ bool EntryPoints::writeValue(ITag const* tag, unsigned char const* value) {
     BlockPlace const place(velkTag(*tag), packedLength);
     Image image(std::max(std::int64_t{packedLength} + kWriteMargin, place.length));
     if (!image.available()) {
-        return session_.errors.fail(kErrorPort, kOutOfMemory);
+        return session_.errors.fail(kErrorPort, ProtUtilsN::kOutOfMemoryText);
     }
     bool const isWholeElement = place.skip == 0 && place.length == packedLength;
     if (!isWholeElement && !fillBlock(tag, image.bytes(), static_cast<int>(place.length))) {
@@ -190,7 +191,7 @@ bool EntryPoints::writeList(ITag const* const* tags, int count, unsigned char co
     }
     Image image(length);
     if (!image.available()) {
-        return session_.errors.fail(kErrorPort, kOutOfMemory);
+        return session_.errors.fail(kErrorPort, ProtUtilsN::kOutOfMemoryText);
     }
     unsigned char* destination = image.bytes().data();
     for (int i = 0; i < count; ++i) {

@@ -33,8 +33,14 @@ void Protocol_VELK::record(void* driver, int code, char const* text) {
 template <typename Step>
 bool Protocol_VELK::guarded(Step&& step) {
     bool result = false;
-    return ProtUtilsN::noThrow([&] { result = step(); }) ? result
-                                                         : session_.errors.fail(kErrorPort, _VELK::kOutOfMemory);
+    ProtUtilsN::Outcome const outcome = ProtUtilsN::contain([&] { result = step(); });
+    return outcome == ProtUtilsN::Outcome::Done ? result : reportOutcome(outcome);
+}
+
+bool Protocol_VELK::reportOutcome(ProtUtilsN::Outcome outcome) {
+    bool const shortMemory = outcome == ProtUtilsN::Outcome::OutOfMemory;
+    return session_.errors.fail(kErrorPort,
+                                shortMemory ? ProtUtilsN::kOutOfMemoryText : ProtUtilsN::kHostExceptionText);
 }
 
 // Identity
@@ -58,11 +64,14 @@ bool Protocol_VELK::Config(char const* configuration) {
 }
 
 bool Protocol_VELK::Start() {
-    return session_.link.open();
+    return guarded([&] { return session_.link.open(); });
 }
 
 bool Protocol_VELK::Stop() {
-    session_.link.close();
+    guarded([&] {
+        session_.link.close();
+        return true;
+    });
     return true;
 }
 

@@ -94,9 +94,10 @@ public:
     _VELK::Session& session() { return session_; }
 
 private:
-    /** Runs @p step and answers its result; false when memory runs out on the way. */
+    /** Runs @p step and answers its result; false, and the reason as the last error, when it throws. */
     template <typename Step>
     bool guarded(Step&& step);
+    bool reportOutcome(ProtUtilsN::Outcome outcome);
 
     static void record(void* driver, int code, char const* text);
 

@@ -5,7 +5,6 @@ namespace _VELK {
 
 inline constexpr char const* kNotStarted = "Protocol not started";
 inline constexpr char const* kInvalidArgument = "Invalid argument";
-inline constexpr char const* kOutOfMemory = "Out of memory";
 inline constexpr char const* kTxExceeded = "Tx Buffer dimension exceeded";
 inline constexpr char const* kRxExceeded = "Rx Buffer dimension exceeded";
 inline constexpr char const* kSymbolFileCorrupted = "Symbol file is corrupted";

@@ -6,8 +6,10 @@
 #include "driver/link/LinkExchange.h"
 #include "interfaces/ErrorCodes.h"
 #include "interfaces/HostServices.h"
+#include "protlib/NoThrow.h"
 
 #include <array>
+#include <utility>
 
 namespace _VELK {
 
@@ -32,7 +34,7 @@ SerialLink::SerialLink(ISerialFactory* factory, CommonParams const& params, Erro
     : factory_(factory), params_(params), errors_(errors) {}
 
 SerialLink::~SerialLink() {
-    releasePort();
+    ProtUtilsN::contain([this] { releasePort(); });
 }
 
 bool SerialLink::takeSettings() {
@@ -53,6 +55,7 @@ bool SerialLink::open() {
     if (open_) {
         return true;
     }
+    releasePort(); // one whose opening was cut off by an exception
     port_ = factory_ != nullptr ? factory_->CreatePort(portName_.c_str()) : nullptr;
     if (port_ != nullptr) {
         open_ = port_->Open(baudRate_, parity_, dataBits_, stopBits_, rs485_) != 0;
@@ -65,16 +68,13 @@ bool SerialLink::open() {
 }
 
 void SerialLink::close() {
-    if (open_) {
-        releasePort();
-        open_ = false;
-    }
+    open_ = false;
+    releasePort();
 }
 
 void SerialLink::releasePort() {
-    if (port_ != nullptr) {
-        factory_->ReleasePort(port_);
-        port_ = nullptr;
+    if (ISerialPort* const port = std::exchange(port_, nullptr); port != nullptr) {
+        factory_->ReleasePort(port);
     }
 }
 
@@ -90,8 +90,7 @@ void SerialLink::drain() {
 }
 
 unsigned int SerialLink::exchange(int requestLength, int* responseLength, NodeParams const* node, bool bigEndian) {
-    if (port_ == nullptr) {
-        errors_.fail(kErrorState, kNotStarted);
+    if (!requireOpen()) {
         return 0;
     }
     if (node == nullptr) {

@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <functional>
 #include <map>
 #include <set>
 #include <string>
@@ -13,6 +14,21 @@
 #include <vector>
 
 namespace velktest {
+
+/** What happens in one of the calls of a host's services, before the service does its work. */
+class Trouble {
+public:
+    std::function<void()> strike; ///< throws, or ends the thread
+    int at = 0;                   ///< in which call, counted from 1; 0 for none
+    int calls = 0;
+
+    void operator()() {
+        if (++calls == at) {
+            strike();
+        }
+    }
+    [[nodiscard]] bool HasStruck() const { return at != 0 && calls >= at; }
+};
 
 /** Any service that is acquired and released only. */
 class FakeService : public IInterface {
@@ -29,6 +45,7 @@ private:
 
 class FakeScheduler : public IMultiTask2 {
 public:
+    Trouble* trouble = nullptr;
     int yields = 0;
     int lastAmount = 0;
     int foreignCalls = 0; ///< calls of slots 5 to 8, which are not the module's
@@ -41,6 +58,9 @@ public:
     void HostSlot7() override { ++foreignCalls; }
     void HostSlot8() override { ++foreignCalls; }
     void Yield(int amount) override {
+        if (trouble != nullptr) {
+            (*trouble)();
+        }
         ++yields;
         lastAmount = amount;
     }
@@ -50,6 +70,7 @@ public:
 class FakeSerialFactory : public ISerialFactory {
 public:
     ISerialPort* port = nullptr;
+    Trouble* trouble = nullptr;
     std::vector<std::string> created;
     std::vector<ISerialPort*> released;
 
@@ -58,12 +79,18 @@ public:
     int GetImpVersion() const override { return 22; }
     ISerialPort* CreatePort(char const* name) override {
         AllocationPause const pause;
+        if (trouble != nullptr) {
+            (*trouble)();
+        }
         created.emplace_back(name);
         return port;
     }
     void ReleasePort(ISerialPort* given) override {
         AllocationPause const pause;
         released.push_back(given);
+        if (trouble != nullptr) {
+            (*trouble)();
+        }
     }
 };
 
@@ -78,6 +105,9 @@ public:
         int GetImpVersion() const override { return 1; }
         bool GetFullPath(char const* instance, char const* name, char* path, int size) override {
             AllocationPause const pause;
+            if (storage_->trouble != nullptr) {
+                (*storage_->trouble)();
+            }
             storage_->asked.emplace_back(instance, name);
             storage_->lastSize = size;
             if (!storage_->hasPaths) {
@@ -96,6 +126,7 @@ public:
         FakeStorage* storage_;
     };
 
+    Trouble* trouble = nullptr;
     std::string directory = ".";
     bool hasInterface2 = true;
     bool hasPaths = true;
