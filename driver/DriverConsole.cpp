@@ -1,7 +1,7 @@
 #include "driver/Protocol_VELK.h"
-#include "protlib/BoundedText.h"
-#include "protlib/NoThrow.h"
-#include "protlib/TextUtils.h"
+#include "protlib/safety/BoundedText.h"
+#include "protlib/safety/NoThrow.h"
+#include "protlib/text/TextUtils.h"
 
 #include <cstring>
 #include <string>

@@ -6,11 +6,11 @@
 #include "driver/session/Session.h"
 #include "driver/tag/Tag_VELK.h"
 #include "interfaces/ErrorCodes.h"
-#include "protlib/BitPacking.h"
-#include "protlib/DataTypes.h"
-#include "protlib/MemoryType.h"
-#include "protlib/NoThrow.h"
-#include "protlib/ScratchBuffer.h"
+#include "protlib/safety/NoThrow.h"
+#include "protlib/safety/ScratchBuffer.h"
+#include "protlib/types/BitPacking.h"
+#include "protlib/types/DataTypes.h"
+#include "protlib/types/MemoryType.h"
 
 #include <algorithm>
 

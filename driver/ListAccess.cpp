@@ -5,7 +5,7 @@
 #include "driver/session/Session.h"
 #include "driver/tag/Tag_VELK.h"
 #include "interfaces/ErrorCodes.h"
-#include "protlib/MemTypesTable.h"
+#include "protlib/types/MemTypesTable.h"
 
 #include <algorithm>
 #include <atomic>

@@ -8,8 +8,8 @@
 #include "driver/tag/TagServices.h"
 #include "driver/tag/Tag_VELK.h"
 #include "interfaces/HostServices.h"
-#include "protlib/HostServiceVariables.h"
-#include "protlib/InterfaceNames.h"
+#include "protlib/protocol/HostServiceVariables.h"
+#include "protlib/text/InterfaceNames.h"
 
 #include <algorithm>
 #include <cstdint>

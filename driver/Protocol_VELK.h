@@ -1,9 +1,9 @@
 #pragma once
 
 #include "driver/session/Session.h"
-#include "protlib/MemoryManager.h"
-#include "protlib/NoThrow.h"
-#include "protlib/ProtocolBase.h"
+#include "protlib/protocol/ProtocolBase.h"
+#include "protlib/safety/NoThrow.h"
+#include "protlib/types/MemoryManager.h"
 
 #include <span>
 

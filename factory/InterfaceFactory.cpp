@@ -1,6 +1,6 @@
 #include "factory/InterfaceFactory.h"
 
-#include "protlib/InterfaceNames.h"
+#include "protlib/text/InterfaceNames.h"
 
 IInterface* InterfaceFactory::CreateInterface(char const* name) {
     if (CompareInterface(name, "IProtocolFactory") || CompareInterface(name, "ProtocolFactory")) {

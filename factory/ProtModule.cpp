@@ -1,9 +1,9 @@
 #include "factory/ProtModule.h"
 
 #include "interfaces/IInterfaceFactory.h"
-#include "protlib/HostServiceVariables.h"
-#include "protlib/InterfaceNames.h"
-#include "protlib/NoThrow.h"
+#include "protlib/protocol/HostServiceVariables.h"
+#include "protlib/safety/NoThrow.h"
+#include "protlib/text/InterfaceNames.h"
 
 #include <array>
 #include <cstddef>

@@ -5,7 +5,7 @@
 /**
  * The module as a whole: acquires the host's services for all driver instances and gives them back.
  *
- * The services are kept in the variables of protlib/HostServiceVariables.h. No locks: the host calls Init() and
+ * The services are kept in the variables of protlib/protocol/HostServiceVariables.h. No locks: the host calls Init() and
  * Close() from one thread, and driver instances live between them.
  */
 class ProtModule final : public IProtModule {

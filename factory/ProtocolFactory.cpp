@@ -1,8 +1,8 @@
 #include "factory/ProtocolFactory.h"
 
 #include "driver/Protocol_VELK.h"
-#include "protlib/InterfaceNames.h"
-#include "protlib/NoThrow.h"
+#include "protlib/safety/NoThrow.h"
+#include "protlib/text/InterfaceNames.h"
 
 IInterface* ProtocolFactory::ConvertTo(char const* name) {
     return CompareInterface(name, "ProtocolFactory") || CompareInterface(name, "IProtocolFactory") ? this : nullptr;

@@ -1,7 +1,7 @@
 #include "driver/config/MemoryModels.h"
 
-#include "protlib/DataTypes.h"
-#include "protlib/MemoryManager.h"
+#include "protlib/types/DataTypes.h"
+#include "protlib/types/MemoryManager.h"
 
 #include <array>
 

@@ -1,6 +1,6 @@
 #include "driver/config/ParamManager.h"
 
-#include "protlib/ConfigParser.h"
+#include "protlib/config/ConfigParser.h"
 
 namespace _VELK {
 

@@ -1,7 +1,7 @@
 #include "driver/errors/ErrorSink.h"
 
 #include "interfaces/ErrorCodes.h"
-#include "protlib/NoThrow.h"
+#include "protlib/safety/NoThrow.h"
 
 #include <string>
 

@@ -1,7 +1,7 @@
 #include "driver/link/RoutingHeader.h"
 
 #include "driver/config/NodeParams.h"
-#include "protlib/IpAddress.h"
+#include "protlib/text/IpAddress.h"
 
 #include <algorithm>
 #include <cstdlib>

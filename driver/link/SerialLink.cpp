@@ -6,7 +6,7 @@
 #include "driver/link/LinkExchange.h"
 #include "interfaces/ErrorCodes.h"
 #include "interfaces/HostServices.h"
-#include "protlib/NoThrow.h"
+#include "protlib/safety/NoThrow.h"
 
 #include <array>
 #include <utility>

@@ -5,7 +5,7 @@
 #include "driver/tag/Tag_VELK.h"
 #include "interfaces/ErrorCodes.h"
 #include "interfaces/HostServices.h"
-#include "protlib/HostServiceVariables.h"
+#include "protlib/protocol/HostServiceVariables.h"
 
 #include <cstdio>
 

@@ -1,6 +1,6 @@
 #include "driver/tag/TagAddress.h"
 
-#include "protlib/TextUtils.h"
+#include "protlib/text/TextUtils.h"
 
 #include <utility>
 #include <vector>

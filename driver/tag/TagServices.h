@@ -1,7 +1,7 @@
 #pragma once
 
 #include "driver/config/ParamManager.h"
-#include "protlib/MemoryManager.h"
+#include "protlib/types/MemoryManager.h"
 
 namespace _VELK {
 

@@ -2,13 +2,13 @@
 
 #include "driver/tag/TagAddress.h"
 #include "driver/tag/TagServices.h"
-#include "protlib/DataTypes.h"
-#include "protlib/MemTypesTable.h"
-#include "protlib/NoThrow.h"
-#include "protlib/ScratchBuffer.h"
-#include "protlib/TagGeometry.h"
-#include "protlib/TextUtils.h"
-#include "protlib/ValueConversions.h"
+#include "protlib/safety/NoThrow.h"
+#include "protlib/safety/ScratchBuffer.h"
+#include "protlib/tag/TagGeometry.h"
+#include "protlib/text/TextUtils.h"
+#include "protlib/types/DataTypes.h"
+#include "protlib/types/MemTypesTable.h"
+#include "protlib/types/ValueConversions.h"
 #include "symbols/RtsSym.h"
 
 #include <algorithm>

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "interfaces/ItemStatus.h"
-#include "protlib/TagBase.h"
+#include "protlib/tag/TagBase.h"
 
 #include <cstdint>
 #include <span>

@@ -1,5 +1,5 @@
 #include "description/ProtocolDescription.h"
-#include "protlib/TagBase.h"
+#include "protlib/tag/TagBase.h"
 #include "tests/support/VelkTest.h"
 
 #include <cstring>

@@ -1,7 +1,7 @@
 #include "factory/ProtModule.h"
 
 #include "interfaces/ModuleEntry.h"
-#include "protlib/HostServiceVariables.h"
+#include "protlib/protocol/HostServiceVariables.h"
 #include "tests/support/Cancellation.h"
 #include "tests/support/FakeHost.h"
 

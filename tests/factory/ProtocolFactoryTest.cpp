@@ -2,7 +2,7 @@
 #include "interfaces/IProtocol.h"
 #include "interfaces/IProtocolFactory.h"
 #include "interfaces/ModuleEntry.h"
-#include "protlib/HostServiceVariables.h"
+#include "protlib/protocol/HostServiceVariables.h"
 #include "tests/support/AllocationGate.h"
 #include "tests/support/Cancellation.h"
 #include "tests/support/ConfigText.h"

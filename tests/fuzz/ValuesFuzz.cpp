@@ -1,7 +1,7 @@
-#include "protlib/BitPacking.h"
-#include "protlib/IpAddress.h"
-#include "protlib/TextUtils.h"
-#include "protlib/ValueConversions.h"
+#include "protlib/text/IpAddress.h"
+#include "protlib/text/TextUtils.h"
+#include "protlib/types/BitPacking.h"
+#include "protlib/types/ValueConversions.h"
 #include "tests/fuzz/FuzzedDriver.h"
 #include "tests/support/ConfigText.h"
 

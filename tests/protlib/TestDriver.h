@@ -1,6 +1,6 @@
 #pragma once
 
-#include "protlib/ProtocolBase.h"
+#include "protlib/protocol/ProtocolBase.h"
 #include "tests/protlib/TestTag.h"
 
 #include <algorithm>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "protlib/TagBase.h"
+#include "protlib/tag/TagBase.h"
 
 #include <cstddef>
 #include <cstring>

@@ -3,7 +3,7 @@
 #include "driver/config/MemoryModels.h"
 #include "driver/tag/TagServices.h"
 #include "driver/tag/Tag_VELK.h"
-#include "protlib/HostServiceVariables.h"
+#include "protlib/protocol/HostServiceVariables.h"
 #include "tests/support/ConfigText.h"
 #include "tests/support/FakeHost.h"
 #include "tests/support/RecordedErrors.h"
