@@ -1,6 +1,6 @@
 #include "tools/velk/commands/ConsoleCommand.h"
 
-#include "host/instance/ProtocolFailure.h"
+#include "host/instance/DriverFailure.h"
 #include "interfaces/IProtocol.h"
 #include "tools/velk/commands/flags/LineFlags.h"
 #include "tools/velk/context/Context.h"
@@ -87,7 +87,7 @@ ExitCode Console::runLine(std::string const& line) {
     }
     std::string text = reply.data();
     if (asksPlc(line) && !text.ends_with('\n')) {
-        return lineFailed(host::protocolFailure(module));
+        return lineFailed(host::driverFailure(module));
     }
     if (!text.empty() && text.back() != '\n') {
         text += '\n';

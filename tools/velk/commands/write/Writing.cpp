@@ -40,9 +40,9 @@ void Writing::writeList(std::vector<Change>& changes, std::span<std::size_t cons
     for (std::size_t i = 0; i < items.size(); ++i) {
         Change& change = changes[items[i]];
         change.written = std::move(results[i]);
+        bool const leftOut = !change.written.good && change.written.failure.kind == base::FailureKind::LeftOut;
+        change.delivery = leftOut ? Delivery::NotSent : watch_.delivery(); // the others may have been sent
         change.writeCode = judge(change.written, change.advice);
-        bool const leftOut = change.written.failure.code == base::kHostFailure; // the others may have been sent
-        change.delivery = leftOut && !change.written.good ? Delivery::NotSent : watch_.delivery();
     }
 }
 
@@ -67,7 +67,7 @@ ExitCode Writing::judge(host::TagResult& result, std::string& advice) {
     if (endsEverything(code)) {
         end_ = end_ ? end_ : error;
     } else {
-        result.failure.text = session_.describe(result.failure);
+        result.failure = session_.explained(result.failure);
         advice = error.what();
     }
     return code;
