@@ -1,5 +1,7 @@
 #pragma once
 
+#include "base/FailureKind.h"
+
 #include <optional>
 #include <string>
 #include <utility>
@@ -7,19 +9,15 @@
 
 namespace base {
 
-/** Code of a failure that the host found itself; the module's own codes are 1, 0, -1, -3, -4, -6 and -9. */
-inline constexpr int kHostFailure = -100;
-
-/** Why something did not work: a code, and one sentence in plain English without a full stop. */
+/** Why something did not work. */
 struct Failure {
-    int code = kHostFailure;
-    std::string text;
-};
+    FailureKind kind = FailureKind::Internal;
+    std::string text;                ///< one sentence in plain English without a full stop: to be shown, not searched
+    std::optional<int> driverCode{}; ///< what the driver answered (interfaces/ErrorCodes.h), where it is from there
 
-/** A failure that the host found itself. */
-inline Failure hostFailure(std::string text) {
-    return {kHostFailure, std::move(text)};
-}
+    /** The same with other words. */
+    [[nodiscard]] Failure withText(std::string words) const { return {kind, std::move(words), driverCode}; }
+};
 
 /** Either a value or the reason why there is none. */
 template <typename Value>

@@ -42,7 +42,7 @@ public:
 
     void fail(std::string text) {
         if (!failure_) {
-            failure_ = base::hostFailure(std::move(text));
+            failure_ = base::Failure{base::FailureKind::Usage, std::move(text)};
         }
     }
 

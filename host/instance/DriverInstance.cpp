@@ -1,6 +1,6 @@
 #include "host/instance/DriverInstance.h"
 
-#include "host/instance/ProtocolFailure.h"
+#include "host/instance/DriverFailure.h"
 #include "interfaces/IInterfaceFactory.h"
 #include "interfaces/IProtModule.h"
 #include "interfaces/IProtocol.h"
@@ -33,12 +33,13 @@ base::Result<DriverInstance::OpenModule> DriverInstance::openModule(IInterfaceFa
                                                                     IInterfaceFactory& hostServices) {
     auto* const found = find<IProtModule>(module, "IProtModule");
     if (found == nullptr) {
-        return base::hostFailure("the driver module has no IProtModule");
+        return base::Failure{base::FailureKind::Module, "the driver module has no IProtModule"};
     }
     if (!found->Init(&hostServices)) {
         char const* const reason = found->GetLastError();
-        return base::hostFailure("the driver module cannot be initialised: " +
-                                 std::string(reason != nullptr ? reason : "no reason given"));
+        return base::Failure{base::FailureKind::Module,
+                             "the driver module cannot be initialised: " +
+                                 std::string(reason != nullptr ? reason : "no reason given")};
     }
     return OpenModule(found);
 }
@@ -47,7 +48,7 @@ base::Result<DriverInstance::OwnedProtocol> DriverInstance::createProtocol(IInte
                                                                            char const* driver) {
     auto* const factory = find<IProtocolFactory>(module, "IProtocolFactory");
     if (factory == nullptr) {
-        return base::hostFailure("the driver module has no IProtocolFactory");
+        return base::Failure{base::FailureKind::Module, "the driver module has no IProtocolFactory"};
     }
     try { // the one operation of a module that may throw
         OwnedProtocol protocol(factory->CreateProtocol(driver), ProtocolDeleter{factory});
@@ -55,9 +56,10 @@ base::Result<DriverInstance::OwnedProtocol> DriverInstance::createProtocol(IInte
             return protocol;
         }
     } catch (std::exception const& error) {
-        return base::hostFailure("the driver '" + std::string(driver) + "' cannot be created: " + error.what());
+        return base::Failure{base::FailureKind::Module,
+                             "the driver '" + std::string(driver) + "' cannot be created: " + error.what()};
     }
-    return base::hostFailure("the driver module has no driver '" + std::string(driver) + "'");
+    return base::Failure{base::FailureKind::Module, "the driver module has no driver '" + std::string(driver) + "'"};
 }
 
 base::Result<DriverInstance> DriverInstance::create(IInterfaceFactory& module, IInterfaceFactory& hostServices,
@@ -72,7 +74,8 @@ base::Result<DriverInstance> DriverInstance::create(IInterfaceFactory& module, I
     }
     auto* const latest = static_cast<IProtocol3*>(created.value()->ConvertTo("IProtocol3"));
     if (latest == nullptr) {
-        return base::hostFailure("the driver '" + std::string(driver) + "' is too old: it has no IProtocol3");
+        return base::Failure{base::FailureKind::Module,
+                             "the driver '" + std::string(driver) + "' is too old: it has no IProtocol3"};
     }
     return DriverInstance(std::move(opened.value()), std::move(created.value()), latest);
 }
@@ -93,21 +96,21 @@ void DriverInstance::setIdent(std::string const& ident) {
 }
 
 base::Outcome DriverInstance::configure(std::string const& configuration) {
-    return protocol_->Config(configuration.c_str()) ? base::Outcome() : base::Outcome(protocolFailure(*protocol_));
+    return protocol_->Config(configuration.c_str()) ? base::Outcome() : base::Outcome(driverFailure(*protocol_));
 }
 
 base::Outcome DriverInstance::start() {
-    return protocol_->Start() ? base::Outcome() : base::Outcome(protocolFailure(*protocol_));
+    return protocol_->Start() ? base::Outcome() : base::Outcome(driverFailure(*protocol_));
 }
 
 base::Outcome DriverInstance::stop() {
-    return protocol_->Stop() ? base::Outcome() : base::Outcome(protocolFailure(*protocol_));
+    return protocol_->Stop() ? base::Outcome() : base::Outcome(driverFailure(*protocol_));
 }
 
 base::Result<ITag*> DriverInstance::createTag(std::string const& address) {
     ITag* const tag = protocol_->CreateTag(address.c_str());
     if (tag == nullptr) {
-        return protocolFailure(*protocol_);
+        return driverFailure(*protocol_);
     }
     return tag;
 }

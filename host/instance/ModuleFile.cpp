@@ -27,8 +27,8 @@ base::Result<std::filesystem::path> findModule() {
             return file;
         }
     }
-    return base::hostFailure("The driver module libvelk.so was not found beside " + program.string() +
-                             "; name it in VELK_MODULE");
+    return base::Failure{base::FailureKind::Module, "The driver module libvelk.so was not found beside " +
+                                                        program.string() + "; name it in VELK_MODULE"};
 }
 
 } // namespace host

@@ -31,20 +31,23 @@ GetInterfaceFactoryFunction entryPoint(Library const& library) {
 base::Result<LoadedModule> LoadedModule::load(std::filesystem::path const& file) {
     std::error_code error;
     if (!std::filesystem::exists(file, error)) {
-        return base::hostFailure("there is no driver module " + file.string());
+        return base::Failure{base::FailureKind::Module, "there is no driver module " + file.string()};
     }
     std::filesystem::path const absolute = std::filesystem::absolute(file, error);
     Library library(dlopen(absolute.c_str(), RTLD_NOW | RTLD_LOCAL));
     if (!library) {
-        return base::hostFailure("the driver module " + file.string() + " cannot be loaded: " + loaderMessage());
+        return base::Failure{base::FailureKind::Module,
+                             "the driver module " + file.string() + " cannot be loaded: " + loaderMessage()};
     }
     auto* const entry = entryPoint(library);
     if (entry == nullptr) {
-        return base::hostFailure(file.string() + " is not a driver module: it has no function " + kModuleEntryName);
+        return base::Failure{base::FailureKind::Module,
+                             file.string() + " is not a driver module: it has no function " + kModuleEntryName};
     }
     IInterfaceFactory* const factory = entry();
     if (factory == nullptr) {
-        return base::hostFailure("the driver module " + file.string() + " gives no interface factory");
+        return base::Failure{base::FailureKind::Module,
+                             "the driver module " + file.string() + " gives no interface factory"};
     }
     return LoadedModule(library.release(), factory);
 }

@@ -1,5 +1,6 @@
 #include "host/instance/Panel.h"
 
+#include <optional>
 #include <utility>
 
 namespace host {
@@ -33,10 +34,12 @@ base::Result<std::unique_ptr<Panel>> Panel::create(PanelSettings const& settings
 
 base::Outcome Panel::start() {
     base::Outcome const started = driver_->start();
-    if (started.ok() || serial_.lastError().empty()) {
+    std::optional<base::Failure> reason = serial_.lastError();
+    if (started.ok() || !reason) {
         return started;
     }
-    return base::Failure{started.failure().code, serial_.lastError()};
+    reason->driverCode = started.failure().driverCode;
+    return *std::move(reason);
 }
 
 base::Outcome Panel::makeStorage() {
@@ -45,11 +48,6 @@ base::Outcome Panel::makeStorage() {
 
 base::Outcome Panel::stop() {
     return driver_->stop();
-}
-
-base::Failure Panel::explain(base::Failure const& failure) const {
-    std::string const fault = serial_.lastFault();
-    return fault.empty() ? failure : base::Failure{failure.code, failure.text + " (" + fault + ")"};
 }
 
 } // namespace host

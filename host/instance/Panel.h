@@ -44,9 +44,6 @@ public:
     DriverInstance& driver() { return *driver_; }
     SerialFactory& serial() { return serial_; }
 
-    /** What is known of the driver's last failure: a dead port is told apart from silence. */
-    base::Failure explain(base::Failure const& failure) const;
-
 private:
     Panel(LoadedModule module, PanelSettings const& settings, Clock& clock, PortObserver* observer);
 

@@ -30,7 +30,8 @@ constexpr std::array<tcflag_t, 4> kParities = {0, PARENB, PARENB | PARODD, PAREN
 constexpr tcflag_t kParityBits = PARENB | PARODD | CMSPAR;
 
 base::Failure refused(char const* what, int value, char const* choice) {
-    return base::hostFailure("a serial line cannot have " + std::to_string(value) + " " + what + ", only " + choice);
+    return base::Failure{base::FailureKind::PortSettings,
+                         "a serial line cannot have " + std::to_string(value) + " " + what + ", only " + choice};
 }
 
 } // namespace
@@ -43,8 +44,9 @@ base::Result<LineSettings> lineSettings(int baud, int parity, int dataBits, int 
     auto const* const rate =
         std::find_if(kRates.begin(), kRates.end(), [baud](Rate const& known) { return known.baud == baud; });
     if (rate == kRates.end()) {
-        return base::hostFailure("a serial line cannot run at " + std::to_string(baud) +
-                                 " bit/s, only at a standard rate such as 9600, 19200, 38400, 57600 or 115200");
+        return base::Failure{base::FailureKind::PortSettings,
+                             "a serial line cannot run at " + std::to_string(baud) +
+                                 " bit/s, only at a standard rate such as 9600, 19200, 38400, 57600 or 115200"};
     }
     if (parity < 0 || parity >= static_cast<int>(kParities.size())) {
         return refused("as its parity", parity, "0 (none), 1 (even), 2 (odd) or 3 (mark)");

@@ -15,6 +15,8 @@ namespace host {
 
 namespace {
 
+using base::FailureKind;
+
 constexpr std::size_t kNameBuffer = 16'384; ///< for one entry of the user or group data base
 
 std::string userName(uid_t user) {
@@ -48,72 +50,92 @@ std::optional<DeviceAccess> deviceAccess(std::string const& path) {
                         (status.st_mode & kEverybody) == kEverybody};
 }
 
-base::Failure portFailure(std::string const& path, char const* what, int error) {
-    return base::hostFailure("the serial port " + path + " " + what + ": " + std::generic_category().message(error));
+/** What an error number says of a port: for opening it, and for setting it up. */
+FailureKind kindOf(int error) {
+    switch (error) {
+    case ENOENT:
+    case ENOTDIR:
+    case ENODEV:
+    case ENXIO:
+        return FailureKind::PortMissing;
+    case EACCES:
+    case EPERM:
+        return FailureKind::PortDenied;
+    case EBUSY:
+        return FailureKind::PortBusy;
+    case EISDIR:
+        return FailureKind::NotAPort;
+    default:
+        return FailureKind::PortFault;
+    }
+}
+
+/** In the system's words. */
+base::Failure portFailure(FailureKind kind, std::string const& path, char const* what, int error) {
+    return {kind, "the serial port " + path + " " + what + ": " + std::generic_category().message(error)};
 }
 
 } // namespace
 
 base::Failure missingPort(std::string const& path) {
-    return base::hostFailure("there is no serial port " + path);
+    return {FailureKind::PortMissing, "there is no serial port " + path};
 }
 
 base::Failure notATerminal(std::string const& path) {
-    return base::hostFailure(path + " is not a serial port");
+    return {FailureKind::NotAPort, path + " is not a serial port"};
 }
 
 base::Failure noPermission(std::string const& path, DeviceAccess const& access) {
     std::string const text = "no permission to use the serial port " + path;
     if (access.everybody) {
-        return base::hostFailure(text + " although its own access rights allow it");
+        return {FailureKind::PortDenied, text + " although its own access rights allow it"};
     }
     if (access.groupMay) {
-        return base::hostFailure(text + ": it belongs to the group '" + access.group + "', so run 'sudo usermod -aG " +
-                                 access.group + " $USER' and log in again");
+        return {FailureKind::PortDenied, text + ": it belongs to the group '" + access.group +
+                                             "', so run 'sudo usermod -aG " + access.group +
+                                             " $USER' and log in again"};
     }
-    return base::hostFailure(text + ": only its owner '" + access.owner + "' may use it");
+    return {FailureKind::PortDenied, text + ": only its owner '" + access.owner + "' may use it"};
 }
 
 base::Failure busyPort(std::string const& path) {
     std::string const text = "the serial port " + path + " is in use";
     auto const holder = findHolder(path);
     if (!holder) {
-        return base::hostFailure(text + " by another program");
+        return {FailureKind::PortBusy, text + " by another program"};
     }
     std::string const process = "process " + std::to_string(holder->process);
     if (holder->process == getpid()) {
-        return base::hostFailure(text + " by this program itself (" + process + ")");
+        return {FailureKind::PortBusy, text + " by this program itself (" + process + ")"};
     }
-    return base::hostFailure(text + " by '" + holder->program + "' (" + process + ")");
+    return {FailureKind::PortBusy, text + " by '" + holder->program + "' (" + process + ")"};
 }
 
 base::Failure openFailure(std::string const& path, int error) {
-    switch (error) {
-    case ENOENT:
-    case ENOTDIR:
-    case ENODEV:
-    case ENXIO:
+    FailureKind const kind = kindOf(error);
+    switch (kind) {
+    case FailureKind::PortMissing:
         return missingPort(path);
-    case EACCES:
-    case EPERM:
+    case FailureKind::PortBusy:
+        return busyPort(path);
+    case FailureKind::NotAPort:
+        return notATerminal(path);
+    case FailureKind::PortDenied:
         if (auto const access = deviceAccess(path)) {
             return noPermission(path, *access);
         }
-        return portFailure(path, "cannot be opened", error);
-    case EBUSY:
-        return busyPort(path);
-    case EISDIR:
-        return notATerminal(path);
+        break;
     default:
-        return portFailure(path, "cannot be opened", error);
+        break;
     }
+    return portFailure(kind, path, "cannot be opened", error);
 }
 
 base::Failure settingFailure(std::string const& path, int error) {
     if (error == EIO) {
-        return base::hostFailure("there is no serial hardware behind " + path);
+        return {FailureKind::PortNoHardware, "there is no serial hardware behind " + path};
     }
-    return portFailure(path, "cannot be set up", error);
+    return portFailure(kindOf(error), path, "cannot be set up", error);
 }
 
 } // namespace host

@@ -47,12 +47,14 @@ base::Outcome applyRs485(int descriptor, std::string const& path, bool on) {
         return {};
     }
     if (!on) {
-        return base::hostFailure("the RS-485 mode of the serial port " + path + " cannot be switched off");
+        return base::Failure{base::FailureKind::PortSettings,
+                             "the RS-485 mode of the serial port " + path + " cannot be switched off"};
     }
-    return base::hostFailure(
+    return base::Failure{
+        base::FailureKind::PortSettings,
         "the serial port " + path +
-        " has no RS-485 mode in the kernel; with a converter that switches the direction by itself "
-        "choose the mode RS-232");
+            " has no RS-485 mode in the kernel; with a converter that switches the direction by itself "
+            "choose the mode RS-232"};
 }
 
 } // namespace host

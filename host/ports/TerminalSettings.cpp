@@ -21,9 +21,10 @@ base::Outcome applyTermios(int descriptor, std::string const& path, termios cons
         return settingFailure(path, errno);
     }
     std::string const refused = refusedSetting(wanted, actual, pseudoTerminal);
-    return refused.empty() ? base::Outcome{}
-                           : base::hostFailure("the serial port " + path + " does not take over " + refused +
-                                               " that is configured");
+    return refused.empty()
+               ? base::Outcome{}
+               : base::Failure{base::FailureKind::PortSettings,
+                               "the serial port " + path + " does not take over " + refused + " that is configured"};
 }
 
 } // namespace host

@@ -96,7 +96,8 @@ void ObservedPort::tellReceived(std::span<unsigned char const> bytes, std::int64
 }
 
 void ObservedPort::tellFault(std::int64_t at) noexcept {
-    std::string_view const reason = report_ != nullptr ? std::string_view(report_->lastFault) : std::string_view();
+    bool const known = report_ != nullptr && report_->lastFault.has_value();
+    std::string_view const reason = known ? std::string_view(report_->lastFault->text) : std::string_view();
     tell([&] { observer_.onFault(reason, at); });
 }
 

@@ -56,17 +56,18 @@ ISerialPort* SerialFactory::create(std::string const& name) {
     PortReport& report = reports_[name];
     auto const path = names_.path(name);
     if (!path) {
-        report.lastError =
-            "no serial port is called '" + name + "': give com1 to com16 or the path of a device such as /dev/ttyUSB0";
+        report.lastError = base::Failure{base::FailureKind::PortMissing,
+                                         "no serial port is called '" + name +
+                                             "': give com1 to com16 or the path of a device such as /dev/ttyUSB0"};
         return nullptr;
     }
     struct stat status {};
     if (stat(path->c_str(), &status) != 0) {
-        report.lastError = openFailure(*path, errno).text;
+        report.lastError = openFailure(*path, errno);
         return nullptr;
     }
     ports_.push_back(std::make_unique<Entry>(*path, report, clock_, observer_, interruption_));
-    report.lastError.clear();
+    report.lastError.reset();
     return ports_.back()->handedOut();
 }
 
@@ -74,14 +75,14 @@ void SerialFactory::ReleasePort(ISerialPort* port) {
     std::erase_if(ports_, [port](auto const& entry) { return entry->handedOut() == port; });
 }
 
-std::string SerialFactory::lastError() const {
+std::optional<base::Failure> SerialFactory::lastError() const {
     PortReport const* const last = report(lastName_);
-    return last != nullptr ? last->lastError : std::string();
+    return last != nullptr ? last->lastError : std::nullopt;
 }
 
-std::string SerialFactory::lastFault() const {
+std::optional<base::Failure> SerialFactory::lastFault() const {
     PortReport const* const last = report(lastName_);
-    return last != nullptr ? last->lastFault : std::string();
+    return last != nullptr ? last->lastFault : std::nullopt;
 }
 
 PortReport const* SerialFactory::report(std::string const& name) const {

@@ -1,11 +1,13 @@
 #pragma once
 
+#include "base/Result.h"
 #include "host/ports/PortNames.h"
 #include "host/serial/PortReport.h"
 #include "interfaces/HostServices.h"
 
 #include <map>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -42,11 +44,11 @@ public:
     /** Anything but a port of this factory is ignored. */
     void ReleasePort(ISerialPort* port) override;
 
-    /** Why the port asked for last could not be created or opened; empty when it could. */
-    [[nodiscard]] std::string lastError() const;
+    /** Why the port asked for last could not be created or opened; nothing when it could. */
+    [[nodiscard]] std::optional<base::Failure> lastError() const;
 
-    /** Why the port asked for last died while it was open ("adapter pulled out"); empty when it did not. */
-    [[nodiscard]] std::string lastFault() const;
+    /** Why the port asked for last died while it was open ("adapter pulled out"); nothing when it did not. */
+    [[nodiscard]] std::optional<base::Failure> lastFault() const;
 
     /** The report of the port called @p name; null when it was never asked for. */
     [[nodiscard]] PortReport const* report(std::string const& name) const;

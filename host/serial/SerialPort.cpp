@@ -119,12 +119,13 @@ bool SerialPort::open(int baud, int parity, int dataBits, int stopBits, bool rs4
     Close();
     auto const settings = lineSettings(baud, parity, dataBits, stopBits);
     if (!settings.ok()) {
-        report_.lastError = "the serial port " + path_ + " is not opened: " + settings.failure().text;
+        report_.lastError =
+            settings.failure().withText("the serial port " + path_ + " is not opened: " + settings.failure().text);
         return false;
     }
     auto session = openSession(settings.value(), rs485);
     if (!session.ok()) {
-        report_.lastError = session.failure().text;
+        report_.lastError = session.failure();
         return false;
     }
     session_ = std::move(session.value());
@@ -175,7 +176,8 @@ int SerialPort::write(std::span<unsigned char const> bytes) {
     case SendResult::Sent:
         return static_cast<int>(bytes.size());
     case SendResult::Stuck:
-        report_.lastFault = "the serial port " + path_ + " sends no more bytes";
+        report_.lastFault =
+            base::Failure{base::FailureKind::PortDied, "the serial port " + path_ + " sends no more bytes"};
         return 0;
     case SendResult::Fault:
         break;
@@ -204,7 +206,9 @@ void SerialPort::die() {
     std::string const reason = session_->line.faultText();
     session_->line.dropUnsent(); // or closing waits until a slow line has sent it
     session_.reset();
-    report_.lastFault = interrupted ? reason : "the serial port " + path_ + " has gone away (" + reason + ")";
+    report_.lastFault = interrupted ? base::Failure{base::FailureKind::Interrupted, reason}
+                                    : base::Failure{base::FailureKind::PortDied,
+                                                    "the serial port " + path_ + " has gone away (" + reason + ")"};
 }
 
 } // namespace host

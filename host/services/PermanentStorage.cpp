@@ -96,17 +96,19 @@ std::string PermanentStorage::Paths::fullPath(char const* instance, char const* 
 
 base::Result<fs::path> PermanentStorage::Paths::folder(std::string_view instance) const {
     if (directory_.empty()) {
-        return base::hostFailure("no directory is given to keep files in");
+        return base::Failure{base::FailureKind::Storage, "no directory is given to keep files in"};
     }
     auto const name = instanceFolder(instance);
     if (!name) {
-        return base::hostFailure("no files can be kept for an instance that is called '" + std::string(instance) + "'");
+        return base::Failure{base::FailureKind::Storage,
+                             "no files can be kept for an instance that is called '" + std::string(instance) + "'"};
     }
     fs::path const place = directory_ / *name;
     std::error_code error;
     fs::create_directories(place, error); // another program may make it at the same time: only the result counts
     if (!fs::is_directory(place)) {
-        return base::hostFailure("the directory " + place.string() + " cannot be made: " + error.message());
+        return base::Failure{base::FailureKind::Storage,
+                             "the directory " + place.string() + " cannot be made: " + error.message()};
     }
     return place;
 }
@@ -134,8 +136,8 @@ base::Outcome PermanentStorage::prepare(std::string_view instance) const {
         return place.failure();
     }
     if (faccessat(AT_FDCWD, place.value().c_str(), W_OK | X_OK, AT_EACCESS) != 0) {
-        return base::hostFailure("no files can be written in " + place.value().string() + ": " +
-                                 std::generic_category().message(errno));
+        return base::Failure{base::FailureKind::Storage, "no files can be written in " + place.value().string() + ": " +
+                                                             std::generic_category().message(errno)};
     }
     return {};
 }

@@ -36,13 +36,13 @@ base::Failure outOfRange(std::string_view text, ICU_Type type) {
         message += ": " + numberText(std::numeric_limits<Number>::min()) + ".." +
                    numberText(std::numeric_limits<Number>::max());
     }
-    return base::hostFailure(message);
+    return base::Failure{base::FailureKind::Value, message};
 }
 
 template <typename Number>
 base::Failure notANumber(std::string_view text, ICU_Type type) {
     char const* const kind = std::is_integral_v<Number> ? " is not a whole number for " : " is not a number for ";
-    return base::hostFailure(quoted(text) + kind + typeName(type));
+    return base::Failure{base::FailureKind::Value, quoted(text) + kind + typeName(type)};
 }
 
 /** The sign, the base and the digits of an integer. */
@@ -116,7 +116,7 @@ base::Result<unsigned char> parseBoolean(std::string_view text) {
     if (text == "false" || text == "0") {
         return static_cast<unsigned char>(0);
     }
-    return base::hostFailure(quoted(text) + " is not a boolean: give true, false, 1 or 0");
+    return base::Failure{base::FailureKind::Value, quoted(text) + " is not a boolean: give true, false, 1 or 0"};
 }
 
 template <typename Number>
@@ -178,8 +178,8 @@ bool withNumberType(ICU_Type type, Step&& step) {
 }
 
 base::Failure notAScalar(ICU_Type type) {
-    return base::hostFailure(std::string("a value of the type ") + typeName(type) +
-                             " and this length cannot be shown as text");
+    return base::Failure{base::FailureKind::Value, std::string("a value of the type ") + typeName(type) +
+                                                       " and this length cannot be shown as text"};
 }
 
 bool hasWidth(ICU_Type type, std::size_t bytes) {

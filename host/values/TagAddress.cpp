@@ -23,8 +23,8 @@ base::Result<std::string> tagAddress(TagAddress const& fields) {
     std::string address = std::to_string(fields.node);
     for (auto const& [label, text] : texts) {
         if (!std::all_of(text->begin(), text->end(), isCarried)) {
-            return base::hostFailure("the " + std::string(label) +
-                                     " of a tag must not contain ? or control characters");
+            return base::Failure{base::FailureKind::Request,
+                                 "the " + std::string(label) + " of a tag must not contain ? or control characters"};
         }
         address += "?" + *text;
     }

@@ -1,6 +1,6 @@
 #include "host/values/TagReader.h"
 
-#include "host/instance/ProtocolFailure.h"
+#include "host/instance/DriverFailure.h"
 #include "host/values/Counted.h"
 #include "interfaces/IProtocol.h"
 #include "interfaces/ITag.h"
@@ -16,12 +16,7 @@ namespace host {
 namespace {
 
 using Items = std::span<std::size_t const>;
-
-constexpr int kTimeoutCode = -4;
-constexpr int kRefusedCode = -6; // wrong or refused answers of the PLC, bad quality
-constexpr int kAddressCode = -1; // address, buffer and symbol faults
-constexpr char const* kResponseTooLong = "Rx Buffer dimension exceeded";
-constexpr int kConversionCode = -9; // a value that a conversion does not take
+using base::FailureKind;
 
 std::size_t valueLength(ITag const& tag) {
     return static_cast<std::size_t>(std::max(0, tag.GetVarLength()));
@@ -29,12 +24,45 @@ std::size_t valueLength(ITag const& tag) {
 
 base::Failure itemFailure(idal_error_t status) {
     if (status == kItemNotInSymbolFile) {
-        return {kAddressCode, "the PLC program has no such variable"};
+        return {FailureKind::Missing, "the PLC program has no such variable"};
     }
     if (status == kItemNotProcessed) {
-        return base::hostFailure("the driver did not process the tag");
+        return base::Failure{FailureKind::LeftOut, "the driver did not process the tag"};
     }
-    return base::hostFailure("the driver gave the tag the status " + std::to_string(status));
+    return base::Failure{FailureKind::LeftOut, "the driver gave the tag the status " + std::to_string(status)};
+}
+
+/** What may be due to one tag of a list, and is found before anything is sent; but a read's conversions come last. */
+bool isOfTheRequest(FailureKind kind) {
+    switch (kind) {
+    case FailureKind::Request:
+    case FailureKind::Configuration:
+    case FailureKind::Missing:
+    case FailureKind::TooLarge:
+    case FailureKind::Conversion:
+        return true;
+    default:
+        return false;
+    }
+}
+
+/** What a tag of a list may have made the PLC answer. */
+bool isOfTheReply(FailureKind kind) {
+    switch (kind) {
+    case FailureKind::Garbled:
+    case FailureKind::WrongReply:
+    case FailureKind::WrongSize:
+    case FailureKind::WrongLength:
+    case FailureKind::ReadRefused:
+    case FailureKind::WriteRefused:
+    case FailureKind::OtherProject:
+    case FailureKind::NoSymbolFile:
+    case FailureKind::SymbolFileBroken:
+    case FailureKind::BadQuality:
+        return true;
+    default:
+        return false;
+    }
 }
 
 /** One way of moving the values of some tags in one call. */
@@ -107,7 +135,7 @@ public:
     }
 
     [[nodiscard]] bool mayBlameATag(base::Failure const& failure) const override {
-        return failure.code == kAddressCode || failure.code == kRefusedCode || failure.code == kConversionCode;
+        return isOfTheRequest(failure.kind) || isOfTheReply(failure.kind);
     }
 
 private:
@@ -156,11 +184,9 @@ public:
         return true;
     }
 
-    // These are found before anything is sent. What the PLC itself refused, or answered at too great a length, may be
-    // half written: not again.
+    // What the PLC itself refused, or answered at too great a length, may be half written: not again.
     [[nodiscard]] bool mayBlameATag(base::Failure const& failure) const override {
-        return (failure.code == kAddressCode && !failure.text.ends_with(kResponseTooLong)) ||
-               failure.code == kConversionCode;
+        return isOfTheRequest(failure.kind);
     }
 
 private:
@@ -178,10 +204,10 @@ private:
 /** Why a tag is left out of every datagram, or success. */
 base::Outcome checkTag(ITag const* tag) {
     if (tag == nullptr) {
-        return base::hostFailure("there is no such tag");
+        return base::Failure{FailureKind::LeftOut, "there is no such tag"};
     }
     if (tag->GetVarLength() < 0) {
-        return base::hostFailure("the tag has a negative length");
+        return base::Failure{FailureKind::LeftOut, "the tag has a negative length"};
     }
     return {};
 }
@@ -192,11 +218,11 @@ base::Outcome checkWrite(TagWrite const& write) {
         return checked;
     }
     if (write.tag->IsReadOnly()) {
-        return base::hostFailure("the tag is read-only");
+        return base::Failure{FailureKind::LeftOut, "the tag is read-only"};
     }
     if (write.value.size() != valueLength(*write.tag)) {
-        return base::hostFailure("the value has " + counted(write.value.size(), "byte") + " instead of " +
-                                 std::to_string(valueLength(*write.tag)));
+        return base::Failure{FailureKind::LeftOut, "the value has " + counted(write.value.size(), "byte") +
+                                                       " instead of " + std::to_string(valueLength(*write.tag))};
     }
     return {};
 }
@@ -249,16 +275,16 @@ private:
             if (call()) {
                 return true;
             }
-            failure_ = protocolFailure(transfer_.protocol());
+            failure_ = driverFailure(transfer_.protocol());
         } catch (std::exception const&) {
-            failure_ = base::hostFailure("there is not enough memory for the values");
+            failure_ = base::Failure{FailureKind::Memory, "there is not enough memory for the values"};
         }
         return false;
     }
 
     void noteFailure(Items items) {
         transfer_.fail(items, failure_);
-        if (policy_.skipNodeAfterTimeout && failure_.code == kTimeoutCode) {
+        if (policy_.skipNodeAfterTimeout && failure_.kind == FailureKind::Timeout) {
             silentNodes_.insert(node_);
             silence_ = failure_;
         }

@@ -85,15 +85,17 @@ base::Result<Bytes> parseString(std::string_view text, std::size_t length) {
         rest.remove_prefix(1);
         auto const byte = c == '\\' ? takeEscape(rest) : std::optional(static_cast<unsigned char>(c));
         if (!byte) {
-            return base::hostFailure("'" + std::string(text) +
+            return base::Failure{base::FailureKind::Value,
+                                 "'" + std::string(text) +
                                      "' has a \\ that is not followed by n, r, t, \\ or x and two "
-                                     "hexadecimal digits");
+                                     "hexadecimal digits"};
         }
         bytes.push_back(*byte);
     }
     if (bytes.size() > length) {
-        return base::hostFailure("'" + std::string(text) + "' has " + counted(bytes.size(), "byte") +
-                                 ", there is room for " + std::to_string(length));
+        return base::Failure{base::FailureKind::Value, "'" + std::string(text) + "' has " +
+                                                           counted(bytes.size(), "byte") + ", there is room for " +
+                                                           std::to_string(length)};
     }
     bytes.resize(length, 0);
     return bytes;
@@ -110,8 +112,8 @@ std::string formatBinary(std::span<unsigned char const> bytes) {
 }
 
 base::Failure wrongCount(std::string_view text, char const* what, std::size_t count, std::size_t wanted) {
-    return base::hostFailure("'" + std::string(text) + "' has " + counted(count, what) + " instead of " +
-                             std::to_string(wanted));
+    return base::Failure{base::FailureKind::Value, "'" + std::string(text) + "' has " + counted(count, what) +
+                                                       " instead of " + std::to_string(wanted)};
 }
 
 base::Result<Bytes> parseBinary(std::string_view text, std::size_t length) {
@@ -120,7 +122,8 @@ base::Result<Bytes> parseBinary(std::string_view text, std::size_t length) {
         auto const high = hexDigit(rest[0]);
         auto const low = rest.size() > 1 ? hexDigit(rest[1]) : std::nullopt;
         if (!high || !low) {
-            return base::hostFailure("'" + std::string(text) + "' does not consist of pairs of hexadecimal digits");
+            return base::Failure{base::FailureKind::Value,
+                                 "'" + std::string(text) + "' does not consist of pairs of hexadecimal digits"};
         }
         bytes.push_back(static_cast<unsigned char>(*high * 16 + *low));
     }

@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <memory>
+#include <optional>
 #include <set>
 #include <span>
 #include <string>
@@ -26,6 +27,7 @@ public:
     std::set<int> silentNodes; ///< time out
     bool works = true;         ///< Config, Start, Stop
     std::string ident;
+    std::optional<std::string> consoleReply; ///< nothing: the command is not known
 
     std::vector<std::string> calls;
     int code = 1;
@@ -89,7 +91,14 @@ public:
     bool IsConverted() const override { return false; }
     char const* GetIdent() const override { return ident.c_str(); }
     void SetIdent(char const* newIdent) override { ident = newIdent; }
-    bool DoCommand(char const*, char*, int) override { return false; }
+    bool DoCommand(char const*, char* reply, int size) override {
+        if (!consoleReply) {
+            return false;
+        }
+        std::size_t const count = consoleReply->copy(reply, static_cast<std::size_t>(size) - 1);
+        reply[count] = '\0';
+        return true;
+    }
     int Extend(int, void*) override { return 0; }
 
     bool CanAddToDatagram(ITag const* const* tags, int count, ITag const* tag) override {

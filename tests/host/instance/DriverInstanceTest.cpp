@@ -122,13 +122,15 @@ TEST_F(DriverInstance, FailuresCarryTheDriversCodeAndText) {
     module.protocol->works = false;
     auto const configured = instance.configure("x");
     ASSERT_FALSE(configured.ok());
-    EXPECT_EQ(configured.failure().code, -3);
+    EXPECT_EQ(configured.failure().driverCode, -3);
+    EXPECT_EQ(configured.failure().kind, base::FailureKind::NotPossible);
     EXPECT_EQ(configured.failure().text, "refused by the test");
     EXPECT_FALSE(instance.start().ok());
     EXPECT_FALSE(instance.stop().ok());
     auto const tag = instance.createTag("bad");
     ASSERT_FALSE(tag.ok());
-    EXPECT_EQ(tag.failure().code, -1);
+    EXPECT_EQ(tag.failure().driverCode, -1);
+    EXPECT_EQ(tag.failure().kind, base::FailureKind::Request);
     EXPECT_EQ(tag.failure().text, "Tag URI error: bad");
     module.protocol->works = true;
     EXPECT_TRUE(instance.stop().ok());

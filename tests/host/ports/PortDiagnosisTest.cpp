@@ -49,6 +49,23 @@ TEST(PortDiagnosis, ABusyPortWithoutAKnownHolderIsStillBusy) {
               "the serial port /dev/velk-no-such-port is in use by another program");
 }
 
+TEST(PortDiagnosis, TheKindComesFromTheErrorNumber) {
+    using base::FailureKind;
+    std::string const path = "/dev/velk-no-such-port";
+    EXPECT_EQ(host::openFailure(path, ENOENT).kind, FailureKind::PortMissing);
+    EXPECT_EQ(host::openFailure(path, EACCES).kind, FailureKind::PortDenied);
+    EXPECT_EQ(host::openFailure("/dev/null", EACCES).kind, FailureKind::PortDenied) << "with its access rights known";
+    EXPECT_EQ(host::openFailure(path, EBUSY).kind, FailureKind::PortBusy);
+    EXPECT_EQ(host::openFailure(path, EISDIR).kind, FailureKind::NotAPort);
+    EXPECT_EQ(host::openFailure(path, EMFILE).kind, FailureKind::PortFault);
+    EXPECT_EQ(host::settingFailure(path, EIO).kind, FailureKind::PortNoHardware);
+    EXPECT_EQ(host::settingFailure(path, EBUSY).kind, FailureKind::PortBusy);
+    EXPECT_EQ(host::settingFailure(path, ENODEV).kind, FailureKind::PortMissing);
+    EXPECT_EQ(host::settingFailure(path, EINVAL).kind, FailureKind::PortFault);
+    EXPECT_EQ(host::notATerminal(path).kind, FailureKind::NotAPort);
+    EXPECT_EQ(host::noPermission(path, {}).kind, FailureKind::PortDenied);
+}
+
 TEST(PortHolder, FindsTheProcessThatHasTheDeviceOpen) {
     Pty const pty;
     Pty const neighbour;

@@ -65,7 +65,7 @@ TEST_F(ObservedPort, ShowsFramesInBothDirectionsWithTheirTimes) {
 }
 
 TEST_F(ObservedPort, TakesTheTimesOfReceivedBytesFromThePortsReport) {
-    host::PortReport const report{"", "", 2500, 2700};
+    host::PortReport const report{{}, {}, 2500, 2700};
     host::ObservedPort exact(memory, diary, clock, &report);
     memory.frames = {Bytes{7}};
     exact.Read(buffer.data(), 8, 100, 20, &count, 0);
@@ -73,7 +73,7 @@ TEST_F(ObservedPort, TakesTheTimesOfReceivedBytesFromThePortsReport) {
 }
 
 TEST_F(ObservedPort, ShowsTimeOutsFaultsAndDroppedBytes) {
-    host::PortReport const report{"", "adapter gone", 0, 0};
+    host::PortReport const report{{}, base::Failure{base::FailureKind::PortDied, "adapter gone"}, 0, 0};
     host::ObservedPort reported(memory, diary, clock, &report);
     memory.frames = {};
     memory.stray = Bytes(5, 0xFF);

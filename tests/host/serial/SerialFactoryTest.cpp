@@ -5,6 +5,7 @@
 #include "host/serial/TrafficMeter.h"
 #include "host/services/Clock.h"
 #include "tests/host/CurrentFolder.h"
+#include "tests/host/FailureText.h"
 #include "tests/host/Pty.h"
 #include "tests/host/TempFolder.h"
 
@@ -87,7 +88,7 @@ TEST_F(SerialFactory, CreatesAPortFromADevicePath) {
     ISerialPort* const port = factory.CreatePort(pty.path().c_str());
     ASSERT_NE(port, nullptr);
     EXPECT_NE(port->Open(19200, 0, 8, 1, 0), 0);
-    EXPECT_EQ(factory.lastError(), "");
+    EXPECT_EQ(textOf(factory.lastError()), "");
     factory.ReleasePort(port);
 }
 
@@ -97,7 +98,7 @@ TEST_F(SerialFactory, CreatesAPortFromAMappedName) {
     host::SerialFactory mapped(clock, names);
     ISerialPort* const port = mapped.CreatePort("com1");
     ASSERT_NE(port, nullptr);
-    EXPECT_NE(port->Open(19200, 0, 8, 1, 0), 0) << mapped.lastError();
+    EXPECT_NE(port->Open(19200, 0, 8, 1, 0), 0) << textOf(mapped.lastError());
 }
 
 TEST_F(SerialFactory, ReleasingClosesThePort) {
@@ -105,30 +106,34 @@ TEST_F(SerialFactory, ReleasingClosesThePort) {
     ASSERT_NE(first->Open(19200, 0, 8, 1, 0), 0);
     factory.ReleasePort(first);
     ISerialPort* const second = factory.CreatePort(pty.path().c_str());
-    EXPECT_NE(second->Open(19200, 0, 8, 1, 0), 0) << factory.lastError();
+    EXPECT_NE(second->Open(19200, 0, 8, 1, 0), 0) << textOf(factory.lastError());
 }
 
 TEST_F(SerialFactory, AnInterruptionReachesEveryPort) {
     base::FileDescriptor const interruption(eventfd(1, EFD_CLOEXEC | EFD_NONBLOCK));
     host::SerialFactory interruptible(clock, {}, nullptr, interruption.get());
     ISerialPort* const port = interruptible.CreatePort(pty.path().c_str());
-    ASSERT_NE(port->Open(19200, 0, 8, 1, 0), 0) << interruptible.lastError();
+    ASSERT_NE(port->Open(19200, 0, 8, 1, 0), 0) << textOf(interruptible.lastError());
     unsigned char byte = 0;
     int count = 0;
     EXPECT_EQ(port->Read(&byte, 1, 60'000, 60'000, &count, 0), 0);
-    EXPECT_EQ(interruptible.lastFault(), "interrupted");
+    EXPECT_EQ(textOf(interruptible.lastFault()), "interrupted");
+    EXPECT_EQ(interruptible.lastFault()->kind, base::FailureKind::Interrupted);
 }
 
 TEST_F(SerialFactory, AnUnknownNameSaysWhatToGive) {
     EXPECT_EQ(factory.CreatePort("com17"), nullptr);
-    EXPECT_EQ(factory.lastError(), "no serial port is called 'com17': give com1 to com16 or the path of a device "
-                                   "such as /dev/ttyUSB0");
+    EXPECT_EQ(textOf(factory.lastError()),
+              "no serial port is called 'com17': give com1 to com16 or the path of a device "
+              "such as /dev/ttyUSB0");
+    EXPECT_EQ(factory.lastError()->kind, base::FailureKind::PortMissing);
     EXPECT_EQ(factory.CreatePort(nullptr), nullptr);
 }
 
 TEST_F(SerialFactory, AMissingDeviceIsNoPort) {
     EXPECT_EQ(factory.CreatePort("/dev/velk-no-such-port"), nullptr);
-    EXPECT_EQ(factory.lastError(), "there is no serial port /dev/velk-no-such-port");
+    EXPECT_EQ(textOf(factory.lastError()), "there is no serial port /dev/velk-no-such-port");
+    EXPECT_EQ(factory.lastError()->kind, base::FailureKind::PortMissing);
 }
 
 TEST_F(SerialFactory, TheReasonOutlivesThePort) {
@@ -136,9 +141,10 @@ TEST_F(SerialFactory, TheReasonOutlivesThePort) {
     ASSERT_NE(port, nullptr);
     EXPECT_EQ(port->Open(4711, 0, 8, 1, 0), 0);
     factory.ReleasePort(port); // as the driver does
-    EXPECT_NE(factory.lastError().find("4711 bit/s"), std::string::npos) << factory.lastError();
+    EXPECT_NE(textOf(factory.lastError()).find("4711 bit/s"), std::string::npos) << textOf(factory.lastError());
+    EXPECT_EQ(factory.lastError()->kind, base::FailureKind::PortSettings);
     ISerialPort* const again = factory.CreatePort(pty.path().c_str());
-    EXPECT_EQ(factory.lastError(), "");
+    EXPECT_EQ(textOf(factory.lastError()), "");
     EXPECT_NE(again->Open(9600, 0, 8, 1, 0), 0);
 }
 
@@ -150,9 +156,10 @@ TEST_F(SerialFactory, AFaultIsToldAfterThePortWasReleased) {
     int count = 0;
     EXPECT_EQ(port->Read(buffer.data(), 8, 60'000, 20, &count, 0), 0);
     factory.ReleasePort(port);
-    EXPECT_EQ(factory.lastFault(), "the serial port " + pty.path() + " has gone away (hang-up)");
+    EXPECT_EQ(textOf(factory.lastFault()), "the serial port " + pty.path() + " has gone away (hang-up)");
+    EXPECT_EQ(factory.lastFault()->kind, base::FailureKind::PortDied);
     ASSERT_NE(factory.report(pty.path()), nullptr);
-    EXPECT_EQ(factory.report(pty.path())->lastFault, factory.lastFault());
+    EXPECT_EQ(textOf(factory.report(pty.path())->lastFault), textOf(factory.lastFault()));
     EXPECT_EQ(factory.report("com9"), nullptr);
 }
 

@@ -7,6 +7,7 @@
 #include "host/serial/FrameReader.h"
 #include "host/serial/PortReport.h"
 #include "host/services/Clock.h"
+#include "tests/host/FailureText.h"
 #include "tests/host/Pty.h"
 #include "tests/host/Unprivileged.h"
 
@@ -57,14 +58,14 @@ protected:
 };
 
 TEST_F(SerialPort, AllByteValuesComeThroughUnchanged) {
-    ASSERT_NE(open(), 0) << report.lastError;
+    ASSERT_NE(open(), 0) << textOf(report.lastError);
     pty.send(allBytes());
-    ASSERT_NE(read(256, kLong, kLong), 0) << report.lastFault;
+    ASSERT_NE(read(256, kLong, kLong), 0) << textOf(report.lastFault);
     EXPECT_EQ(received(), allBytes());
 }
 
 TEST_F(SerialPort, AllByteValuesGoOutUnchanged) {
-    ASSERT_NE(open(), 0) << report.lastError;
+    ASSERT_NE(open(), 0) << textOf(report.lastError);
     Bytes const bytes = allBytes();
     EXPECT_EQ(port.Write(bytes.data(), 256, 0), 256);
     EXPECT_EQ(pty.receive(256), bytes);
@@ -83,7 +84,7 @@ TEST_F(SerialPort, SilenceIsATimeOutAndNotAFault) {
     ASSERT_NE(open(), 0);
     EXPECT_NE(read(10, 2, 2), 0);
     EXPECT_EQ(count, 0);
-    EXPECT_EQ(report.lastFault, "");
+    EXPECT_EQ(textOf(report.lastFault), "");
 }
 
 TEST_F(SerialPort, AFrameEndsWithTheSilence) {
@@ -111,7 +112,7 @@ TEST_F(SerialPort, AHangUpWhileWaitingIsAFault) {
     EXPECT_EQ(read(10, kLong, kLong), 0);
     puller.join();
     EXPECT_EQ(count, 0);
-    EXPECT_EQ(report.lastFault, "the serial port " + pty.path() + " has gone away (hang-up)");
+    EXPECT_EQ(textOf(report.lastFault), "the serial port " + pty.path() + " has gone away (hang-up)");
 }
 
 TEST_F(SerialPort, AHangUpInTheMiddleOfAFrameIsAFault) {
@@ -121,20 +122,20 @@ TEST_F(SerialPort, AHangUpInTheMiddleOfAFrameIsAFault) {
     std::thread puller([this] { pty.hangUp(); });
     EXPECT_EQ(read(10, kLong, kLong), 0);
     puller.join();
-    EXPECT_NE(report.lastFault, "");
+    EXPECT_NE(textOf(report.lastFault), "");
 }
 
 TEST_F(SerialPort, ADeadPortAnswersFaultsAtOnceAndKeepsTheReason) {
     ASSERT_NE(open(), 0);
     pty.hangUp();
     EXPECT_EQ(read(10, kLong, kLong), 0);
-    std::string const reason = report.lastFault;
+    std::string const reason = textOf(report.lastFault);
     Bytes const bytes{1};
     EXPECT_EQ(read(10, kLong, kLong), 0);
     EXPECT_EQ(port.Write(bytes.data(), 1, 0), 0);
     EXPECT_EQ(port.Purge(buffer.data(), 0, 0), 0) << "emptying a dead port ends";
     EXPECT_NE(reason, "");
-    EXPECT_EQ(report.lastFault, reason);
+    EXPECT_EQ(textOf(report.lastFault), reason);
 }
 
 /** What a user's wish to end is: a descriptor that can be read from then on. */
@@ -151,31 +152,31 @@ private:
 TEST_F(SerialPort, AnInterruptionEndsAWaitAtOnce) {
     Interruption const interruption;
     host::SerialPort interruptible(pty.path(), report, clock, interruption.descriptor());
-    ASSERT_NE(interruptible.Open(115200, 0, 8, 1, 0), 0) << report.lastError;
+    ASSERT_NE(interruptible.Open(115200, 0, 8, 1, 0), 0) << textOf(report.lastError);
     auto reader =
         std::async(std::launch::async, [&] { return interruptible.Read(buffer.data(), 10, kLong, kLong, &count, 0); });
     interruption.request();
     EXPECT_EQ(reader.get(), 0);
     EXPECT_EQ(count, 0);
-    EXPECT_EQ(report.lastFault, "interrupted");
+    EXPECT_EQ(textOf(report.lastFault), "interrupted");
 }
 
 TEST_F(SerialPort, AnInterruptionEndsEveryLaterOperationAndLetsGoOfTheDevice) {
     Interruption const interruption;
     interruption.request();
     host::SerialPort interruptible(pty.path(), report, clock, interruption.descriptor());
-    ASSERT_NE(interruptible.Open(115200, 0, 8, 1, 0), 0) << report.lastError;
+    ASSERT_NE(interruptible.Open(115200, 0, 8, 1, 0), 0) << textOf(report.lastError);
     pty.send(Bytes{1, 2, 3});
     EXPECT_EQ(interruptible.Read(buffer.data(), 10, kLong, kLong, &count, 0), 0) << "bytes do not go before the end";
     EXPECT_EQ(interruptible.Write(buffer.data(), 5, 0), 0);
     EXPECT_EQ(interruptible.Purge(buffer.data(), 0, 0), 0);
-    EXPECT_NE(open(), 0) << "the device is free: " << report.lastError;
+    EXPECT_NE(open(), 0) << "the device is free: " << textOf(report.lastError);
 }
 
 TEST_F(SerialPort, WithoutAnInterruptionWaitingGoesOnAsEver) {
     Interruption const interruption;
     host::SerialPort interruptible(pty.path(), report, clock, interruption.descriptor());
-    ASSERT_NE(interruptible.Open(115200, 0, 8, 1, 0), 0) << report.lastError;
+    ASSERT_NE(interruptible.Open(115200, 0, 8, 1, 0), 0) << textOf(report.lastError);
     pty.send(Bytes{7});
     EXPECT_NE(interruptible.Read(buffer.data(), 1, kLong, kLong, &count, 0), 0);
     EXPECT_EQ(received(), Bytes{7});
@@ -186,14 +187,14 @@ TEST_F(SerialPort, WritingToADeadPortIsAFault) {
     pty.hangUp();
     Bytes const bytes{1, 2, 3};
     EXPECT_EQ(port.Write(bytes.data(), 3, 0), 0);
-    EXPECT_NE(report.lastFault.find("has gone away"), std::string::npos) << report.lastFault;
+    EXPECT_NE(textOf(report.lastFault).find("has gone away"), std::string::npos) << textOf(report.lastFault);
 }
 
 TEST_F(SerialPort, EmptyingADeadPortNoticesTheFault) {
     ASSERT_NE(open(), 0);
     pty.hangUp();
     EXPECT_EQ(port.Purge(buffer.data(), 0, 0), 0);
-    EXPECT_NE(report.lastFault, "");
+    EXPECT_NE(textOf(report.lastFault), "");
 }
 
 TEST_F(SerialPort, PurgeTakesOutWhatIsThereAndEnds) {
@@ -211,7 +212,7 @@ TEST_F(SerialPort, PurgeTakesOutWhatIsThereAndEnds) {
     }
     EXPECT_EQ(removed, 1999);
     EXPECT_EQ(port.Purge(buffer.data(), 0, 0), 0);
-    EXPECT_EQ(report.lastFault, "");
+    EXPECT_EQ(textOf(report.lastFault), "");
 }
 
 TEST_F(SerialPort, WrongArgumentsTouchNothing) {
@@ -245,7 +246,7 @@ TEST_F(SerialPort, WhatCameInBeforeOpeningIsDropped) {
     pty.send(Bytes{1, 2, 3});
     pollfd line{other.get(), POLLIN, 0};
     ASSERT_EQ(poll(&line, 1, 10'000), 1);
-    ASSERT_NE(open(), 0) << report.lastError;
+    ASSERT_NE(open(), 0) << textOf(report.lastError);
     pty.send(Bytes{9});
     ASSERT_NE(read(1, kLong, kLong), 0);
     EXPECT_EQ(received(), (Bytes{9}));
@@ -256,18 +257,19 @@ TEST_F(SerialPort, ASecondPortOnTheSameDeviceIsRefused) {
     host::SerialPort other(pty.path(), otherReport, clock);
     ASSERT_NE(open(), 0);
     EXPECT_EQ(other.Open(115200, 0, 8, 1, 0), 0);
-    EXPECT_EQ(otherReport.lastError, "the serial port " + pty.path() + " is in use by this program itself (process " +
-                                         std::to_string(getpid()) + ")");
+    EXPECT_EQ(textOf(otherReport.lastError), "the serial port " + pty.path() +
+                                                 " is in use by this program itself (process " +
+                                                 std::to_string(getpid()) + ")");
     port.Close();
     EXPECT_NE(other.Open(115200, 0, 8, 1, 0), 0) << "closing frees it";
-    EXPECT_EQ(otherReport.lastError, "");
+    EXPECT_EQ(textOf(otherReport.lastError), "");
 }
 
 TEST_F(SerialPort, ADeviceThatAnotherProgramLockedIsRefused) {
     base::FileDescriptor const other(::open(pty.path().c_str(), O_RDWR | O_NOCTTY | O_CLOEXEC));
     ASSERT_EQ(flock(other.get(), LOCK_EX | LOCK_NB), 0);
     EXPECT_EQ(open(), 0);
-    EXPECT_NE(report.lastError.find("is in use"), std::string::npos) << report.lastError;
+    EXPECT_NE(textOf(report.lastError).find("is in use"), std::string::npos) << textOf(report.lastError);
 }
 
 TEST_F(SerialPort, TheOtherProgramIsNamed) {
@@ -288,20 +290,20 @@ TEST_F(SerialPort, TheOtherProgramIsNamed) {
     ASSERT_EQ(::read(toParent[0], &byte, 1), 1);
     EXPECT_EQ(byte, '+');
     EXPECT_EQ(open(), 0);
-    EXPECT_NE(report.lastError.find("' (process " + std::to_string(child) + ")"), std::string::npos)
-        << report.lastError;
+    EXPECT_NE(textOf(report.lastError).find("' (process " + std::to_string(child) + ")"), std::string::npos)
+        << textOf(report.lastError);
     for (int const end : {toChild[1], toChild[0], toParent[0], toParent[1]}) {
         ::close(end);
     }
     int status = -1;
     EXPECT_EQ(waitpid(child, &status, 0), child);
     EXPECT_EQ(status, 0);
-    EXPECT_NE(open(), 0) << report.lastError;
+    EXPECT_NE(open(), 0) << textOf(report.lastError);
 }
 
 TEST_F(SerialPort, OpeningAgainWithOtherSettingsWorks) {
     ASSERT_NE(open(9600, 0, 8, 1), 0);
-    ASSERT_NE(open(19200, 1, 7, 2), 0) << report.lastError;
+    ASSERT_NE(open(19200, 1, 7, 2), 0) << textOf(report.lastError);
     base::FileDescriptor const other(::open(pty.path().c_str(), O_RDWR | O_NOCTTY | O_CLOEXEC));
     termios actual{};
     ASSERT_EQ(tcgetattr(other.get(), &actual), 0);
@@ -310,23 +312,25 @@ TEST_F(SerialPort, OpeningAgainWithOtherSettingsWorks) {
 }
 
 TEST_F(SerialPort, OpeningAgainWithAParityWorksOnAPseudoTerminalThatHasNone) {
-    ASSERT_NE(open(19200, 1), 0) << report.lastError;
+    ASSERT_NE(open(19200, 1), 0) << textOf(report.lastError);
     port.Close();
-    EXPECT_NE(open(19200, 1), 0) << report.lastError;
+    EXPECT_NE(open(19200, 1), 0) << textOf(report.lastError);
 }
 
 TEST_F(SerialPort, AnUnknownRateIsAnErrorAndNotAnotherRate) {
     EXPECT_EQ(open(12345), 0);
-    EXPECT_EQ(report.lastError, "the serial port " + pty.path() +
-                                    " is not opened: a serial line cannot run at 12345 bit/s, only at a standard rate "
-                                    "such as 9600, 19200, 38400, 57600 or 115200");
+    EXPECT_EQ(textOf(report.lastError),
+              "the serial port " + pty.path() +
+                  " is not opened: a serial line cannot run at 12345 bit/s, only at a standard rate "
+                  "such as 9600, 19200, 38400, 57600 or 115200");
 }
 
 TEST_F(SerialPort, Rs485NeedsAPortThatHasIt) {
     EXPECT_EQ(open(19200, 0, 8, 1, 1), 0);
-    EXPECT_EQ(report.lastError, "the serial port " + pty.path() +
-                                    " has no RS-485 mode in the kernel; with a converter that switches the direction "
-                                    "by itself choose the mode RS-232");
+    EXPECT_EQ(textOf(report.lastError),
+              "the serial port " + pty.path() +
+                  " has no RS-485 mode in the kernel; with a converter that switches the direction "
+                  "by itself choose the mode RS-232");
     EXPECT_NE(open(19200, 0, 8, 1, 0), 0) << "the refused port is free again";
 }
 
@@ -334,20 +338,21 @@ TEST_F(SerialPort, NoPermissionNamesTheOneWhoMay) {
     ASSERT_EQ(chmod(pty.path().c_str(), 0), 0);
     Unprivileged const nobody;
     EXPECT_EQ(open(), 0);
-    EXPECT_NE(report.lastError.find("no permission to use the serial port " + pty.path() + ": only its owner '"),
-              std::string::npos)
-        << report.lastError;
+    EXPECT_NE(
+        textOf(report.lastError).find("no permission to use the serial port " + pty.path() + ": only its owner '"),
+        std::string::npos)
+        << textOf(report.lastError);
 }
 
 TEST_F(SerialPort, NoPermissionNamesTheGroupThatMay) {
     ASSERT_EQ(chmod(pty.path().c_str(), 0060), 0);
     Unprivileged const nobody;
     EXPECT_EQ(open(), 0);
-    EXPECT_NE(
-        report.lastError.find("no permission to use the serial port " + pty.path() + ": it belongs to the group '"),
-        std::string::npos)
-        << report.lastError;
-    EXPECT_NE(report.lastError.find("sudo usermod -aG "), std::string::npos);
+    EXPECT_NE(textOf(report.lastError)
+                  .find("no permission to use the serial port " + pty.path() + ": it belongs to the group '"),
+              std::string::npos)
+        << textOf(report.lastError);
+    EXPECT_NE(textOf(report.lastError).find("sudo usermod -aG "), std::string::npos);
 }
 
 TEST_F(SerialPort, IsWhatItSaysItIs) {
@@ -363,7 +368,7 @@ std::string reasonNotToOpen(std::string const& path) {
     host::PortReport report;
     host::SerialPort port(path, report, clock);
     EXPECT_EQ(port.Open(9600, 0, 8, 1, 0), 0);
-    return report.lastError;
+    return textOf(report.lastError);
 }
 
 TEST(SerialPortErrors, AMissingDeviceIsNamed) {

@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <deque>
+#include <optional>
 
 namespace hosttest {
 namespace {
@@ -22,11 +23,12 @@ protected:
         return tags.back();
     }
 
-    /** "01 02" or "-4 Timeout on Acknowledge". */
+    /** "good 1 2", "-4 Timeout on Acknowledge" for what the driver said, or "the tag is read-only" of the host. */
     static std::string shown(host::TagResult const& result) {
         if (!result.good) {
             EXPECT_TRUE(result.value.empty());
-            return std::to_string(result.failure.code) + " " + result.failure.text;
+            std::optional<int> const code = result.failure.driverCode;
+            return (code ? std::to_string(*code) + " " : "") + result.failure.text;
         }
         std::string text = "good";
         for (unsigned char const byte : result.value) {
@@ -65,9 +67,11 @@ TEST_F(TagReader, AVariableThePlcDoesNotHaveHasNoValueAndDoesNotSpoilTheOthers) 
     host::TagReader reader(protocol);
     auto const results = reader.read(list);
     EXPECT_EQ(shown(results),
-              (Calls{"good 1", "-1 the PLC program has no such variable", "-100 the driver did not process the tag",
-                     "-100 the driver gave the tag the status -17", "good 5"}));
+              (Calls{"good 1", "the PLC program has no such variable", "the driver did not process the tag",
+                     "the driver gave the tag the status -17", "good 5"}));
     EXPECT_EQ(results[1].status, kItemNotInSymbolFile);
+    EXPECT_EQ(results[1].failure.kind, base::FailureKind::Missing);
+    EXPECT_EQ(results[2].failure.kind, base::FailureKind::LeftOut);
     EXPECT_EQ(results[0].status, kItemGood);
 }
 
@@ -155,7 +159,7 @@ TEST_F(TagReader, AMissingTagFailsAlone) {
     add("a", 1, {1});
     list.push_back(nullptr);
     host::TagReader reader(protocol);
-    EXPECT_EQ(shown(reader.read(list)), (Calls{"good 1", "-100 there is no such tag"}));
+    EXPECT_EQ(shown(reader.read(list)), (Calls{"good 1", "there is no such tag"}));
 }
 
 TEST_F(TagReader, AFailureWithoutATextStillSaysSomething) {
@@ -179,7 +183,7 @@ TEST_F(TagReader, ATagWithANegativeLengthFailsAlone) {
     add("b", 1, {2});
     add("c", 1, {});
     host::TagReader reader(protocol);
-    EXPECT_EQ(shown(reader.read(list)), (Calls{"-100 the tag has a negative length", "good 2", "good"}));
+    EXPECT_EQ(shown(reader.read(list)), (Calls{"the tag has a negative length", "good 2", "good"}));
     EXPECT_EQ(protocol.calls, (Calls{"ReadDatagram b c"}));
 }
 
@@ -223,8 +227,7 @@ TEST_F(TagReader, WritesThatCannotBeRightAreRefusedAlone) {
     host::TagReader writer(protocol);
     std::vector<host::TagWrite> const writes = {{list[0], {1}}, {list[1], {1}}, {list[2], {1}}, {nullptr, {1}}};
     EXPECT_EQ(shown(writer.write(writes)),
-              (Calls{"good", "-100 the tag is read-only", "-100 the value has 1 byte instead of 2",
-                     "-100 there is no such tag"}));
+              (Calls{"good", "the tag is read-only", "the value has 1 byte instead of 2", "there is no such tag"}));
     EXPECT_EQ(protocol.calls, (Calls{"WriteDatagram a"}));
 }
 

@@ -3,15 +3,15 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <array>
+#include <set>
+#include <vector>
+
 namespace {
 
+using base::FailureKind;
 using velk::ExitCode;
 using velk::exitCodeFor;
-using velk::PortState;
-
-ExitCode forCode(int code, PortState port = PortState::Fine) {
-    return exitCodeFor({code, "a text"}, port);
-}
 
 TEST(ExitCode, NumbersAreAsDocumented) {
     EXPECT_EQ(static_cast<int>(ExitCode::Good), 0);
@@ -23,34 +23,68 @@ TEST(ExitCode, NumbersAreAsDocumented) {
     EXPECT_EQ(static_cast<int>(ExitCode::Interrupted), 130);
 }
 
-TEST(ExitCode, FollowsTheDriversCodes) {
-    EXPECT_EQ(forCode(0), ExitCode::Port);
-    EXPECT_EQ(forCode(-4), ExitCode::Silent);
-    EXPECT_EQ(forCode(-6), ExitCode::Refused);
-    EXPECT_EQ(forCode(1), ExitCode::Refused) << "a refused login leaves no reason behind";
-    EXPECT_EQ(forCode(-1), ExitCode::Usage);
-    EXPECT_EQ(forCode(-3), ExitCode::Usage);
-    EXPECT_EQ(forCode(-9), ExitCode::ItemNotGood);
-    EXPECT_EQ(forCode(base::kHostFailure), ExitCode::Usage);
-}
+struct Expected {
+    FailureKind kind;
+    ExitCode code;
+};
 
-TEST(ExitCode, ADeadPortExplainsEverythingBehindIt) {
-    for (int const code : {0, 1, -1, -4, -6, base::kHostFailure}) {
-        EXPECT_EQ(forCode(code, PortState::Dead), ExitCode::Port) << code;
-        EXPECT_EQ(forCode(code, PortState::Interrupted), ExitCode::Interrupted) << code;
+constexpr std::array kExpected{
+    Expected{FailureKind::Internal, ExitCode::Usage},
+    Expected{FailureKind::Usage, ExitCode::Usage},
+    Expected{FailureKind::Configuration, ExitCode::Usage},
+    Expected{FailureKind::Request, ExitCode::Usage},
+    Expected{FailureKind::Value, ExitCode::Usage},
+    Expected{FailureKind::TooLarge, ExitCode::Usage},
+    Expected{FailureKind::NotPossible, ExitCode::Usage},
+    Expected{FailureKind::LeftOut, ExitCode::Usage},
+    Expected{FailureKind::Unreachable, ExitCode::ItemNotGood},
+    Expected{FailureKind::Missing, ExitCode::ItemNotGood},
+    Expected{FailureKind::Module, ExitCode::Usage},
+    Expected{FailureKind::Memory, ExitCode::Usage},
+    Expected{FailureKind::File, ExitCode::Usage},
+    Expected{FailureKind::FileExists, ExitCode::Usage},
+    Expected{FailureKind::Storage, ExitCode::Usage},
+    Expected{FailureKind::NoStoredSymbols, ExitCode::Usage},
+    Expected{FailureKind::StoredSymbolsBroken, ExitCode::Usage},
+    Expected{FailureKind::PortMissing, ExitCode::Port},
+    Expected{FailureKind::NotAPort, ExitCode::Port},
+    Expected{FailureKind::PortDenied, ExitCode::Port},
+    Expected{FailureKind::PortBusy, ExitCode::Port},
+    Expected{FailureKind::PortNoHardware, ExitCode::Port},
+    Expected{FailureKind::PortSettings, ExitCode::Port},
+    Expected{FailureKind::PortFault, ExitCode::Port},
+    Expected{FailureKind::PortDied, ExitCode::Port},
+    Expected{FailureKind::Interrupted, ExitCode::Interrupted},
+    Expected{FailureKind::Timeout, ExitCode::Silent},
+    Expected{FailureKind::Coupler, ExitCode::Refused},
+    Expected{FailureKind::Garbled, ExitCode::Refused},
+    Expected{FailureKind::WrongReply, ExitCode::Refused},
+    Expected{FailureKind::WrongSize, ExitCode::Refused},
+    Expected{FailureKind::WrongLength, ExitCode::Refused},
+    Expected{FailureKind::LoginRefused, ExitCode::Refused},
+    Expected{FailureKind::ReadRefused, ExitCode::Refused},
+    Expected{FailureKind::WriteRefused, ExitCode::Refused},
+    Expected{FailureKind::OtherProject, ExitCode::Refused},
+    Expected{FailureKind::NoSymbolFile, ExitCode::Refused},
+    Expected{FailureKind::SymbolFileBroken, ExitCode::Refused},
+    Expected{FailureKind::BadQuality, ExitCode::ItemNotGood},
+    Expected{FailureKind::Conversion, ExitCode::ItemNotGood},
+};
+
+TEST(ExitCode, EveryKindOfFailureHasItsOwn) {
+    static_assert(kExpected.size() == base::kFailureKinds);
+    std::set<FailureKind> seen;
+    for (Expected const& each : kExpected) {
+        EXPECT_EQ(exitCodeFor(each.kind), each.code) << static_cast<int>(each.kind);
+        seen.insert(each.kind);
     }
+    EXPECT_EQ(seen.size(), kExpected.size());
 }
 
-TEST(ExitCode, SomeOfTheDriversTextsAreAboutOneItem) {
-    EXPECT_EQ(exitCodeFor({-6, "One of the values has bad quality"}, PortState::Fine), ExitCode::ItemNotGood);
-    EXPECT_EQ(exitCodeFor({-1, "1?X?M?0?int not present in Symbols files"}, PortState::Fine), ExitCode::ItemNotGood);
-    EXPECT_EQ(exitCodeFor({-6, "One of the values has bad quality"}, PortState::Dead), ExitCode::Port);
-}
-
-TEST(ExitCode, AResponseOfAWrongLengthIsAWrongAnswerOfThePlcAndNoMatterOfTheConfiguration) {
-    EXPECT_EQ(exitCodeFor({-1, "Rx Buffer dimension exceeded"}, PortState::Fine), ExitCode::Refused);
-    EXPECT_EQ(exitCodeFor({-1, "Rx Buffer dimension exceeded"}, PortState::Dead), ExitCode::Port);
-    EXPECT_EQ(exitCodeFor({-1, "Tx Buffer dimension exceeded"}, PortState::Fine), ExitCode::Usage);
+TEST(ExitCode, OfThePortAreTheKindsOfThePort) {
+    for (Expected const& each : kExpected) {
+        EXPECT_EQ(base::isOfPort(each.kind), each.code == ExitCode::Port) << static_cast<int>(each.kind);
+    }
 }
 
 TEST(ExitCode, OfItemsIsThatOfTheLineOnlyWhenNoneIsGood) {

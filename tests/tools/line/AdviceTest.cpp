@@ -1,41 +1,50 @@
 #include "tools/velk/line/Advice.h"
 
+#include "tools/velk/context/ExitCode.h"
+
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 namespace {
 
+using base::FailureKind;
 using testing::HasSubstr;
 using testing::Not;
+using testing::StartsWith;
 using velk::advice;
-using velk::ExitCode;
 
 TEST(Advice, SilenceIsToldFromAnAnswerThatEnds) {
-    EXPECT_THAT(advice(ExitCode::Silent, {-4, "Timeout on Acknowledge"}, false), HasSubstr("cable"));
-    EXPECT_THAT(advice(ExitCode::Silent, {-4, "Timeout on data receiving"}, true), HasSubstr("Bytes came"));
+    EXPECT_THAT(advice(FailureKind::Timeout, false), HasSubstr("cable"));
+    EXPECT_THAT(advice(FailureKind::Timeout, true), StartsWith("Bytes came, then nothing more"));
 }
 
 TEST(Advice, FramesThatMakeNoSenseAreOtherSettings) {
-    for (char const* const text : {"Wrong Ack message received", "Too short Ack message received",
-                                   "Wrong Protocol ID received", "Wrong checksum or wrong block number received"}) {
-        EXPECT_THAT(advice(ExitCode::Refused, {-6, text}, true), HasSubstr("line speed")) << text;
-    }
+    EXPECT_THAT(advice(FailureKind::Garbled, true), HasSubstr("line speed"));
 }
 
-TEST(Advice, ARefusalIsNoWrongSetting) {
-    for (char const* const text : {"Project ID mismatch", "Command not acknowledged by PLC", "Symbol file not present",
-                                   "Wrong number of bytes received", "Rx Buffer dimension exceeded",
-                                   "Wrong reply length or ack in WriteData operation", ""}) {
-        EXPECT_THAT(advice(ExitCode::Refused, {-6, text}, true), Not(HasSubstr("line speed"))) << text;
-    }
-    EXPECT_THAT(advice(ExitCode::Refused, {-6, "Wrong reply length or ack in WriteData operation"}, true),
-                HasSubstr("The line works"));
-    EXPECT_THAT(advice(ExitCode::Refused, {1, "the driver gave no reason"}, true), HasSubstr("logged in"));
+TEST(Advice, EachRefusalHasItsOwn) {
+    EXPECT_THAT(advice(FailureKind::Coupler, true), StartsWith("Likely the coupler number"));
+    EXPECT_THAT(advice(FailureKind::LoginRefused, true), HasSubstr("logged in"));
+    EXPECT_THAT(advice(FailureKind::ReadRefused, true), HasSubstr("or is stopped. Ask again."));
+    EXPECT_THAT(advice(FailureKind::WriteRefused, true), HasSubstr("does not let this be written"));
+    EXPECT_THAT(advice(FailureKind::OtherProject, true), HasSubstr("another program a moment ago"));
+    EXPECT_THAT(advice(FailureKind::NoSymbolFile, true), HasSubstr("without its symbol configuration"));
+    EXPECT_THAT(advice(FailureKind::WrongLength, true), HasSubstr("shorter than what was asked for"));
+    EXPECT_THAT(advice(FailureKind::WrongSize, true), HasSubstr("another size than the type"));
+    EXPECT_THAT(advice(FailureKind::SymbolFileBroken, true), StartsWith("`velk check` walks"));
+    EXPECT_THAT(advice(FailureKind::WrongReply, true), StartsWith("`velk check` walks"));
 }
 
-TEST(Advice, OfThePortAndOfUsageThereIsNone) {
-    EXPECT_EQ(advice(ExitCode::Port, {0, "gone"}, true), "");
-    EXPECT_EQ(advice(ExitCode::Usage, {-1, "wrong"}, true), "");
+TEST(Advice, IsGivenForSilenceAndRefusalsAndForNothingElse) {
+    for (int number = 0; number < base::kFailureKinds; ++number) {
+        auto const kind = static_cast<FailureKind>(number);
+        velk::ExitCode const code = velk::exitCodeFor(kind);
+        bool const ofThePlc = code == velk::ExitCode::Silent || code == velk::ExitCode::Refused;
+        EXPECT_EQ(!advice(kind, true).empty(), ofThePlc) << number;
+        if (kind != FailureKind::Garbled && kind != FailureKind::Timeout) {
+            EXPECT_THAT(advice(kind, true), Not(HasSubstr("line speed"))) << number;
+        }
+    }
 }
 
 } // namespace

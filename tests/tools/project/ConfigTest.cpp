@@ -15,7 +15,7 @@ TEST(StoredTables, TheFileOfANodeIsLoadedOnceWhateverComesOfIt) {
     velk::StoredTables tables([&](int node) -> base::Result<velk::SymbolTable> {
         loaded.push_back(node);
         if (node == 2) {
-            return base::hostFailure("there is none");
+            return base::Failure{base::FailureKind::NoStoredSymbols, "there is none"};
         }
         return velk::SymbolTable(1, {{"Speed", "INT", kMemoryArea, 4, 2}});
     });

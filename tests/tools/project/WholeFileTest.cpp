@@ -101,7 +101,7 @@ TEST(WriteWholeFile, AFileThatIsThereStaysUnlessItIsToBeReplaced) {
     velktest::TempDir const folder;
     std::string const file = folder.Path("file");
     ASSERT_TRUE(writeWholeFile(file, "old and longer", false).ok());
-    EXPECT_EQ(writeWholeFile(file, "new", false).failure().code, velk::kFileIsThere);
+    EXPECT_EQ(writeWholeFile(file, "new", false).failure().kind, base::FailureKind::FileExists);
     EXPECT_EQ(content(file), "old and longer");
     EXPECT_TRUE(writeWholeFile(file, "new", true).ok());
     EXPECT_EQ(content(file), "new");
@@ -111,7 +111,7 @@ TEST(WriteWholeFile, AFileThatIsThereStaysUnlessItIsToBeReplaced) {
 TEST(WriteWholeFile, ALinkThatLeadsNowhereIsAFileThatIsThere) {
     velktest::TempDir const folder;
     std::filesystem::create_symlink("nowhere", folder.Path("file"));
-    EXPECT_EQ(writeWholeFile(folder.Path("file"), "new", false).failure().code, velk::kFileIsThere)
+    EXPECT_EQ(writeWholeFile(folder.Path("file"), "new", false).failure().kind, base::FailureKind::FileExists)
         << "nothing sees it before the name is taken";
     EXPECT_THAT(namesIn(folder.Path()), ElementsAre("file"));
 }

@@ -93,7 +93,7 @@ TEST_F(SymbolTable, ANameWithBracketsIsItselfFirst) {
 
 TEST_F(SymbolTable, AMissingVariableIsSaidWithTheLikelyOnes) {
     base::Failure const failure = velk::missingVariable(table, "Level");
-    EXPECT_EQ(failure.code, velk::kMissingVariable);
+    EXPECT_EQ(failure.kind, base::FailureKind::Missing);
     EXPECT_EQ(failure.text, "the PLC program has no such variable; did you mean PLC_PRG.Level?");
 }
 
@@ -104,7 +104,7 @@ TEST_F(SymbolTable, AnElementOfAnArrayIsThereWithTheArray) {
 }
 
 TEST_F(SymbolTable, APatternThatFindsNothingMayBeMeantForAnElement) {
-    EXPECT_EQ(velk::nothingMatches(table, "Nix*").code, velk::kMissingVariable);
+    EXPECT_EQ(velk::nothingMatches(table, "Nix*").kind, base::FailureKind::Missing);
     EXPECT_EQ(velk::nothingMatches(table, "Nix*").text, "no variable of the PLC program matches the pattern");
     EXPECT_EQ(velk::nothingMatches(table, "plc_prg.levels[1]").text,
               "the elements of an array are there with the whole array only, PLC_PRG.Levels");

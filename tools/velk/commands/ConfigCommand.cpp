@@ -30,8 +30,9 @@ constexpr char const* kFromSymbolFile = "";
 /** The symbol files that earlier commands left in the storage. */
 StoredTables storedTables(Settings const& settings) {
     return StoredTables([&settings](int node) {
-        return settings.storage.empty() ? base::Result<SymbolTable>(base::hostFailure("there is no storage"))
-                                        : SymbolTable::load(storedSymbolFile(settings, node));
+        return settings.storage.empty()
+                   ? base::Result<SymbolTable>(base::Failure{base::FailureKind::Storage, "there is no storage"})
+                   : SymbolTable::load(storedSymbolFile(settings, node));
     });
 }
 

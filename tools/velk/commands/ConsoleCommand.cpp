@@ -1,6 +1,7 @@
 #include "tools/velk/commands/ConsoleCommand.h"
 
-#include "host/instance/ProtocolFailure.h"
+#include "host/instance/DriverFailure.h"
+#include "host/instance/ModuleConsole.h"
 #include "interfaces/IProtocol.h"
 #include "tools/velk/commands/flags/LineFlags.h"
 #include "tools/velk/context/Context.h"
@@ -18,17 +19,10 @@
 namespace velk {
 namespace {
 
-constexpr std::size_t kReplySize = 65'536;
 constexpr char const* kHistoryFile = "console-history";
 
 std::vector<std::string> knownWords() {
     return {"deletetags", "exit", "getmaxtm", "help", "info", "lasterror", "quit", "read", "write", "xml"};
-}
-
-/** Only these two ask the PLC; what they do not end with an end of line is the driver's last error, or nothing. */
-bool asksPlc(std::string const& line) {
-    std::string const word = line.substr(0, line.find(' '));
-    return word == "read" || word == "write";
 }
 
 /** Lines for the module, one after the other. */
@@ -76,24 +70,25 @@ ExitCode Console::lineFailed(base::Failure const& failure) {
 
 /** Runs one line in the module. */
 ExitCode Console::runLine(std::string const& line) {
-    if (asksPlc(line) && away_ && !openAgain()) {
+    if (host::asksPlc(line) && away_ && !openAgain()) {
         return ExitCode::Port;
     }
     IProtocol& module = session_->panel().driver().protocol();
-    std::vector<char> reply(kReplySize + 1); // the reply of a full buffer has no zero of its own
-    if (!module.DoCommand(line.c_str(), reply.data(), static_cast<int>(kReplySize))) {
+    host::ConsoleReply const reply = host::runConsoleLine(module, line);
+    switch (reply.kind) {
+    case host::ConsoleReply::Kind::UnknownCommand:
         context_.terminal.complain("the module knows no command '" + line.substr(0, line.find(' ')) + "'; try help");
         return ExitCode::ItemNotGood;
+    case host::ConsoleReply::Kind::DriverFailed:
+        return lineFailed(host::driverFailure(module));
+    case host::ConsoleReply::Kind::Complaint:
+        context_.terminal.out(reply.text);
+        return ExitCode::ItemNotGood;
+    case host::ConsoleReply::Kind::Answer:
+        break;
     }
-    std::string text = reply.data();
-    if (asksPlc(line) && !text.ends_with('\n')) {
-        return lineFailed(host::protocolFailure(module));
-    }
-    if (!text.empty() && text.back() != '\n') {
-        text += '\n';
-    }
-    context_.terminal.out(text);
-    return asksPlc(line) && text.starts_with("error: ") ? ExitCode::ItemNotGood : ExitCode::Good;
+    context_.terminal.out(reply.text);
+    return ExitCode::Good;
 }
 
 ExitCode Console::run() {

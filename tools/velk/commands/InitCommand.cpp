@@ -246,7 +246,7 @@ NewProject projectFromFlags(InitOptions const& init, LineOptions const& options)
 
 void writeFile(std::filesystem::path const& file, std::string const& text, bool force) {
     base::Outcome const written = writeWholeFile(file, text, force);
-    if (!written.ok() && written.failure().code == kFileIsThere) {
+    if (!written.ok() && written.failure().kind == base::FailureKind::FileExists) {
         refuseToReplace(file);
     }
     if (!written.ok()) {

@@ -2,22 +2,11 @@
 
 #include <algorithm>
 #include <array>
-#include <string_view>
 
 namespace velk {
 namespace {
 
-// The driver's own codes and texts.
-constexpr int kNoText = 1; // only a refused login or logout leaves nothing behind
-constexpr int kPortFault = 0;
-constexpr int kConfiguration = -1; // and addresses, buffers, symbols
-constexpr int kNotPossible = -3;   // not started, not supported, local files
-constexpr int kTimeout = -4;
-constexpr int kRefused = -6;
-constexpr int kConversion = -9;
-constexpr std::string_view kBadQuality = "One of the values has bad quality";
-constexpr std::string_view kWrongLength = "Rx Buffer dimension exceeded"; // of a response; its code is -1 all the same
-constexpr std::string_view kMissing = " not present in Symbols files";
+using base::FailureKind;
 
 /** From the least to the most telling. */
 constexpr std::array kRanking{ExitCode::Good,  ExitCode::ItemNotGood, ExitCode::Refused,    ExitCode::Silent,
@@ -29,34 +18,56 @@ std::ptrdiff_t rank(ExitCode code) {
 
 } // namespace
 
-ExitCode exitCodeFor(base::Failure const& failure, PortState port) {
-    if (port == PortState::Interrupted) {
-        return ExitCode::Interrupted;
-    }
-    if (port == PortState::Dead) {
-        return ExitCode::Port;
-    }
-    if (failure.text == kBadQuality || failure.text.ends_with(kMissing)) {
+ExitCode exitCodeFor(FailureKind kind) {
+    switch (kind) {
+    case FailureKind::Unreachable:
+    case FailureKind::Missing:
+    case FailureKind::BadQuality:
+    case FailureKind::Conversion:
         return ExitCode::ItemNotGood;
-    }
-    if (failure.text == kWrongLength) {
-        return ExitCode::Refused;
-    }
-    switch (failure.code) {
-    case kPortFault:
+    case FailureKind::PortMissing:
+    case FailureKind::NotAPort:
+    case FailureKind::PortDenied:
+    case FailureKind::PortBusy:
+    case FailureKind::PortNoHardware:
+    case FailureKind::PortSettings:
+    case FailureKind::PortFault:
+    case FailureKind::PortDied:
         return ExitCode::Port;
-    case kTimeout:
+    case FailureKind::Timeout:
         return ExitCode::Silent;
-    case kRefused:
-    case kNoText:
+    case FailureKind::Coupler:
+    case FailureKind::Garbled:
+    case FailureKind::WrongReply:
+    case FailureKind::WrongSize:
+    case FailureKind::WrongLength:
+    case FailureKind::LoginRefused:
+    case FailureKind::ReadRefused:
+    case FailureKind::WriteRefused:
+    case FailureKind::OtherProject:
+    case FailureKind::NoSymbolFile:
+    case FailureKind::SymbolFileBroken:
         return ExitCode::Refused;
-    case kConversion:
-        return ExitCode::ItemNotGood;
-    case kConfiguration:
-    case kNotPossible:
-    default:
-        return ExitCode::Usage;
+    case FailureKind::Interrupted:
+        return ExitCode::Interrupted;
+    case FailureKind::Internal:
+    case FailureKind::Usage:
+    case FailureKind::Configuration:
+    case FailureKind::Request:
+    case FailureKind::Value:
+    case FailureKind::TooLarge:
+    case FailureKind::NotPossible:
+    case FailureKind::LeftOut:
+    case FailureKind::Module:
+    case FailureKind::Memory:
+    case FailureKind::File:
+    case FailureKind::FileExists:
+    case FailureKind::Storage:
+    case FailureKind::NoStoredSymbols:
+    case FailureKind::StoredSymbolsBroken:
+        break;
     }
+    return ExitCode::Usage;
 }
 
 ExitCode worse(ExitCode one, ExitCode other) {

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "base/Result.h"
+#include "base/FailureKind.h"
 
 #include <span>
 
@@ -17,15 +17,8 @@ enum class ExitCode {
     Interrupted = 130,
 };
 
-/** What is known of the port when something failed. */
-enum class PortState {
-    Fine,
-    Dead,        ///< could not be opened, or died while it was open
-    Interrupted, ///< the user ended its waiting
-};
-
-/** The answer for a failure of the driver or of the host. */
-ExitCode exitCodeFor(base::Failure const& failure, PortState port);
+/** The answer for a failure. */
+ExitCode exitCodeFor(base::FailureKind kind);
 
 /**
  * The more telling of two answers: interruption, port trouble, usage, silence, refusal, an item that is not good, all

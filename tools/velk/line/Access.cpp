@@ -192,13 +192,15 @@ base::Result<std::string> bitArea(std::string const& area, Variable const* varia
     if (letter == "M" || letter == "I" || letter == "Q") {
         return letter + "B";
     }
-    return base::hostFailure("single bits can be addressed in the areas M, I and Q only, not in " + letter);
+    return base::Failure{base::FailureKind::Unreachable,
+                         "single bits can be addressed in the areas M, I and Q only, not in " + letter};
 }
 
 base::Result<std::string> byteArea(std::string const& area, Variable const* variable) {
     if (area.empty() && variable != nullptr && variable->area >= kAreas) {
-        return base::hostFailure("it lies in memory area " + std::to_string(variable->area) +
-                                 ", which the driver cannot reach");
+        return base::Failure{base::FailureKind::Unreachable, "it lies in memory area " +
+                                                                 std::to_string(variable->area) +
+                                                                 ", which the driver cannot reach"};
     }
     return !area.empty() ? area : variable != nullptr ? areaName(variable->area) : "M";
 }
@@ -211,7 +213,8 @@ base::Result<Access> inferAccess(Variable const& variable, bool bigEndian) {
         return area.failure();
     }
     if (variable.size == 0) {
-        return base::hostFailure("the symbol file gives it no size; give its type as " + variable.name + ":TYPE");
+        return base::Failure{base::FailureKind::Unreachable,
+                             "the symbol file gives it no size; give its type as " + variable.name + ":TYPE"};
     }
     if (upperCase(variable.type) == "BIT") {
         return chosenAccess("bit", "", &variable);
@@ -229,11 +232,12 @@ base::Result<Access> chosenAccess(std::string const& type, std::string const& ar
     }
     base::Result<DriverType> const parsed = parseDriverType(bit ? "boolean" : type);
     if (!parsed.ok()) {
-        return parsed.failure();
+        return base::Failure{base::FailureKind::Unreachable, parsed.failure().text};
     }
     ICU_Type const wanted = parsed.value().type;
     if (isBitArea(space.value()) && wanted != ICU_BOOLEAN) {
-        return base::hostFailure("the area " + space.value() + " has single bits: its type is boolean, not " + type);
+        return base::Failure{base::FailureKind::Unreachable,
+                             "the area " + space.value() + " has single bits: its type is boolean, not " + type};
     }
     return Access{bit ? "boolean" : type, space.value(), wanted, false, 0};
 }

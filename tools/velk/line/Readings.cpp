@@ -5,6 +5,7 @@
 #include "tools/common/TextTable.h"
 #include "tools/velk/context/CommandError.h"
 #include "tools/velk/context/Context.h"
+#include "tools/velk/line/FailureJson.h"
 #include "tools/velk/terminal/Terminal.h"
 #include "tools/velk/text/Fitting.h"
 #include "tools/velk/text/Text.h"
@@ -94,7 +95,7 @@ std::string jsonText(std::span<Reading const> readings) {
         one["value"] = reading.result.good ? tag.json(reading.result.value) : nlohmann::json();
         one["status"] = statusWord(reading);
         if (!reading.result.good) {
-            one["reason"] = toUtf8(reasonText(reading));
+            putFailure(one, reading.result.failure);
         }
         one["time"] = utcText(reading.at);
         list.push_back(std::move(one));
@@ -121,7 +122,7 @@ bool readStation(Session& session, std::span<Tag const> tags, int node, std::vec
         base::Failure& failure = readings[i].result.failure;
         if (!readings[i].result.good) {
             goesOn = goesOn && !endsEverything(session.exitCode(failure));
-            failure.text = session.describe(failure);
+            failure = session.explained(failure);
         }
     }
     return goesOn;
@@ -167,8 +168,7 @@ std::vector<Tag> createAllTags(Session& session, std::span<TagRequest const> req
                 context.terminal.complain("station " + session.settings().stationName(request.node) + ": " +
                                           session.error(made.failure()).what());
             }
-            tags.push_back(
-                missingTag(request, session.settings(), {made.failure().code, session.describe(made.failure())}));
+            tags.push_back(missingTag(request, session.settings(), session.explained(made.failure())));
             continue;
         }
         std::move(made.value().begin(), made.value().end(), std::back_inserter(tags));
@@ -204,8 +204,7 @@ std::vector<Reading> readAll(Session& session, std::span<Tag const> tags) {
 }
 
 std::string statusWord(Reading const& reading) {
-    bool const missing = reading.result.status == kItemNotInSymbolFile ||
-                         (reading.tag->tag == nullptr && reading.result.failure.code == kMissingVariable);
+    bool const missing = reading.result.failure.kind == base::FailureKind::Missing;
     return reading.result.good ? "good" : missing ? "missing" : "failed";
 }
 

@@ -21,20 +21,14 @@
 namespace velk {
 namespace {
 
+using base::FailureKind;
+
 constexpr std::uint16_t kAreas = 6;
 
 /** A name that no program has: reading it asks the PLC about the project all the same. */
 constexpr char const* kNoVariable = "VELK_ASKS_FOR_THE_PROJECT";
 
-// The driver's texts for lists that the PLC looked into, and for those that it did not.
-constexpr char const* kBadQuality = "One of the values has bad quality";
-constexpr char const* kOtherProject = "Project ID mismatch";
-constexpr char const* kNoSymbolFile = "Symbol file not present";
-constexpr char const* kWayAdvice = "Likely the coupler number, the channel or the address of a level is another one, "
-                                   "or the device behind the coupler is off.";
-constexpr int kTimeout = -4;
 constexpr int kMostValueBytes = 75'000; // of the driver's buffers
-constexpr int kNothingRecorded = 1;
 
 /** The name of a variable that can be read, or of none. */
 std::string probeName(SymbolTable const* table) {
@@ -136,7 +130,7 @@ base::Outcome Session::makeStorage() {
         return made;
     }
     close();
-    return base::hostFailure(made.failure().text + "; give another folder for the symbol files with --storage");
+    return made.failure().withText(made.failure().text + "; give another folder for the symbol files with --storage");
 }
 
 void Session::close() {
@@ -198,7 +192,8 @@ Session::Probe Session::probe(int node) {
         return {false, read.failure()};
     }
     host::TagResult const& result = read.value();
-    bool const accepted = result.good || result.status == kItemNotInSymbolFile || result.failure.text == kBadQuality;
+    bool const accepted =
+        result.good || result.failure.kind == FailureKind::Missing || result.failure.kind == FailureKind::BadQuality;
     return {accepted, result.failure};
 }
 
@@ -209,23 +204,23 @@ base::Result<SymbolTable const*> Session::symbols(int node) {
         bool const hadFile = fileSize(symbolFile(node)).has_value();
         asked = probe(node);
         bool const hasNewFile = !hadFile && fileSize(symbolFile(node)).has_value();
-        if (!asked.accepted && !hasNewFile && asked.failure.text != kOtherProject) {
+        if (!asked.accepted && !hasNewFile && asked.failure.kind != FailureKind::OtherProject) {
             break;
         }
     }
     if (!asked.accepted) {
-        return explained(asked.failure, node);
+        return whyNoSymbols(asked.failure, node);
     }
     current_.insert(node);
     return storedSymbols(node);
 }
 
 /** The driver says of a file that came and could not be stored the same as of one that the PLC does not have. */
-base::Failure Session::explained(base::Failure const& failure, int node) const {
+base::Failure Session::whyNoSymbols(base::Failure const& failure, int node) const {
     bool const came = uploadLine_.upload().bytes > 0 && !lineWatch_.silent();
     std::optional<std::string> const reason =
-        failure.text == kNoSymbolFile && came ? whyNotKept(symbolFile(node)) : std::nullopt;
-    return reason ? base::Failure{kStorageFailure, "the symbol file comes, but it cannot be kept: " + *reason}
+        failure.kind == FailureKind::NoSymbolFile && came ? whyNotKept(symbolFile(node)) : std::nullopt;
+    return reason ? base::Failure{FailureKind::Storage, "the symbol file comes, but it cannot be kept: " + *reason}
                   : failure;
 }
 
@@ -280,7 +275,7 @@ void Session::addressTag(Tag& tag, std::string const& offset) {
     tag.tag = made.value();
     if (int const length = tag.tag->GetVarLength(); length > kMostValueBytes) {
         freeTags({&tag, 1});
-        tag.failure = {kUnreachableVariable,
+        tag.failure = {FailureKind::Unreachable,
                        fmt::format("its {} bytes are more than the {} that fit one response",
                                    grouped(static_cast<unsigned>(length)), grouped(kMostValueBytes))};
     }
@@ -296,7 +291,7 @@ Tag Session::createTag(TagRequest const& request, Variable const* variable) {
     base::Result<Access> access = request.type.empty() ? inferAccess(*variable, bigEndian(request.node))
                                                        : chosenAccess(request.type, request.area, variable);
     if (!access.ok()) {
-        tag.failure = {kUnreachableVariable, access.failure().text};
+        tag.failure = access.failure();
         return tag;
     }
     tag.access = std::move(access.value());
@@ -361,49 +356,62 @@ std::vector<host::TagResult> Session::read(std::span<Tag const> tags, host::Tran
 
 // ---- failures
 
-ExitCode Session::exitCode(host::TagResult const& result) const {
-    if (result.good) {
-        return ExitCode::Good;
+/** The driver says of a port that died, and of a coupler, the same as of silence, or nothing at all. */
+base::Failure Session::causeOf(base::Failure const& failure) const {
+    bool const ofTheVariable = failure.kind == FailureKind::Missing || failure.kind == FailureKind::Unreachable;
+    if (ofTheVariable) {
+        return failure;
     }
-    int const code = result.failure.code;
-    bool const itself =
-        result.status == kItemNotInSymbolFile || code == kMissingVariable || code == kUnreachableVariable;
-    return itself && !context_.interrupt.requested() ? ExitCode::ItemNotGood : exitCode(result.failure);
+    if (std::optional<base::Failure> const fault = portFault()) {
+        return {fault->kind, fault->text, failure.driverCode};
+    }
+    if (int const status = lineWatch_.couplerStatus(); status != 0) {
+        return {FailureKind::Coupler, fmt::format("a coupler could not pass the frame on: status {}", status),
+                failure.driverCode};
+    }
+    if (failure.kind == FailureKind::LoginRefused) {
+        return failure.withText("the PLC refused the login, or the logout of another station");
+    }
+    // The driver says only that it has no symbol file, and not that the PLC fell silent while it was fetched.
+    if (failure.kind == FailureKind::NoSymbolFile && lineWatch_.silent()) {
+        return {FailureKind::Timeout, failure.text, failure.driverCode};
+    }
+    return failure;
+}
+
+std::optional<base::Failure> Session::portFault() const {
+    if (!panel_) {
+        return std::nullopt;
+    }
+    std::optional<base::Failure> fault = panel_->serial().lastFault();
+    return fault ? fault : panel_->serial().lastError();
+}
+
+base::Failure Session::explained(base::Failure const& failure) const {
+    base::Failure cause = causeOf(failure);
+    cause.text = displayable(cause.text);
+    if (context_.interrupt.requested()) {
+        cause.kind = FailureKind::Interrupted;
+    }
+    return cause;
+}
+
+ExitCode Session::exitCode(host::TagResult const& result) const {
+    return result.good ? ExitCode::Good : exitCode(result.failure);
 }
 
 ExitCode Session::exitCode(base::Failure const& failure) const {
-    if (context_.interrupt.requested()) {
-        return ExitCode::Interrupted;
-    }
-    if (lineWatch_.couplerStatus() != 0) {
-        return ExitCode::Refused; // the driver keeps an older reason
-    }
-    bool const dead = panel_ && (!panel_->serial().lastError().empty() || !panel_->serial().lastFault().empty());
-    // The driver says only that it has no symbol file, and not that the PLC fell silent while it was fetched.
-    bool const silent = failure.text == kNoSymbolFile && lineWatch_.silent();
-    base::Failure const known = silent ? base::Failure{kTimeout, failure.text} : failure;
-    return exitCodeFor(known, dead ? PortState::Dead : PortState::Fine);
+    return exitCodeFor(explained(failure).kind);
 }
 
 std::string Session::describe(base::Failure const& failure) const {
-    std::string fault = panel_ ? panel_->serial().lastFault() : std::string();
-    if (!fault.empty()) {
-        return fault;
-    }
-    if (lineWatch_.couplerStatus() != 0) {
-        return fmt::format("a coupler could not pass the frame on: status {}", lineWatch_.couplerStatus());
-    }
-    if (failure.code == kNothingRecorded) {
-        return "the PLC refused the login, or the logout of another station";
-    }
-    return displayable(failure.text);
+    return explained(failure).text;
 }
 
 CommandError Session::error(base::Failure const& failure) const {
-    ExitCode const code = exitCode(failure);
-    std::string const hint =
-        lineWatch_.couplerStatus() != 0 ? std::string(kWayAdvice) : advice(code, failure, lineWatch_.received() > 0);
-    return {code, describe(failure) + (hint.empty() ? "" : ". " + hint)};
+    base::Failure const cause = explained(failure);
+    std::string const hint = advice(cause.kind, lineWatch_.received() > 0);
+    return {exitCodeFor(cause.kind), cause.text + (hint.empty() ? "" : ". " + hint)};
 }
 
 void Session::require(base::Outcome const& outcome) const {

@@ -98,7 +98,13 @@ public:
     /** What a failure means for the program. */
     [[nodiscard]] ExitCode exitCode(base::Failure const& failure) const;
 
-    /** A failure in words that can be shown: a dead port is named. */
+    /**
+     * A failure with all that is known of the line: a dead port, a coupler's fault or an interruption is its kind and
+     * its text, which can be shown.
+     */
+    [[nodiscard]] base::Failure explained(base::Failure const& failure) const;
+
+    /** The text of explained(). */
     [[nodiscard]] std::string describe(base::Failure const& failure) const;
 
     /** The same as an error that ends the command, with the likely cause in its text. */
@@ -129,7 +135,9 @@ private:
     base::Outcome prepare();
     base::Outcome makeStorage();
     [[nodiscard]] std::optional<FileStamp> stampOf(int node) const;
-    [[nodiscard]] base::Failure explained(base::Failure const& failure, int node) const;
+    [[nodiscard]] base::Failure whyNoSymbols(base::Failure const& failure, int node) const;
+    [[nodiscard]] base::Failure causeOf(base::Failure const& failure) const;
+    [[nodiscard]] std::optional<base::Failure> portFault() const;
     base::Result<SymbolTable const*> symbolsAskedOnce(int node);
     Probe probe(int node);
     base::Result<host::TagResult> readProbe(int node, SymbolTable const* stored);

@@ -16,7 +16,7 @@ Variable const* arrayOf(SymbolTable const& table, std::string_view name) {
 }
 
 base::Failure onlyWithTheArray(Variable const& array) {
-    return {kMissingVariable, "the elements of an array are there with the whole array only, " + array.name};
+    return {base::FailureKind::Missing, "the elements of an array are there with the whole array only, " + array.name};
 }
 
 } // namespace
@@ -24,12 +24,13 @@ base::Failure onlyWithTheArray(Variable const& array) {
 base::Result<SymbolTable> SymbolTable::load(std::filesystem::path const& file) {
     std::error_code error;
     if (!std::filesystem::exists(file, error)) {
-        return base::hostFailure("there is no symbol file " + file.string());
+        return base::Failure{base::FailureKind::NoStoredSymbols, "there is no symbol file " + file.string()};
     }
     _VELK::RtsSym symbols(1);
     std::uint32_t projectId = 0;
     if (symbols.SymLoadSymbolsFromFile(0, file.c_str(), &projectId) == 0) {
-        return base::hostFailure("the symbol file " + file.string() + " is corrupted or cannot be read");
+        return base::Failure{base::FailureKind::StoredSymbolsBroken,
+                             "the symbol file " + file.string() + " is corrupted or cannot be read"};
     }
     std::vector<Variable> variables;
     for (_VELK::Symbol const& symbol : symbols.symbols().all()) {
@@ -73,14 +74,14 @@ base::Failure missingVariable(SymbolTable const& table, std::string_view name) {
     for (Variable const& variable : table.variables()) {
         names.push_back(variable.name);
     }
-    return {kMissingVariable, "the PLC program has no such variable" + didYouMean(name, names)};
+    return {base::FailureKind::Missing, "the PLC program has no such variable" + didYouMean(name, names)};
 }
 
 base::Failure nothingMatches(SymbolTable const& table, std::string_view pattern) {
     if (Variable const* const array = arrayOf(table, pattern)) {
         return onlyWithTheArray(*array);
     }
-    return {kMissingVariable, "no variable of the PLC program matches the pattern"};
+    return {base::FailureKind::Missing, "no variable of the PLC program matches the pattern"};
 }
 
 std::string areaName(std::uint16_t area) {

@@ -46,13 +46,6 @@ private:
     std::map<std::string, std::size_t, std::less<>> byName_; ///< by name in upper case
 };
 
-/** Codes of failures that are of one variable, and not of the line. */
-inline constexpr int kMissingVariable = -101;     ///< the program does not have it
-inline constexpr int kUnreachableVariable = -102; ///< the driver cannot be asked for it
-
-/** Code of the failure that a symbol file cannot be kept on this machine. */
-inline constexpr int kStorageFailure = -103;
-
 /** The complaint about a variable that is not there, with those that may be meant. */
 base::Failure missingVariable(SymbolTable const& table, std::string_view name);
 

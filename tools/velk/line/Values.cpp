@@ -86,7 +86,7 @@ base::Failure withType(base::Failure failure, std::string const& typeName) {
 /** A text in the PLC ends with a zero byte, for which there has to be room. */
 base::Result<host::ValueBytes> parseText(std::string_view text, std::size_t length) {
     if (length == 0) {
-        return base::hostFailure("there is no room for a text");
+        return base::Failure{base::FailureKind::Value, "there is no room for a text"};
     }
     base::Result<host::ValueBytes> bytes = host::parseValue(withoutQuotes(text), ICU_STRING, length - 1);
     if (bytes.ok()) {
@@ -100,14 +100,16 @@ base::Result<host::ValueBytes> parseTexts(std::string_view text, std::size_t eac
     bool const texts =
         list.is_array() && std::all_of(list.begin(), list.end(), [](auto const& one) { return one.is_string(); });
     if (!texts || list.size() != length / each) {
-        return base::hostFailure("give " + std::to_string(length / each) + R"( texts as ["one", "two", ...])");
+        return base::Failure{base::FailureKind::Value,
+                             "give " + std::to_string(length / each) + R"( texts as ["one", "two", ...])"};
     }
     host::ValueBytes all;
     for (nlohmann::json const& one : list) {
         auto const bytes = one.get<std::string>();
         if (bytes.size() >= each) {
-            return base::hostFailure("'" + bytes + "' has " + counted(bytes.size(), "byte", "bytes") +
-                                     ", there is room for " + std::to_string(each - 1));
+            return base::Failure{base::FailureKind::Value, "'" + bytes + "' has " +
+                                                               counted(bytes.size(), "byte", "bytes") +
+                                                               ", there is room for " + std::to_string(each - 1)};
         }
         all.insert(all.end(), bytes.begin(), bytes.end());
         all.resize(all.size() + each - bytes.size(), 0);

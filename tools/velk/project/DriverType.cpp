@@ -47,9 +47,9 @@ base::Failure unknownType(std::string_view text) {
     std::vector<std::string> names = scalarNames();
     std::string const hint = didYouMean(text.substr(0, text.find('-')), names);
     names.emplace_back("string-20");
-    return base::hostFailure("'" + std::string(text) + "' is no data type" + hint +
-                             (hint.empty() ? ": there are " : " There are ") + orList(names) +
-                             ", and arrays such as short-10");
+    return base::Failure{base::FailureKind::Usage, "'" + std::string(text) + "' is no data type" + hint +
+                                                       (hint.empty() ? ": there are " : " There are ") + orList(names) +
+                                                       ", and arrays such as short-10"};
 }
 
 ICU_Type scalarNamed(std::string_view name) {
@@ -75,8 +75,9 @@ base::Result<DriverType> parseCounted(std::string_view text, std::size_t hyphen)
     int count = 0;
     auto const [end, error] = std::from_chars(digits.data(), digits.data() + digits.size(), count);
     if (error != std::errc() || end != digits.data() + digits.size() || count < 1 || count > kMostElements) {
-        return base::hostFailure("'" + std::string(text) + "': the count behind the hyphen is 1 to " +
-                                 std::to_string(kMostElements));
+        return base::Failure{base::FailureKind::Usage, "'" + std::string(text) +
+                                                           "': the count behind the hyphen is 1 to " +
+                                                           std::to_string(kMostElements)};
     }
     return DriverType{type, count, {}};
 }
@@ -87,7 +88,8 @@ base::Outcome parseConversions(std::string_view list, std::vector<std::string>& 
         std::size_t const comma = list.find(',');
         std::string const word(trimmed(list.substr(0, comma)));
         if (std::find(kKnown.begin(), kKnown.end(), word) == kKnown.end()) {
-            return base::hostFailure("'" + word + "' is no conversion: there are " + orList(kKnown));
+            return base::Failure{base::FailureKind::Usage,
+                                 "'" + word + "' is no conversion: there are " + orList(kKnown)};
         }
         conversions.push_back(word);
         if (comma == std::string_view::npos) {
@@ -106,7 +108,7 @@ base::Result<DriverType> parseName(std::string_view name) {
         return DriverType{type, 1, {}};
     }
     if (name == "string") {
-        return base::hostFailure("'string' needs its length in bytes, as in string-20");
+        return base::Failure{base::FailureKind::Usage, "'string' needs its length in bytes, as in string-20"};
     }
     return unknownType(name);
 }
@@ -121,7 +123,8 @@ base::Result<DriverType> parseDriverType(std::string_view text) {
         return parsed;
     }
     if (text.find(')') != text.size() - 1) {
-        return base::hostFailure("'" + std::string(text) + "': the conversions end with one closing parenthesis");
+        return base::Failure{base::FailureKind::Usage,
+                             "'" + std::string(text) + "': the conversions end with one closing parenthesis"};
     }
     base::Outcome const conversions =
         parseConversions(text.substr(opening + 1, text.size() - opening - 2), parsed.value().conversions);

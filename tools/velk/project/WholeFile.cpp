@@ -16,22 +16,23 @@ namespace velk {
 namespace {
 
 base::Failure systemFailure(int error) {
-    return base::hostFailure(std::strerror(error));
+    return base::Failure{base::FailureKind::File, std::strerror(error)};
 }
 
 base::Failure tooLarge(std::size_t most) {
     constexpr std::size_t kMebibyte = 1024UL * 1024;
-    return base::hostFailure(most % kMebibyte == 0 ? fmt::format("it is larger than {} MiB", most / kMebibyte)
-                                                   : fmt::format("it is larger than {} bytes", most));
+    return base::Failure{base::FailureKind::File, most % kMebibyte == 0
+                                                      ? fmt::format("it is larger than {} MiB", most / kMebibyte)
+                                                      : fmt::format("it is larger than {} bytes", most)};
 }
 
 /** A device has no end, and opening one may already do something to it. */
 base::Outcome canBeRead(struct stat const& status, std::size_t most) {
     if (S_ISDIR(status.st_mode)) {
-        return base::hostFailure("it is a directory");
+        return base::Failure{base::FailureKind::File, "it is a directory"};
     }
     if (!S_ISREG(status.st_mode) && !S_ISFIFO(status.st_mode)) {
-        return base::hostFailure("it is a device, not a file");
+        return base::Failure{base::FailureKind::File, "it is a device, not a file"};
     }
     if (S_ISREG(status.st_mode) && static_cast<std::size_t>(status.st_size) > most) {
         return tooLarge(most);
@@ -134,10 +135,11 @@ base::Outcome writeWholeFile(std::filesystem::path const& file, std::string_view
     struct stat status {};
     bool const there = stat(target.c_str(), &status) == 0;
     if (there && !replace) {
-        return base::Failure{kFileIsThere, std::strerror(EEXIST)};
+        return base::Failure{base::FailureKind::FileExists, std::strerror(EEXIST)};
     }
     if (there && !S_ISREG(status.st_mode)) {
-        return base::hostFailure(S_ISDIR(status.st_mode) ? "it is a directory" : "it is a device, not a file");
+        return base::Failure{base::FailureKind::File,
+                             S_ISDIR(status.st_mode) ? "it is a directory" : "it is a device, not a file"};
     }
     TemporaryFile temporary(target);
     constexpr mode_t kPermissions = 07777;
@@ -145,7 +147,8 @@ base::Outcome writeWholeFile(std::filesystem::path const& file, std::string_view
                          (!there || temporary.setMode(status.st_mode & kPermissions)) &&
                          (replace ? temporary.renameTo(target) : temporary.becomeNew(target));
     if (!written) {
-        return base::Failure{errno == EEXIST ? kFileIsThere : base::kHostFailure, std::strerror(errno)};
+        return base::Failure{errno == EEXIST ? base::FailureKind::FileExists : base::FailureKind::File,
+                             std::strerror(errno)};
     }
     syncFolderOf(target);
     return {};

@@ -14,12 +14,9 @@ base::Result<std::string> readWholeFile(std::filesystem::path const& file, std::
 
 /**
  * Writes a file that is there as a whole or not at all. Without @p replace one that is there stays as it is, also one
- * that appears while this one is written; its failure is kFileIsThere. What is there and is no
- * regular file is never replaced.
+ * that appears while this one is written; its failure is of the kind FileExists. What is there
+ * and is no regular file is never replaced.
  */
 base::Outcome writeWholeFile(std::filesystem::path const& file, std::string_view content, bool replace);
-
-/** Code of writeWholeFile() when another file is in the way. */
-inline constexpr int kFileIsThere = -103;
 
 } // namespace velk

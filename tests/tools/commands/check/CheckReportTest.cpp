@@ -36,7 +36,7 @@ CheckReport failedWalk() {
         {.step = CheckStep::Bytes, .outcome = StepOutcome::Ok, .words = silenceAfterAnAcknowledge(), .at = kAt},
         {.step = CheckStep::LinkCheck,
          .outcome = StepOutcome::Failed,
-         .found = "Timeout on data receiving",
+         .failure = base::Failure{base::FailureKind::Timeout, "Timeout on data receiving", -4},
          .words = silenceAfterAnAcknowledge(),
          .at = kAt},
         {.step = CheckStep::Login},
@@ -62,6 +62,7 @@ TEST(CheckJson, HasEveryStepWithWhatWasSaidForIt) {
                                         "found": "/dev/ttyUSB0", "time": "1970-01-01T00:00:01.500Z"})"));
     EXPECT_EQ(steps[2], Json::parse(R"({"name": "link_check", "text": "the link check is answered",
                                         "outcome": "failed", "reason": "Timeout on data receiving",
+                                        "kind": "no_answer", "driver_code": -4,
                                         "sent": "AA AA 00", "received": ["55 55"],
                                         "meaning": ["acknowledge of block 1; refused"], "timed_out": true,
                                         "time": "1970-01-01T00:00:01.500Z"})"));

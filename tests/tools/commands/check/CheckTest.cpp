@@ -12,6 +12,7 @@
 namespace {
 
 using namespace velk;
+using base::FailureKind;
 using velktest::Hex;
 
 // Bare framing, least significant byte first.
@@ -44,8 +45,8 @@ protected:
     }
 
     [[nodiscard]] CheckStep failed() const { return failedStep(progress_, true); }
-    [[nodiscard]] Symptom symptom(base::Failure const& failure, CheckedSettings const& settings = kLittle) const {
-        return symptomOf(failed(), progress_.lastWords(), failure, settings);
+    [[nodiscard]] Symptom symptom(FailureKind kind, CheckedSettings const& settings = kLittle) const {
+        return symptomOf(failed(), progress_.lastWords(), kind, settings);
     }
 
     LineProgress progress_;
@@ -61,7 +62,7 @@ TEST_F(Check, NothingButSilence) {
     to(kLinkCheck);
     silence();
     EXPECT_EQ(failed(), CheckStep::Bytes);
-    EXPECT_EQ(symptom({-4, "Timeout on Acknowledge"}), Symptom::Silence);
+    EXPECT_EQ(symptom(FailureKind::Timeout), Symptom::Silence);
     EXPECT_EQ(lastWordsText(progress_.lastWords(), kLittle),
               (std::vector<std::string>{"sent  AA AA 09 00 01 00 52 01 42 E0 20 26 29 00 00 5D 05",
                                         "came  nothing within 500 ms"}));
@@ -71,22 +72,22 @@ TEST_F(Check, BytesThatAreNoFrame) {
     to(kLinkCheck);
     from("F8 00 3C 81");
     EXPECT_EQ(failed(), CheckStep::LinkCheck);
-    EXPECT_EQ(symptom({-6, "Too short Ack message received"}), Symptom::Garbage);
+    EXPECT_EQ(symptom(FailureKind::Garbled), Symptom::Garbage);
 }
 
 TEST_F(Check, AnEchoIsNoPlc) {
     to(kLinkCheck);
     from(kLinkCheck);
-    EXPECT_EQ(symptom({-6, "Wrong Ack message received"}), Symptom::Echo);
+    EXPECT_EQ(symptom(FailureKind::Garbled), Symptom::Echo);
 }
 
 TEST_F(Check, AnswerInTheOtherByteOrder) {
     to(kLinkCheck);
     from(kBigAck1);
-    EXPECT_EQ(symptom({-6, "Wrong Ack message received"}), Symptom::OtherByteOrder);
+    EXPECT_EQ(symptom(FailureKind::Garbled), Symptom::OtherByteOrder);
     CheckedSettings big = kLittle;
     big.bigEndian = true;
-    EXPECT_NE(symptom({-6, "Wrong Ack message received"}, big), Symptom::OtherByteOrder);
+    EXPECT_NE(symptom(FailureKind::Garbled, big), Symptom::OtherByteOrder);
 }
 
 TEST_F(Check, BareAnswerToARoutedFrame) {
@@ -95,13 +96,13 @@ TEST_F(Check, BareAnswerToARoutedFrame) {
     from(kAck1);
     CheckedSettings routed = kLittle;
     routed.routed = true;
-    EXPECT_EQ(symptom({-6, "Too short Ack message received"}, routed), Symptom::OtherFraming);
+    EXPECT_EQ(symptom(FailureKind::Garbled, routed), Symptom::OtherFraming);
 }
 
 TEST_F(Check, RoutedAnswerToABareFrame) {
     to(kLinkCheck);
     from("4F 80 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 | 55 55 0A 00 01 00");
-    EXPECT_EQ(symptom({-6, "Wrong Ack message received"}), Symptom::OtherFraming);
+    EXPECT_EQ(symptom(FailureKind::Garbled), Symptom::OtherFraming);
 }
 
 TEST_F(Check, CouplerThatCannotPassTheFrameOn) {
@@ -109,7 +110,7 @@ TEST_F(Check, CouplerThatCannotPassTheFrameOn) {
     from("4F 80 00 10 0A 00 00 00 00 00 00 00 00 00 00 00 00 07 00 | 55 55 0A 00 01 00");
     CheckedSettings routed = kLittle;
     routed.routed = true;
-    EXPECT_EQ(symptom({1, ""}, routed), Symptom::Routing);
+    EXPECT_EQ(symptom(FailureKind::LoginRefused, routed), Symptom::Routing);
 }
 
 TEST_F(Check, DamagedBlock) {
@@ -118,7 +119,7 @@ TEST_F(Check, DamagedBlock) {
     to(kAck0);
     from("AA AA 02 00 01 00 59 01 00 00"); // the right checksum is 58
     EXPECT_EQ(failed(), CheckStep::LinkCheck);
-    EXPECT_EQ(symptom({-6, "Wrong checksum or wrong block number received"}), Symptom::Damaged);
+    EXPECT_EQ(symptom(FailureKind::Garbled), Symptom::Damaged);
 }
 
 TEST_F(Check, SilenceAfterAnAcknowledge) {
@@ -127,7 +128,7 @@ TEST_F(Check, SilenceAfterAnAcknowledge) {
     to(kAck0);
     silence();
     EXPECT_EQ(failed(), CheckStep::LinkCheck);
-    EXPECT_EQ(symptom({-4, "Timeout on data receiving"}), Symptom::FellSilent);
+    EXPECT_EQ(symptom(FailureKind::Timeout), Symptom::FellSilent);
     EXPECT_EQ(
         lastWordsText(progress_.lastWords(), kLittle),
         (std::vector<std::string>{"sent  AA AA 09 00 01 00 52 01 42 E0 20 26 29 00 00 5D 05", "came  55 55 0A 00 01 00",
@@ -153,7 +154,7 @@ TEST_F(Check, RefusedLogin) {
     to(kAck1);
     from(kAck0);
     EXPECT_EQ(failed(), CheckStep::Login);
-    EXPECT_EQ(symptom({1, ""}), Symptom::Refused);
+    EXPECT_EQ(symptom(FailureKind::LoginRefused), Symptom::Refused);
     EXPECT_EQ(progress_.lastWords().status, 1);
 }
 
@@ -161,8 +162,10 @@ TEST_F(Check, NoSymbolFileAfterALogin) {
     exchange(kLinkCheck, kDone);
     exchange(kLogin, kLoggedIn);
     EXPECT_EQ(failed(), CheckStep::SymbolFile);
-    EXPECT_EQ(symptom({-6, "Symbol file not present"}), Symptom::NoSymbolFile);
-    EXPECT_EQ(symptom({-6, "Symbol file is corrupted"}), Symptom::BadSymbolFile);
+    EXPECT_EQ(symptom(FailureKind::NoSymbolFile), Symptom::NoSymbolFile);
+    EXPECT_EQ(symptom(FailureKind::SymbolFileBroken), Symptom::BadSymbolFile);
+    EXPECT_EQ(symptom(FailureKind::StoredSymbolsBroken), Symptom::BadSymbolFile);
+    EXPECT_EQ(symptom(FailureKind::Storage), Symptom::BadSymbolFile);
 }
 
 TEST_F(Check, AListThatIsAnsweredEndsWithTheRead) {
@@ -172,7 +175,7 @@ TEST_F(Check, AListThatIsAnsweredEndsWithTheRead) {
     exchange("AA AA 0A 00 01 00 97 01 | 2E 00 00 00 00 00 09 00 00 00", "AA AA 06 00 01 00 5C 01 | 00 00 00 00 00 00");
     EXPECT_TRUE(progress_.reached(CheckStep::SymbolFile));
     EXPECT_EQ(failed(), CheckStep::Read);
-    EXPECT_EQ(symptom({-6, "One of the values has bad quality"}), Symptom::BadQuality);
+    EXPECT_EQ(symptom(FailureKind::BadQuality), Symptom::BadQuality);
 }
 
 TEST_F(Check, TheLoginIsTriedOnlyAfterTheLinkCheck) {
@@ -210,16 +213,23 @@ TEST_F(Check, DroppedBytesAreBytes) {
 
 TEST_F(Check, PortThatDoesNotOpen) {
     EXPECT_EQ(failedStep(progress_, false), CheckStep::Port);
-    auto const of = [&](char const* text) {
-        return symptomOf(CheckStep::Port, progress_.lastWords(), {-100, text}, kLittle);
-    };
-    EXPECT_EQ(of("there is no serial port /dev/ttyUSB7"), Symptom::PortMissing);
-    EXPECT_EQ(of("no serial port is called 'ttyUSB7': give com1 to com16 or a path"), Symptom::PortMissing);
-    EXPECT_EQ(of("no permission to use the serial port /dev/ttyS0: only its owner 'root' may use it"),
-              Symptom::PortRefused);
-    EXPECT_EQ(of("the serial port /dev/ttyS0 is in use by 'other' (process 7)"), Symptom::PortBusy);
-    EXPECT_EQ(of("/dev/null is not a serial port"), Symptom::NotAPort);
-    EXPECT_EQ(of("the serial port /dev/ttyS0 cannot be opened: I/O error"), Symptom::PortFault);
+    auto const of = [&](FailureKind kind) { return symptomOf(CheckStep::Port, progress_.lastWords(), kind, kLittle); };
+    EXPECT_EQ(of(FailureKind::PortMissing), Symptom::PortMissing);
+    EXPECT_EQ(of(FailureKind::PortNoHardware), Symptom::PortNoHardware);
+    EXPECT_EQ(of(FailureKind::PortDenied), Symptom::PortRefused);
+    EXPECT_EQ(of(FailureKind::PortBusy), Symptom::PortBusy);
+    EXPECT_EQ(of(FailureKind::NotAPort), Symptom::NotAPort);
+    EXPECT_EQ(of(FailureKind::PortSettings), Symptom::PortFault);
+    EXPECT_EQ(of(FailureKind::PortFault), Symptom::PortFault);
+}
+
+TEST_F(Check, APortThatDiesIsNoMatterOfTheLine) {
+    to(kLinkCheck);
+    EXPECT_EQ(failed(), CheckStep::Bytes);
+    EXPECT_EQ(symptom(FailureKind::PortDied), Symptom::PortFault);
+    from(kAck1);
+    EXPECT_EQ(failed(), CheckStep::LinkCheck);
+    EXPECT_EQ(symptom(FailureKind::PortDied), Symptom::PortFault);
 }
 
 TEST_F(Check, LongFramesAreShownShortened) {
@@ -240,6 +250,12 @@ TEST(LikelyCauses, EveryStepAndSymptomHasThreeDifferentOnes) {
             EXPECT_FALSE(different.contains("")) << stepText(step) << ", symptom " << symptom;
         }
     }
+}
+
+TEST(LikelyCauses, ANameWithoutHardwareIsNoUnpluggedAdapter) {
+    auto const causes = likelyCauses(CheckStep::Port, Symptom::PortNoHardware, kLittle);
+    EXPECT_EQ(causes[0].find("not plugged in"), std::string::npos) << causes[0];
+    EXPECT_NE(causes[0].find("no such port"), std::string::npos) << causes[0];
 }
 
 TEST(LikelyCauses, NameTheOtherByteOrderAndFraming) {

@@ -29,7 +29,7 @@ protected:
         }
         readings_[0].result.good = true;
         readings_[0].result.value = {7, 0};
-        readings_[1].result.failure = {-1, "worn, \"old\""};
+        readings_[1].result.failure = {base::FailureKind::BadQuality, "worn, \"old\"", -6};
     }
 
     std::array<Tag, 2> tags_;
@@ -49,7 +49,8 @@ TEST_F(RoundText, JsonOfARound) {
     EXPECT_EQ(roundJson(header, kThen, readings_),
               R"({"time":"2023-11-14T22:13:20.000Z","round":3,"round_ms":1.5,"items":[)"
               R"({"station":"press","name":"Speed","value":7,"status":"good"},)"
-              R"({"station":"oven","name":"Level","value":null,"status":"failed","reason":"worn, \"old\""}]})"
+              R"({"station":"oven","name":"Level","value":null,"status":"failed","reason":"worn, \"old\"",)"
+              R"("kind":"bad_quality","driver_code":-6}]})"
               "\n");
 }
 

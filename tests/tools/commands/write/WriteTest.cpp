@@ -122,9 +122,9 @@ protected:
         result.value = value(number);
         return result;
     }
-    static host::TagResult failed(int code, std::string text) {
+    static host::TagResult failed(base::FailureKind kind, std::string text) {
         host::TagResult result;
-        result.failure = {code, std::move(text)};
+        result.failure = {kind, std::move(text)};
         return result;
     }
 
@@ -135,13 +135,13 @@ protected:
     void silent(Delivery delivery) { fail(delivery, ExitCode::Silent, "Timeout on Acknowledge"); }
     void refused() { fail(Delivery::Refused, ExitCode::Refused, "refused"); }
     void fail(Delivery delivery, ExitCode code, std::string text) {
-        change_.written = failed(-4, std::move(text));
+        change_.written = failed(base::FailureKind::Timeout, std::move(text));
         change_.writeCode = code;
         change_.delivery = delivery;
     }
     void readBack(unsigned char number) { change_.after.result = good(number); }
     void notReadBack(ExitCode code, std::string text) {
-        change_.after.result = failed(-4, std::move(text));
+        change_.after.result = failed(base::FailureKind::Timeout, std::move(text));
         change_.readBackCode = code;
     }
 
@@ -281,7 +281,7 @@ TEST_F(WriteTextTest, JsonTellsWhatIsNotKnown) {
     EXPECT_TRUE(unknown.at("after").is_null());
     EXPECT_TRUE(unknown.at("written").is_null());
     EXPECT_EQ(unknown.at("took"), false);
-    change_.before.result = failed(-9, "conversion error");
+    change_.before.result = failed(base::FailureKind::Conversion, "conversion error");
     readBack(5);
     nlohmann::json const known = nlohmann::json::parse(resultJson(one())).at(0);
     EXPECT_TRUE(known.at("before").is_null());

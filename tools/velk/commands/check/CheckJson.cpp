@@ -1,5 +1,6 @@
 #include "tools/velk/commands/check/CheckJson.h"
 
+#include "tools/velk/line/FailureJson.h"
 #include "tools/velk/line/Readings.h"
 #include "tools/velk/text/Text.h"
 #include "tools/velk/trace/Hex.h"
@@ -104,7 +105,9 @@ void putWords(Json& json, LastWords const& words) {
 
 Json stepJson(StepReport const& step) {
     Json json{{"name", nameOf(step.step)}, {"text", stepText(step.step)}, {"outcome", nameOf(step.outcome)}};
-    if (!step.found.empty()) {
+    if (step.failure) {
+        putFailure(json, *step.failure);
+    } else if (!step.found.empty()) {
         json[step.outcome == StepOutcome::Ok ? "found" : "reason"] = toUtf8(step.found);
     }
     putWords(json, step.words);

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "base/Result.h"
 #include "tools/velk/commands/check/CheckSteps.h"
 #include "tools/velk/commands/check/Diagnosis.h"
 #include "tools/velk/commands/check/LineScan.h"
@@ -18,9 +19,13 @@ enum class StepOutcome { Ok, Failed, NotReached, Skipped };
 struct StepReport {
     CheckStep step = CheckStep::Port;
     StepOutcome outcome = StepOutcome::NotReached;
-    std::string found{};                                       ///< or the reason when it failed
+    std::string found{};                                       ///< when it went well, or was skipped
+    std::optional<base::Failure> failure{};                    ///< when it failed
     LastWords words{};                                         ///< what was said for it
     std::optional<std::chrono::system_clock::time_point> at{}; ///< nothing when it was not reached
+
+    /** What was found, or why it failed. */
+    [[nodiscard]] std::string const& text() const { return failure ? failure->text : found; }
 };
 
 /** The program that the PLC runs. */

@@ -37,9 +37,9 @@ std::string stepLabel(CheckStep step) {
 std::string stepLine(StepReport const& step, Terminal const& terminal) {
     constexpr int kWordWidth = 7;
     Word const word = wordFor(step.outcome);
-    std::string const padded = fmt::format("{:{}}", word.text, step.found.empty() ? 0 : kWordWidth);
-    return stepLabel(step.step) + terminal.coloured(word.colour, padded) +
-           (step.found.empty() ? "" : " " + step.found) + "\n";
+    std::string const& text = step.text();
+    std::string const padded = fmt::format("{:{}}", word.text, text.empty() ? 0 : kWordWidth);
+    return stepLabel(step.step) + terminal.coloured(word.colour, padded) + (text.empty() ? "" : " " + text) + "\n";
 }
 
 std::string failureText(CheckReport const& report, std::size_t columns) {

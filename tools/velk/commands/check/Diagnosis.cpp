@@ -11,14 +11,8 @@
 namespace velk {
 namespace {
 
+using base::FailureKind;
 using Causes = std::array<std::string, 3>;
-
-/** The driver's own words for a quality of 0. */
-constexpr std::string_view kBadQuality = "One of the values has bad quality";
-
-bool has(std::string const& text, std::string_view part) {
-    return text.find(part) != std::string::npos;
-}
 
 bool isFrame(trace::Frame const& frame) {
     return frame.kind != trace::FrameKind::Unknown;
@@ -64,14 +58,15 @@ std::optional<Symptom> lastWordsSymptom(LastWords const& lastWords, CheckedSetti
     return std::nullopt;
 }
 
-Symptom fileSymptom(LastWords const& lastWords, base::Failure const& failure) {
-    if (failure.code == kStorageFailure) {
+Symptom fileSymptom(LastWords const& lastWords, FailureKind kind) {
+    if (kind == FailureKind::Storage) {
         return Symptom::BadSymbolFile;
     }
     if (lastWords.timedOut) {
         return Symptom::FellSilent;
     }
-    return has(failure.text, "corrupted") ? Symptom::BadSymbolFile : Symptom::NoSymbolFile;
+    bool const broken = kind == FailureKind::SymbolFileBroken || kind == FailureKind::StoredSymbolsBroken;
+    return broken ? Symptom::BadSymbolFile : Symptom::NoSymbolFile;
 }
 
 Causes portCauses(Symptom symptom) {
@@ -80,6 +75,10 @@ Causes portCauses(Symptom symptom) {
         return {"the adapter is not plugged in, or got another name: velk ports lists the ports that there are",
                 "the name is written in another way than the system does",
                 "the adapter needs a driver that this machine does not have"};
+    case Symptom::PortNoHardware:
+        return {"this machine has no such port, only the name for one: velk ports lists the ports that there are",
+                "the port is switched off in the machine's firmware",
+                "the adapter that is meant has another name, such as /dev/ttyUSB0"};
     case Symptom::NotAPort:
         return {"the name is that of a file, a folder or another device: velk ports lists the ports that there are",
                 "a part of the path is missing, such as the last one of /dev/serial/by-id/...",
@@ -192,24 +191,26 @@ CheckStep failedStep(LineProgress const& progress, bool portOpen) {
     return CheckStep::Read;
 }
 
-Symptom portSymptom(std::string const& reason) {
-    if (has(reason, "there is no") || has(reason, "No such") || has(reason, "no serial port is called")) {
+Symptom portSymptom(FailureKind kind) {
+    switch (kind) {
+    case FailureKind::PortMissing:
         return Symptom::PortMissing;
-    }
-    if (has(reason, "is not a serial port")) {
+    case FailureKind::PortNoHardware:
+        return Symptom::PortNoHardware;
+    case FailureKind::NotAPort:
         return Symptom::NotAPort;
-    }
-    if (has(reason, "may not") || has(reason, "ermission")) {
+    case FailureKind::PortDenied:
         return Symptom::PortRefused;
+    case FailureKind::PortBusy:
+        return Symptom::PortBusy;
+    default:
+        return Symptom::PortFault;
     }
-    return has(reason, "busy") || has(reason, "in use") || has(reason, "held by") ? Symptom::PortBusy
-                                                                                  : Symptom::PortFault;
 }
 
-Symptom symptomOf(CheckStep failed, LastWords const& lastWords, base::Failure const& failure,
-                  CheckedSettings const& settings) {
-    if (failed == CheckStep::Port) {
-        return portSymptom(failure.text);
+Symptom symptomOf(CheckStep failed, LastWords const& lastWords, FailureKind kind, CheckedSettings const& settings) {
+    if (failed == CheckStep::Port || base::isOfPort(kind)) {
+        return portSymptom(kind);
     }
     if (failed == CheckStep::Bytes) {
         return Symptom::Silence;
@@ -218,13 +219,13 @@ Symptom symptomOf(CheckStep failed, LastWords const& lastWords, base::Failure co
         return *seen;
     }
     if (failed == CheckStep::SymbolFile) {
-        return fileSymptom(lastWords, failure);
+        return fileSymptom(lastWords, kind);
     }
     if (lastWords.timedOut) {
         return Symptom::FellSilent;
     }
     if (failed == CheckStep::Read) {
-        return failure.text == kBadQuality ? Symptom::BadQuality : Symptom::BadValue;
+        return kind == FailureKind::BadQuality ? Symptom::BadQuality : Symptom::BadValue;
     }
     return lastWords.status ? Symptom::Refused : Symptom::Unclear;
 }
@@ -232,6 +233,7 @@ Symptom symptomOf(CheckStep failed, LastWords const& lastWords, base::Failure co
 std::array<std::string, 3> likelyCauses(CheckStep failed, Symptom symptom, CheckedSettings const& settings) {
     switch (symptom) {
     case Symptom::PortMissing:
+    case Symptom::PortNoHardware:
     case Symptom::NotAPort:
     case Symptom::PortRefused:
     case Symptom::PortBusy:

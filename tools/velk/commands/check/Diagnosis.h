@@ -1,6 +1,6 @@
 #pragma once
 
-#include "base/Result.h"
+#include "base/FailureKind.h"
 #include "tools/velk/commands/check/CheckSteps.h"
 #include "tools/velk/commands/check/LineProgress.h"
 
@@ -23,6 +23,7 @@ struct CheckedSettings {
 /** Why a check failed. */
 enum class Symptom {
     PortMissing,    ///< there is no such port
+    PortNoHardware, ///< there is a name for it, and nothing behind
     NotAPort,       ///< what has that name is something else
     PortRefused,    ///< it may not be opened
     PortBusy,       ///< somebody else holds it
@@ -46,11 +47,11 @@ enum class Symptom {
 /** The step that failed: the first one that was not reached. */
 CheckStep failedStep(LineProgress const& progress, bool portOpen);
 
-/** What the host's reason for a port that does not open comes to. */
-Symptom portSymptom(std::string const& reason);
+/** What a failure of the port comes to. */
+Symptom portSymptom(base::FailureKind kind);
 
-/** What is to be seen in the frames and in the driver's words. */
-Symptom symptomOf(CheckStep failed, LastWords const& lastWords, base::Failure const& failure,
+/** What the kind of the failure says, and the frames. */
+Symptom symptomOf(CheckStep failed, LastWords const& lastWords, base::FailureKind kind,
                   CheckedSettings const& settings);
 
 /** The three likeliest causes, the likeliest first, each a sentence without a full stop. */

@@ -24,7 +24,7 @@ Answer Scan::tryOne(LineCandidate const& candidate) {
     Session session(settingsFor(settings_, candidate, timeoutMs_), context_, {.vanishes = true});
     if (base::Outcome const opened = session.open(); !opened.ok()) {
         // A port that could be opened before, and is still there, only lacks these settings.
-        if (triedAny_ && portSymptom(opened.failure().text) == Symptom::PortFault) {
+        if (triedAny_ && portSymptom(opened.failure().kind) == Symptom::PortFault) {
             return Answer::NotPossible;
         }
         throw session.error(opened.failure());

@@ -98,40 +98,37 @@ void Walk::tellUntil(CheckStep end) {
 
 // ---- walking
 
-ExitCode Walk::fail(CheckStep step, base::Failure const& failure, ExitCode code) {
+ExitCode Walk::fail(CheckStep step, base::Failure const& failure) {
+    base::Failure const cause = session_.explained(failure);
+    ExitCode const code = exitCodeFor(cause.kind);
     if (code == ExitCode::Interrupted) {
         return code;
     }
     LastWords const& words = progress_.lastWords();
     tellUntil(step);
-    tell({.step = step,
-          .outcome = StepOutcome::Failed,
-          .found = session_.describe(failure),
-          .words = words,
-          .at = SystemClock::now()});
+    tell({.step = step, .outcome = StepOutcome::Failed, .failure = cause, .words = words, .at = SystemClock::now()});
     for (CheckStep const later : kCheckSteps) {
         if (later > step) {
             tell({.step = later});
         }
     }
     CheckedSettings const& settings = report_.line.settings;
-    auto const causes = likelyCauses(step, symptomOf(step, words, failure, settings), settings);
+    auto const causes = likelyCauses(step, symptomOf(step, words, cause.kind, settings), settings);
     report_.causes.assign(causes.begin(), causes.end());
     return code;
 }
 
 /** The port is open: the frames tell which step it was. */
 ExitCode Walk::failOnLine(base::Failure const& failure) {
-    return fail(failedStep(progress_, true), failure, session_.exitCode(failure));
+    return fail(failedStep(progress_, true), failure);
 }
 
 ExitCode Walk::run() {
     if (base::Outcome const opened = session_.open(); !opened.ok()) {
-        ExitCode const code = session_.exitCode(opened.failure());
-        if (code == ExitCode::Usage) { // the module, the configuration, the storage
+        if (session_.exitCode(opened.failure()) == ExitCode::Usage) { // the module, the configuration, the storage
             throw session_.error(opened.failure());
         }
-        return fail(CheckStep::Port, opened.failure(), code);
+        return fail(CheckStep::Port, opened.failure());
     }
     tellOk(CheckStep::Port, displayable(settings_.config.uart));
     return findProgram();
@@ -168,7 +165,7 @@ ExitCode Walk::readOne(SymbolTable const& table) {
     }
     host::TagResult const result = session_.read(tags.value()).front();
     if (!result.good) {
-        return fail(CheckStep::Read, result.failure, session_.exitCode(result));
+        return fail(CheckStep::Read, result.failure);
     }
     tellOk(CheckStep::Read, displayable(variable->name) + " = " + displayable(tags.value().front().text(result.value)));
     return ExitCode::Good;

@@ -25,7 +25,7 @@ public:
 private:
     ExitCode findProgram();
     ExitCode readOne(SymbolTable const& table);
-    ExitCode fail(CheckStep step, base::Failure const& failure, ExitCode code);
+    ExitCode fail(CheckStep step, base::Failure const& failure);
     ExitCode failOnLine(base::Failure const& failure);
     void tell(StepReport step);
     void tellOk(CheckStep step, std::string found);

@@ -1,5 +1,6 @@
 #include "tools/velk/commands/watch/RoundText.h"
 
+#include "tools/velk/line/FailureJson.h"
 #include "tools/velk/text/Text.h"
 
 #include <fmt/format.h>
@@ -23,7 +24,7 @@ nlohmann::ordered_json itemOf(Reading const& reading) {
     item["value"] = reading.result.good ? reading.tag->json(reading.result.value) : nlohmann::json();
     item["status"] = statusWord(reading);
     if (!reading.result.good) {
-        item["reason"] = toUtf8(reasonText(reading));
+        putFailure(item, reading.result.failure);
     }
     return item;
 }

@@ -170,7 +170,7 @@ bool Watch::openLine() {
     auto session = makeSession();
     base::Outcome const opened = session->open();
     if (!opened.ok()) {
-        away_ = {opened.failure().code, displayable(opened.failure().text)};
+        away_ = session->explained(opened.failure());
         header_.trouble = "trying again: " + away_.text;
         return false;
     }
@@ -270,16 +270,16 @@ void Watch::complainOnce(Reading const& reading) {
 }
 
 void Watch::stationFailed(int node, base::Failure const& failure) {
-    std::string const reason = session_->describe(failure);
-    figures_.countFailure(reason);
-    bool const isNew = troubles_.insert_or_assign(node, reason).second;
+    base::Failure const cause = session_->explained(failure);
+    figures_.countFailure(cause.text);
+    bool const isNew = troubles_.insert_or_assign(node, cause.text).second;
     header_.trouble = troubleText();
     if (!live_ && isNew) {
         context_.terminal.complain("station " + settings_.stationName(node) + ": " + session_->error(failure).what());
     }
-    switch (session_->exitCode(failure)) {
+    switch (exitCodeFor(cause.kind)) {
     case ExitCode::Port:
-        return lineDied({failure.code, reason});
+        return lineDied(cause);
     case ExitCode::Silent:
         return pacing_.failed(node, context_.clock.microseconds());
     default:

@@ -58,7 +58,7 @@ base::Outcome WatchList::make(Session& session, int node) {
         }
         base::Result<std::vector<Tag>> tags = session.createTags(watched.request);
         if (!tags.ok()) {
-            fail(node, session.settings(), {tags.failure().code, session.describe(tags.failure())});
+            fail(node, session.settings(), session.explained(tags.failure()));
             return tags.failure();
         }
         watched.tags = std::move(tags.value());
@@ -111,7 +111,7 @@ base::Outcome WatchList::readTags(Session& session, int node) {
                 worst = code;
                 outcome = next->failure;
             }
-            next->failure.text = session.describe(next->failure);
+            next->failure = session.explained(next->failure);
             watched.readings[i] = {&watched.tags[i], std::move(*next), std::chrono::system_clock::now()};
         }
     }

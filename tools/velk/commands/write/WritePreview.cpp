@@ -14,10 +14,9 @@
 namespace velk {
 namespace {
 
-constexpr int kNotConverted = -9; ///< the driver's code for a value that a conversion does not take
-
 bool cannotBeShown(Reading const& reading) {
-    return reading.tag->tag != nullptr && !reading.result.good && reading.result.failure.code == kNotConverted;
+    return reading.tag->tag != nullptr && !reading.result.good &&
+           reading.result.failure.kind == base::FailureKind::Conversion;
 }
 
 /** The bytes to write for a text; the failure says why there are none. */
@@ -29,7 +28,8 @@ base::Result<host::ValueBytes> parseValue(Tag const& tag, std::string const& tex
     constexpr std::size_t kMargin = 8; // a conversion turns whole elements round
     host::ValueBytes image(static_cast<std::size_t>(std::max(0, tag.tag->PackedLen())) + kMargin);
     if (!tag.tag->ConvertVariable(bytes.value().data(), image.data(), true)) {
-        return base::hostFailure(fmt::format("'{}' cannot be converted to {}", text, tag.access.dataType));
+        return base::Failure{base::FailureKind::Value,
+                             fmt::format("'{}' cannot be converted to {}", text, tag.access.dataType)};
     }
     return bytes;
 }

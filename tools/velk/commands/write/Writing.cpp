@@ -40,9 +40,12 @@ void Writing::writeList(std::vector<Change>& changes, std::span<std::size_t cons
     for (std::size_t i = 0; i < items.size(); ++i) {
         Change& change = changes[items[i]];
         change.written = std::move(results[i]);
-        change.writeCode = judge(change.written, change.advice);
-        bool const leftOut = change.written.failure.code == base::kHostFailure; // the others may have been sent
-        change.delivery = leftOut && !change.written.good ? Delivery::NotSent : watch_.delivery();
+        bool const leftOut = !change.written.good && change.written.failure.kind == base::FailureKind::LeftOut;
+        change.delivery = leftOut ? Delivery::NotSent : watch_.delivery(); // the others may have been sent
+        Judgement const judgement = judge(change.written);
+        change.written.failure = judgement.failure;
+        change.writeCode = judgement.code;
+        change.advice = judgement.advice;
     }
 }
 
@@ -50,27 +53,25 @@ void Writing::readBack(std::vector<Change>& changes, std::span<Tag const> tags) 
     std::vector<Reading> readings = end_ ? std::vector<Reading>(tags.size()) : readWhileItWorks(session_, tags);
     for (std::size_t i = 0; i < changes.size(); ++i) {
         Change& change = changes[i];
-        std::string advice;
         change.after = std::move(readings[i]);
-        change.readBackCode = judge(change.after.result, advice);
-        change.advice = change.advice.empty() ? advice : change.advice;
+        Judgement const judgement = judge(change.after.result);
+        change.after.result.failure = judgement.failure;
+        change.readBackCode = judgement.code;
+        change.advice = change.advice.empty() ? judgement.advice : change.advice;
     }
 }
 
-/** What a result means for the program, and in words to the user. */
-ExitCode Writing::judge(host::TagResult& result, std::string& advice) {
+Writing::Judgement Writing::judge(host::TagResult const& result) {
     if (result.good) {
-        return ExitCode::Good;
+        return {};
     }
     ExitCode const code = end_ ? end_->code() : session_.exitCode(result);
     CommandError const error = session_.error(result.failure);
-    if (endsEverything(code)) {
+    if (endsEverything(code)) { // that is told once, for all of them
         end_ = end_ ? end_ : error;
-    } else {
-        result.failure.text = session_.describe(result.failure);
-        advice = error.what();
+        return {code, result.failure};
     }
-    return code;
+    return {code, session_.explained(result.failure), error.what()};
 }
 
 /** The read has made the driver fetch the symbols of a new program: until then nothing tells that there is one. */

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "base/Result.h"
 #include "tools/velk/commands/write/Change.h"
 #include "tools/velk/commands/write/WriteWatch.h"
 #include "tools/velk/context/CommandError.h"
@@ -8,6 +9,7 @@
 #include <cstddef>
 #include <optional>
 #include <span>
+#include <string>
 #include <vector>
 
 namespace velk {
@@ -25,11 +27,18 @@ public:
     [[nodiscard]] std::optional<CommandError> const& end() const { return end_; }
 
 private:
+    /** What a result means for the program and for the user. */
+    struct Judgement {
+        ExitCode code = ExitCode::Good;
+        base::Failure failure{}; ///< in words that can be shown
+        std::string advice{};    ///< what is likely behind it
+    };
+
     void write(std::vector<Change>& changes);
     void writeList(std::vector<Change>& changes, std::span<std::size_t const> items);
     void readBack(std::vector<Change>& changes, std::span<Tag const> tags);
     void noteReplacedPrograms(std::vector<Change>& changes);
-    ExitCode judge(host::TagResult& result, std::string& advice);
+    Judgement judge(host::TagResult const& result);
 
     Session& session_;
     WriteWatch& watch_;
