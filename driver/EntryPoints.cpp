@@ -52,11 +52,12 @@ struct BlockPlace {
             length = ProtUtilsN::GetLenOfBits(tag.GetBitIndex(), tag.GetVarLength());
             return;
         }
-        int const element = std::max(ProtUtilsN::GetDataLength(unit), 1);
-        auto const start = static_cast<std::uint32_t>(tag.index()) * static_cast<std::uint32_t>(element);
+        auto const element = static_cast<std::uint32_t>(std::max(ProtUtilsN::GetDataLength(unit), 1));
+        std::uint32_t const start = static_cast<std::uint32_t>(tag.index()) * element;
         skip = static_cast<int>(static_cast<std::uint32_t>(tag.GetByteOffset()) - start);
-        std::int64_t const end = std::int64_t{skip} + valueLength;
-        length = (end + element - 1) / element * element;
+        std::uint32_t const end = static_cast<std::uint32_t>(skip) + static_cast<std::uint32_t>(valueLength);
+        std::uint32_t const beyond = end % element; // bytes of the value in its last element, when it does not fill it
+        length = std::int64_t{end} + (beyond != 0 ? element - beyond : 0);
     }
 };
 

@@ -3,7 +3,7 @@
 #include "driver/config/CommonParams.h"
 #include "driver/config/NodeParams.h"
 
-#include <deque>
+#include <list>
 #include <string>
 
 namespace _VELK {
@@ -31,7 +31,7 @@ public:
     [[nodiscard]] char const* getLastError() const { return lastError_.c_str(); }
 
 private:
-    std::deque<NodeParams> nodes_;
+    std::list<NodeParams> nodes_;
     NodeParams defaults_;
     CommonParams common_;
     std::string lastError_;
