@@ -1,5 +1,7 @@
 #include "base/FileDescriptor.h"
 
+#include "base/SystemError.h"
+
 #include <unistd.h>
 #include <utility>
 
@@ -24,6 +26,13 @@ void FileDescriptor::close() {
         // Linux frees the descriptor even when close() is interrupted: never a second time.
         ::close(std::exchange(descriptor_, -1));
     }
+}
+
+FileDescriptor openedOrThrow(int descriptor, std::string_view what) {
+    if (descriptor < 0) {
+        throwSystemError(what);
+    }
+    return FileDescriptor(descriptor);
 }
 
 } // namespace base

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <string_view>
+
 namespace base {
 
 /** Owns an open file descriptor; -1 stands for none. */
@@ -20,5 +22,8 @@ public:
 private:
     int descriptor_ = -1;
 };
+
+/** Owns what was just opened. Throws std::system_error with what errno says and @p what when that failed. */
+[[nodiscard]] FileDescriptor openedOrThrow(int descriptor, std::string_view what);
 
 } // namespace base

@@ -23,40 +23,36 @@ constexpr std::array<Named, 6> kKinds{{{"constant", BehaviourKind::kConstant},
                                        {"random_walk", BehaviourKind::kRandomWalk},
                                        {"follow", BehaviourKind::kFollow}}};
 
-BehaviourKind readKind(TomlTable& table) {
-    std::string const name = table.neededText("kind");
+std::optional<BehaviourKind> kindNamed(std::string_view name) {
     auto const* const found =
-        std::find_if(kKinds.begin(), kKinds.end(), [&name](Named const& one) { return one.name == name; });
-    if (found == kKinds.end()) {
-        table.refuseKey("kind", "must be constant, counter, ramp, sine, random_walk or follow");
-    }
-    return found->kind;
+        std::find_if(kKinds.begin(), kKinds.end(), [name](Named const& one) { return one.name == name; });
+    return found == kKinds.end() ? std::nullopt : std::optional(found->kind);
 }
 
-Micros readTime(TomlTable& table, std::string_view key, std::int64_t least, Micros usual) {
-    auto const milliseconds = table.number(key, least, kMostMilliseconds);
+Micros readTime(base::TomlSection& table, std::string_view key, std::int64_t least, Micros usual) {
+    auto const milliseconds = table.number<std::int64_t>(key, least, kMostMilliseconds);
     return milliseconds ? std::chrono::milliseconds(*milliseconds) : usual;
 }
 
-void readBounds(TomlTable& table, BehaviourDescription& behaviour) {
+void readBounds(base::TomlSection& table, BehaviourDescription& behaviour) {
     behaviour.low = table.real("low");
     behaviour.high = table.real("high");
 }
 
-void readPeriod(TomlTable& table, BehaviourDescription& behaviour) {
+void readPeriod(base::TomlSection& table, BehaviourDescription& behaviour) {
     readBounds(table, behaviour);
     behaviour.period = readTime(table, "period_ms", 1, behaviour.period);
     behaviour.phase = table.fraction("phase").value_or(behaviour.phase);
 }
 
-void readFollow(TomlTable& table, BehaviourDescription& behaviour) {
+void readFollow(base::TomlSection& table, BehaviourDescription& behaviour) {
     behaviour.source = table.neededText("source");
     behaviour.factor = table.real("factor").value_or(behaviour.factor);
     behaviour.offset = table.real("offset").value_or(behaviour.offset);
     behaviour.lag = readTime(table, "lag_ms", 0, behaviour.lag);
 }
 
-void readKeysOfKind(TomlTable& table, BehaviourDescription& behaviour) {
+void readKeysOfKind(base::TomlSection& table, BehaviourDescription& behaviour) {
     switch (behaviour.kind) {
     case BehaviourKind::kConstant:
         return;
@@ -70,7 +66,7 @@ void readKeysOfKind(TomlTable& table, BehaviourDescription& behaviour) {
     case BehaviourKind::kRandomWalk:
         readBounds(table, behaviour);
         behaviour.step = table.real("step").value_or(behaviour.step);
-        behaviour.seed = static_cast<std::uint32_t>(table.number("seed", 0, kMost32).value_or(behaviour.seed));
+        behaviour.seed = table.number<std::uint32_t>("seed", 0, kMost32).value_or(behaviour.seed);
         return;
     case BehaviourKind::kFollow:
         return readFollow(table, behaviour);
@@ -79,14 +75,19 @@ void readKeysOfKind(TomlTable& table, BehaviourDescription& behaviour) {
 
 } // namespace
 
-BehaviourDescription readBehaviour(TomlTable& table, std::string variable) {
+BehaviourDescription readBehaviour(base::TomlSection& table, std::string variable) {
     BehaviourDescription behaviour;
     behaviour.variable = std::move(variable);
-    behaviour.line = table.line();
-    behaviour.kind = readKind(table);
+    behaviour.line = table.place().line;
+    table.need("kind");
+    auto const kind = table.named("kind", kindNamed, "constant, counter, ramp, sine, random_walk or follow");
+    if (!kind) {
+        table.acceptOtherKeys(); // which of them have a meaning depends on the kind
+        return behaviour;
+    }
+    behaviour.kind = *kind;
     behaviour.every = readTime(table, "every_ms", 1, behaviour.every);
     readKeysOfKind(table, behaviour);
-    table.finish();
     return behaviour;
 }
 

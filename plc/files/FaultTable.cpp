@@ -14,31 +14,33 @@ constexpr std::int64_t kMostWindowMilliseconds = 86'400'000;
 constexpr std::int64_t kMostChances = std::numeric_limits<std::int64_t>::max();
 constexpr std::int64_t kMostSurplus = 1'000'000;
 
-std::optional<Micros> readMilliseconds(TomlTable& table, std::string_view key, std::int64_t least, std::int64_t most) {
-    auto const milliseconds = table.number(key, least, most);
+std::optional<Micros> readMilliseconds(base::TomlSection& table, std::string_view key, std::int64_t least,
+                                       std::int64_t most) {
+    auto const milliseconds = table.number<std::int64_t>(key, least, most);
     return milliseconds ? std::optional<Micros>(std::chrono::milliseconds(*milliseconds)) : std::nullopt;
 }
 
-std::optional<TimeWindow> readWindow(TomlTable& table) {
+std::optional<TimeWindow> readWindow(base::TomlSection& table) {
     auto const from = readMilliseconds(table, "from_ms", 0, kMostWindowMilliseconds);
     auto const lasts = readMilliseconds(table, "lasts_ms", 1, kMostWindowMilliseconds);
     auto const every = readMilliseconds(table, "every_ms", 1, kMostWindowMilliseconds);
     if (!lasts) {
         if (from || every) {
-            table.refuseKey(from ? "from_ms" : "every_ms", "needs \"lasts_ms\" beside it");
+            std::string_view const key = from ? "from_ms" : "every_ms";
+            table.complain(key, textOf("'", key, "' needs 'lasts_ms' beside it"));
         }
         return std::nullopt;
     }
     return TimeWindow{.from = from.value_or(Micros{0}), .lasts = *lasts, .every = every};
 }
 
-Trigger readTrigger(TomlTable& table) {
+Trigger readTrigger(base::TomlSection& table) {
     Trigger trigger;
-    if (auto const nth = table.number("nth", 1, kMostChances)) {
-        trigger = Trigger::nth(static_cast<std::uint64_t>(*nth));
+    if (auto const nth = table.number<std::uint64_t>("nth", 1, kMostChances)) {
+        trigger = Trigger::nth(*nth);
     }
-    if (auto const count = table.number("count", 1, kMostChances)) {
-        trigger.count = static_cast<std::uint64_t>(*count);
+    if (auto const count = table.number<std::uint64_t>("count", 1, kMostChances)) {
+        trigger.count = *count;
     }
     trigger.probability = table.fraction("probability");
     trigger.window = readWindow(table);
@@ -58,42 +60,33 @@ bool canHappenAt(FaultKind kind, ServiceKind service) {
 }
 
 /// A rule that could never do what it says is a mistake.
-void refuseWhatCannotApply(TomlTable const& table, FaultRule const& rule) {
+void refuseWhatCannotApply(base::TomlSection& table, FaultRule const& rule) {
     if (rule.service && !canHappenAt(rule.kind, *rule.service)) {
-        table.refuseKey("service", textOf("is none at which ", nameOf(rule.kind), " can happen"));
+        table.complain("service", textOf(nameOf(rule.kind), " cannot happen at the service ", nameOf(*rule.service)));
     }
     for (std::string_view const key : {"item", "variable"}) {
         if (rule.kind != FaultKind::kBadQuality && table.has(key)) {
-            table.refuseKey(key, textOf("means nothing to ", nameOf(rule.kind), ", only to bad_quality"));
+            table.complain(key, textOf("'", key, "' means nothing to ", nameOf(rule.kind), ", only to bad_quality"));
         }
     }
 }
 
 } // namespace
 
-FaultRule readFault(TomlTable& table) {
+FaultRule readFault(base::TomlSection& table) {
     FaultRule rule;
-    auto const kind = faultNamed(table.neededText("kind"));
-    if (!kind) {
-        table.refuseKey("kind", textOf("names no fault; it can be ", faultNames()));
-    }
-    rule.kind = *kind;
+    table.need("kind");
+    auto const kind = table.named("kind", faultNamed, faultNames());
+    rule.kind = kind.value_or(rule.kind);
     rule.when = readTrigger(table);
-    if (auto const service = table.text("service")) {
-        rule.service = serviceNamed(*service);
-        if (!rule.service) {
-            table.refuseKey("service", "names no service");
-        }
-    }
-    if (auto const value = table.number("value", 0, kMostSurplus)) {
-        rule.value = static_cast<std::uint32_t>(*value);
-    }
-    if (auto const item = table.number("item", 0, kHighestItem)) {
-        rule.item = static_cast<std::uint32_t>(*item);
-    }
+    rule.service = table.named("service", serviceNamed, serviceNames());
+    rule.value = table.number<std::uint32_t>("value", 0, kMostSurplus);
+    rule.item = table.number<std::uint32_t>("item", 0, kHighestItem);
     rule.variable = table.text("variable").value_or("");
     rule.delay = readMilliseconds(table, "delay_ms", 0, kLongestFault).value_or(rule.delay);
-    refuseWhatCannotApply(table, rule);
+    if (kind) {
+        refuseWhatCannotApply(table, rule);
+    }
     return rule;
 }
 

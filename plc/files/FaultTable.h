@@ -1,11 +1,11 @@
 #pragma once
 
-#include "plc/files/TomlTable.h"
+#include "base/TomlSection.h"
 #include "plc/station/Faults.h"
 
 namespace plc {
 
-/// Reads a rule of misbehaviour; the caller finishes the table.
-[[nodiscard]] FaultRule readFault(TomlTable& table);
+/// Reads a rule of misbehaviour.
+[[nodiscard]] FaultRule readFault(base::TomlSection& table);
 
 } // namespace plc

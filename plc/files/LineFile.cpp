@@ -1,165 +1,154 @@
 #include "plc/files/LineFile.h"
 
+#include "base/TomlSection.h"
 #include "plc/files/FaultTable.h"
 #include "plc/files/ProgramTable.h"
-#include "plc/files/TomlTable.h"
 #include "plc/frames/Text.h"
 #include "plc/program/Program.h"
+
+#include <algorithm>
 
 namespace plc {
 
 namespace {
 
+using base::TomlNode;
+using base::TomlSection;
+
 constexpr std::int64_t kLargestSeed = 0xFFFFFFFF;
 constexpr std::int64_t kMostCoupler = 255;
 constexpr std::int64_t kLongestTime = 3'600'000;
 
-Micros readTime(TomlTable& table, std::string_view key, Micros usual) {
+Micros readTime(TomlSection& table, std::string_view key, Micros usual) {
     auto const milliseconds = table.number(key, 0, kLongestTime);
     return milliseconds ? std::chrono::milliseconds(*milliseconds) : usual;
 }
 
-ByteOrder readModel(TomlTable& table) {
-    std::string const model = table.text("model").value_or("Intel");
-    if (model != "Intel" && model != "Motorola") {
-        table.refuseKey("model", "must be Intel or Motorola");
+std::optional<ByteOrder> modelNamed(std::string_view name) {
+    if (name == "Intel") {
+        return ByteOrder::kLittle;
     }
-    return model == "Intel" ? ByteOrder::kLittle : ByteOrder::kBig;
+    return name == "Motorola" ? std::optional(ByteOrder::kBig) : std::nullopt;
 }
 
-RouteLevel readLevel(TomlTable& table, std::string const& number) {
+RouteLevel readLevel(TomlSection& table, std::string const& number) {
     RouteLevel level;
-    level.coupler = static_cast<int>(table.number("coupler" + number, 0, kMostCoupler).value_or(0));
-    level.channel = static_cast<int>(table.number("channel" + number, 0, 19).value_or(0));
-    std::string const key = "address" + number;
-    if (auto const text = table.text(key)) {
-        auto const address = addressFromText(*text);
-        if (!address) {
-            table.refuseKey(key, "must be four numbers from 0 to 255 with dots between them");
-        }
-        level.address = *address;
-    }
+    level.coupler = table.number("coupler" + number, 0, kMostCoupler).value_or(0);
+    level.channel = table.number("channel" + number, 0, 19).value_or(0);
+    level.address =
+        table.named("address" + number, addressFromText, "four numbers from 0 to 255 with dots between them")
+            .value_or(level.address);
     return level;
 }
 
 /// A program in the file itself, in a file of its own, or none.
-ProgramDescription readProgram(TomlTable& table, std::filesystem::path const& folder) {
-    toml::node const* const node = table.node("program");
-    if (node != nullptr && node->is_string()) {
-        return readProgramFile(folder / table.neededText("program"));
+ProgramDescription readProgram(TomlSection& table, std::filesystem::path const& folder) {
+    TomlNode const* const node = table.node("program");
+    if (auto const* const file = node == nullptr ? nullptr : node->as<std::string>()) {
+        return readProgramFile(folder / *file);
     }
-    auto program = table.table("program");
-    if (!program) {
-        return {};
-    }
-    ProgramDescription description = readProgramTable(*program);
-    program->finish();
-    return description;
+    ProgramDescription program;
+    table.section("program", [&](TomlSection& inner) { program = readProgramTable(inner); });
+    return program;
 }
 
 /// A rule of a station whose program is known.
-FaultRule readFaultOf(TomlTable& table, ProgramDescription const& program) {
+FaultRule readFaultOf(TomlSection& table, ProgramDescription const& program) {
     FaultRule rule = readFault(table);
-    if (!rule.variable.empty() && !Program(program).find(rule.variable)) {
-        table.refuseKey("variable", textOf("names no variable of the program: ", rule.variable));
+    if (table.complaints().empty() && !rule.variable.empty() && !Program(program).find(rule.variable)) {
+        table.complain("variable", textOf("the program has no variable ", rule.variable));
     }
     return rule;
 }
 
-StationDescription readStation(TomlTable& table, std::filesystem::path const& folder) {
+/// Carries out a check of what was read, when nothing is wrong with it so far.
+template <typename Check>
+void tryCheck(TomlSection& table, base::TextPlace place, Check check) {
+    if (!table.complaints().empty()) {
+        return;
+    }
+    try {
+        check();
+    } catch (DescriptionError const& fault) {
+        table.complaints().add(place, fault.what());
+    }
+}
+
+StationDescription readStation(TomlSection& table, std::filesystem::path const& folder) {
     StationDescription station;
     station.name = table.text("name").value_or(station.name);
-    station.byteOrder = readModel(table);
-    station.blockSize = static_cast<std::size_t>(table.number("block_size", 128, 1460).value_or(128));
-    station.route.levels = static_cast<int>(table.number("routing_levels", 0, 2).value_or(0));
+    station.byteOrder = table.named("model", modelNamed, "Intel or Motorola").value_or(ByteOrder::kLittle);
+    station.blockSize = table.number<std::size_t>("block_size", 128, 1460).value_or(128);
+    station.route.levels = table.number("routing_levels", 0, 2).value_or(0);
     station.route.level = {readLevel(table, "1"), readLevel(table, "2")};
-    station.filePieceSize = static_cast<std::size_t>(table.number("file_piece_size", 1, 0xFFFF).value_or(512));
-    station.mismatchWord = static_cast<std::uint16_t>(table.number("mismatch_word", 0x33, 0x48).value_or(0x48));
+    station.filePieceSize = table.number<std::size_t>("file_piece_size", 1, 0xFFFF).value_or(512);
+    station.mismatchWord = table.number<std::uint16_t>("mismatch_word", 0x33, 0x48).value_or(0x48);
     station.ackDelay = readTime(table, "ack_delay_ms", station.ackDelay);
     station.answerDelay = readTime(table, "answer_delay_ms", station.answerDelay);
     station.exchangeTimeout = readTime(table, "exchange_timeout_ms", station.exchangeTimeout);
-    station.faultSeed = static_cast<std::uint32_t>(table.number("fault_seed", 0, kLargestSeed).value_or(1));
+    station.faultSeed = table.number<std::uint32_t>("fault_seed", 0, kLargestSeed).value_or(1);
     station.program = readProgram(table, folder);
-    table.eachTable("fault", [&](TomlTable& one) { station.faults.push_back(readFaultOf(one, station.program)); });
-    try {
-        checkStation(station);
-    } catch (DescriptionError const& fault) {
-        table.refuse(table.line(), fault.what());
-    }
+    table.sections("fault", [&](TomlSection& one) { station.faults.push_back(readFaultOf(one, station.program)); });
+    tryCheck(table, table.place(), [&] { checkStation(station); });
     return station;
 }
 
-LineSpeed readSpeed(TomlTable& table) {
+LineSpeed readSpeed(TomlSection& table) {
     LineSpeed speed;
-    speed.baud = static_cast<std::uint32_t>(table.number("baud", kLeastBaud, kMostBaud).value_or(0));
-    auto const parity = parityNamed(table.text("parity").value_or("none"));
-    if (!parity) {
-        table.refuseKey("parity", "must be none, even, odd or mark");
-    }
-    speed.parity = *parity;
-    speed.stopBits = static_cast<int>(table.number("stop_bits", 1, 2).value_or(1));
+    speed.baud = table.number<std::uint32_t>("baud", kLeastBaud, kMostBaud).value_or(0);
+    speed.parity = table.named("parity", parityNamed, "none, even, odd or mark").value_or(speed.parity);
+    speed.stopBits = table.number("stop_bits", 1, 2).value_or(1);
     for (std::string_view const key : {"parity", "stop_bits"}) {
-        if (speed.baud == 0 && table.has(key)) {
-            table.refuseKey(key, "needs \"baud\" beside it");
+        if (table.has(key) && !table.has("baud")) {
+            table.complain(key, textOf("'", key, "' needs 'baud' beside it"));
         }
     }
     return speed;
 }
 
-Framing readFraming(TomlTable& table) {
-    auto const framing = framingNamed(table.neededText("framing"));
-    if (!framing) {
-        table.refuseKey("framing", "must be Serial_RS232 or ABB_RS232_AC");
-    }
-    return *framing;
+LineDescription readLine(TomlSection& table, std::filesystem::path const& folder) {
+    LineDescription line;
+    table.need("framing");
+    line.framing = table.named("framing", framingNamed, "Serial_RS232 or ABB_RS232_AC").value_or(line.framing);
+    line.frameSilence = readTime(table, "frame_silence_ms", line.frameSilence);
+    line.speed = readSpeed(table);
+    line.bytesPerSecond =
+        table.number<std::uint32_t>("bytes_per_second", 0, 1'000'000).value_or(bytesPerSecond(line.speed));
+    table.sections("station", [&](TomlSection& one) { line.stations.push_back(readStation(one, folder)); });
+    tryCheck(table, {}, [&] { checkLine(line); });
+    return line;
 }
 
 } // namespace
 
 LineDescription readLineFile(std::filesystem::path const& file) {
-    return readLineText(readWholeFile(file.string()), file.string(), file.parent_path());
+    return readLineText(readDescription(file), file.string(), file.parent_path());
 }
 
-LineDescription readLineText(std::string_view text, std::string_view name, std::filesystem::path const& folder) {
-    toml::table const whole = parseToml(text, name);
-    TomlTable table(whole, name);
-    LineDescription line;
-    line.framing = readFraming(table);
-    line.frameSilence = readTime(table, "frame_silence_ms", line.frameSilence);
-    line.speed = readSpeed(table);
-    line.bytesPerSecond =
-        static_cast<std::uint32_t>(table.number("bytes_per_second", 0, 1'000'000).value_or(bytesPerSecond(line.speed)));
-    table.eachTable("station", [&](TomlTable& one) { line.stations.push_back(readStation(one, folder)); });
-    table.finish();
-    try {
-        checkLine(line);
-    } catch (DescriptionError const& fault) {
-        table.refuse(0, fault.what());
-    }
-    return line;
+LineDescription readLineText(std::string_view text, std::string const& name, std::filesystem::path const& folder) {
+    return base::readToml(text, base::Complaints(name), "a line",
+                          [&](TomlSection& table) { return readLine(table, folder); });
 }
 
-bool isLineText(std::string_view text, std::string_view name) {
-    toml::table const whole = parseToml(text, name);
-    return whole.contains("framing") || whole.contains("station");
+bool isLineText(std::string_view text, std::string const& name) {
+    return hasAnyKey(text, name, {"framing", "station"});
 }
 
-bool hasKey(std::string_view text, std::string_view name, std::string_view key) {
-    return parseToml(text, name).contains(key);
+bool hasAnyKey(std::string_view text, std::string const& name, std::initializer_list<std::string_view> keys) {
+    base::Complaints complaints(name);
+    TomlNode const whole = base::parseToml(text, complaints);
+    TomlSection const top(whole, "", complaints);
+    return std::any_of(keys.begin(), keys.end(), [&top](std::string_view key) { return top.has(key); });
 }
 
-std::string readDescription(std::filesystem::path const& file) {
-    return readWholeFile(file.string());
-}
-
-FaultRule readFaultText(std::string_view text, std::string_view name) {
-    toml::table const whole = parseToml(textOf("fault = {", text, "}"), name);
-    TomlTable table(whole, name);
-    auto fault = table.table("fault");
-    FaultRule const rule = readFault(*fault);
-    fault->finish();
-    table.finish();
-    return rule;
+FaultRule readFaultText(std::string_view text, std::string const& name) {
+    constexpr std::string_view kBefore = "fault = {";
+    FaultRule rule;
+    return base::readToml(textOf(kBefore, text, "}"), base::Complaints(name, static_cast<int>(kBefore.size())),
+                          "a fault", [&](TomlSection& table) {
+                              table.section("fault", [&](TomlSection& fault) { rule = readFault(fault); });
+                              return rule;
+                          });
 }
 
 } // namespace plc

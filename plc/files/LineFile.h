@@ -5,6 +5,7 @@
 #include "plc/station/Faults.h"
 
 #include <filesystem>
+#include <initializer_list>
 #include <string>
 #include <string_view>
 
@@ -12,23 +13,22 @@ namespace plc {
 
 /**
  * Reads the TOML description of a whole line: framing, pace, stations, their programs (in the file itself or in files
- * of their own, relative to it) and their faults. Everything wrong in it is a FileError with its line.
+ * of their own, relative to it) and their faults. Everything wrong in it is a complaint of a base::FileError, with its
+ * place.
  */
 [[nodiscard]] LineDescription readLineFile(std::filesystem::path const& file);
 /// The same from a text; programs in files of their own are sought in `folder`.
-[[nodiscard]] LineDescription readLineText(std::string_view text, std::string_view name,
+[[nodiscard]] LineDescription readLineText(std::string_view text, std::string const& name,
                                            std::filesystem::path const& folder = {});
 
 /// Whether a text describes a line, or at least tries to: it names a framing or stations. A program does neither.
-[[nodiscard]] bool isLineText(std::string_view text, std::string_view name);
+[[nodiscard]] bool isLineText(std::string_view text, std::string const& name);
 
-/// Whether a text has a key, such as "line", at its top.
-[[nodiscard]] bool hasKey(std::string_view text, std::string_view name, std::string_view key);
-
-/// The content of a description file; FileError when it cannot be read.
-[[nodiscard]] std::string readDescription(std::filesystem::path const& file);
+/// Whether a text has one of these keys, such as "line", at its top.
+[[nodiscard]] bool hasAnyKey(std::string_view text, std::string const& name,
+                             std::initializer_list<std::string_view> keys);
 
 /// A rule of misbehaviour as it stands between the braces of a description file: `kind = "late", nth = 3`.
-[[nodiscard]] FaultRule readFaultText(std::string_view text, std::string_view name);
+[[nodiscard]] FaultRule readFaultText(std::string_view text, std::string const& name);
 
 } // namespace plc

@@ -1,11 +1,11 @@
 #pragma once
 
-#include "plc/files/TomlTable.h"
+#include "base/TomlSection.h"
 #include "plc/program/ProgramDescription.h"
 
 namespace plc {
 
-/// Reads the program that a table describes; the caller finishes the table.
-[[nodiscard]] ProgramDescription readProgramTable(TomlTable& table);
+/// Reads the program that a table describes, and tries it out when nothing is wrong so far.
+[[nodiscard]] ProgramDescription readProgramTable(base::TomlSection& table);
 
 } // namespace plc

@@ -1,5 +1,6 @@
 #include "plc/ports/FdServer.h"
 
+#include "base/SystemError.h"
 #include "plc/ports/TerminalSpeed.h"
 #include "plc/ports/WrongSpeed.h"
 
@@ -29,7 +30,7 @@ constexpr std::size_t kMostUnheard = 8'192;
 void makeNonBlocking(int descriptor) {
     int const flags = ::fcntl(descriptor, F_GETFL);
     if (flags < 0 || ::fcntl(descriptor, F_SETFL, flags | O_NONBLOCK) < 0) {
-        throwSystemError("port");
+        base::throwSystemError("port");
     }
 }
 
@@ -54,8 +55,8 @@ bool isOnlyBusy(int error) {
 
 FdServer::FdServer(Line& line, int descriptor, WireLikeness wire)
     : line_(line), descriptor_(descriptor), pseudoTerminal_(isPseudoTerminalMaster(descriptor)),
-      wakeUp_(::eventfd(0, EFD_NONBLOCK | EFD_CLOEXEC), "eventfd"), start_(std::chrono::steady_clock::now()),
-      wire_(wire), input_(wire.bytesPerSecond) {
+      wakeUp_(base::openedOrThrow(::eventfd(0, EFD_NONBLOCK | EFD_CLOEXEC), "eventfd")),
+      start_(std::chrono::steady_clock::now()), wire_(wire), input_(wire.bytesPerSecond) {
     makeNonBlocking(descriptor);
 }
 

@@ -1,8 +1,8 @@
 #pragma once
 
+#include "base/FileDescriptor.h"
 #include "plc/frames/Bytes.h"
 #include "plc/line/Line.h"
-#include "plc/ports/Descriptor.h"
 #include "plc/ports/InputDelay.h"
 
 #include <chrono>
@@ -77,7 +77,7 @@ private:
     Line& line_;
     int descriptor_;
     bool pseudoTerminal_; ///< the descriptor is the master of one: its clients come and go
-    Descriptor wakeUp_;
+    base::FileDescriptor wakeUp_;
     std::mutex mutex_;
     std::chrono::steady_clock::time_point start_;
     WireLikeness wire_;

@@ -1,5 +1,7 @@
 #include "plc/ports/PseudoTerminal.h"
 
+#include "base/SystemError.h"
+
 #include <array>
 #include <cstdlib>
 #include <fcntl.h>
@@ -12,7 +14,7 @@ namespace {
 std::string unlockedSlave(int master) {
     std::array<char, 128> name{};
     if (::grantpt(master) != 0 || ::unlockpt(master) != 0 || ::ptsname_r(master, name.data(), name.size()) != 0) {
-        throwSystemError("pseudo-terminal");
+        base::throwSystemError("pseudo-terminal");
     }
     return name.data();
 }
@@ -20,17 +22,18 @@ std::string unlockedSlave(int master) {
 } // namespace
 
 PseudoTerminal::PseudoTerminal()
-    : master_(::posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC), "pseudo-terminal"),
+    : master_(base::openedOrThrow(::posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC), "pseudo-terminal")),
       slaveName_(unlockedSlave(master_.get())) {
     // The settings outlive this slave: they are the pair's.
-    Descriptor const slave(::open(slaveName_.c_str(), O_RDWR | O_NOCTTY | O_CLOEXEC), slaveName_);
+    base::FileDescriptor const slave =
+        base::openedOrThrow(::open(slaveName_.c_str(), O_RDWR | O_NOCTTY | O_CLOEXEC), slaveName_);
     makeRaw(slave.get());
 }
 
 void makeRaw(int terminal) {
     termios settings{};
     if (::tcgetattr(terminal, &settings) != 0) {
-        throwSystemError("terminal settings");
+        base::throwSystemError("terminal settings");
     }
     ::cfmakeraw(&settings);
     settings.c_iflag &= ~static_cast<tcflag_t>(IXOFF | IXANY);
@@ -38,7 +41,7 @@ void makeRaw(int terminal) {
     settings.c_cc[VMIN] = 1;
     settings.c_cc[VTIME] = 0;
     if (::tcsetattr(terminal, TCSANOW, &settings) != 0) {
-        throwSystemError("terminal settings");
+        base::throwSystemError("terminal settings");
     }
 }
 

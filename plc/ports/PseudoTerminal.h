@@ -1,6 +1,6 @@
 #pragma once
 
-#include "plc/ports/Descriptor.h"
+#include "base/FileDescriptor.h"
 
 #include <string>
 
@@ -17,7 +17,7 @@ public:
     [[nodiscard]] std::string const& slaveName() const { return slaveName_; }
 
 private:
-    Descriptor master_;
+    base::FileDescriptor master_;
     std::string slaveName_;
 };
 

@@ -1,6 +1,6 @@
 #include "plc/ports/TerminalSpeed.h"
 
-#include "plc/ports/Descriptor.h"
+#include "base/SystemError.h"
 
 #include <array>
 // The kernel's own terminal settings have the speed as a number. They do not go together with <termios.h>.
@@ -87,7 +87,7 @@ std::optional<std::uint32_t> speedOf(int terminal) {
 
 void setSpeed(int terminal, std::uint32_t baud) {
     if (!setNumber(terminal, baud) && !setName(terminal, baud)) {
-        throwSystemError("terminal speed");
+        base::throwSystemError("terminal speed");
     }
 }
 

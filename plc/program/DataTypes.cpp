@@ -1,7 +1,7 @@
 #include "plc/program/DataTypes.h"
 
+#include "base/Names.h"
 #include "plc/frames/Text.h"
-#include "plc/program/TypeText.h"
 
 #include <algorithm>
 #include <array>
@@ -40,12 +40,8 @@ constexpr std::array<Elementary, 16> kElementary{{
 
 Elementary const* elementaryNamed(std::string_view word) {
     auto const* const found = std::find_if(kElementary.begin(), kElementary.end(),
-                                           [word](Elementary const& type) { return sameName(type.word, word); });
+                                           [word](Elementary const& type) { return base::sameName(type.word, word); });
     return found == kElementary.end() ? nullptr : found;
-}
-
-char upper(char letter) {
-    return letter >= 'a' && letter <= 'z' ? static_cast<char>(letter - 'a' + 'A') : letter;
 }
 
 std::uint64_t aligned(std::uint64_t offset, std::uint32_t alignment) {
@@ -75,7 +71,7 @@ void checkStructure(StructureDescription const& structure) {
     }
     for (auto member = structure.members.begin(); member != structure.members.end(); ++member) {
         bool const again = std::any_of(structure.members.begin(), member, [&](MemberDescription const& other) {
-            return sameName(other.name, member->name);
+            return base::sameName(other.name, member->name);
         });
         if (member->name.empty() || again) {
             throw DescriptionError(textOf("structure ", structure.name, ": member \"", member->name,
@@ -86,11 +82,6 @@ void checkStructure(StructureDescription const& structure) {
 }
 
 } // namespace
-
-bool sameName(std::string_view left, std::string_view right) {
-    return std::equal(left.begin(), left.end(), right.begin(), right.end(),
-                      [](char a, char b) { return upper(a) == upper(b); });
-}
 
 TypeTable::TypeTable(std::vector<StructureDescription> structures) {
     for (StructureDescription& structure : structures) {
@@ -181,8 +172,9 @@ std::size_t TypeTable::structureType(Known& known, int line) {
 }
 
 TypeTable::Known* TypeTable::knownStructure(std::string_view name) {
-    auto const found = std::find_if(structures_.begin(), structures_.end(),
-                                    [name](Known const& known) { return sameName(known.description.name, name); });
+    auto const found = std::find_if(structures_.begin(), structures_.end(), [name](Known const& known) {
+        return base::sameName(known.description.name, name);
+    });
     return found == structures_.end() ? nullptr : &*found;
 }
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "plc/program/ProgramDescription.h"
+#include "plc/program/TypeText.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -31,15 +32,6 @@ enum class TypeKind : std::uint8_t {
     kBit,
     kArray,
     kStructure
-};
-
-/// The bounds of one dimension of an array, both included.
-struct Dimension {
-    std::int32_t low = 0;
-    std::int32_t high = 0;
-    [[nodiscard]] std::uint64_t count() const {
-        return static_cast<std::uint64_t>(std::int64_t{high} - std::int64_t{low} + 1);
-    }
 };
 
 struct Member {
@@ -87,8 +79,5 @@ private:
     std::vector<Known> structures_;
     std::vector<DataType> types_;
 };
-
-/// Whether both names are the same but for the case of their letters.
-[[nodiscard]] bool sameName(std::string_view left, std::string_view right);
 
 } // namespace plc

@@ -1,5 +1,6 @@
 #include "plc/program/Program.h"
 
+#include "base/Names.h"
 #include "plc/frames/Text.h"
 #include "plc/program/Layout.h"
 #include "plc/program/TypeText.h"
@@ -183,7 +184,7 @@ Place Program::part(Place const& whole, std::size_t type, std::uint64_t offset) 
 std::optional<Place> Program::memberOf(Place const& place, std::string_view name) const {
     auto const& members = types_[place.type].members;
     auto const found = std::find_if(members.begin(), members.end(),
-                                    [name](Member const& member) { return sameName(member.name, name); });
+                                    [name](Member const& member) { return base::sameName(member.name, name); });
     return found == members.end() ? std::nullopt : std::optional(part(place, found->type, found->offset));
 }
 

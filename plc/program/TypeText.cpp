@@ -1,5 +1,6 @@
 #include "plc/program/TypeText.h"
 
+#include "base/Names.h"
 #include "plc/frames/Text.h"
 
 #include <algorithm>
@@ -16,7 +17,7 @@ constexpr std::uint32_t kLongestString = 32'767;
 
 /// The text behind the word, when the text begins with it.
 std::optional<std::string_view> behindWord(std::string_view text, std::string_view word) {
-    if (text.size() < word.size() || !sameName(text.substr(0, word.size()), word)) {
+    if (text.size() < word.size() || !base::sameName(text.substr(0, word.size()), word)) {
         return std::nullopt;
     }
     return text.substr(word.size());

@@ -1,7 +1,5 @@
 #pragma once
 
-#include "plc/program/DataTypes.h"
-
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -9,6 +7,15 @@
 #include <vector>
 
 namespace plc {
+
+/// The bounds of one dimension of an array, both included.
+struct Dimension {
+    std::int32_t low = 0;
+    std::int32_t high = 0;
+    [[nodiscard]] std::uint64_t count() const {
+        return static_cast<std::uint64_t>(std::int64_t{high} - std::int64_t{low} + 1);
+    }
+};
 
 /// The parts of an array type's text, `ARRAY [low..high, ...] OF element`.
 struct ArrayText {

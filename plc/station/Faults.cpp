@@ -1,5 +1,6 @@
 #include "plc/station/Faults.h"
 
+#include "base/Names.h"
 #include "plc/frames/Text.h"
 
 #include <algorithm>
@@ -73,11 +74,15 @@ std::optional<FaultKind> faultNamed(std::string_view name) {
 }
 
 std::string faultNames() {
-    std::string names;
-    for (std::string_view const name : kFaultNames) {
-        names += textOf(name == kFaultNames.front() ? "" : name == kFaultNames.back() ? " or " : ", ", name);
+    return base::orList(std::vector<std::string>(kFaultNames.begin(), kFaultNames.end()));
+}
+
+std::string serviceNames() {
+    std::vector<std::string> names;
+    for (ServiceKind const service : kServices) {
+        names.emplace_back(nameOf(service));
     }
-    return names;
+    return base::orList(names);
 }
 
 std::optional<ServiceKind> serviceNamed(std::string_view name) {

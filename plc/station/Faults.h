@@ -68,7 +68,10 @@ enum class FaultKind : std::uint8_t {
 [[nodiscard]] std::optional<FaultKind> faultNamed(std::string_view name);
 /// All that faultNamed() knows: "silent, ack_missing ... or pause".
 [[nodiscard]] std::string faultNames();
+
+/// A service under its name, and all that can be named, as above.
 [[nodiscard]] std::optional<ServiceKind> serviceNamed(std::string_view name);
+[[nodiscard]] std::string serviceNames();
 
 /// A part of the line's time.
 struct TimeWindow {

@@ -153,8 +153,8 @@ class WrongUse(ServiceTest):
         self.assert_ends(self.run_velk(self.words("read", line.link, "PLC_PRG.Counter")), GOOD)
 
     def test_a_description_without_an_end(self):
-        self.assert_refused(["/dev/zero"], "/dev/zero: is neither a file nor a pipe")
-        self.assert_refused([DEMO / "line.toml", "--replace-program", "1s:/dev/zero"], "/dev/zero: is neither")
+        self.assert_refused(["/dev/zero"], "/dev/zero: it is a device, not a file")
+        self.assert_refused([DEMO / "line.toml", "--replace-program", "1s:/dev/zero"], "/dev/zero: it is a device")
 
     def test_a_rule_for_a_variable_that_is_not_there(self):
         self.assert_refused([DEMO / "line.toml", "--fault", "kind='bad_quality', variable='nix'"],

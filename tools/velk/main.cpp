@@ -1,7 +1,7 @@
+#include "base/Signals.h"
 #include "host/services/Clock.h"
 #include "tools/velk/cli/CommandLine.h"
 #include "tools/velk/context/Context.h"
-#include "tools/velk/terminal/Interrupt.h"
 #include "tools/velk/terminal/Terminal.h"
 
 #include <cstdio>
@@ -31,7 +31,7 @@ int main(int count, char** arguments) {
     occupyStandardStreams();
     try {
         velk::Terminal terminal(velk::StreamKinds::ofThisProcess());
-        velk::Interrupt interrupt;
+        base::Signals interrupt;
         host::SteadyClock clock;
         velk::Context context{.terminal = terminal, .interrupt = interrupt, .clock = clock};
         std::vector<std::string> const words(arguments + (count > 0 ? 1 : 0), arguments + count);

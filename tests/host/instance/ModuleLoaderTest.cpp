@@ -2,7 +2,7 @@
 
 #include "interfaces/IInterface.h"
 #include "interfaces/IInterfaceFactory.h"
-#include "tests/host/TempFolder.h"
+#include "tests/support/TempDir.h"
 
 #include <gtest/gtest.h>
 
@@ -47,8 +47,8 @@ TEST(ModuleLoader, AMissingFileIsNamed) {
 }
 
 TEST(ModuleLoader, AFileThatIsNoLibraryIsNamed) {
-    TempFolder const folder;
-    std::filesystem::path const file = folder.path() / "module.so";
+    velktest::TempDir const folder;
+    std::filesystem::path const file = folder.Path("module.so");
     std::ofstream(file) << "not a library";
     EXPECT_EQ(refusal(file).find("the driver module " + file.string() + " cannot be loaded: "), 0U) << refusal(file);
 }

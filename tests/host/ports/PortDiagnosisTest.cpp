@@ -3,7 +3,7 @@
 #include "base/FileDescriptor.h"
 #include "host/ports/PortHolder.h"
 #include "tests/host/Pty.h"
-#include "tests/host/TempFolder.h"
+#include "tests/support/TempDir.h"
 
 #include <gtest/gtest.h>
 
@@ -81,12 +81,12 @@ TEST(PortHolder, FindsTheProcessThatHasTheDeviceOpen) {
 
 TEST(PortHolder, ReadsTheProgramsNameFromTheProcessList) {
     Pty const pty;
-    TempFolder const processes;
-    std::filesystem::create_directories(processes.path() / "4711" / "fd");
-    std::filesystem::create_directories(processes.path() / "tty");
-    std::filesystem::create_symlink(pty.path(), processes.path() / "4711" / "fd" / "5");
-    std::ofstream(processes.path() / "4711" / "comm") << "minicom\n";
-    auto const holder = host::findHolder(pty.path(), processes.path().string());
+    velktest::TempDir const processes;
+    std::filesystem::create_directories(processes.Path("4711/fd"));
+    std::filesystem::create_directories(processes.Path("tty"));
+    std::filesystem::create_symlink(pty.path(), processes.Path("4711/fd/5"));
+    std::ofstream(processes.Path("4711/comm")) << "minicom\n";
+    auto const holder = host::findHolder(pty.path(), processes.Path());
     ASSERT_TRUE(holder.has_value());
     EXPECT_EQ(holder->process, 4711);
     EXPECT_EQ(holder->program, "minicom");

@@ -7,7 +7,7 @@
 #include "tests/host/CurrentFolder.h"
 #include "tests/host/FailureText.h"
 #include "tests/host/Pty.h"
-#include "tests/host/TempFolder.h"
+#include "tests/support/TempDir.h"
 
 #include <gtest/gtest.h>
 
@@ -46,8 +46,8 @@ TEST(PortNames, APathStandsForItself) {
 }
 
 TEST(PortNames, ANameWithoutAPathIsADeviceOfTheSystemOrElseOfTheCurrentFolder) {
-    TempFolder const temp;
-    CurrentFolder const current(temp.path());
+    velktest::TempDir const temp;
+    CurrentFolder const current(temp.Path());
     host::PortNames const names;
     std::filesystem::create_symlink("/dev/null", "here");
     std::filesystem::create_symlink("/dev/zero", "null");
@@ -58,8 +58,8 @@ TEST(PortNames, ANameWithoutAPathIsADeviceOfTheSystemOrElseOfTheCurrentFolder) {
 }
 
 TEST(PortNames, AnAdapterThatIsNotPluggedInKeepsItsName) {
-    TempFolder const temp;
-    CurrentFolder const current(temp.path());
+    velktest::TempDir const temp;
+    CurrentFolder const current(temp.Path());
     host::PortNames const names;
     EXPECT_EQ(names.path("ttyUSB77"), "/dev/ttyUSB77");
     std::filesystem::create_symlink("/dev/zero", "ttyUSB77");
@@ -67,8 +67,8 @@ TEST(PortNames, AnAdapterThatIsNotPluggedInKeepsItsName) {
 }
 
 TEST(PortNames, WhatIsNoDeviceIsNotFoundByItsNameAlone) {
-    TempFolder const temp;
-    CurrentFolder const current(temp.path());
+    velktest::TempDir const temp;
+    CurrentFolder const current(temp.Path());
     host::PortNames const names;
     std::ofstream("notes") << "text";
     std::filesystem::create_symlink("/dev/pts/no-such-terminal", "gone");

@@ -1,7 +1,7 @@
 #include "host/services/PermanentStorage.h"
 
-#include "tests/host/TempFolder.h"
 #include "tests/host/Unprivileged.h"
+#include "tests/support/TempDir.h"
 
 #include <gtest/gtest.h>
 
@@ -51,8 +51,8 @@ protected:
         return found ? buffer.data() : "none";
     }
 
-    TempFolder temp;
-    fs::path root = temp.path() / "state" / "velk";
+    velktest::TempDir temp;
+    fs::path root = temp.Path("state/velk");
     host::PermanentStorage storage{root};
     std::array<char, 260> buffer{};
 };
@@ -73,7 +73,7 @@ TEST_F(PermanentStorage, APathOutOfTheDirectoryIsNotGiven) {
     EXPECT_EQ(path("", "x"), "none");
     EXPECT_EQ(path(nullptr, "x"), "none");
     EXPECT_EQ(path("VELK", nullptr), "none");
-    EXPECT_FALSE(fs::exists(temp.path() / "x"));
+    EXPECT_FALSE(fs::exists(temp.Path("x")));
 }
 
 TEST_F(PermanentStorage, ThePathWithItsZeroFitsTheSizeOrIsNotGiven) {
@@ -105,11 +105,11 @@ TEST_F(PermanentStorage, WithoutADirectoryThereIsNoPath) {
 
 TEST_F(PermanentStorage, PathsDoNotDependOnTheWorkingDirectory) {
     fs::path const before = fs::current_path();
-    fs::current_path(temp.path());
+    fs::current_path(temp.Path());
     host::PermanentStorage relative("here");
     fs::current_path(before);
     EXPECT_TRUE(relative.prepare("VELK").ok());
-    EXPECT_TRUE(fs::is_directory(temp.path() / "here" / "VELK"));
+    EXPECT_TRUE(fs::is_directory(temp.Path("here/VELK")));
 }
 
 TEST_F(PermanentStorage, NoDirectoryGivesNoPath) {
@@ -124,7 +124,7 @@ TEST_F(PermanentStorage, NoDirectoryGivesNoPath) {
 TEST_F(PermanentStorage, PrepareTellsWhenNothingCanBeWritten) {
     EXPECT_TRUE(storage.prepare("VELK").ok());
     EXPECT_FALSE(storage.prepare("").ok());
-    fs::permissions(temp.path(), fs::perms::all);
+    fs::permissions(temp.Path(), fs::perms::all);
     fs::permissions(root / "VELK", fs::perms::owner_read | fs::perms::others_read | fs::perms::others_exec);
     std::string text;
     {

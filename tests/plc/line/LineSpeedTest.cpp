@@ -28,7 +28,7 @@ std::string ComplaintAboutSpeed(std::string const& text) {
     try {
         static_cast<void>(plc::readLineText("framing = 'Serial_RS232'\nstation = [{}]\n" + text, "l.toml"));
         return "";
-    } catch (plc::FileError const& fault) {
+    } catch (base::FileError const& fault) {
         return fault.what();
     }
 }
@@ -40,9 +40,10 @@ TEST(LineSpeed, IsReadFromALineFileAndSetsThePace) {
     EXPECT_EQ(line.speed.parity, Parity::kOdd);
     EXPECT_EQ(line.speed.stopBits, 2);
     EXPECT_EQ(line.bytesPerSecond, 800U);
-    EXPECT_EQ(ComplaintAboutSpeed("baud = 1"), "l.toml:3: \"baud\" must be a whole number from 50 to 4000000");
-    EXPECT_EQ(ComplaintAboutSpeed("baud = 9600\nparity = 'x'"), "l.toml:4: \"parity\" must be none, even, odd or mark");
-    EXPECT_EQ(ComplaintAboutSpeed("stop_bits = 2"), "l.toml:3: \"stop_bits\" needs \"baud\" beside it");
+    EXPECT_EQ(ComplaintAboutSpeed("baud = 1"), "l.toml:3:8: 'baud' is 1; it has to be 50 to 4000000");
+    EXPECT_EQ(ComplaintAboutSpeed("baud = 9600\nparity = 'x'"),
+              "l.toml:4:10: 'parity' is 'x'; it has to be none, even, odd or mark");
+    EXPECT_EQ(ComplaintAboutSpeed("stop_bits = 2"), "l.toml:3:13: 'stop_bits' needs 'baud' beside it");
 }
 
 TEST(LineSpeed, APaceOfItsOwnCountsMore) {

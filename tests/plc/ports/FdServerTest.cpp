@@ -1,5 +1,6 @@
 #include "plc/ports/FdServer.h"
 
+#include "base/FileDescriptor.h"
 #include "plc/ports/PseudoTerminal.h"
 #include "plc/ports/TerminalSpeed.h"
 #include "tests/plc/Panel.h"
@@ -24,7 +25,8 @@ using namespace plctest;
 /** The panel's side of a pseudo-terminal. */
 class Client {
 public:
-    explicit Client(std::string const& name) : port_(::open(name.c_str(), O_RDWR | O_NOCTTY | O_CLOEXEC), name) {}
+    explicit Client(std::string const& name)
+        : port_(base::openedOrThrow(::open(name.c_str(), O_RDWR | O_NOCTTY | O_CLOEXEC), name)) {}
 
     void write(plc::Bytes const& bytes) const {
         ASSERT_EQ(::write(port_.get(), bytes.data(), bytes.size()), static_cast<ssize_t>(bytes.size()));
@@ -53,7 +55,7 @@ public:
     [[nodiscard]] int descriptor() const { return port_.get(); }
 
 private:
-    plc::Descriptor port_;
+    base::FileDescriptor port_;
 };
 
 /** A line whose timers never matter in a test. */
@@ -144,7 +146,7 @@ TEST(FdServer, AHungUpPortThatIsNoPseudoTerminalMasterIsGone) {
     plc::Line line(PatientLine());
     std::array<int, 2> pipe{};
     ASSERT_EQ(::pipe2(pipe.data(), O_CLOEXEC), 0);
-    plc::Descriptor const readEnd(pipe[0], "pipe");
+    base::FileDescriptor const readEnd(pipe[0]);
     ASSERT_EQ(::close(pipe[1]), 0);
     plc::FdServer server(line, readEnd.get());
     EXPECT_EQ(server.run({}), plc::FdServer::End::kPortGone);

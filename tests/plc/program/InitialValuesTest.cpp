@@ -45,7 +45,7 @@ std::string ComplaintAboutValue(std::string const& type, std::string const& valu
         static_cast<void>(plc::readProgramText(
             "[[variable]]\nname = 'v'\ntype = '" + type + "'\nvalue = " + value + "\n" + more, "p.toml"));
         return "";
-    } catch (plc::FileError const& fault) {
+    } catch (base::FileError const& fault) {
         return fault.what();
     }
 }
@@ -67,9 +67,9 @@ TEST(InitialValues, ThatDoNotFitAreRefused) {
               "p.toml:1: variable v: only an element or a member has a value");
     EXPECT_EQ(ComplaintAboutValue("ARRAY [0..1] OF INT", "[[1]]"),
               "p.toml:1: variable v: there is no element at position 0");
-    EXPECT_EQ(ComplaintAboutValue("ARRAY [0..1] OF INT", "[]"), "p.toml:4: \"value\" holds no value");
+    EXPECT_EQ(ComplaintAboutValue("ARRAY [0..1] OF INT", "[]"), "p.toml:4:9: 'value' holds no value");
     EXPECT_EQ(ComplaintAboutValue("ARRAY [0..1] OF INT", "[\n2026-01-01]"),
-              "p.toml:5: a value is a number, true, false, a text, or a list or table of them");
+              "p.toml:5:1: a value is a number, true, false, a text, or a list or table of them");
     EXPECT_EQ(ComplaintAboutValue("ARRAY [0..1] OF INT", "[1]", "listed_only = true\noffset = 0"),
               "p.toml:1: variable v is listed only: it needs an offset and has no value");
 }

@@ -1,7 +1,7 @@
 #include "tools/velk/cli/CommandLine.h"
 
+#include "base/Signals.h"
 #include "host/services/Clock.h"
-#include "tools/velk/terminal/Interrupt.h"
 #include "tools/velk/terminal/Terminal.h"
 
 #include <gmock/gmock.h>
@@ -31,7 +31,7 @@ protected:
 
 private:
     velk::Terminal terminal_{velk::StreamKinds{}};
-    velk::Interrupt interrupt_;
+    base::Signals interrupt_;
     host::SteadyClock clock_;
     velk::Context context_{.terminal = terminal_, .interrupt = interrupt_, .clock = clock_};
 };

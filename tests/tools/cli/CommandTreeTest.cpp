@@ -1,11 +1,11 @@
 #include "tools/velk/cli/CommandTree.h"
 
+#include "base/Signals.h"
 #include "host/services/Clock.h"
 #include "tools/velk/cli/CommandLine.h"
 #include "tools/velk/cli/Completions.h"
 #include "tools/velk/cli/HelpFormatter.h"
 #include "tools/velk/cli/Manual.h"
-#include "tools/velk/terminal/Interrupt.h"
 #include "tools/velk/terminal/Terminal.h"
 #include "tools/velk/text/Wrapping.h"
 
@@ -220,7 +220,7 @@ protected:
     }
 
     velk::Terminal terminal{velk::StreamKinds{}};
-    velk::Interrupt interrupt;
+    base::Signals interrupt;
     host::SteadyClock clock;
     velk::Context context{.terminal = terminal, .interrupt = interrupt, .clock = clock};
     CommandInfo tree = velk::describeCommand(*velk::makeCommandTree(context));

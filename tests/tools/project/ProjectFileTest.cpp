@@ -12,7 +12,6 @@ namespace {
 
 using testing::ElementsAre;
 using velk::Project;
-using velk::ProjectFileError;
 using velk::readProjectText;
 
 using Lines = std::vector<std::string>;
@@ -21,7 +20,7 @@ using Lines = std::vector<std::string>;
 Lines complaintsAbout(std::string const& text) {
     try {
         readProjectText(text, "velk.toml");
-    } catch (ProjectFileError const& error) {
+    } catch (base::FileError const& error) {
         return error.complaints();
     }
     return {};
@@ -333,7 +332,7 @@ TEST(ProjectFile, ATextThatIsNoTomlIsToldWithItsPlace) {
 Lines complaintsAboutFile(std::string const& file) {
     try {
         velk::readProjectFile(file);
-    } catch (ProjectFileError const& error) {
+    } catch (base::FileError const& error) {
         return error.complaints();
     }
     return {};

@@ -28,36 +28,6 @@ TEST(Pattern, MatchesWholeNamesWhateverTheCase) {
     EXPECT_FALSE(velk::matches("A?C", "ac"));
 }
 
-TEST(SimilarNames, FindSlipsOfTheKeyboard) {
-    Texts const names{"PLC_PRG.Counter", "PLC_PRG.Pieces", "PLC_PRG.Count"};
-    EXPECT_THAT(velk::similarNames("PLC_PRG.Conter", names), ElementsAre("PLC_PRG.Counter", "PLC_PRG.Count"));
-    EXPECT_THAT(velk::similarNames("Counter", names), ElementsAre("PLC_PRG.Counter"))
-        << "the program's name is easily left out";
-    EXPECT_THAT(velk::similarNames("Conter", names), ElementsAre("PLC_PRG.Counter")) << "a slip in the rest of it";
-    EXPECT_THAT(velk::similarNames("Zzz", names), ElementsAre());
-}
-
-TEST(SimilarNames, TakeSwappedNeighboursForOneSlip) {
-    Texts const names{"read", "write", "trace"};
-    EXPECT_THAT(velk::similarNames("raed", names), ElementsAre("read"));
-    EXPECT_THAT(velk::similarNames("raedx", names), ElementsAre()) << "two slips are too many for five letters";
-    EXPECT_THAT(velk::similarNames("rtace", names), ElementsAre("trace"));
-    EXPECT_THAT(velk::similarNames("daer", names), ElementsAre()) << "these are not neighbours";
-}
-
-TEST(SimilarNames, AreSaidAsAQuestion) {
-    EXPECT_EQ(velk::didYouMean("bauds", Texts{"baud", "port"}), "; did you mean baud?");
-    EXPECT_EQ(velk::didYouMean("xyz", Texts{"baud", "port"}), "");
-}
-
-TEST(OrList, ReadsAsEnglish) {
-    EXPECT_EQ(velk::orList(Texts{}), "");
-    EXPECT_EQ(velk::orList(Texts{"a"}), "a");
-    EXPECT_EQ(velk::orList(Texts{"a", "b"}), "a or b");
-    EXPECT_EQ(velk::orList(Texts{"a", "b", "c"}), "a, b or c");
-    EXPECT_EQ(velk::andList(Texts{"a", "b", "c"}), "a, b and c");
-}
-
 class SymbolTable : public testing::Test {
 protected:
     [[nodiscard]] Texts matching(char const* pattern) const {

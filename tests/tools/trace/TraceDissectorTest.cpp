@@ -1,3 +1,4 @@
+#include "tests/support/TempDir.h"
 #include "tests/tools/trace/Frames.h"
 #include "tools/velk/trace/TraceKind.h"
 
@@ -36,12 +37,7 @@ std::string OutputOf(std::string const& command) {
 /** A capture file, and tshark with the dissector to look at it. */
 class Dissector : public testing::Test {
 protected:
-    Dissector() {
-        std::string pattern = (std::filesystem::temp_directory_path() / "velk-dissector-XXXXXX").string();
-        folder_ = ::mkdtemp(pattern.data());
-        bytes_ = format_->begin({.at = kStart, .program = "velk 1"});
-    }
-    ~Dissector() override { std::filesystem::remove_all(folder_); }
+    Dissector() { bytes_ = format_->begin({.at = kStart, .program = "velk 1"}); }
 
     void SetUp() override {
         if (std::system("command -v tshark >/dev/null 2>&1") != 0) { // NOLINT(cert-env33-c): a literal
@@ -74,7 +70,8 @@ protected:
 private:
     static constexpr std::int64_t kStart = 1'795'260'858'000'000;
 
-    std::filesystem::path folder_;
+    velktest::TempDir temporary_;
+    std::filesystem::path folder_ = temporary_.Path();
     std::unique_ptr<TraceFormat> format_ = velk::trace::makeTraceFormat(TraceKind::Pcapng);
     Conversation conversation_;
     std::string bytes_;

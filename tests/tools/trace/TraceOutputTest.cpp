@@ -1,10 +1,11 @@
 #include "tools/velk/trace/TraceOutput.h"
 
+#include "base/Signals.h"
+#include "tests/support/TempDir.h"
 #include "tests/tools/trace/Frames.h"
 #include "tools/velk/context/CommandError.h"
 #include "tools/velk/context/Context.h"
 #include "tools/velk/project/Settings.h"
-#include "tools/velk/terminal/Interrupt.h"
 #include "tools/velk/terminal/Terminal.h"
 
 #include <gtest/gtest.h>
@@ -103,12 +104,6 @@ public:
 /** A context in a folder that goes with the test. */
 class InContext : public testing::Test {
 protected:
-    InContext() {
-        std::string pattern = (std::filesystem::temp_directory_path() / "velk-trace-XXXXXX").string();
-        folder = ::mkdtemp(pattern.data());
-    }
-    ~InContext() override { std::filesystem::remove_all(folder); }
-
     void want(std::string const& name) {
         auto options = std::make_shared<TraceOptions>();
         options->file = (folder / name).string();
@@ -120,9 +115,10 @@ protected:
         return {std::istreambuf_iterator<char>(file), {}};
     }
 
-    std::filesystem::path folder;
+    velktest::TempDir temporary;
+    std::filesystem::path folder = temporary.Path();
     velk::Terminal terminal{velk::StreamKinds{}};
-    velk::Interrupt interrupt;
+    base::Signals interrupt;
     StillClock clock;
     velk::Context context{.terminal = terminal, .interrupt = interrupt, .clock = clock};
     velk::Settings settings;

@@ -1,5 +1,7 @@
 #include "tools/velk/cli/CommandLine.h"
 
+#include "base/Complaints.h"
+#include "base/Signals.h"
 #include "tools/velk/cli/CompletionsCommand.h"
 #include "tools/velk/cli/HelpCommand.h"
 #include "tools/velk/cli/HelpFormatter.h"
@@ -18,8 +20,6 @@
 #include "tools/velk/commands/watch/WatchCommand.h"
 #include "tools/velk/commands/write/WriteCommand.h"
 #include "tools/velk/context/CommandError.h"
-#include "tools/velk/project/ProjectFile.h"
-#include "tools/velk/terminal/Interrupt.h"
 #include "tools/velk/terminal/Terminal.h"
 #include "tools/velk/text/Names.h"
 #include "tools/velk/text/Text.h"
@@ -133,7 +133,7 @@ ExitCode runCommandLine(std::vector<std::string> const& arguments, Context& cont
     try {
         ExitCode const answer = parseAndRun(arguments, context);
         return context.interrupt.requested() ? ExitCode::Interrupted : answer;
-    } catch (ProjectFileError const& error) {
+    } catch (base::FileError const& error) {
         if (context.interrupt.requested()) { // while it waited for a pipe
             return ExitCode::Interrupted;
         }

@@ -1,12 +1,12 @@
 #include "tools/velk/commands/ConsoleCommand.h"
 
+#include "base/Signals.h"
 #include "host/instance/DriverFailure.h"
 #include "host/instance/ModuleConsole.h"
 #include "interfaces/IProtocol.h"
 #include "tools/velk/commands/flags/LineFlags.h"
 #include "tools/velk/context/Context.h"
 #include "tools/velk/line/Session.h"
-#include "tools/velk/terminal/Interrupt.h"
 #include "tools/velk/terminal/LineEditor.h"
 #include "tools/velk/terminal/Terminal.h"
 #include "tools/velk/text/Text.h"

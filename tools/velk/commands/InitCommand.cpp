@@ -1,5 +1,6 @@
 #include "tools/velk/commands/InitCommand.h"
 
+#include "base/Signals.h"
 #include "host/ports/LineSettings.h"
 #include "tools/velk/commands/flags/LineFlags.h"
 #include "tools/velk/context/Choices.h"
@@ -9,7 +10,6 @@
 #include "tools/velk/project/ProjectText.h"
 #include "tools/velk/project/Settings.h"
 #include "tools/velk/project/WholeFile.h"
-#include "tools/velk/terminal/Interrupt.h"
 #include "tools/velk/terminal/Terminal.h"
 #include "tools/velk/text/Names.h"
 #include "tools/velk/text/Text.h"

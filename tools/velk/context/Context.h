@@ -10,9 +10,12 @@
 #include <string>
 #include <vector>
 
+namespace base {
+class Signals;
+}
+
 namespace velk {
 
-class Interrupt;
 class Terminal;
 struct Settings;
 
@@ -21,7 +24,7 @@ struct Context {
     using Action = std::function<ExitCode()>;
 
     Terminal& terminal;
-    Interrupt& interrupt;
+    base::Signals& interrupt;
     host::Clock& clock;
 
     LineOptions options{}; ///< as given on the command line

@@ -1,5 +1,6 @@
 #include "tools/velk/line/Session.h"
 
+#include "base/Signals.h"
 #include "host/instance/ModuleFile.h"
 #include "host/values/TagAddress.h"
 #include "interfaces/ITag.h"
@@ -7,7 +8,6 @@
 #include "tools/velk/context/Context.h"
 #include "tools/velk/line/Advice.h"
 #include "tools/velk/line/SetAside.h"
-#include "tools/velk/terminal/Interrupt.h"
 #include "tools/velk/text/Text.h"
 
 #include <fmt/format.h>

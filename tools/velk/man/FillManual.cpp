@@ -1,10 +1,10 @@
 // Fills the templates of the manual pages when the program is built: fill-manual TEMPLATE OUTPUT
 
+#include "base/Signals.h"
 #include "host/services/Clock.h"
 #include "tools/velk/cli/CommandLine.h"
 #include "tools/velk/cli/CommandTree.h"
 #include "tools/velk/cli/Manual.h"
-#include "tools/velk/terminal/Interrupt.h"
 #include "tools/velk/terminal/Terminal.h"
 
 #include <cstdio>
@@ -40,7 +40,7 @@ int main(int count, char** arguments) {
     }
     try {
         velk::Terminal terminal{velk::StreamKinds{}};
-        velk::Interrupt interrupt;
+        base::Signals interrupt;
         host::SteadyClock clock;
         velk::Context context{.terminal = terminal, .interrupt = interrupt, .clock = clock};
         velk::CommandInfo const tree = velk::describeCommand(*velk::makeCommandTree(context));

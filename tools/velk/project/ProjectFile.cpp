@@ -1,11 +1,11 @@
 #include "tools/velk/project/ProjectFile.h"
 
+#include "base/TomlSection.h"
+#include "base/WholeFile.h"
 #include "host/ports/LineSettings.h"
 #include "host/ports/PortNames.h"
 #include "tools/velk/context/Choices.h"
 #include "tools/velk/project/DriverType.h"
-#include "tools/velk/project/TomlSection.h"
-#include "tools/velk/project/WholeFile.h"
 #include "tools/velk/text/Names.h"
 #include "tools/velk/text/Text.h"
 
@@ -16,14 +16,6 @@
 
 namespace velk {
 namespace {
-
-std::string joined(std::vector<std::string> const& lines) {
-    std::string text;
-    for (std::string const& line : lines) {
-        text += (text.empty() ? "" : "\n") + line;
-    }
-    return text;
-}
 
 /** Whether "192.168.0.1" is written right. */
 bool isAddress(std::string_view text) {
@@ -45,21 +37,21 @@ bool isAddress(std::string_view text) {
     }
 }
 
+using base::TomlSection;
+
 /** Reads one project file; what is wrong is complained about, and reading goes on. */
 class Reader {
 public:
-    Reader(toml::table const& file, Complaints& complaints, std::filesystem::path folder)
-        : top_(file, "the project file", complaints), folder_(std::move(folder)) {
+    explicit Reader(std::filesystem::path folder) : folder_(std::move(folder)) {
         project_.config.uart.clear(); // no port but the one that the file or a flag names
     }
 
-    Project read() {
-        top_.section("line", [&](TomlSection& line) { readLine(line); });
-        top_.sections("station", [&](TomlSection& station) { readStation(station); });
-        top_.section("defaults", [&](TomlSection& defaults) { readDefaults(defaults); });
-        top_.section("storage", [&](TomlSection& storage) { readStorage(storage); });
-        top_.sections("tag", [&](TomlSection& tag) { readTag(tag); });
-        top_.refuseOtherKeys();
+    Project read(TomlSection& top) {
+        top.section("line", [&](TomlSection& line) { readLine(line); });
+        top.sections("station", [&](TomlSection& station) { readStation(station); });
+        top.section("defaults", [&](TomlSection& defaults) { readDefaults(defaults); });
+        top.section("storage", [&](TomlSection& storage) { readStorage(storage); });
+        top.sections("tag", [&](TomlSection& tag) { readTag(tag); });
         return std::move(project_);
     }
 
@@ -78,7 +70,6 @@ private:
     host::NodeOverrides nodeSettings(TomlSection& section);
     std::optional<int> stationNode(TomlSection& section);
 
-    TomlSection top_;
     std::filesystem::path folder_;
     Project project_;
 };
@@ -299,9 +290,6 @@ void Reader::readTag(TomlSection& section) {
 
 } // namespace
 
-ProjectFileError::ProjectFileError(std::vector<std::string> complaints)
-    : std::runtime_error(joined(complaints)), complaints_(std::move(complaints)) {}
-
 std::string addressFault(std::string_view address) {
     return isAddress(address) ? "" : "'" + std::string(address) + "' is no address; it has to be like 192.168.0.1";
 }
@@ -323,25 +311,15 @@ std::string stationNameFault(std::string const& name) {
 }
 
 Project readProjectText(std::string_view text, std::string const& name, std::filesystem::path const& folder) {
-    Complaints complaints(name);
-    try {
-        toml::table const file = toml::parse(text, name);
-        Project project = Reader(file, complaints, folder).read();
-        if (!complaints.empty()) {
-            throw ProjectFileError(complaints.lines());
-        }
-        return project;
-    } catch (toml::parse_error const& error) {
-        complaints.add(error.source().begin, std::string(error.description()));
-        throw ProjectFileError(complaints.lines());
-    }
+    return base::readToml(text, base::Complaints(name), "the project file",
+                          [&](TomlSection& top) { return Reader(folder).read(top); });
 }
 
 Project readProjectFile(std::filesystem::path const& file) {
     constexpr std::size_t kMostBytes = 16UL * 1024 * 1024;
-    base::Result<std::string> const text = readWholeFile(file, kMostBytes);
+    base::Result<std::string> const text = base::readWholeFile(file, kMostBytes);
     if (!text.ok()) {
-        throw ProjectFileError({file.string() + ": the project file cannot be read: " + text.failure().text});
+        throw base::FileError({file.string() + ": the project file cannot be read: " + text.failure().text});
     }
     std::error_code error;
     return readProjectText(text.value(), file.string(), std::filesystem::absolute(file, error).parent_path());

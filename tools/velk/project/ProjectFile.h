@@ -1,10 +1,10 @@
 #pragma once
 
+#include "base/Complaints.h"
 #include "host/instance/ConfigText.h"
 
 #include <filesystem>
 #include <optional>
-#include <stdexcept>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -45,17 +45,7 @@ std::string portFault(std::string const& port);
 /** What is wrong with the name of a station; nothing when nothing is, or when it is empty. */
 std::string stationNameFault(std::string const& name);
 
-/** Everything that is wrong in a project file, a line each: "velk.toml:12:7: ...". */
-class ProjectFileError : public std::runtime_error {
-public:
-    explicit ProjectFileError(std::vector<std::string> complaints);
-    [[nodiscard]] std::vector<std::string> const& complaints() const { return complaints_; }
-
-private:
-    std::vector<std::string> complaints_;
-};
-
-/** Reads a project file; paths in it are relative to its folder. Throws ProjectFileError. */
+/** Reads a project file; paths in it are relative to its folder. Throws base::FileError. */
 Project readProjectFile(std::filesystem::path const& file);
 
 /** The same from a text; @p name stands in the complaints. */

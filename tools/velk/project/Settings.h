@@ -38,7 +38,7 @@ struct Settings {
 /** Where the module keeps the symbol file of a node. */
 std::filesystem::path storedSymbolFile(Settings const& settings, int node);
 
-/** The settings from the project file, where there is one, and the flags. Throws CommandError and ProjectFileError. */
+/** The settings from the project file, where there is one, and the flags. Throws CommandError and base::FileError. */
 Settings loadSettings(LineOptions const& options);
 
 /** The settings of a command with a line. The same, and there has to be a port and a storage. */

@@ -15,31 +15,6 @@
 namespace velk {
 namespace {
 
-base::Failure systemFailure(int error) {
-    return base::Failure{base::FailureKind::File, std::strerror(error)};
-}
-
-base::Failure tooLarge(std::size_t most) {
-    constexpr std::size_t kMebibyte = 1024UL * 1024;
-    return base::Failure{base::FailureKind::File, most % kMebibyte == 0
-                                                      ? fmt::format("it is larger than {} MiB", most / kMebibyte)
-                                                      : fmt::format("it is larger than {} bytes", most)};
-}
-
-/** A device has no end, and opening one may already do something to it. */
-base::Outcome canBeRead(struct stat const& status, std::size_t most) {
-    if (S_ISDIR(status.st_mode)) {
-        return base::Failure{base::FailureKind::File, "it is a directory"};
-    }
-    if (!S_ISREG(status.st_mode) && !S_ISFIFO(status.st_mode)) {
-        return base::Failure{base::FailureKind::File, "it is a device, not a file"};
-    }
-    if (S_ISREG(status.st_mode) && static_cast<std::size_t>(status.st_size) > most) {
-        return tooLarge(most);
-    }
-    return {};
-}
-
 /** A file with a name of its own beside another one; gone with this object unless it was given that one's name. */
 class TemporaryFile {
 public:
@@ -152,35 +127,6 @@ base::Outcome writeWholeFile(std::filesystem::path const& file, std::string_view
     }
     syncFolderOf(target);
     return {};
-}
-
-base::Result<std::string> readWholeFile(std::filesystem::path const& file, std::size_t most) {
-    struct stat status {};
-    if (stat(file.c_str(), &status) != 0) {
-        return systemFailure(errno);
-    }
-    if (base::Outcome const readable = canBeRead(status, most); !readable.ok()) {
-        return readable.failure();
-    }
-    base::FileDescriptor const descriptor(::open(file.c_str(), O_RDONLY | O_CLOEXEC));
-    if (!descriptor.isOpen()) {
-        return systemFailure(errno);
-    }
-    std::string content;
-    std::array<char, 65'536> piece;
-    while (true) {
-        ssize_t const count = ::read(descriptor.get(), piece.data(), piece.size());
-        if (count < 0) {
-            return systemFailure(errno);
-        }
-        if (count == 0) {
-            return content;
-        }
-        content.append(piece.data(), static_cast<std::size_t>(count));
-        if (content.size() > most) { // what grows meanwhile, or has no size
-            return tooLarge(most);
-        }
-    }
 }
 
 } // namespace velk

@@ -1,6 +1,6 @@
 #include "tools/velk/terminal/LineEditor.h"
 
-#include "tools/velk/terminal/Interrupt.h"
+#include "base/Signals.h"
 
 #include <array>
 #include <cerrno>
@@ -68,7 +68,7 @@ void takeTerminalBack() {
 } // namespace
 
 LineEditor::LineEditor(bool editing, std::filesystem::path history, std::vector<std::string> words,
-                       Interrupt& interrupt)
+                       base::Signals& interrupt)
     : editing_(editing), history_(std::move(history)), interrupt_(interrupt) {
     edited() = {};
     edited().words = std::move(words);
@@ -97,11 +97,11 @@ std::optional<std::string> LineEditor::edit(std::string const& prompt) {
     edited().hasLine = false;
     rl_callback_handler_install(prompt.c_str(), takeLine);
     while (!edited().hasLine && !edited().ended) {
-        if (!interrupt_.waitForEither(STDIN_FILENO, resumption_.descriptor())) {
+        if (!interrupt_.waitForInputOrResumption(STDIN_FILENO)) {
             rl_callback_handler_remove(); // gives the terminal back
             return std::nullopt;
         }
-        if (resumption_.take()) {
+        if (interrupt_.takeResumption()) {
             takeTerminalBack();
         } else {
             rl_callback_read_char();

@@ -1,15 +1,15 @@
 #pragma once
 
-#include "tools/velk/terminal/Resumption.h"
-
 #include <filesystem>
 #include <optional>
 #include <string>
 #include <vector>
 
-namespace velk {
+namespace base {
+class Signals;
+}
 
-class Interrupt;
+namespace velk {
 
 /**
  * Reads lines from standard input: on a terminal with editing, history and completion, else as they come.
@@ -23,7 +23,7 @@ public:
      * @param history file that keeps the lines for the next time; empty for none
      * @param words what the first word of a line is completed to
      */
-    LineEditor(bool editing, std::filesystem::path history, std::vector<std::string> words, Interrupt& interrupt);
+    LineEditor(bool editing, std::filesystem::path history, std::vector<std::string> words, base::Signals& interrupt);
     ~LineEditor();
     LineEditor(LineEditor const&) = delete;
     LineEditor& operator=(LineEditor const&) = delete;
@@ -37,8 +37,7 @@ private:
 
     bool editing_;
     std::filesystem::path history_;
-    Interrupt& interrupt_;
-    Resumption resumption_;
+    base::Signals& interrupt_;
     std::string unread_; ///< bytes behind the last line
     bool inputEnded_ = false;
 };

@@ -1,7 +1,7 @@
 #include "tools/velk/terminal/Terminal.h"
 
+#include "base/Signals.h"
 #include "tools/velk/context/CommandError.h"
-#include "tools/velk/terminal/Interrupt.h"
 #include "tools/velk/text/Fitting.h"
 
 #include <algorithm>
@@ -137,7 +137,7 @@ std::string Terminal::colouredError(Colour colour, std::string_view text) const 
     return inColour(kinds_.errorIsTerminal && kinds_.coloursWanted, colour, text);
 }
 
-std::optional<std::string> Terminal::ask(std::string_view question, Interrupt& interrupt) {
+std::optional<std::string> Terminal::ask(std::string_view question, base::Signals& interrupt) {
     clearStatus();
     toError(question);
     std::string line;

@@ -4,9 +4,11 @@
 #include <string>
 #include <string_view>
 
-namespace velk {
+namespace base {
+class Signals;
+}
 
-class Interrupt;
+namespace velk {
 
 enum class Colour { None, Red, Green, Yellow, Cyan, Bold, Dim };
 
@@ -74,7 +76,7 @@ public:
      * Asks on standard error and reads a line from standard input, without its end. Nothing at the end of the input.
      * Throws CommandError when it is interrupted.
      */
-    std::optional<std::string> ask(std::string_view question, Interrupt& interrupt);
+    std::optional<std::string> ask(std::string_view question, base::Signals& interrupt);
 
     /** Whether ask() came to the end of the input; the last answer may be half a line then. */
     [[nodiscard]] bool inputEnded() const { return inputEnded_; }

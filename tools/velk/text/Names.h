@@ -1,35 +1,22 @@
 #pragma once
 
-#include <span>
-#include <string>
+#include "base/Names.h"
+
 #include <string_view>
-#include <vector>
 
 namespace velk {
 
-/** @p text in upper case; PLC names do not tell the two cases of a letter apart. */
-std::string upperCase(std::string_view text);
-
-/** Whether both are the same but for the case of their letters. */
-bool sameName(std::string_view one, std::string_view other);
+using base::andList;
+using base::didYouMean;
+using base::orList;
+using base::sameName;
+using base::similarNames;
+using base::upperCase;
 
 /** True for a text with "*", "?" or "[" in it. */
 bool isPattern(std::string_view text);
 
 /** Whether a name matches a pattern, whatever the case: "*" any characters, "?" one, "[a-c]" one of these. */
 bool matches(std::string_view pattern, std::string_view name);
-
-/** Those of @p candidates that somebody may have meant who wrote @p name, the likeliest first; at most @p most. */
-std::vector<std::string> similarNames(std::string_view name, std::span<std::string const> candidates,
-                                      std::size_t most = 3);
-
-/** "a", "a or b", "a, b or c". */
-std::string orList(std::span<std::string const> texts);
-
-/** "a", "a and b", "a, b and c". */
-std::string andList(std::span<std::string const> texts);
-
-/** "; did you mean X?" with the names much like @p name, or nothing. */
-std::string didYouMean(std::string_view name, std::span<std::string const> candidates);
 
 } // namespace velk

@@ -1,5 +1,7 @@
 #include "tools/velk/commands/simulate/PlcPort.h"
 
+#include "base/FileDescriptor.h"
+#include "tests/support/TempDir.h"
 #include "tools/velk/context/CommandError.h"
 
 #include <gtest/gtest.h>
@@ -17,12 +19,6 @@ using velk::simulation::PlcPort;
 
 class PlcPorts : public testing::Test {
 protected:
-    PlcPorts() {
-        std::string pattern = (std::filesystem::temp_directory_path() / "velk-port-XXXXXX").string();
-        folder = ::mkdtemp(pattern.data());
-    }
-    ~PlcPorts() override { std::filesystem::remove_all(folder); }
-
     [[nodiscard]] velk::ExitCode codeOf(PlcOptions const& asked) {
         try {
             PlcPort const port(asked, {.baud = 9'600});
@@ -43,7 +39,8 @@ protected:
         EXPECT_EQ(std::filesystem::read_symlink(link), target);
     }
 
-    std::filesystem::path folder;
+    velktest::TempDir temporary;
+    std::filesystem::path folder = temporary.Path();
     PlcOptions options;
     std::string complaint;
 };
@@ -51,7 +48,8 @@ protected:
 TEST_F(PlcPorts, APseudoTerminalHasTheSpeedOfTheLine) {
     PlcPort const port(options, {.baud = 9'600});
     EXPECT_TRUE(port.isPseudoTerminal());
-    plc::Descriptor const slave(::open(port.name().c_str(), O_RDWR | O_NOCTTY | O_CLOEXEC), port.name());
+    base::FileDescriptor const slave =
+        base::openedOrThrow(::open(port.name().c_str(), O_RDWR | O_NOCTTY | O_CLOEXEC), port.name());
     termios settings{};
     ASSERT_EQ(::tcgetattr(slave.get(), &settings), 0);
     EXPECT_EQ(::cfgetospeed(&settings), static_cast<speed_t>(B9600));

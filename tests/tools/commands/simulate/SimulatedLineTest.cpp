@@ -1,6 +1,7 @@
 #include "tools/velk/commands/simulate/SimulatedLine.h"
 
 #include "plc/files/LineFile.h"
+#include "tests/support/TempDir.h"
 #include "tools/velk/context/CommandError.h"
 
 #include <gtest/gtest.h>
@@ -21,8 +22,6 @@ using velk::simulation::Plan;
 class PlcPlan : public testing::Test {
 protected:
     PlcPlan() {
-        std::string pattern = (std::filesystem::temp_directory_path() / "velk-plan-XXXXXX").string();
-        folder = ::mkdtemp(pattern.data());
         write("program.toml", "project_id = 7\n[[variable]]\nname = 'Level'\ntype = 'INT'\n");
         write("other.toml", "project_id = 99\n");
         write("line.toml", "framing = 'ABB_RS232_AC'\nbaud = 9600\n"
@@ -30,7 +29,6 @@ protected:
                            "[[station]]\nname = 'oven'\nrouting_levels = 1\nfault = [{ kind = 'late' }]\n");
         options.project = path("line.toml");
     }
-    ~PlcPlan() override { std::filesystem::remove_all(folder); }
 
     void write(std::string const& name, std::string_view text) const { std::ofstream(folder / name) << text; }
     [[nodiscard]] std::string path(std::string const& name) const { return (folder / name).string(); }
@@ -42,10 +40,13 @@ protected:
         } catch (velk::CommandError const& error) {
             EXPECT_EQ(error.code(), velk::ExitCode::Usage);
             return error.what();
+        } catch (base::FileError const& error) {
+            return error.what();
         }
     }
 
-    std::filesystem::path folder;
+    velktest::TempDir temporary;
+    std::filesystem::path folder = temporary.Path();
     PlcOptions options;
 };
 
@@ -204,7 +205,7 @@ TEST_F(PlcPlan, WhatIsWrongIsRefused) {
     EXPECT_EQ(complaint(), "--bad-quality: there is no variable Pressure");
     options.badQuality.clear();
     options.faults = {"kind = 'x'"};
-    EXPECT_TRUE(complaint().starts_with("--fault:1: \"kind\" names no fault; it can be silent, ")) << complaint();
+    EXPECT_TRUE(complaint().starts_with("--fault:1:8: 'kind' is 'x'; it has to be silent, ")) << complaint();
     options.faults = {"kind = 'bad_quality', variable = 'Pressure'"};
     EXPECT_EQ(complaint(), "--fault: there is no variable Pressure");
     options.faults = {"kind = 'bad_quality', variable = 'Level'"};
@@ -213,7 +214,7 @@ TEST_F(PlcPlan, WhatIsWrongIsRefused) {
     EXPECT_EQ(complaint(), "--fault: there is no variable Level");
     options.station.reset();
     options.faults = {"kind = 'late', item = 1"};
-    EXPECT_EQ(complaint(), "--fault:1: \"item\" means nothing to late, only to bad_quality");
+    EXPECT_EQ(complaint(), "--fault:1:23: 'item' means nothing to late, only to bad_quality");
     options.faults.clear();
     options.replaceProgram = {"x"};
     EXPECT_EQ(complaint(), "--replace-program: 'x' is not written as 30s or 30s:FILE");
@@ -227,7 +228,8 @@ TEST_F(PlcPlan, WhatIsWrongIsRefused) {
     EXPECT_EQ(complaint(), "a line has one station, and only with the routed framing more");
     options.framing.reset();
     write("line.toml", "framing = 'Smoke'\n");
-    EXPECT_EQ(complaint(), path("line.toml") + ":1: \"framing\" must be Serial_RS232 or ABB_RS232_AC");
+    EXPECT_EQ(complaint(),
+              path("line.toml") + ":1:11: 'framing' is 'Smoke'; it has to be Serial_RS232 or ABB_RS232_AC");
 }
 
 TEST_F(PlcPlan, IsToldInAFewLines) {

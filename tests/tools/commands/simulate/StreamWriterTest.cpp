@@ -1,6 +1,6 @@
 #include "tools/velk/commands/simulate/StreamWriter.h"
 
-#include "plc/ports/Descriptor.h"
+#include "base/FileDescriptor.h"
 #include "plc/ports/PseudoTerminal.h"
 #include "tools/velk/context/CommandError.h"
 
@@ -77,8 +77,8 @@ TEST(StreamWriter, LeavesTheModeOfTheStreamAlone) {
 
 TEST(StreamWriter, DoesNotWaitForATerminalThatIsNotRead) {
     plc::PseudoTerminal const terminal;
-    plc::Descriptor const slave(::open(terminal.slaveName().c_str(), O_RDWR | O_NOCTTY | O_CLOEXEC),
-                                terminal.slaveName());
+    base::FileDescriptor const slave =
+        base::openedOrThrow(::open(terminal.slaveName().c_str(), O_RDWR | O_NOCTTY | O_CLOEXEC), terminal.slaveName());
     StreamWriter writer(slave.get());
     writer.put(std::string(1'000'000, 'x'));
     EXPECT_TRUE(writer.write());

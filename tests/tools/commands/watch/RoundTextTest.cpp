@@ -1,5 +1,6 @@
 #include "tools/velk/commands/watch/RoundText.h"
 
+#include "tests/support/TempDir.h"
 #include "tools/velk/commands/watch/ValueFile.h"
 
 #include <gtest/gtest.h>
@@ -55,14 +56,13 @@ TEST_F(RoundText, JsonOfARound) {
 }
 
 TEST_F(RoundText, AFileOfValuesHasItsHeadOnceAndTheReasons) {
-    std::filesystem::path const name = std::filesystem::path(testing::TempDir()) / "velk-round-text.csv";
-    std::filesystem::remove(name);
+    velktest::TempDir const folder;
+    std::string const name = folder.Path("values.csv");
     for (int run = 0; run < 2; ++run) {
-        ValueFile(name.string()).append({readings_.data() + run, 1});
+        ValueFile(name).append({readings_.data() + run, 1});
     }
     std::ostringstream text;
     text << std::ifstream(name, std::ios::binary).rdbuf();
-    std::filesystem::remove(name);
     EXPECT_EQ(text.str(), "time,station,name,value,status,reason\r\n"
                           "2023-11-14T22:13:20.000Z,press,Speed,7,good,\r\n"
                           "2023-11-14T22:13:20.000Z,oven,Level,,failed,\"worn, \"\"old\"\"\"\r\n");

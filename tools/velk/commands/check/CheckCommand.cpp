@@ -1,12 +1,12 @@
 #include "tools/velk/commands/check/CheckCommand.h"
 
+#include "base/Signals.h"
 #include "tools/velk/commands/check/CheckJson.h"
 #include "tools/velk/commands/check/CheckText.h"
 #include "tools/velk/commands/check/Scan.h"
 #include "tools/velk/commands/check/Walk.h"
 #include "tools/velk/commands/flags/LineFlags.h"
 #include "tools/velk/context/Context.h"
-#include "tools/velk/terminal/Interrupt.h"
 #include "tools/velk/terminal/Terminal.h"
 
 #include <fmt/format.h>

@@ -1,9 +1,9 @@
 #include "tools/velk/commands/check/Scan.h"
 
+#include "base/Signals.h"
 #include "tools/velk/commands/check/LineProgress.h"
 #include "tools/velk/context/Context.h"
 #include "tools/velk/line/Session.h"
-#include "tools/velk/terminal/Interrupt.h"
 
 #include <utility>
 

@@ -1,5 +1,6 @@
 #include "tools/velk/commands/simulate/PlcCommand.h"
 
+#include "base/Signals.h"
 #include "plc/line/Line.h"
 #include "plc/ports/FdServer.h"
 #include "tools/velk/commands/simulate/EventPrinter.h"
@@ -11,7 +12,6 @@
 #include "tools/velk/context/Choices.h"
 #include "tools/velk/context/CommandError.h"
 #include "tools/velk/context/Context.h"
-#include "tools/velk/terminal/Interrupt.h"
 #include "tools/velk/terminal/Terminal.h"
 #include "tools/velk/text/Interval.h"
 #include "tools/velk/text/Text.h"

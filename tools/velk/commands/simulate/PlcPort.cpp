@@ -6,7 +6,6 @@
 #include "host/ports/PseudoTerminal.h"
 #include "host/ports/Rs485.h"
 #include "host/ports/TerminalSettings.h"
-#include "plc/ports/Descriptor.h"
 #include "plc/ports/TerminalSpeed.h"
 #include "tools/velk/context/CommandError.h"
 

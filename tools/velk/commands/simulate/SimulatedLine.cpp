@@ -1,5 +1,6 @@
 #include "tools/velk/commands/simulate/SimulatedLine.h"
 
+#include "base/Complaints.h"
 #include "host/ports/LineSettings.h"
 #include "plc/files/LineFile.h"
 #include "plc/frames/PlcRouting.h"
@@ -32,8 +33,6 @@ template <typename Read>
 auto reading(Read&& read) {
     try {
         return std::forward<Read>(read)();
-    } catch (plc::FileError const& error) {
-        refuse(error.what());
     } catch (plc::DescriptionError const& error) {
         refuse(error.what());
     }
@@ -52,8 +51,8 @@ plc::LineDescription lineOfOneProgram(std::string_view text, std::string const& 
 
 /** The file that the other commands read is easily taken for the one that is played. */
 void refuseProjectFile(std::string const& text, std::string const& file) {
-    bool const described = plc::hasKey(text, file, "framing") || plc::hasKey(text, file, "variable");
-    if (!described && (plc::hasKey(text, file, "line") || plc::hasKey(text, file, "defaults"))) {
+    bool const described = plc::hasAnyKey(text, file, {"framing", "variable"});
+    if (!described && plc::hasAnyKey(text, file, {"line", "defaults"})) {
         refuse(file + ": this is a project file, which tells velk where the PLCs are; to be played, they have to be "
                       "described: see simulated-plc.md of the documents");
     }
@@ -224,7 +223,7 @@ plc::ProgramDescription downloadedAgain(plc::ProgramDescription program) {
 plc::ProgramDescription replacingProgram(std::string const& file) {
     try {
         return plc::readProgramFile(file);
-    } catch (plc::FileError const& error) {
+    } catch (base::FileError const& error) {
         refuse(fmt::format("--replace-program: {}", error.what()));
     }
 }

@@ -1,5 +1,6 @@
 #include "tools/velk/commands/watch/WatchCommand.h"
 
+#include "base/Signals.h"
 #include "tools/velk/commands/flags/LineFlags.h"
 #include "tools/velk/commands/watch/LineFigures.h"
 #include "tools/velk/commands/watch/RoundText.h"
@@ -10,9 +11,7 @@
 #include "tools/velk/context/Context.h"
 #include "tools/velk/line/Readings.h"
 #include "tools/velk/line/Session.h"
-#include "tools/velk/terminal/Interrupt.h"
 #include "tools/velk/terminal/LiveScreen.h"
-#include "tools/velk/terminal/Suspension.h"
 #include "tools/velk/terminal/Terminal.h"
 #include "tools/velk/text/Interval.h"
 #include "tools/velk/text/Text.h"
@@ -48,7 +47,7 @@ public:
         : options_(options), context_(context), settings_(readSettings(context)),
           list_(parseRequests(options.names, settings_)), several_(list_.nodes().size() > 1),
           figures_(settings_.config.baudrate, bitsPerByte(settings_.config.parity, settings_.config.stopbits),
-                   Suspension::microseconds),
+                   base::Signals::stoppedMicroseconds),
           attachment_(context.observers, figures_), live_(wantsTable(options, context)) {}
 
     ExitCode run();
@@ -81,7 +80,6 @@ private:
     Settings settings_;
     WatchList list_;
     bool several_; ///< stations
-    Suspension suspension_;
     LineFigures figures_;
     Attachment attachment_;
     bool live_;
@@ -128,7 +126,7 @@ std::unique_ptr<Session> Watch::makeSession() {
 
 /** Time in which the program was not stopped. */
 std::int64_t Watch::runningTime() const {
-    return context_.clock.microseconds() - Suspension::microseconds();
+    return context_.clock.microseconds() - base::Signals::stoppedMicroseconds();
 }
 
 bool Watch::isOver() const {
@@ -327,7 +325,7 @@ ScreenSize Watch::screenSize() const {
 }
 
 void Watch::noteSuspension() {
-    if (std::int64_t const stopped = Suspension::microseconds(); stopped != stoppedTime_) {
+    if (std::int64_t const stopped = base::Signals::stoppedMicroseconds(); stopped != stoppedTime_) {
         screen_.spoil(); // the shell has printed
         stoppedTime_ = stopped;
     }
