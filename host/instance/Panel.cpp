@@ -33,7 +33,7 @@ base::Result<std::unique_ptr<Panel>> Panel::create(PanelSettings const& settings
 }
 
 base::Outcome Panel::start() {
-    base::Outcome const started = driver_->start();
+    base::Outcome started = driver_->start();
     std::optional<base::Failure> reason = serial_.lastError();
     if (started.ok() || !reason) {
         return started;
