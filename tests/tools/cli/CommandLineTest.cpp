@@ -153,6 +153,7 @@ TEST_F(CommandLine, WrongWordsAreToldInOneVoiceAndWithTheirCommand) {
                   "trace"},
              Case{{"watch", "--count", "0"}, "--count: '0' is no number of rounds; it takes 1 or more", "watch"},
              Case{{"trace", "--"}, "COMMAND is missing", "trace"},
+             Case{{"read", "--port="}, "--port needs a value: PORT", "read"},
              Case{{"read", "-qp"}, "--port needs a value: PORT", "read"},
              Case{{"read", "X", "--port", "--", "Y"}, "--port needs a value: PORT", "read"},
              Case{{"config", "show", "a", "-f", "b"}, "FILE and --file do not go together", "config show"},

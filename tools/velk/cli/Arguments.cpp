@@ -97,8 +97,8 @@ void takeArguments(ChosenCommand const& chosen, ParsedWords const& parsed) {
             throw CommandError(ExitCode::Usage, fault + "\n" + chosen.path + " --help tells what it takes");
         }
     };
-    if (!parsed.openFlag.empty()) {
-        refuseIf(parsed.openFlag + " needs a value: " + command.findFlag(parsed.openFlag)->value.text());
+    if (parsed.openFlag != nullptr) {
+        refuseIf(parsed.openFlag->name + " needs a value: " + parsed.openFlag->value.text());
     }
     refuseIf(parsed.unknownFlag.empty() ? "" : noSuchFlag(command, parsed.unknownFlag));
     refuseIf(tooMany(command, parsed.words));

@@ -28,7 +28,7 @@ constexpr char const* kManual = "__manual";     ///< the build fills the templat
 std::string manual(Command const& root, Context& context) {
     std::vector<Argument> common = lineFlags(context);
     common.insert(common.begin(), *root.findFlag("--help"));
-    std::string const page(std::istreambuf_iterator<char>(std::cin), std::istreambuf_iterator<char>());
+    std::string const page{std::istreambuf_iterator<char>(std::cin), std::istreambuf_iterator<char>()};
     return fillManual(page, root, common, VELK_VERSION);
 }
 

@@ -14,11 +14,10 @@ CLI::Option* addFlag(CLI::App& parser, Argument const& flag) {
                : parser.add_option(names)->expected(1)->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
 }
 
-/** "--port" of "-qp": flags of one letter may stand together. */
-std::string lastFlag(Command const& command, std::string const& word) {
-    Argument const* const flag =
-        command.findFlag(word.starts_with("--") ? word : std::string("-") + (word.empty() ? ' ' : word.back()));
-    return flag == nullptr ? word : flag->name;
+/** "--port" of "--port=" and of "-qp": flags of one letter may stand together. */
+Argument const* lastFlag(Command const& command, std::string const& word) {
+    return word.starts_with("--") ? command.findFlag(word.substr(0, word.find('=')))
+                                  : command.findFlag(std::string("-") + (word.empty() ? ' ' : word.back()));
 }
 
 bool isFlag(std::string const& word) {
@@ -43,6 +42,9 @@ ParsedWords parseWords(Command const& command, std::span<std::string const> word
         parser.parse(front);
     } catch (CLI::ParseError const&) { // nothing else is required
         parsed.openFlag = lastFlag(command, *std::prev(dashes));
+        if (parsed.openFlag == nullptr) {
+            throw;
+        }
     }
     for (std::size_t i = 0; i < options.size(); ++i) {
         if (options[i]->count() > 0) {

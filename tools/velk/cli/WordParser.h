@@ -13,8 +13,8 @@ namespace velk {
 struct ParsedWords {
     std::map<std::string, std::vector<std::string>> flags; ///< values by name; "true" of a flag without one
     std::vector<std::string> words;
-    std::string unknownFlag{}; ///< the first one; empty for none
-    std::string openFlag{};    ///< the last word, when a value is missing behind it
+    std::string unknownFlag{};          ///< the first one; empty for none
+    Argument const* openFlag = nullptr; ///< the one whose value is missing behind the last word; null for none
 };
 
 /** Nothing is checked here: neither whether a value is right, nor what is missing or given twice. */

@@ -20,7 +20,7 @@ std::vector<Argument> traceFlags(Context& context) {
 
 Argument traceFormatFlag(std::string const& name, std::shared_ptr<trace::TraceOptions> const& options) {
     auto const take = [options](std::string const& format) {
-        options->format = format;
+        options->format = trace::traceKindNamed(format);
         return std::string();
     };
     return flag(name, std::vector<std::string>{"text", "jsonl", "pcapng"},
