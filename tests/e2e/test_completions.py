@@ -19,6 +19,10 @@ printf '%s\n' "${COMPREPLY[@]}"
 
 
 class Completions(ServiceTest):
+    def setUp(self):
+        super().setUp()
+        self.environment["PATH"] = f"{Path(PROGRAM).parent}:{self.environment['PATH']}"  # the shells call it
+
     def script(self, shell):
         done = self.run_velk(["completions", shell])
         self.assert_ends(done, GOOD)
@@ -32,8 +36,7 @@ class Completions(ServiceTest):
         script = self.folder / "velk.bash"
         script = script if script.exists() else self.script("bash")
         done = subprocess.run(["bash", "--norc", "-c", ASK, "bash", script, "velk", *words], cwd=self.folder,
-                              capture_output=True, text=True, timeout=60, check=True,
-                              env={**self.environment, "PATH": f"{Path(PROGRAM).parent}:{self.environment['PATH']}"})
+                              capture_output=True, text=True, timeout=60, check=True, env=self.environment)
         self.assertEqual(done.stderr, "")
         return {word.rstrip() for word in done.stdout.splitlines() if word}
 
@@ -84,8 +87,12 @@ class Completions(ServiceTest):
         shell.expect_exact("$ ")
         shell.sendline(f"source {script}; velk() {{ echo \"ran:$*:\"; }}; echo read''y")
         shell.expect("ready\r\n")
-        shell.send("velk symb\t--byte-o\tlit\t\r")
-        shell.expect("ran:symbols --byte-order little")
+        (self.folder / "plant of mine.toml").touch()
+        for typed, ran in (("velk symb\t--byte-o\tlit\t", "symbols --byte-order little"),
+                           ("velk check --parity=ev\t", "check --parity=even"),
+                           ("velk config check pla\t", "config check plant of mine.toml")):
+            shell.send(typed + "\r")
+            shell.expect_exact(f"ran:{ran}")
 
     def test_zsh_takes_its_script(self):
         require("zsh")
@@ -100,6 +107,8 @@ class Completions(ServiceTest):
     def test_zsh_completes_on_a_terminal(self):
         require("zsh")
         self.script("zsh").rename(self.folder / "_velk")
+        (self.folder / "plant of mine.toml").touch()
+        (self.folder / "folder").mkdir()
         import pexpect  # checked for by service
         shell = pexpect.spawn("zsh", ["-f"], cwd=str(self.folder), timeout=60, encoding="utf-8",
                               env={**self.environment, "PS1": "$ ", "TERM": "dumb"})
@@ -109,7 +118,11 @@ class Completions(ServiceTest):
         shell.expect("ready\r\n")
         for typed, ran in (("velk symb\t--byte-o\tlit\t", "symbols --byte-order little"),
                            ("velk trace -- symb\t--byte-o\tlit\t", "trace -- symbols --byte-order little"),
-                           ("velk trace -o t.txt -- conf\tsh\t", "trace -o t.txt -- config show")):
+                           ("velk trace -o t.txt -- conf\tsh\t", "trace -o t.txt -- config show"),
+                           ("velk config check pla\t", "config check plant of mine.toml"),
+                           ("velk read --file=pla\t", "read --file=plant of mine.toml"),
+                           ("velk read --storage fol\t", "read --storage folder"),  # without the sign that zsh takes back
+                           ("velk read --parity=ev\t", "read --parity=even")):
             shell.send(typed + "\r")
             shell.expect_exact(f"ran:{ran}:")
 
@@ -134,6 +147,39 @@ class Completions(ServiceTest):
                                   capture_output=True, text=True, timeout=60, check=True,
                                   env={**self.environment, "HOME": str(self.folder)})
             self.assertEqual({each.split("\t")[0] for each in done.stdout.splitlines()}, wanted, line)
+
+    def test_values_in_the_word_of_their_flag(self):
+        """bash cuts words at "=", and asks for what is behind it."""
+        (self.folder / "plant.toml").touch()
+        self.assertEqual(self.complete("check", "--parity", "=", "e"), {"even"})
+        self.assertEqual(self.complete("check", "--parity", "="), {"none", "even", "odd", "mark"})
+        self.assertEqual(self.complete("check", "--file", "=", "pl"), {"plant.toml"})
+
+    def test_fish_completes_files_and_values_behind_a_sign(self):
+        script = self.script("fish")
+        (self.folder / "my plant.toml").touch()
+        (self.folder / "my storage").mkdir()
+        for line, wanted in (("velk config check my", {"my plant.toml", "my storage/"}),
+                             ("velk read --storage my", {"my storage/"}),
+                             ("velk read --file=my", {"--file=my plant.toml", "--file=my storage/"}),
+                             ("velk read --parity=o", {"--parity=odd"}), ("velk read -qp /dev/nul", {"/dev/null"})):
+            done = subprocess.run(["fish", "--no-config", "-c", f"source {script}; complete -C '{line}'"],
+                                  cwd=self.folder, capture_output=True, text=True, timeout=60, check=True,
+                                  env={**self.environment, "HOME": str(self.folder)})
+            self.assertEqual({each.split("\t")[0] for each in done.stdout.splitlines()}, wanted, line)
+
+    def test_a_shell_without_the_program_shows_nothing(self):
+        (self.folder / "bin").mkdir()
+        for tool in ("sed", "uname"):
+            (self.folder / "bin" / tool).symlink_to(shutil.which(tool))
+        shells = {shell: shutil.which(shell) for shell in ("bash", "fish")}
+        script = self.script("bash"), self.script("fish")
+        environment = {**self.environment, "PATH": str(self.folder / "bin"), "HOME": str(self.folder)}
+        for words in ([shells["bash"], "--norc", "-c", ASK, "bash", script[0], "velk", "re"],
+                      [shells["fish"], "--no-config", "-c", f"source {script[1]}; complete -C 'velk re'"]):
+            done = subprocess.run(words, cwd=self.folder, capture_output=True, text=True, timeout=60, env=environment,
+                                  check=False)
+            self.assertEqual((done.stdout.strip(), done.stderr), ("", ""), words[0])
 
     def test_wrong_usage(self):
         for words in (["completions"], ["completions", "tcsh"], ["completions", "bash", "zsh"]):

@@ -175,7 +175,7 @@ class NewProjectFile(ServiceTest):
         for question, answer in (("Line speed in bit/s [19200]", "9600"), ("or mark) [none]", "even"),
                                  ("Stop bits [1]", "2"), ("[RS-232]", ""), ("(bare or routed) [routed]", ""),
                                  ("Levels of couplers on the way [0]", "1"), ("Coupler of level 1 [0]", "7"),
-                                 ("give a number, 0 to 6", "6"), ("Channel of the coupler of level 1 [0]", "3"),
+                                 ("it has to be 0 to 6", "6"), ("Channel of the coupler of level 1 [0]", "3"),
                                  ("Address behind the coupler of level 1 [0.0.0.0]", "10.0.0"),
                                  ("it has to be like 192.168.0.1", "10.0.0.1"), ("(big or little) [big]", ""),
                                  ("Bytes of a block [128]", ""), ("wait for an answer [10000]", ""),

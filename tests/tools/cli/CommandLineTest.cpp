@@ -133,16 +133,31 @@ TEST_F(CommandLine, WrongWordsAreToldInOneVoiceAndWithTheirCommand) {
              Case{{"read", "--trace", "a", "--trace", "b"}, "--trace is given more than once", "read"},
              Case{{"read", "--port"}, "--port needs a value: PORT", "read"},
              Case{{"read", "--json=x"}, "--json takes no value", "read"},
-             Case{{"plc", "x", "--seed", "x"}, "--seed is 'x'; it has to be a whole number", "plc"},
-             Case{{"read", "--stopbits", "3"}, "--stopbits is '3'; it has to be 1 to 2", "read"},
-             Case{{"read", "--stopbits", "x"}, "--stopbits is 'x'; it has to be 1 to 2", "read"},
-             Case{{"read", "--parity", "x"}, "--parity is 'x'; it has to be none, even, odd or mark", "read"},
+             Case{{"plc", "x", "--seed", "x"}, "--seed: 'x' is no whole number", "plc"},
+             Case{{"plc", "x", "--drop", "much"}, "--drop: 'much' is no share such as 1% or 0.01", "plc"},
+             Case{{"plc", "x", "--silent", "5s"},
+                  "--silent: '5s' is not written as 5s@60s (for 5 s, every 60 s), 5s@60s/once or always",
+                  "plc"},
+             Case{{"plc", "x", "--replace-program", "x"},
+                  "--replace-program: 'x' is not written as 30s or 30s:FILE",
+                  "plc"},
+             Case{{"plc", "x", "--restart", "1s", "--restart", "x"}, "--restart: 'x' is no time such as 30s", "plc"},
+             Case{{"plc", "x", "--for", "1"}, "--for: '1' is no time such as 500ms, 2s or 1min", "plc"},
+             Case{{"watch", "--every", "0s"}, "--every: '0s' is no interval such as 500ms, 2s or 1min", "watch"},
+             Case{{"read", "--baud", "x"}, "--baud: 'x' is no line speed", "read"},
+             Case{{"read", "--stopbits", "3"}, "--stopbits: '3' is wrong; it has to be 1 to 2", "read"},
+             Case{{"read", "--stopbits", "x"}, "--stopbits: 'x' is wrong; it has to be 1 to 2", "read"},
+             Case{{"read", "--parity", "x"}, "--parity: 'x' is wrong; it has to be none, even, odd or mark", "read"},
              Case{{"trace", "--format", "x", "--", "ports"},
-                  "--format is 'x'; it has to be text, jsonl or pcapng",
+                  "--format: 'x' is wrong; it has to be text, jsonl or pcapng",
                   "trace"},
              Case{{"watch", "--count", "0"}, "--count: '0' is no number of rounds; it takes 1 or more", "watch"},
              Case{{"trace", "--"}, "COMMAND is missing", "trace"},
-             Case{{"completions", "ksh"}, "SHELL is 'ksh'; it has to be bash, zsh or fish", "completions"},
+             Case{{"read", "--port="}, "--port needs a value: PORT", "read"},
+             Case{{"read", "-qp"}, "--port needs a value: PORT", "read"},
+             Case{{"read", "X", "--port", "--", "Y"}, "--port needs a value: PORT", "read"},
+             Case{{"config", "show", "a", "-f", "b"}, "FILE and --file do not go together", "config show"},
+             Case{{"completions", "ksh"}, "SHELL: 'ksh' is wrong; it has to be bash, zsh or fish", "completions"},
              Case{{"init", "--address1", "1.2.3"},
                   "--address1: '1.2.3' is no address; it has to be like 192.168.0.1",
                   "init"},
@@ -150,6 +165,32 @@ TEST_F(CommandLine, WrongWordsAreToldInOneVoiceAndWithTheirCommand) {
         EXPECT_EQ(run(each.words), ExitCode::Usage) << each.reason;
         EXPECT_EQ(output_, "");
         EXPECT_EQ(complaint_, "velk: " + each.reason + "\nvelk " + each.command + " --help tells what it takes\n");
+    }
+}
+
+TEST_F(CommandLine, WordsInBracketsStayWhole) {
+    EXPECT_EQ(run({"config", "check", "[a,b]"}), ExitCode::Usage);
+    EXPECT_THAT(complaint_, StartsWith("[a,b]: "));
+    EXPECT_EQ(run({"config", "check", "--", "-x,y"}), ExitCode::Usage);
+    EXPECT_THAT(complaint_, StartsWith("-x,y: "));
+}
+
+TEST_F(CommandLine, HelpCountsMoreThanWhatElseIsWrong) {
+    for (std::vector<std::string> const& words :
+         {std::vector<std::string>{"write", "--help"}, {"write", "--json", "-h", "X"}, {"write", "--nonsense", "-h"}}) {
+        EXPECT_EQ(run(words), ExitCode::Good);
+        EXPECT_THAT(output_, StartsWith("Usage: velk write "));
+        EXPECT_EQ(complaint_, "");
+    }
+}
+
+TEST_F(CommandLine, CompletionsAskTheProgram) {
+    EXPECT_EQ(run({"__complete", "config", "ch"}), ExitCode::Good);
+    EXPECT_EQ(output_, "check\tSay what is wrong in a project file, with line and column\n");
+    for (std::vector<std::string> const& words :
+         {std::vector<std::string>{"__complete"}, {"__complete", "nonsense", ""}, {"__complete", "-n", "--", "x"}}) {
+        EXPECT_EQ(run(words), ExitCode::Good);
+        EXPECT_EQ(complaint_, "");
     }
 }
 

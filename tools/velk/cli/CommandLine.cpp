@@ -2,131 +2,64 @@
 
 #include "base/Complaints.h"
 #include "base/Signals.h"
-#include "tools/velk/cli/CompletionsCommand.h"
-#include "tools/velk/cli/HelpCommand.h"
-#include "tools/velk/cli/HelpFormatter.h"
-#include "tools/velk/cli/MisplacedFlag.h"
-#include "tools/velk/cli/UsageText.h"
+#include "tools/velk/cli/Arguments.h"
+#include "tools/velk/cli/Candidates.h"
+#include "tools/velk/cli/ChosenCommand.h"
+#include "tools/velk/cli/CommandTree.h"
+#include "tools/velk/cli/Help.h"
+#include "tools/velk/cli/Manual.h"
 #include "tools/velk/cli/Version.h"
-#include "tools/velk/commands/ConfigCommand.h"
-#include "tools/velk/commands/ConsoleCommand.h"
-#include "tools/velk/commands/InitCommand.h"
-#include "tools/velk/commands/ReadCommand.h"
-#include "tools/velk/commands/TraceCommand.h"
-#include "tools/velk/commands/check/CheckCommand.h"
-#include "tools/velk/commands/ports/PortsCommand.h"
-#include "tools/velk/commands/simulate/PlcCommand.h"
-#include "tools/velk/commands/symbols/SymbolsCommand.h"
-#include "tools/velk/commands/watch/WatchCommand.h"
-#include "tools/velk/commands/write/WriteCommand.h"
+#include "tools/velk/commands/flags/LineFlags.h"
 #include "tools/velk/context/CommandError.h"
 #include "tools/velk/terminal/Terminal.h"
-#include "tools/velk/text/Names.h"
-#include "tools/velk/text/Text.h"
 
-#include <algorithm>
+#include <iostream>
+#include <iterator>
 #include <span>
-#include <sstream>
-#include <utility>
 
 namespace velk {
 namespace {
 
-/** In the order in which somebody at a machine needs them. */
-void addCommands(CLI::App& app, Context& context) {
-    addPortsCommand(app, context);
-    addInitCommand(app, context);
-    addCheckCommand(app, context);
-    addSymbolsCommand(app, context);
-    addReadCommand(app, context);
-    addWriteCommand(app, context);
-    addWatchCommand(app, context);
-    addConsoleCommand(app, context);
-    addTraceCommand(app, context);
-    addPlcCommand(app, context);
-    addConfigCommand(app, context);
-    addCompletionsCommand(app, context);
-    addHelpCommand(app, context);
+// Commands for programs, which no help names.
+constexpr char const* kComplete = "__complete"; ///< what may stand in place of the last one of the words behind it
+constexpr char const* kManual = "__manual";     ///< the build fills the templates of the manual pages with it
+
+/** The manual page of the template that comes in. */
+std::string manual(Command const& root, Context& context) {
+    std::vector<Argument> common = lineFlags(context);
+    common.insert(common.begin(), *root.findFlag("--help"));
+    std::string const page{std::istreambuf_iterator<char>(std::cin), std::istreambuf_iterator<char>()};
+    return fillManual(page, root, common, VELK_VERSION);
 }
 
-/** Answers what the parser itself has to say: help, the version, or a complaint about the words. */
-ExitCode answerParser(CLI::App const& app, CLI::ParseError const& answer, Terminal& terminal) {
-    std::ostringstream out;
-    std::ostringstream complaint;
-    if (app.exit(answer, out, complaint) == 0) {
-        terminal.out(out.str());
-        return ExitCode::Good;
-    }
-    std::string text = complaint.str();
-    text.erase(text.find_last_not_of('\n') + 1);
-    terminal.complain(text);
-    return ExitCode::Usage;
-}
-
-void refuseMisplacedFlag(CLI::App const& at, std::string const& path, std::span<std::string const> words) {
-    if (std::string const reason = misplacedFlag(at, path, words); !reason.empty()) {
-        throw CommandError(ExitCode::Usage, reason);
-    }
-}
-
-/** The parser would answer the help of what it knows, or ask for a command where one is misspelt. */
-void refuseUnknownCommand(CLI::App& app, std::span<std::string const> words) {
-    CLI::App* at = &app;
-    std::string path = app.get_name();
-    for (; !words.empty(); words = words.subspan(1)) {
-        std::string const& word = words.front();
-        std::vector<std::string> const commands = commandsOf(*at);
-        if (commands.empty()) {
-            return;
-        }
-        if (word.starts_with('-')) {
-            return refuseMisplacedFlag(*at, path, words);
-        }
-        if (std::find(commands.begin(), commands.end(), word) == commands.end()) {
-            throw CommandError(ExitCode::Usage, "there is no command '" + displayable(word) + "'" +
-                                                    didYouMean(word, commands) + "\n" + path +
-                                                    " --help lists the commands");
-        }
-        at = at->get_subcommand(word);
-        path += " " + word;
-    }
-}
-
-ExitCode parseAndRun(std::vector<std::string> words, Context& context) {
-    std::unique_ptr<CLI::App> const app = makeCommandTree(context);
+ExitCode parseAndRun(std::vector<std::string> const& words, Context& context) {
+    std::unique_ptr<Command const> const root = makeCommandTree(context);
     if (words.empty()) {
-        context.terminal.complain("what is to be done?\n\n" + app->help());
+        context.terminal.complain("what is to be done?\n\n" + helpText(*root, root->name));
         return ExitCode::Usage;
     }
-    refuseUnknownCommand(*app, words);
-    context.action = nullptr;
+    if (words.front() == kComplete || words.front() == kManual) {
+        context.terminal.out(words.front() == kManual ? manual(*root, context)
+                                                      : candidates(*root, std::span(words).subspan(1)));
+        return ExitCode::Good;
+    }
     context.options = {};
-    std::reverse(words.begin(), words.end()); // the parser takes them from the end
-    try {
-        app->parse(words);
-    } catch (CLI::ParseError const& answer) {
-        return answerParser(*app, answer, context.terminal);
+    ChosenCommand const chosen = chooseCommand(*root, words);
+    ParsedWords const parsed = parseWords(*chosen.command, chosen.words);
+    if (parsed.flags.contains("--help")) {
+        context.terminal.out(helpText(*chosen.command, chosen.path));
+        return ExitCode::Good;
     }
-    if (!context.action) {
-        throw CommandError(ExitCode::Usage, "this command does nothing yet");
+    if (parsed.flags.contains("--version")) {
+        context.terminal.out(versionText() + "\n");
+        return ExitCode::Good;
     }
+    takeArguments(chosen, parsed);
     context.terminal.setQuiet(context.options.quiet);
-    Context::Action const action = std::move(context.action); // it may run a command line of its own
-    return action();
+    return chosen.command->action();
 }
 
 } // namespace
-
-std::unique_ptr<CLI::App> makeCommandTree(Context& context) {
-    auto app = std::make_unique<CLI::App>("Variables of a PLC by name, over its serial line", "velk");
-    app->require_subcommand(1);
-    app->formatter(std::make_shared<HelpFormatter>());
-    app->failure_message([](CLI::App const* top, CLI::Error const& error) { return usageText(*top, error); });
-    app->set_version_flag("-V,--version", versionText, "Print the versions of velk and of the driver module");
-    app->set_help_flag("-h,--help", "Print this help");
-    addCommands(*app, context);
-    return app;
-}
 
 ExitCode runCommandLine(std::vector<std::string> const& arguments, Context& context) {
     context.runCommandLine = [&context](std::vector<std::string> const& words) { return parseAndRun(words, context); };

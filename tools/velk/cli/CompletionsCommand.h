@@ -1,11 +1,12 @@
 #pragma once
 
-#include <CLI/CLI.hpp>
+#include "tools/velk/usage/Command.h"
 
 namespace velk {
 
 struct Context;
 
-void addCompletionsCommand(CLI::App& app, Context& context);
+/** Prints scripts that let a shell ask this program for what may stand on its command line. */
+Command completionsCommand(Context& context);
 
 } // namespace velk

@@ -4,103 +4,41 @@
 #include "tools/velk/context/Choices.h"
 
 #include <algorithm>
-#include <array>
-#include <iterator>
 #include <map>
 
 namespace velk {
 namespace {
 
-/** Groups whose flags every command with a line has; they are explained once. */
-constexpr std::array<std::string_view, 4> kCommonGroups{"Line", "Station", "Couplers", "Trace"};
-constexpr std::array<std::string_view, 3> kCommonFlags{"--file", "--quiet", "--help"};
-
-bool isHelp(FlagInfo const& flag) {
-    return std::find(flag.names.begin(), flag.names.end(), "--help") != flag.names.end();
-}
-
-/** Whether a flag may be one of those that are explained once. */
-bool mayBeCommon(FlagInfo const& flag) {
-    auto const isOneOfThem = [&](std::string_view name) {
-        return std::find(flag.names.begin(), flag.names.end(), name) != flag.names.end();
-    };
-    return std::find(kCommonGroups.begin(), kCommonGroups.end(), flag.group) != kCommonGroups.end() ||
-           std::any_of(kCommonFlags.begin(), kCommonFlags.end(), isOneOfThem);
-}
-
-bool sameMeaning(FlagInfo const& one, FlagInfo const& other) {
-    return one.names == other.names && one.description == other.description;
-}
-
-bool isAmong(std::vector<FlagInfo> const& flags, FlagInfo const& flag) {
-    return std::any_of(flags.begin(), flags.end(), [&](FlagInfo const& each) { return sameMeaning(each, flag); });
-}
-
-bool hasLine(CommandInfo const& command) {
-    return std::any_of(command.flags.begin(), command.flags.end(),
-                       [](FlagInfo const& flag) { return flag.group == kCommonGroups.front(); });
-}
-
-std::string flagEntry(FlagInfo const& flag) {
+std::string flagEntry(Argument const& flag) {
     std::string names;
-    for (std::string const& name : flag.names) {
+    for (std::string const& name : flag.names()) {
         names += (names.empty() ? "" : ", ") + ("\\fB" + manText(name) + "\\fR");
     }
-    std::string const value = flag.value.placeholder.empty() ? "" : " \\fI" + manText(flag.value.placeholder) + "\\fR";
-    return ".TP\n" + names + value + "\n" + manText(flag.description) + ".\n";
+    std::string const value = flag.value.text().empty() ? "" : " \\fI" + manText(flag.value.text()) + "\\fR";
+    return ".TP\n" + names + value + "\n" + manText(flag.text()) + ".\n";
 }
 
-std::string wordEntry(WordInfo const& word) {
-    return ".TP\n\\fI" + manText(word.name) + "\\fR\n" + manText(word.description) + ".\n";
+bool isAmong(std::vector<Argument> const& flags, Argument const& flag) {
+    return std::any_of(flags.begin(), flags.end(), [&](Argument const& each) {
+        return each.names() == flag.names() && each.text() == flag.text();
+    });
 }
 
-/** @p common are the flags that are explained elsewhere. */
-std::string commandEntry(CommandInfo const& command, std::string const& path, std::vector<FlagInfo> const& common) {
+std::string commandEntry(Command const& command, std::string const& path, std::vector<Argument> const& common) {
     std::string text = ".SS \"" + manText(usageLine(command, path)) + "\"\n" + manText(command.description) + ".\n";
-    for (WordInfo const& word : command.words) {
-        text += wordEntry(word);
+    for (Argument const& word : command.words) {
+        text += ".TP\n\\fI" + manText(word.name) + "\\fR\n" + manText(word.text()) + ".\n";
     }
-    for (FlagInfo const& flag : command.flags) {
-        text += isHelp(flag) || isAmong(common, flag) ? std::string() : flagEntry(flag);
+    bool hasLine = false;
+    for (Argument const& flag : command.flags) {
+        text += isAmong(common, flag) ? "" : flagEntry(flag);
+        hasLine = hasLine || flag.group == "Line";
     }
-    if (hasLine(command)) {
-        text += ".PP\nTakes the options of every command with a line.\n";
-    }
-    for (CommandInfo const& each : command.commands) {
+    text += hasLine ? ".PP\nTakes the options of every command with a line.\n" : "";
+    for (Command const& each : command.commands) {
         text += commandEntry(each, path + " " + each.name, common);
     }
     return text;
-}
-
-void collect(CommandInfo const& command, std::vector<FlagInfo>& flags) {
-    std::copy_if(command.flags.begin(), command.flags.end(), std::back_inserter(flags), mayBeCommon);
-    for (CommandInfo const& each : command.commands) {
-        collect(each, flags);
-    }
-}
-
-/** The flags of the commands with a line, each with what it means to most of them. */
-std::vector<FlagInfo> commonFlags(CommandInfo const& tree) {
-    std::vector<FlagInfo> all;
-    for (CommandInfo const& command : tree.commands) {
-        if (hasLine(command)) {
-            collect(command, all);
-        }
-    }
-    auto const times = [&](FlagInfo const& flag) {
-        return std::count_if(all.begin(), all.end(), [&](FlagInfo const& each) { return sameMeaning(each, flag); });
-    };
-    std::vector<FlagInfo> common;
-    for (FlagInfo const& flag : all) {
-        auto const known =
-            std::find_if(common.begin(), common.end(), [&](FlagInfo const& each) { return each.names == flag.names; });
-        if (known == common.end()) {
-            common.push_back(flag);
-        } else if (times(flag) > times(*known)) {
-            *known = flag;
-        }
-    }
-    return common;
 }
 
 void replaceAll(std::string& text, std::string const& mark, std::string const& content) {
@@ -149,30 +87,30 @@ std::string manText(std::string_view text) {
     return escaped;
 }
 
-std::string manCommands(CommandInfo const& tree) {
-    std::vector<FlagInfo> const common = commonFlags(tree);
+std::string manOptions(std::vector<Argument> const& flags) {
     std::string text;
-    for (CommandInfo const& command : tree.commands) {
-        text += commandEntry(command, tree.name + " " + command.name, common);
-    }
-    return text;
-}
-
-std::string manCommonOptions(CommandInfo const& tree) {
-    std::string text;
-    for (FlagInfo const& flag : commonFlags(tree)) {
+    for (Argument const& flag : flags) {
         text += flagEntry(flag);
     }
     return text;
 }
 
-std::string fillManual(std::string text, CommandInfo const& tree, std::string const& version) {
+std::string manCommands(Command const& root, std::vector<Argument> const& common) {
+    std::string text;
+    for (Command const& command : root.commands) {
+        text += commandEntry(command, root.name + " " + command.name, common);
+    }
+    return text;
+}
+
+std::string fillManual(std::string text, Command const& root, std::vector<Argument> const& common,
+                       std::string const& version) {
     replaceAll(text, "@VERSION@", version);
     for (auto const& [mark, value] : usualSettings()) {
         replaceAll(text, mark, manText(value));
     }
-    replaceAll(text, "@COMMON_OPTIONS@\n", manCommonOptions(tree));
-    replaceAll(text, "@COMMANDS@\n", manCommands(tree));
+    replaceAll(text, "@COMMON_OPTIONS@\n", manOptions(common));
+    replaceAll(text, "@COMMANDS@\n", manCommands(root, common));
     return text;
 }
 

@@ -114,41 +114,6 @@ Settings settingsFor(std::string const& file, Context const& context) {
     return loadSettings(options);
 }
 
-using Run = ExitCode (*)(std::string const&, Context&);
-
-void addSubcommand(CLI::App& config, Context& context, std::string const& name, std::string const& description,
-                   Run run) {
-    CLI::App* const command = config.add_subcommand(name, description);
-    auto const file = std::make_shared<std::string>("velk.toml");
-    CLI::Option* const word =
-        command->add_option("project", *file, "Project file; without it velk.toml in the current folder")
-            ->type_name("FILE");
-    command->add_option("-f,--file", *file, "The same, as other commands take it")->type_name("FILE")->excludes(word);
-    command->callback(
-        [file, run, &context] { context.action = [file, run, &context] { return run(*file, context); }; });
-}
-
-} // namespace
-
-SymbolTable const* StoredTables::of(int node) {
-    auto const known = tables_.find(node);
-    if (known != tables_.end()) {
-        return known->second.get();
-    }
-    base::Result<SymbolTable> table = load_(node);
-    auto loaded = table.ok() ? std::make_unique<SymbolTable>(std::move(table.value())) : nullptr;
-    return tables_.emplace(node, std::move(loaded)).first->second.get();
-}
-
-std::string addressText(NamedTag const& tag, Settings const& settings, StoredTables& tables) {
-    base::Result<std::string> const address = addressOf(tag, settings, tables);
-    if (!address.ok()) {
-        return "- (" + address.failure().text + ")";
-    }
-    bool const open = address.value().ends_with('?');
-    return address.value() + (open ? "  (the type comes from the PLC's symbol file)" : "");
-}
-
 ExitCode runConfigCheck(std::string const& file, Context& context) {
     Settings const settings = settingsFor(file, context);
     base::Result<std::filesystem::path> const module = host::findModule();
@@ -187,12 +152,46 @@ ExitCode runConfigShow(std::string const& file, Context& context) {
     return ExitCode::Good;
 }
 
-void addConfigCommand(CLI::App& app, Context& context) {
-    CLI::App* const config = app.add_subcommand("config", "Check a project file, or show what it stands for");
-    config->require_subcommand(1);
-    addSubcommand(*config, context, "check", "Say what is wrong in a project file, with line and column",
-                  runConfigCheck);
-    addSubcommand(*config, context, "show", "Show the driver's configuration string and tag addresses", runConfigShow);
+Command fileCommand(char const* name, char const* description, ExitCode (*run)(std::string const&, Context&),
+                    Context& context) {
+    auto const file = std::make_shared<std::string>("velk.toml");
+    return {.name = name,
+            .description = description,
+            .words = {word("FILE", Offer::Files, "Project file; without it velk.toml in the current folder",
+                           into(*file), {.oneOf = "file"})},
+            .flags = {flag("-f,--file", {"FILE", Offer::Files}, "The same, as other commands take it", into(*file),
+                           {.oneOf = "file"})},
+            .action = [file, run, &context] { return run(*file, context); }};
+}
+
+} // namespace
+
+SymbolTable const* StoredTables::of(int node) {
+    auto const known = tables_.find(node);
+    if (known != tables_.end()) {
+        return known->second.get();
+    }
+    base::Result<SymbolTable> table = load_(node);
+    auto loaded = table.ok() ? std::make_unique<SymbolTable>(std::move(table.value())) : nullptr;
+    return tables_.emplace(node, std::move(loaded)).first->second.get();
+}
+
+std::string addressText(NamedTag const& tag, Settings const& settings, StoredTables& tables) {
+    base::Result<std::string> const address = addressOf(tag, settings, tables);
+    if (!address.ok()) {
+        return "- (" + address.failure().text + ")";
+    }
+    bool const open = address.value().ends_with('?');
+    return address.value() + (open ? "  (the type comes from the PLC's symbol file)" : "");
+}
+
+Command configCommand(Context& context) {
+    return {
+        .name = "config",
+        .description = "Check a project file, or show what it stands for",
+        .commands = {
+            fileCommand("check", "Say what is wrong in a project file, with line and column", runConfigCheck, context),
+            fileCommand("show", "Show the driver's configuration string and tag addresses", runConfigShow, context)}};
 }
 
 } // namespace velk

@@ -1,10 +1,8 @@
 #pragma once
 
-#include "tools/velk/context/ExitCode.h"
 #include "tools/velk/line/SymbolTable.h"
 #include "tools/velk/project/Settings.h"
-
-#include <CLI/CLI.hpp>
+#include "tools/velk/usage/Command.h"
 
 #include <functional>
 #include <map>
@@ -15,12 +13,6 @@
 namespace velk {
 
 struct Context;
-
-/** Says what is wrong in a project file, or that nothing is; asks the driver too when the module is there. */
-ExitCode runConfigCheck(std::string const& file, Context& context);
-
-/** Shows the driver's configuration string and the tag addresses that a project file stands for. */
-ExitCode runConfigShow(std::string const& file, Context& context);
 
 /** The symbol files of the nodes; each is loaded once, when it is first asked for. */
 class StoredTables {
@@ -40,6 +32,7 @@ private:
 /** The tag address of a tag of the project file, as far as it is known without the PLC. */
 std::string addressText(NamedTag const& tag, Settings const& settings, StoredTables& tables);
 
-void addConfigCommand(CLI::App& app, Context& context);
+/** Checks a project file, or shows what it stands for. */
+Command configCommand(Context& context);
 
 } // namespace velk

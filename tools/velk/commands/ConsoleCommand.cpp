@@ -109,17 +109,17 @@ ExitCode Console::run() {
     return exitCodeOfItems(codes);
 }
 
-} // namespace
-
 ExitCode runConsole(Context& context) {
     return Console(context).run();
 }
 
-void addConsoleCommand(CLI::App& app, Context& context) {
-    CLI::App* const command =
-        app.add_subcommand("console", "Talk to the module's own console, with its diagnostic commands");
-    addLineOptions(*command, context);
-    command->callback([&context] { context.action = [&context] { return runConsole(context); }; });
+} // namespace
+
+Command consoleCommand(Context& context) {
+    return {.name = "console",
+            .description = "Talk to the module's own console, with its diagnostic commands",
+            .flags = lineFlags(context),
+            .action = [&context] { return runConsole(context); }};
 }
 
 } // namespace velk

@@ -1,16 +1,12 @@
 #pragma once
 
-#include "tools/velk/context/ExitCode.h"
-
-#include <CLI/CLI.hpp>
+#include "tools/velk/usage/Command.h"
 
 namespace velk {
 
 struct Context;
 
 /** Passes lines to the module's own console until the input ends. */
-ExitCode runConsole(Context& context);
-
-void addConsoleCommand(CLI::App& app, Context& context);
+Command consoleCommand(Context& context);
 
 } // namespace velk

@@ -1,7 +1,6 @@
 #include "tools/velk/commands/InitCommand.h"
 
 #include "base/Signals.h"
-#include "host/ports/LineSettings.h"
 #include "tools/velk/commands/flags/LineFlags.h"
 #include "tools/velk/context/Choices.h"
 #include "tools/velk/context/CommandError.h"
@@ -17,13 +16,19 @@
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <charconv>
 #include <filesystem>
-#include <functional>
 #include <memory>
+#include <optional>
+#include <set>
+#include <utility>
 
 namespace velk {
 namespace {
+
+struct InitOptions {
+    std::optional<std::string> name; ///< of the station
+    bool force = false;              ///< write over a file that is there
+};
 
 /** Ports that an adapter or a board is likely to be, those with a name that stays first. */
 std::vector<std::string> likelyPorts() {
@@ -42,123 +47,76 @@ std::vector<std::string> likelyPorts() {
     return ports;
 }
 
-/** Asks question after question. */
+/** Asks for what the flags leave out; the answers go where the values of the flags go. */
 class Questions {
 public:
-    using Check = std::function<std::string(std::string&)>; // answers a complaint, or nothing
+    Questions(std::vector<Argument> flags, Context& context) : flags_(std::move(flags)), context_(context) {}
 
-    explicit Questions(Context& context) : context_(context) {}
+    /** The flag is given. */
+    void leaveOut(std::string const& flag) { given_.insert(flag); }
 
-    /** The answer that passes the check; the usual one for an empty answer. */
-    std::string ask(std::string const& question, std::string const& usual, Check const& check) {
-        while (true) {
-            std::string const shown = usual.empty() ? question + ": " : fmt::format("{} [{}]: ", question, usual);
-            std::optional<std::string> answer = context_.terminal.ask(shown, context_.interrupt);
-            if (!answer || context_.terminal.inputEnded()) {
-                context_.terminal.error(""); // ends the line of the question
-                throw CommandError(ExitCode::Usage, "the answers ended; nothing was written");
-            }
-            std::string text = answer->empty() ? usual : *answer;
-            std::string const complaint = check(text);
-            if (complaint.empty()) {
-                return text;
-            }
-            context_.terminal.error("  " + complaint);
+    /** @p usual is what an empty answer stands for; the flag's default when none is given */
+    void ask(std::string const& flag, std::string const& question, std::string const& usual = "") const {
+        Argument const& argument =
+            *std::find_if(flags_.begin(), flags_.end(), [&](Argument const& each) { return each.name == flag; });
+        std::string const standard = usual.empty() ? argument.rules.byDefault : usual;
+        std::string const choices = argument.value.choices.empty() ? "" : " (" + orList(ourWords(argument)) + ")";
+        std::string const shown = question + choices + (standard.empty() ? ": " : " [" + standard + "]: ");
+        std::string fault;
+        while (!given_.contains(flag) && !(fault = argument.accept(answer(shown, standard))).empty()) {
+            context_.terminal.error("  " + fault);
         }
     }
 
-    std::string choose(std::string const& question, std::vector<std::string> const& words, std::string const& usual) {
-        return ask(question + " (" + orList(words) + ")", usual, [&](std::string& answer) {
-            auto const found = std::find_if(words.begin(), words.end(),
-                                            [&](std::string const& each) { return sameName(each, answer); });
-            answer = found == words.end() ? answer : *found;
-            return found == words.end() ? "give " + orList(words) : std::string();
-        });
-    }
-
-    int number(std::string const& question, int usual, int low, int high) {
-        int value = usual;
-        ask(question, std::to_string(usual), [&](std::string& answer) {
-            auto const [end, error] = std::from_chars(answer.data(), answer.data() + answer.size(), value);
-            bool const good =
-                error == std::errc() && end == answer.data() + answer.size() && value >= low && value <= high;
-            return good ? std::string() : fmt::format("give a number, {} to {}", low, high);
-        });
-        return value;
-    }
-
 private:
+    /** Without those that only the driver's configuration has. */
+    static std::vector<std::string> ourWords(Argument const& argument) {
+        std::vector<std::string> words = argument.value.choices;
+        std::erase_if(words,
+                      [](std::string const& each) { return each == protocolType(each) || each == modelName(each); });
+        return words;
+    }
+
+    [[nodiscard]] std::string answer(std::string const& question, std::string const& usual) const {
+        std::optional<std::string> const answer = context_.terminal.ask(question, context_.interrupt);
+        if (!answer || context_.terminal.inputEnded()) {
+            context_.terminal.error(""); // ends the line of the question
+            throw CommandError(ExitCode::Usage, "the answers ended; nothing was written");
+        }
+        return answer->empty() ? usual : *answer;
+    }
+
+    std::vector<Argument> flags_;
+    std::set<std::string> given_;
     Context& context_;
 };
 
-std::string checkPort(std::string& answer) {
-    return answer.empty() ? "give the path of a serial port" : portFault(answer);
+bool isRouted(LineOptions const& options) {
+    return framingWord(protocolType(options.framing.value_or(host::DriverConfig().protType))) == "routed";
 }
 
-int askBaud(Questions& questions, int usual) {
-    constexpr int kDataBits = 8;
-    std::string const text =
-        questions.ask("Line speed in bit/s", std::to_string(usual), [](std::string& answer) -> std::string {
-            int baud = 0;
-            auto const [end, error] = std::from_chars(answer.data(), answer.data() + answer.size(), baud);
-            if (error != std::errc() || end != answer.data() + answer.size()) {
-                return "give a number";
-            }
-            auto const settings = host::lineSettings(baud, 0, kDataBits, 1);
-            return settings.ok() ? std::string() : settings.failure().text;
-        });
-    return std::stoi(text);
-}
-
-void askForLine(host::DriverConfig& config, LineOptions const& options, Questions& questions) {
-    if (!options.port) {
-        std::vector<std::string> const ports = likelyPorts();
-        config.uart = questions.ask("Serial port", ports.empty() ? "" : ports.front(), checkPort);
+void askForAll(Questions const& questions, LineOptions const& options) {
+    std::vector<std::string> const ports = likelyPorts();
+    questions.ask("--port", "Serial port", ports.empty() ? "" : ports.front());
+    questions.ask("--baud", "Line speed in bit/s");
+    questions.ask("--parity", "Parity");
+    questions.ask("--stopbits", "Stop bits");
+    questions.ask("--mode", "Mode");
+    questions.ask("--framing", "Framing");
+    if (isRouted(options)) {
+        questions.ask("--routing-levels", "Levels of couplers on the way");
+        for (int level = 1; level <= options.routingLevels.value_or(0); ++level) {
+            questions.ask(fmt::format("--coupler{}", level), fmt::format("Coupler of level {}", level));
+            questions.ask(fmt::format("--channel{}", level), fmt::format("Channel of the coupler of level {}", level));
+            questions.ask(fmt::format("--address{}", level),
+                          fmt::format("Address behind the coupler of level {}", level));
+        }
     }
-    if (!options.baud) {
-        config.baudrate = askBaud(questions, config.baudrate);
-    }
-    if (!options.parity) {
-        config.parity = questions.choose("Parity", parities(), config.parity);
-    }
-    if (!options.stopBits) {
-        config.stopbits = questions.number("Stop bits", config.stopbits, 1, kMostStopBits);
-    }
-    if (!options.mode) {
-        config.mode = questions.choose("Mode", modes(), config.mode);
-    }
-    if (!options.framing) {
-        config.protType = protocolType(questions.choose("Framing", {"bare", "routed"}, framingWord(config.protType)));
-    }
-}
-
-void askForCoupler(CouplerOptions const& given, int level, std::string& coupler, int& channel, std::string& address,
-                   Questions& questions) {
-    std::string const what = fmt::format(" of level {}", level);
-    if (!given.coupler) {
-        coupler = std::to_string(questions.number("Coupler" + what, std::stoi(coupler), 0, kMostCoupler));
-    }
-    if (!given.channel) {
-        channel = questions.number("Channel of the coupler" + what, channel, 0, kMostChannel);
-    }
-    if (!given.address) {
-        address = questions.ask("Address behind the coupler" + what, address,
-                                [](std::string& answer) { return addressFault(answer); });
-    }
-}
-
-void askForCouplers(host::NodeSettings& nodes, LineOptions const& options, Questions& questions) {
-    auto const& [first, second] = options.couplers;
-    if (!options.routingLevels) {
-        nodes.routingLevels =
-            questions.number("Levels of couplers on the way", nodes.routingLevels, 0, kMostRoutingLevels);
-    }
-    if (nodes.routingLevels >= 1) {
-        askForCoupler(first, 1, nodes.coupler1, nodes.channel1, nodes.address1, questions);
-    }
-    if (nodes.routingLevels >= 2) {
-        askForCoupler(second, 2, nodes.coupler2, nodes.channel2, nodes.address2, questions);
-    }
+    questions.ask("--byte-order", "Byte order of the PLC");
+    questions.ask("--block-size", "Bytes of a block");
+    questions.ask("--timeout", "Milliseconds to wait for an answer");
+    questions.ask("--node", "Node number of the PLC");
+    questions.ask("--name", "Name of the PLC, if you like");
 }
 
 /** A flag that would have no effect is a misunderstanding. */
@@ -175,28 +133,6 @@ void checkCouplers(host::DriverConfig const& config, LineOptions const& options)
                                            "couplers: give --routing-levels {0}",
                                            level));
         }
-    }
-}
-
-void askForStation(NewProject& project, InitOptions const& init, LineOptions const& options, Questions& questions) {
-    host::NodeSettings& nodes = project.config.nodes;
-    if (!options.byteOrder) {
-        nodes.model =
-            modelName(questions.choose("Byte order of the PLC", {"big", "little"}, byteOrderWord(nodes.model)));
-    }
-    if (!options.blockSize) {
-        nodes.blockSize = questions.number("Bytes of a block", nodes.blockSize, kLeastBlockSize, kMostBlockSize);
-    }
-    if (!options.timeoutMs) {
-        nodes.timeoutMs =
-            questions.number("Milliseconds to wait for an answer", nodes.timeoutMs, kLeastTimeoutMs, kMostTimeoutMs);
-    }
-    if (!options.station) {
-        project.node = questions.number("Node number of the PLC", project.node, 0, kMostNode);
-    }
-    if (!init.name) {
-        project.stationName = questions.ask("Name of the PLC, if you like", "",
-                                            [](std::string& answer) { return stationNameFault(answer); });
     }
 }
 
@@ -231,12 +167,6 @@ NewProject projectFromFlags(InitOptions const& init, LineOptions const& options)
         refuseOddName("storage", project.storage);
     }
     refuseOddName("port", project.config.uart);
-    for (std::string const& fault :
-         {options.port ? portFault(*options.port) : std::string(), stationNameFault(project.stationName)}) {
-        if (!fault.empty()) {
-            throw CommandError(ExitCode::Usage, fault);
-        }
-    }
     return project;
 }
 
@@ -254,37 +184,40 @@ void writeFile(std::filesystem::path const& file, std::string const& text, bool 
     }
 }
 
-/** Some flags that other commands read with mean another thing here. */
-void describeForWriting(CLI::App& command) {
-    command.get_option("--file")->description("Project file to write; velk.toml in the current folder by default");
-    command.get_option("--quiet")->description("Say nothing when the file is written");
-    command.get_option("--storage")->description("Folder where symbol files are to be kept");
-    command.get_option("--node")
-        ->description(fmt::format("Node number of the station; {} by default", NewProject().node))
-        ->check(CLI::Range(0, kMostNode))
-        ->type_name("");
+std::string portToUse(std::string const& answer) {
+    return answer.empty() ? "give the path of a serial port" : portFault(answer);
 }
 
-} // namespace
+/** Some flags that other commands read with mean another thing here. */
+std::vector<Argument> flagsToWrite(InitOptions& options, Context& context) {
+    std::vector<Argument> flags{
+        flag("--name", "NAME", "What to call the station", into(options.name, stationNameFault)),
+        flag("--force", {}, "Write over a file that is there", into(options.force))};
+    appendFlags(flags, settingFlags(context));
+    flagNamed(flags, "--file").description = "Project file to write; velk.toml in the current folder by default";
+    flagNamed(flags, "--quiet").description = "Say nothing when the file is written";
+    flagNamed(flags, "--storage").description = "Folder where symbol files are to be kept";
+    flagNamed(flags, "--port").take = into(context.options.port, portToUse);
+    Argument& node = flagNamed(flags, "--node");
+    node.description = "Node number of the station";
+    node.value = Range{0, kMostNode};
+    node.rules.byDefault = std::to_string(NewProject().node);
+    return flags;
+}
 
-ExitCode runInit(InitOptions const& options, Context& context) {
+ExitCode runInit(InitOptions const& options, Questions const& questions, Context& context) {
     LineOptions const& flags = context.options;
     std::filesystem::path const file = projectFileOf(flags);
     std::error_code ignored;
     if (!options.force && std::filesystem::exists(file, ignored)) {
         refuseToReplace(file);
     }
-    NewProject project = projectFromFlags(options, flags);
     if (context.terminal.kinds().inputIsTerminal) {
-        Questions questions(context);
-        askForLine(project.config, flags, questions);
-        if (framingWord(project.config.protType) == "routed") {
-            askForCouplers(project.config.nodes, flags, questions);
-        }
-        askForStation(project, options, flags, questions);
-    } else if (project.config.uart.empty()) {
+        askForAll(questions, flags);
+    } else if (!flags.port) {
         throw CommandError(ExitCode::Usage, "there is no terminal to ask on: give at least --port");
     }
+    NewProject const project = projectFromFlags(options, flags);
     checkCouplers(project.config, flags);
     std::string const text = projectText(project);
     readProjectText(text, file.string()); // what is written can be read
@@ -297,16 +230,22 @@ ExitCode runInit(InitOptions const& options, Context& context) {
     return ExitCode::Good;
 }
 
-void addInitCommand(CLI::App& app, Context& context) {
-    CLI::App* const command =
-        app.add_subcommand("init", "Write a commented project file; ask on a terminal for what the flags leave out");
+} // namespace
+
+Command initCommand(Context& context) {
     auto const options = std::make_shared<InitOptions>();
-    command->add_option("--name", options->name, "What to call the station")->type_name("NAME");
-    command->add_flag("--force", options->force, "Write over a file that is there");
-    addSettingOptions(*command, context);
-    describeForWriting(*command);
-    command->callback(
-        [options, &context] { context.action = [options, &context] { return runInit(*options, context); }; });
+    std::vector<Argument> flags = flagsToWrite(*options, context);
+    auto const questions = std::make_shared<Questions>(flags, context);
+    for (Argument& each : flags) {
+        each.take = [questions, name = each.name, take = each.take](std::string const& value) {
+            questions->leaveOut(name);
+            return take(value);
+        };
+    }
+    return {.name = "init",
+            .description = "Write a commented project file; ask on a terminal for what the flags leave out",
+            .flags = std::move(flags),
+            .action = [options, questions, &context] { return runInit(*options, *questions, context); }};
 }
 
 } // namespace velk

@@ -1,24 +1,12 @@
 #pragma once
 
-#include "tools/velk/context/ExitCode.h"
-
-#include <CLI/CLI.hpp>
-
-#include <optional>
-#include <string>
+#include "tools/velk/usage/Command.h"
 
 namespace velk {
 
 struct Context;
 
-struct InitOptions {
-    std::optional<std::string> name; ///< of the station
-    bool force = false;              ///< write over a file that is there
-};
-
 /** Writes a commented project file from the flags; asks on a terminal for what they leave out. */
-ExitCode runInit(InitOptions const& options, Context& context);
-
-void addInitCommand(CLI::App& app, Context& context);
+Command initCommand(Context& context);
 
 } // namespace velk

@@ -1,8 +1,8 @@
 #include "tools/velk/commands/ReadCommand.h"
 
 #include "tools/velk/commands/flags/LineFlags.h"
-#include "tools/velk/commands/flags/OutputFlags.h"
 #include "tools/velk/context/Context.h"
+#include "tools/velk/line/Readings.h"
 #include "tools/velk/line/Session.h"
 #include "tools/velk/terminal/Terminal.h"
 
@@ -11,6 +11,11 @@
 
 namespace velk {
 namespace {
+
+struct ReadOptions {
+    std::vector<std::string> names;
+    OutputFormat format = OutputFormat::Table;
+};
 
 ReadingStyle styleFor(std::span<Tag const> tags, Terminal const& terminal) {
     ReadingStyle style;
@@ -29,8 +34,6 @@ ExitCode exitCodeOf(std::span<Reading const> readings, Session const& session) {
     return exitCodeOfItems(codes);
 }
 
-} // namespace
-
 ExitCode runRead(ReadOptions const& options, Context& context) {
     Settings const settings = readSettings(context);
     std::vector<TagRequest> const requests = parseRequests(options.names, settings);
@@ -43,18 +46,23 @@ ExitCode runRead(ReadOptions const& options, Context& context) {
     return exitCodeOf(readings, session);
 }
 
-void addReadCommand(CLI::App& app, Context& context) {
-    CLI::App* const command = app.add_subcommand("read", "Read variables once and show their values");
+} // namespace
+
+Command readCommand(Context& context) {
     auto const options = std::make_shared<ReadOptions>();
-    command
-        ->add_option("names", options->names,
-                     "Variables as [STATION:]NAME[:TYPE[(CONVERSIONS)]]; NAME is a tag of the project file, a variable "
-                     "of the PLC, or a pattern with * and ?. Without one: all tags of the project file")
-        ->type_name("NAME");
-    addFormatOptions(*command, options->format);
-    addLineOptions(*command, context);
-    command->callback(
-        [options, &context] { context.action = [options, &context] { return runRead(*options, context); }; });
+    auto const form = [&](char const* name, OutputFormat format, char const* description) {
+        return flag(name, {}, description, choose(options->format, format), {.oneOf = "format"});
+    };
+    return {.name = "read",
+            .description = "Read variables once and show their values",
+            .words = {word("NAME", Offer::Variables,
+                           "Variables as [STATION:]NAME[:TYPE[(CONVERSIONS)]]; NAME is a tag of the project file, a "
+                           "variable of the PLC, or a pattern with * and ?. Without one: all tags of the project file",
+                           into(options->names), {.repeats = true})},
+            .flags = withLineFlags({form("--json", OutputFormat::Json, "As JSON"),
+                                    form("--csv", OutputFormat::Csv, "As comma-separated values")},
+                                   context),
+            .action = [options, &context] { return runRead(*options, context); }};
 }
 
 } // namespace velk

@@ -1,25 +1,12 @@
 #pragma once
 
-#include "tools/velk/context/ExitCode.h"
-#include "tools/velk/line/Readings.h"
-
-#include <CLI/CLI.hpp>
-
-#include <string>
-#include <vector>
+#include "tools/velk/usage/Command.h"
 
 namespace velk {
 
 struct Context;
 
-struct ReadOptions {
-    std::vector<std::string> names;
-    OutputFormat format = OutputFormat::Table;
-};
-
 /** Reads variables once and shows their values. */
-ExitCode runRead(ReadOptions const& options, Context& context);
-
-void addReadCommand(CLI::App& app, Context& context);
+Command readCommand(Context& context);
 
 } // namespace velk

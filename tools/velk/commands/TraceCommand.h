@@ -1,11 +1,12 @@
 #pragma once
 
-#include <CLI/CLI.hpp>
+#include "tools/velk/usage/Command.h"
 
 namespace velk {
 
 struct Context;
 
-void addTraceCommand(CLI::App& app, Context& context);
+/** Shows the frames of another command. */
+Command traceCommand(Context& context);
 
 } // namespace velk

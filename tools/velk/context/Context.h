@@ -21,8 +21,6 @@ struct Settings;
 
 /** What a command has around it. */
 struct Context {
-    using Action = std::function<ExitCode()>;
-
     Terminal& terminal;
     base::Signals& interrupt;
     host::Clock& clock;
@@ -34,9 +32,6 @@ struct Context {
     std::function<std::unique_ptr<host::PortObserver>(Settings const&)> makeTracer{};
 
     bool tracesToError = false; ///< a trace goes to standard error, among what the command shows
-
-    /** What the command line asks for; each command sets it when it is chosen. */
-    Action action{};
 
     /** Runs another command line in this context, the program's name left out. */
     std::function<ExitCode(std::vector<std::string> const&)> runCommandLine{};

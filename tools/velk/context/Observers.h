@@ -7,7 +7,7 @@
 namespace velk {
 
 /** Shows a port to any number of observers, in the order in which they came. */
-class Observers final : public host::PortObserver {
+class Observers : public host::PortObserver {
 public:
     /** @p observer must outlive this object or be detached. */
     void attach(host::PortObserver& observer);

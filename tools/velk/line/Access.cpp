@@ -17,7 +17,6 @@ namespace {
 
 constexpr std::size_t kWideElement = 8; // bytes of LINT, ULINT, LREAL
 constexpr std::uint16_t kBitAreas = 3;  // M, I and Q can be addressed bit by bit
-constexpr std::uint16_t kAreas = 6;
 
 struct PlcType {
     std::string_view name;
@@ -197,7 +196,7 @@ base::Result<std::string> bitArea(std::string const& area, Variable const* varia
 }
 
 base::Result<std::string> byteArea(std::string const& area, Variable const* variable) {
-    if (area.empty() && variable != nullptr && variable->area >= kAreas) {
+    if (area.empty() && variable != nullptr && variable->area >= kAddressableAreas) {
         return base::Failure{base::FailureKind::Unreachable, "it lies in memory area " +
                                                                  std::to_string(variable->area) +
                                                                  ", which the driver cannot reach"};

@@ -5,6 +5,7 @@
 #include "interfaces/IcuType.h"
 
 #include <cstddef>
+#include <cstdint>
 #include <span>
 #include <string>
 #include <string_view>
@@ -12,6 +13,9 @@
 namespace velk {
 
 struct Variable;
+
+/** Areas of a symbol file, numbered from 0, that a tag address has a name for. */
+inline constexpr std::uint16_t kAddressableAreas = 6;
 
 /** How the driver has to be asked for a variable, and how the bytes that it answers are to be understood. */
 struct Access {

@@ -6,6 +6,7 @@
 #include "interfaces/ITag.h"
 #include "tools/velk/context/Choices.h"
 #include "tools/velk/context/Context.h"
+#include "tools/velk/line/Access.h"
 #include "tools/velk/line/Advice.h"
 #include "tools/velk/line/SetAside.h"
 #include "tools/velk/text/Text.h"
@@ -23,8 +24,6 @@ namespace {
 
 using base::FailureKind;
 
-constexpr std::uint16_t kAreas = 6;
-
 /** A name that no program has: reading it asks the PLC about the project all the same. */
 constexpr char const* kNoVariable = "VELK_ASKS_FOR_THE_PROJECT";
 
@@ -37,7 +36,7 @@ std::string probeName(SymbolTable const* table) {
     }
     auto const& variables = table->variables();
     auto const readable = std::find_if(variables.begin(), variables.end(), [](Variable const& each) {
-        return each.area < kAreas && each.size > 0 && each.name.find('?') == std::string::npos;
+        return each.area < kAddressableAreas && each.size > 0 && each.name.find('?') == std::string::npos;
     });
     return readable == variables.end() ? kNoVariable : readable->name;
 }

@@ -105,16 +105,8 @@ std::string PcapngTrace::frame(TracedFrame const& frame) {
     return packet(frame.bytes, frame.at, frame.way == Way::ToPlc ? kOutbound : kInbound, "");
 }
 
-std::string PcapngTrace::timeout(std::int64_t /*at*/) {
-    return {};
-}
-
 std::string PcapngTrace::dropped(plc::ByteView bytes, std::int64_t at) {
     return packet(bytes, at, kInbound, "dropped: nobody waited for these bytes");
-}
-
-std::string PcapngTrace::fault(std::string_view /*reason*/, std::int64_t /*at*/) {
-    return {};
 }
 
 } // namespace velk::trace

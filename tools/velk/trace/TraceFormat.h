@@ -34,13 +34,13 @@ public:
     virtual std::string frame(TracedFrame const& frame) = 0;
 
     /** Nothing came within the time that the panel waits. */
-    virtual std::string timeout(std::int64_t at) = 0;
+    virtual std::string timeout(std::int64_t /*at*/) { return ""; }
 
     /** Received bytes that nobody waited for. */
     virtual std::string dropped(plc::ByteView bytes, std::int64_t at) = 0;
 
     /** The port died. */
-    virtual std::string fault(std::string_view reason, std::int64_t at) = 0;
+    virtual std::string fault(std::string_view /*reason*/, std::int64_t /*at*/) { return ""; }
 
 protected:
     TraceFormat() = default;

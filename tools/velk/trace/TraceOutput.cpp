@@ -66,40 +66,29 @@ std::shared_ptr<TraceRecorder> startRecorder(TraceOptions const& options, Contex
 }
 
 /** Shows a session to a trace that goes on after it, and to one that was wanted before. */
-class SessionTracer final : public host::PortObserver {
+class SessionTracer final : public Observers {
 public:
     SessionTracer(std::shared_ptr<TraceRecorder> recorder, std::unique_ptr<host::PortObserver> other)
         : recorder_(std::move(recorder)), other_(std::move(other)) {
-        observers_.attach(*recorder_);
+        attach(*recorder_);
         if (other_) {
-            observers_.attach(*other_);
+            attach(*other_);
         }
     }
-
-    void onFrame(host::PortFrame const& frame) override { observers_.onFrame(frame); }
-    void onTimeout(std::int64_t at) override { observers_.onTimeout(at); }
-    void onDropped(std::span<unsigned char const> bytes, std::int64_t at) override { observers_.onDropped(bytes, at); }
-    void onUnsent(std::span<unsigned char const> bytes) override { observers_.onUnsent(bytes); }
-    void onFault(std::string_view reason, std::int64_t at) override { observers_.onFault(reason, at); }
 
 private:
     std::shared_ptr<TraceRecorder> recorder_;
     std::unique_ptr<host::PortObserver> other_;
-    Observers observers_;
 };
 
 } // namespace
 
 TraceKind chooseKind(TraceOptions const& options) {
+    if (options.format == TraceKind::Pcapng && !options.file) {
+        refuse("a pcapng trace is not for reading: name a file for it");
+    }
     if (options.format) {
-        auto const kind = traceKindNamed(*options.format);
-        if (!kind) {
-            refuse(fmt::format("there is no trace format '{}'; there is text, jsonl or pcapng", *options.format));
-        }
-        if (*kind == TraceKind::Pcapng && !options.file) {
-            refuse("a pcapng trace is not for reading: name a file for it");
-        }
-        return *kind;
+        return *options.format;
     }
     auto const kind = options.file ? traceKindOf(*options.file) : TraceKind::Text;
     if (!kind) {

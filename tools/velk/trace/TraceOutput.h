@@ -16,8 +16,8 @@ namespace velk::trace {
 
 /** What the command line says about a trace. */
 struct TraceOptions {
-    std::optional<std::string> file;   ///< without one the trace goes to standard error
-    std::optional<std::string> format; ///< without one the file's ending tells
+    std::optional<std::string> file; ///< without one the trace goes to standard error
+    std::optional<TraceKind> format; ///< without one the file's ending tells
 };
 
 /** The format that the options ask for. Throws CommandError (usage). */

@@ -141,10 +141,10 @@ TEST_F(PlcPlan, SlowFramesDoNotEndAnExchange) {
 }
 
 TEST_F(PlcPlan, FaultsAreAddedAtEveryStation) {
-    options.drop = "1%";
-    options.flip = "50%";
+    options.drop = 0.01;
+    options.flip = 0.5;
     options.refuseLogin = true;
-    options.silent = {"5s@60s"};
+    options.silent = {{.from = 60s, .lasts = 5s, .every = 60s}};
     options.badQuality = {"Level"};
     options.faults = {"kind = 'late', nth = 3"};
     Plan const plan = makePlan(options);
@@ -170,8 +170,8 @@ TEST_F(PlcPlan, FaultsCanBeForOneStation) {
 }
 
 TEST_F(PlcPlan, HappeningsComeInTheOrderOfTheirTimes) {
-    options.replaceProgram = {"60s", "30s:" + path("other.toml")};
-    options.restart = {"45s"};
+    options.replaceProgram = {{.after = 60s, .file = ""}, {.after = 30s, .file = path("other.toml")}};
+    options.restart = {45s};
     options.station = "press";
     Plan const plan = makePlan(options);
     ASSERT_EQ(plan.happenings.size(), 3U);
@@ -195,12 +195,6 @@ TEST_F(PlcPlan, WhatIsWrongIsRefused) {
     options.station = "pres";
     EXPECT_EQ(complaint(), "--only: there is no station 'pres'; there is press or oven");
     options.station.reset();
-    options.drop = "much";
-    EXPECT_EQ(complaint(), "--drop: 'much' is no share such as 1% or 0.01");
-    options.drop.reset();
-    options.silent = {"5s"};
-    EXPECT_EQ(complaint(), "--silent: '5s' is not written as 5s@60s (for 5 s, every 60 s), 5s@60s/once or always");
-    options.silent.clear();
     options.badQuality = {"Pressure"};
     EXPECT_EQ(complaint(), "--bad-quality: there is no variable Pressure");
     options.badQuality.clear();
@@ -216,14 +210,9 @@ TEST_F(PlcPlan, WhatIsWrongIsRefused) {
     options.faults = {"kind = 'late', item = 1"};
     EXPECT_EQ(complaint(), "--fault:1:23: 'item' means nothing to late, only to bad_quality");
     options.faults.clear();
-    options.replaceProgram = {"x"};
-    EXPECT_EQ(complaint(), "--replace-program: 'x' is not written as 30s or 30s:FILE");
-    options.replaceProgram = {"1s:" + path("none.toml")};
+    options.replaceProgram = {{.after = 1s, .file = path("none.toml")}};
     EXPECT_EQ(complaint(), "--replace-program: " + path("none.toml") + ": No such file or directory");
     options.replaceProgram.clear();
-    options.restart = {"x"};
-    EXPECT_EQ(complaint(), "--restart: 'x' is no time such as 30s");
-    options.restart.clear();
     options.framing = "bare";
     EXPECT_EQ(complaint(), "a line has one station, and only with the routed framing more");
     options.framing.reset();

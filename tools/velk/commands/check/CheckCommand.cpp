@@ -17,6 +17,11 @@
 namespace velk {
 namespace {
 
+struct CheckOptions {
+    bool scan = false;
+    bool json = false;
+};
+
 /** Between words on a terminal; programs get a line for each cause. */
 std::size_t columnsOf(Terminal const& terminal) {
     return terminal.kinds().outputIsTerminal ? static_cast<std::size_t>(terminal.width())
@@ -80,24 +85,25 @@ ExitCode scan(Settings const& settings, CheckOptions const& options, Context& co
     return ExitCode::Good;
 }
 
-} // namespace
-
 ExitCode runCheck(CheckOptions const& options, Context& context) {
     Settings const settings = readSettings(context);
     echoSettings(settings, context);
     return options.scan ? scan(settings, options, context) : walk(settings, options, context);
 }
 
-void addCheckCommand(CLI::App& app, Context& context) {
-    CLI::App* const command =
-        app.add_subcommand("check", "Walk the line step by step and tell what is wrong at the first step that fails");
+} // namespace
+
+Command checkCommand(Context& context) {
     auto const options = std::make_shared<CheckOptions>();
-    command->add_flag("--scan", options->scan,
-                      "Try the usual speeds, parities, framings and byte orders and tell which the PLC answers to");
-    command->add_flag("--json", options->json, "As a JSON document, when all is done");
-    addLineOptions(*command, context);
-    command->callback(
-        [options, &context] { context.action = [options, &context] { return runCheck(*options, context); }; });
+    return {.name = "check",
+            .description = "Walk the line step by step and tell what is wrong at the first step that fails",
+            .flags = withLineFlags(
+                {flag("--scan", {},
+                      "Try the usual speeds, parities, framings and byte orders and tell which the PLC answers to",
+                      into(options->scan)),
+                 flag("--json", {}, "As a JSON document, when all is done", into(options->json))},
+                context),
+            .action = [options, &context] { return runCheck(*options, context); }};
 }
 
 } // namespace velk

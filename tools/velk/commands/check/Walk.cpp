@@ -25,10 +25,9 @@ Settings withOneAttempt(Settings settings) {
 /** A variable that can be read as it is, and fast, or null. */
 Variable const* readable(SymbolTable const& table) {
     auto const& variables = table.variables();
-    constexpr std::uint16_t kAreas = 6;
     constexpr std::uint32_t kMostBytes = 256;
     auto const found = std::find_if(variables.begin(), variables.end(), [](Variable const& each) {
-        return each.area < kAreas && each.size > 0 && each.size <= kMostBytes && each.type != "DATA" &&
+        return each.area < kAddressableAreas && each.size > 0 && each.size <= kMostBytes && each.type != "DATA" &&
                each.name.find_first_of("?*[:=") == std::string::npos;
     });
     return found == variables.end() ? nullptr : &*found;

@@ -1,18 +1,24 @@
 #pragma once
 
-#include <CLI/CLI.hpp>
+#include "tools/velk/usage/Command.h"
+
+#include <string>
+#include <vector>
 
 namespace velk {
 
 struct Context;
 
-/** Lets @p command take a project file (-f) and -q. */
-void addProjectOptions(CLI::App& command, Context& context);
+/** The flags of the line, of the station and of the couplers, with the project file (-f) and -q. */
+std::vector<Argument> settingFlags(Context& context);
 
-/** Lets @p command take the flags of the line, of the station and of the couplers, and those of addProjectOptions(). */
-void addSettingOptions(CLI::App& command, Context& context);
+/** The flags of every command with a line: settingFlags() and those of the trace. */
+std::vector<Argument> lineFlags(Context& context);
 
-/** Lets @p command take the flags of addSettingOptions() and those of the trace. */
-void addLineOptions(CLI::App& command, Context& context);
+/** A command's own flags, and lineFlags() behind them. */
+std::vector<Argument> withLineFlags(std::vector<Argument> own, Context& context);
+
+/** What is wrong with a line speed; empty when a serial port knows it. */
+std::string baudFault(std::string const& text);
 
 } // namespace velk

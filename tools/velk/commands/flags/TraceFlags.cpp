@@ -2,42 +2,29 @@
 
 #include "tools/velk/context/Context.h"
 
-#include <vector>
-
 namespace velk {
-namespace {
 
-using trace::TraceOptions;
-
-std::vector<std::string> const& formats() {
-    static std::vector<std::string> const names{"text", "jsonl", "pcapng"};
-    return names;
+std::vector<Argument> traceFlags(Context& context) {
+    auto const options = std::make_shared<trace::TraceOptions>();
+    auto const take = [&context, options](std::string const& file) {
+        options->file = file;
+        wantTrace(context, options);
+        return std::string();
+    };
+    Argument format = traceFormatFlag("--trace-format", options);
+    format.rules.needs = "--trace";
+    return {flag("--trace", {"FILE", Offer::Files},
+                 "File for a trace of every frame: .txt, .jsonl, or .pcapng for packet analysers", take),
+            format};
 }
 
-} // namespace
-
-void addTraceOption(CLI::App& command, Context& context) {
-    auto const options = std::make_shared<TraceOptions>();
-    command
-        .add_option_function<std::string>(
-            "--trace",
-            [&context, options](std::string const& file) {
-                options->file = file;
-                wantTrace(context, options);
-            },
-            "File for a trace of every frame: .txt, .jsonl, or .pcapng for packet analysers")
-        ->type_name("FILE")
-        ->group("Trace");
-    addTraceFormatOption(command, "--trace-format", options);
-    command.get_option("--trace-format")->needs("--trace")->group("Trace");
-}
-
-void addTraceFormatOption(CLI::App& command, std::string const& flag, std::shared_ptr<TraceOptions> const& options) {
-    command
-        .add_option_function<std::string>(
-            flag, [options](std::string const& format) { options->format = format; },
-            "Format of the trace, when the file's ending does not tell")
-        ->transform(CLI::IsMember(formats(), CLI::ignore_case));
+Argument traceFormatFlag(std::string const& name, std::shared_ptr<trace::TraceOptions> const& options) {
+    auto const take = [options](std::string const& format) {
+        options->format = trace::traceKindNamed(format);
+        return std::string();
+    };
+    return flag(name, std::vector<std::string>{"text", "jsonl", "pcapng"},
+                "Format of the trace, when the file's ending does not tell", take);
 }
 
 } // namespace velk

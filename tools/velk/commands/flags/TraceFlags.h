@@ -1,21 +1,20 @@
 #pragma once
 
 #include "tools/velk/trace/TraceOutput.h"
-
-#include <CLI/CLI.hpp>
+#include "tools/velk/usage/Command.h"
 
 #include <memory>
 #include <string>
+#include <vector>
 
 namespace velk {
 
 struct Context;
 
-/** Lets a command take --trace FILE and --trace-format. */
-void addTraceOption(CLI::App& command, Context& context);
+/** --trace FILE and --trace-format. */
+std::vector<Argument> traceFlags(Context& context);
 
-/** Lets a command take the format of a trace with @p flag. */
-void addTraceFormatOption(CLI::App& command, std::string const& flag,
-                          std::shared_ptr<trace::TraceOptions> const& options);
+/** The format of a trace, as a flag of the given name. */
+Argument traceFormatFlag(std::string const& name, std::shared_ptr<trace::TraceOptions> const& options);
 
 } // namespace velk

@@ -7,6 +7,7 @@
 #include <memory>
 
 namespace velk {
+namespace {
 
 ExitCode runPorts(bool json, Context& context) {
     std::vector<PortInfo> const ports = listPorts();
@@ -27,12 +28,14 @@ ExitCode runPorts(bool json, Context& context) {
     return ExitCode::Good;
 }
 
-void addPortsCommand(CLI::App& app, Context& context) {
-    CLI::App* const command =
-        app.add_subcommand("ports", "List the serial ports, who holds them and whether you may open them");
+} // namespace
+
+Command portsCommand(Context& context) {
     auto const json = std::make_shared<bool>(false);
-    command->add_flag("--json", *json, "As a JSON document");
-    command->callback([json, &context] { context.action = [json, &context] { return runPorts(*json, context); }; });
+    return {.name = "ports",
+            .description = "List the serial ports, who holds them and whether you may open them",
+            .flags = {flag("--json", {}, "As a JSON document", into(*json))},
+            .action = [json, &context] { return runPorts(*json, context); }};
 }
 
 } // namespace velk

@@ -1,16 +1,12 @@
 #pragma once
 
-#include "tools/velk/context/ExitCode.h"
-
-#include <CLI/CLI.hpp>
+#include "tools/velk/usage/Command.h"
 
 namespace velk {
 
 struct Context;
 
 /** Lists the serial ports of this machine. */
-ExitCode runPorts(bool json, Context& context);
-
-void addPortsCommand(CLI::App& app, Context& context);
+Command portsCommand(Context& context);
 
 } // namespace velk

@@ -5,6 +5,7 @@
 #include "plc/ports/FdServer.h"
 #include "tools/velk/commands/simulate/EventPrinter.h"
 #include "tools/velk/commands/simulate/EventQueue.h"
+#include "tools/velk/commands/simulate/PlcOptions.h"
 #include "tools/velk/commands/simulate/PlcPort.h"
 #include "tools/velk/commands/simulate/PlcService.h"
 #include "tools/velk/commands/simulate/SimulatedLine.h"
@@ -36,6 +37,10 @@ using simulation::EventPrinter;
 using simulation::EventQueue;
 using simulation::EventStyle;
 using simulation::Happening;
+using simulation::parseReplacement;
+using simulation::parseShare;
+using simulation::parseSilence;
+using simulation::parseTime;
 using simulation::Plan;
 using simulation::PlcPort;
 using simulation::PlcService;
@@ -206,88 +211,57 @@ void printRest(Streams& streams, Terminal const& terminal) {
 
 // ---- the flags
 
-void addPort(CLI::App& command, PlcOptions& options) {
-    constexpr char const* kGroup = "Port";
-    command.add_option("--link", options.link, "Make a symbolic link to the port while it works")
-        ->type_name("PATH")
-        ->group(kGroup);
-    command.add_option("-p,--port", options.port, "A real port, in place of a pseudo-terminal")
-        ->type_name("PORT")
-        ->group(kGroup);
-    command
-        .add_option("-b,--baud", options.baud,
-                    "Line speed in bit/s; on a pseudo-terminal bytes take their time, and a "
-                    "panel at another speed says and hears garbage")
-        ->type_name("BAUD")
-        ->group(kGroup);
-    command.add_option("--parity", options.parity, "Parity of the characters")
-        ->transform(CLI::IsMember(parities(), CLI::ignore_case))
-        ->group(kGroup);
-    command.add_option("--stopbits", options.stopBits, "Stop bits of the characters")
-        ->check(CLI::Range(1, 2))
-        ->type_name("")
-        ->group(kGroup);
-    command.add_option("--mode", options.mode, "What a real port drives")
-        ->transform(CLI::IsMember(modes(), CLI::ignore_case))
-        ->group(kGroup);
+std::vector<Argument> portFlags(PlcOptions& options) {
+    return {
+        flag("--link", "PATH", "Make a symbolic link to the port while it works", into(options.link)),
+        flag("-p,--port", {"PORT", Offer::Ports}, "A real port, in place of a pseudo-terminal", into(options.port)),
+        flag("-b,--baud", "BAUD",
+             "Line speed in bit/s; on a pseudo-terminal bytes take their time, and a panel at another speed says and "
+             "hears garbage",
+             into(options.baud)),
+        flag("--parity", parities(), "Parity of the characters", into(options.parity)),
+        flag("--stopbits", Range{1, kMostStopBits}, "Stop bits of the characters", into(options.stopBits)),
+        flag("--mode", modes(), "What a real port drives", into(options.mode))};
 }
 
-void addStations(CLI::App& command, PlcOptions& options) {
-    constexpr char const* kGroup = "Stations, in place of what the description says";
-    command.add_option("--framing", options.framing, "Frames as they are, or routed through couplers")
-        ->transform(CLI::IsMember(framings(), CLI::ignore_case))
-        ->group(kGroup);
-    command.add_option("--byte-order", options.byteOrder, "Order of the bytes in a number")
-        ->transform(CLI::IsMember(byteOrders(), CLI::ignore_case))
-        ->group(kGroup);
-    command.add_option("--block-size", options.blockSize, "Bytes of a block")
-        ->check(CLI::Range(kLeastBlockSize, kMostBlockSize))
-        ->type_name("")
-        ->group(kGroup);
+std::vector<Argument> stationFlags(PlcOptions& options) {
+    return {flag("--framing", framings(), "Frames as they are, or routed through couplers", into(options.framing)),
+            flag("--byte-order", byteOrders(), "Order of the bytes in a number", into(options.byteOrder)),
+            flag("--block-size", Range{kLeastBlockSize, kMostBlockSize}, "Bytes of a block", into(options.blockSize))};
 }
 
-void addFaults(CLI::App& command, PlcOptions& options) {
-    constexpr char const* kGroup = "Misbehaviour";
-    auto const add = [&](char const* flag, auto& target, char const* help, char const* type) {
-        command.add_option(flag, target, help)->type_name(type)->group(kGroup);
-    };
-    add("--drop", options.drop, "Lose so many frames, in either direction: 1%", "SHARE");
-    add("--flip", options.flip, "Flip a bit in so many frames from the PLC: 0.1%", "SHARE");
-    add("--silent", options.silent, "Do not answer for 5 s every 60 s: 5s@60s; only once: 5s@60s/once; always", "WHEN");
-    command.add_flag("--refuse-login", options.refuseLogin, "Refuse every login")->group(kGroup);
-    add("--bad-quality", options.badQuality, "Give this variable a bad quality", "NAME");
-    add("--replace-program", options.replaceProgram,
-        "Run another program after this time: that of a file, or the same under another project identifier",
-        "TIME[:FILE]");
-    add("--restart", options.restart, "Switch the PLC off and on after this time", "TIME");
-    add("--fault", options.faults,
-        "Misbehave by a rule as in a description: 'kind = \"late\", probability = 0.1, delay_ms = 500'", "RULE");
-    add("--only", options.station, "Do all this at one station only", "STATION");
-    add("--seed", options.seed, "Take another run of chances", "NUMBER");
-    for (char const* const flag : {"--silent", "--bad-quality", "--replace-program", "--restart", "--fault"}) {
-        command.get_option(flag)->expected(1)->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
-    }
+std::vector<Argument> faultFlags(PlcOptions& options) {
+    Rules const many{.repeats = true};
+    char const* const noShare = "is no share such as 1% or 0.01";
+    return {flag("--drop", "SHARE", "Lose so many frames, in either direction: 1%",
+                 parsed(options.drop, parseShare, noShare)),
+            flag("--flip", "SHARE", "Flip a bit in so many frames from the PLC: 0.1%",
+                 parsed(options.flip, parseShare, noShare)),
+            flag("--silent", "WHEN", "Do not answer for 5 s every 60 s: 5s@60s; only once: 5s@60s/once; always",
+                 parsed(options.silent, parseSilence,
+                        "is not written as 5s@60s (for 5 s, every 60 s), 5s@60s/once or always"),
+                 many),
+            flag("--refuse-login", {}, "Refuse every login", into(options.refuseLogin)),
+            flag("--bad-quality", "NAME", "Give this variable a bad quality", into(options.badQuality), many),
+            flag("--replace-program", "TIME[:FILE]",
+                 "Run another program after this time: that of a file, or the same under another project identifier",
+                 parsed(options.replaceProgram, parseReplacement, "is not written as 30s or 30s:FILE"), many),
+            flag("--restart", "TIME", "Switch the PLC off and on after this time",
+                 parsed(options.restart, parseTime, "is no time such as 30s"), many),
+            flag("--fault", "RULE",
+                 "Misbehave by a rule as in a description: 'kind = \"late\", probability = 0.1, delay_ms = 500'",
+                 into(options.faults), many),
+            flag("--only", "STATION", "Do all this at one station only", into(options.station)),
+            flag("--seed", "NUMBER", "Take another run of chances", into(options.seed))};
 }
 
-void addOutput(CLI::App& command, std::shared_ptr<PlcOptions> const& options) {
-    command
-        .add_option_function<std::string>(
-            "--for",
-            [options](std::string const& text) {
-                std::optional<std::int64_t> const interval = parseInterval(text);
-                if (!interval) {
-                    throw CLI::ValidationError("--for", "'" + text + "' is no time such as 500ms, 2s or 1min");
-                }
-                options->forMicroseconds = *interval;
-            },
-            "End after this time, such as 30s")
-        ->type_name("TIME");
-    command.add_flag("-q,--quiet", options->quiet, "Print nothing but the name of the port");
-    command.add_flag("-v,--verbose", options->verbose, "Print finished exchanges, too");
-    command.add_flag("--json", options->json, "Print events as JSON lines");
+std::vector<Argument> outputFlags(PlcOptions& options) {
+    return {flag("--for", "TIME", "End after this time, such as 30s",
+                 parsed(options.forMicroseconds, parseInterval, "is no time such as 500ms, 2s or 1min")),
+            flag("-q,--quiet", {}, "Print nothing but the name of the port", into(options.quiet)),
+            flag("-v,--verbose", {}, "Print finished exchanges, too", into(options.verbose)),
+            flag("--json", {}, "Print events as JSON lines", into(options.json))};
 }
-
-} // namespace
 
 ExitCode runPlc(PlcOptions const& options, Context& context) {
     context.terminal.setQuiet(options.quiet);
@@ -313,22 +287,24 @@ ExitCode runPlc(PlcOptions const& options, Context& context) {
     return ExitCode::Good;
 }
 
-void addPlcCommand(CLI::App& app, Context& context) {
-    CLI::App* const command = app.add_subcommand("plc", "Play the PLCs of a line on a pseudo-terminal or a real port");
+} // namespace
+
+Command plcCommand(Context& context) {
     auto const options = std::make_shared<PlcOptions>();
-    command
-        ->add_option(
-            "project", options->project,
-            "Description of a line with its stations, or of one program, which is played with the defaults of the "
-            "other commands: routed framing, big-endian, blocks of 128 bytes, 19200 bit/s")
-        ->type_name("PROJECT")
-        ->required();
-    addPort(*command, *options);
-    addStations(*command, *options);
-    addFaults(*command, *options);
-    addOutput(*command, options);
-    command->callback(
-        [options, &context] { context.action = [options, &context] { return runPlc(*options, context); }; });
+    Command command{
+        .name = "plc",
+        .description = "Play the PLCs of a line on a pseudo-terminal or a real port",
+        .words = {word(
+            "PROJECT", Offer::Files,
+            "Description of a line with its stations, or of one program, which is played with the defaults of "
+            "the other commands: routed framing, big-endian, blocks of 128 bytes, 19200 bit/s",
+            into(options->project), {.required = true})},
+        .flags = outputFlags(*options),
+        .action = [options, &context] { return runPlc(*options, context); }};
+    appendFlags(command.flags, portFlags(*options), "Port");
+    appendFlags(command.flags, stationFlags(*options), "Stations, in place of what the description says");
+    appendFlags(command.flags, faultFlags(*options), "Misbehaviour");
+    return command;
 }
 
 } // namespace velk

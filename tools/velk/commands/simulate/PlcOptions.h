@@ -1,5 +1,7 @@
 #pragma once
 
+#include "tools/velk/commands/simulate/PlcFlags.h"
+
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -7,7 +9,7 @@
 
 namespace velk {
 
-/** What the command line says about the simulated PLC, as it was written. */
+/** What the command line says about the simulated PLC. */
 struct PlcOptions {
     std::string project; ///< a line file or a program file
 
@@ -23,11 +25,11 @@ struct PlcOptions {
     std::optional<int> blockSize;
 
     std::optional<std::string> station; ///< the one that the faults are for; all of them without it
-    std::optional<std::string> drop;
-    std::optional<std::string> flip;
-    std::vector<std::string> silent;
-    std::vector<std::string> replaceProgram;
-    std::vector<std::string> restart;
+    std::optional<double> drop;         ///< a share of the frames, 0 to 1
+    std::optional<double> flip;         ///< the same
+    std::vector<plc::TimeWindow> silent;
+    std::vector<simulation::Replacement> replaceProgram;
+    std::vector<plc::Micros> restart;
     std::vector<std::string> badQuality;
     std::vector<std::string> faults; ///< rules as in a description
     bool refuseLogin = false;

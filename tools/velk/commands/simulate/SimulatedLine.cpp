@@ -4,7 +4,6 @@
 #include "host/ports/LineSettings.h"
 #include "plc/files/LineFile.h"
 #include "plc/frames/PlcRouting.h"
-#include "tools/velk/commands/simulate/PlcFlags.h"
 #include "tools/velk/context/Choices.h"
 #include "tools/velk/context/CommandError.h"
 #include "tools/velk/text/Names.h"
@@ -143,14 +142,6 @@ std::vector<std::size_t> chosenStations(plc::LineDescription const& line, PlcOpt
 
 // ---- faults
 
-double share(std::string const& flag, std::string const& text) {
-    auto const value = parseShare(text);
-    if (!value) {
-        refuse(fmt::format("{}: '{}' is no share such as 1% or 0.01", flag, text));
-    }
-    return *value;
-}
-
 FaultRule withShare(FaultKind kind, double share) {
     return {.kind = kind, .when = plc::Trigger::with(share)};
 }
@@ -160,15 +151,6 @@ void addLostFrames(std::vector<FaultRule>& rules, double share) {
          {FaultKind::kSilent, FaultKind::kAckMissing, FaultKind::kBlockMissing, FaultKind::kClosingMissing}) {
         rules.push_back(withShare(kind, share));
     }
-}
-
-FaultRule silence(std::string const& text) {
-    auto const window = parseSilence(text);
-    if (!window) {
-        refuse(
-            fmt::format("--silent: '{}' is not written as 5s@60s (for 5 s, every 60 s), 5s@60s/once or always", text));
-    }
-    return {.kind = FaultKind::kSilent, .when = {.window = window}};
 }
 
 bool hasVariable(plc::StationDescription const& station, std::string const& name) {
@@ -188,16 +170,16 @@ std::vector<FaultRule> faultRules(PlcOptions const& options, plc::LineDescriptio
                                   std::vector<std::size_t> const& chosen) {
     std::vector<FaultRule> rules;
     if (options.drop) {
-        addLostFrames(rules, share("--drop", *options.drop));
+        addLostFrames(rules, *options.drop);
     }
     if (options.flip) {
-        rules.push_back(withShare(FaultKind::kFlippedBits, share("--flip", *options.flip)));
+        rules.push_back(withShare(FaultKind::kFlippedBits, *options.flip));
     }
     if (options.refuseLogin) {
         rules.push_back({.kind = FaultKind::kStatusWord, .service = plc::ServiceKind::kLogin});
     }
-    for (std::string const& text : options.silent) {
-        rules.push_back(silence(text));
+    for (plc::TimeWindow const& window : options.silent) {
+        rules.push_back({.kind = FaultKind::kSilent, .when = {.window = window}});
     }
     for (std::string const& name : options.badQuality) {
         checkVariable("--bad-quality", name, line, chosen);
@@ -235,27 +217,19 @@ std::vector<Happening> happeningsOf(PlcOptions const& options, plc::LineDescript
     for (plc::StationDescription const& station : line.stations) {
         programs.push_back(station.program);
     }
-    for (std::string const& text : options.replaceProgram) {
-        auto const replacement = parseReplacement(text);
-        if (!replacement) {
-            refuse(fmt::format("--replace-program: '{}' is not written as 30s or 30s:FILE", text));
-        }
+    for (Replacement const& replacement : options.replaceProgram) {
         for (std::size_t const station : chosen) {
             programs[station] =
-                replacement->file.empty() ? downloadedAgain(programs[station]) : replacingProgram(replacement->file);
-            happenings.push_back({.at = replacement->after,
+                replacement.file.empty() ? downloadedAgain(programs[station]) : replacingProgram(replacement.file);
+            happenings.push_back({.at = replacement.after,
                                   .kind = Happening::Kind::ReplaceProgram,
                                   .station = station,
                                   .program = programs[station]});
         }
     }
-    for (std::string const& text : options.restart) {
-        auto const after = parseTime(text);
-        if (!after) {
-            refuse(fmt::format("--restart: '{}' is no time such as 30s", text));
-        }
+    for (plc::Micros const after : options.restart) {
         for (std::size_t const station : chosen) {
-            happenings.push_back({.at = *after, .kind = Happening::Kind::Restart, .station = station});
+            happenings.push_back({.at = after, .kind = Happening::Kind::Restart, .station = station});
         }
     }
     std::stable_sort(happenings.begin(), happenings.end(),

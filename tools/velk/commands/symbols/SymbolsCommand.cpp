@@ -1,6 +1,7 @@
 #include "tools/velk/commands/symbols/SymbolsCommand.h"
 
 #include "tools/velk/commands/flags/LineFlags.h"
+#include "tools/velk/commands/symbols/SymbolsText.h"
 #include "tools/velk/context/Context.h"
 #include "tools/velk/line/Session.h"
 #include "tools/velk/terminal/Terminal.h"
@@ -14,6 +15,13 @@
 
 namespace velk {
 namespace {
+
+struct SymbolsOptions {
+    std::vector<std::string> patterns;
+    SymbolsFormat format = SymbolsFormat::Table;
+    bool stored = false; ///< nothing on the line
+    bool fetch = false;  ///< in any case
+};
 
 /** The variables that the patterns find, each once, in the order of the file; all of them without a pattern. */
 std::vector<Variable const*> chosen(SymbolTable const& table, std::vector<std::string> const& patterns) {
@@ -55,19 +63,6 @@ SymbolTable const& provide(SymbolsOptions const& options, Session& session) {
     return *session.require(options.fetch ? session.fetchSymbols(node) : session.symbols(node));
 }
 
-void addFormats(CLI::App& command, SymbolsFormat& format) {
-    CLI::Option_group* const group = command.add_option_group("Output");
-    group->add_flag_callback(
-        "--tree", [&format] { format = SymbolsFormat::Tree; }, "As a tree of the parts of names");
-    group->add_flag_callback(
-        "--json", [&format] { format = SymbolsFormat::Json; }, "As a JSON document");
-    group->add_flag_callback(
-        "--csv", [&format] { format = SymbolsFormat::Csv; }, "As comma-separated values");
-    group->require_option(0, 1);
-}
-
-} // namespace
-
 ExitCode runSymbols(SymbolsOptions const& options, Context& context) {
     Settings const settings = readSettings(context);
     echoSettings(settings, context);
@@ -82,19 +77,28 @@ ExitCode runSymbols(SymbolsOptions const& options, Context& context) {
     return allFound ? ExitCode::Good : ExitCode::ItemNotGood;
 }
 
-void addSymbolsCommand(CLI::App& app, Context& context) {
-    CLI::App* const command = app.add_subcommand("symbols", "List the variables of the PLC's program");
+} // namespace
+
+Command symbolsCommand(Context& context) {
     auto const options = std::make_shared<SymbolsOptions>();
-    command->add_option("patterns", options->patterns, "Only the variables of these names; * and ? are patterns")
-        ->type_name("PATTERN");
-    addFormats(*command, options->format);
-    CLI::Option* const stored =
-        command->add_flag("--stored", options->stored, "What is stored from an earlier call; nothing on the line");
-    command->add_flag("--fetch", options->fetch, "Fetch the symbol file even when the stored one is right")
-        ->excludes(stored);
-    addLineOptions(*command, context);
-    command->callback(
-        [options, &context] { context.action = [options, &context] { return runSymbols(*options, context); }; });
+    auto const form = [&](char const* name, SymbolsFormat format, char const* description) {
+        Argument one = flag(name, {}, description, choose(options->format, format), {.oneOf = "format"});
+        one.group = "Output";
+        return one;
+    };
+    return {.name = "symbols",
+            .description = "List the variables of the PLC's program",
+            .words = {word("PATTERN", Offer::Variables, "Only the variables of these names; * and ? are patterns",
+                           into(options->patterns), {.repeats = true})},
+            .flags = withLineFlags({flag("--stored", {}, "What is stored from an earlier call; nothing on the line",
+                                         into(options->stored), {.oneOf = "source"}),
+                                    flag("--fetch", {}, "Fetch the symbol file even when the stored one is right",
+                                         into(options->fetch), {.oneOf = "source"}),
+                                    form("--tree", SymbolsFormat::Tree, "As a tree of the parts of names"),
+                                    form("--json", SymbolsFormat::Json, "As a JSON document"),
+                                    form("--csv", SymbolsFormat::Csv, "As comma-separated values")},
+                                   context),
+            .action = [options, &context] { return runSymbols(*options, context); }};
 }
 
 } // namespace velk

@@ -19,15 +19,21 @@
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <charconv>
 #include <map>
 #include <memory>
 #include <optional>
 #include <set>
-#include <system_error>
 
 namespace velk {
 namespace {
+
+struct WatchOptions {
+    std::vector<std::string> names;
+    std::int64_t everyMicroseconds = 500'000;
+    std::uint64_t count = 0; ///< rounds; 0: until the user wants the end
+    bool json = false;
+    std::string csvFile; ///< empty for none
+};
 
 constexpr std::int64_t kReopenPause = 1'000'000;
 constexpr std::int64_t kRedrawPause = 1'000'000; // ages grow, and windows change, between rounds
@@ -341,51 +347,34 @@ void Watch::showLive() {
         table_.lines(header_, std::chrono::system_clock::now(), width, height, context_.terminal), size));
 }
 
-std::uint64_t parseRounds(std::string const& text) {
-    std::uint64_t rounds = 0;
-    auto const [end, error] = std::from_chars(text.data(), text.data() + text.size(), rounds);
-    if (error != std::errc() || end != text.data() + text.size() || rounds == 0) {
-        throw CLI::ValidationError("--count", "'" + displayable(text) + "' is no number of rounds; it takes 1 or more");
-    }
-    return rounds;
-}
-
-} // namespace
-
 ExitCode runWatch(WatchOptions const& options, Context& context) {
     return Watch(options, context).run();
 }
 
-void addWatchCommand(CLI::App& app, Context& context) {
-    CLI::App* const command = app.add_subcommand("watch", "Read variables again and again and show how they change");
+} // namespace
+
+Command watchCommand(Context& context) {
     auto const options = std::make_shared<WatchOptions>();
-    command->add_option("names", options->names, "Variables, as for read; without one: all tags of the project file")
-        ->type_name("NAME");
-    command
-        ->add_option_function<std::string>(
-            "--every",
-            [options](std::string const& text) {
-                std::optional<std::int64_t> const interval = parseInterval(text);
-                if (!interval) {
-                    throw CLI::ValidationError("--every", "'" + text + "' is no interval such as 500ms, 2s or 1min");
-                }
-                options->everyMicroseconds = *interval;
-            },
-            "Time from round to round, such as 500ms (the default), 2s or 1min")
-        ->type_name("INTERVAL");
-    command
-        ->add_option_function<std::string>(
-            "--count", [options](std::string const& text) { options->count = parseRounds(text); },
-            "End after so many rounds; one in which no station was due is none")
-        ->type_name("N");
-    command->add_flag("--json", options->json, "One JSON object a round, each on its line");
-    command
-        ->add_option("--csv", options->csvFile,
-                     "Append the values to this file as well, with the reasons of those that are not good")
-        ->type_name("FILE");
-    addLineOptions(*command, context);
-    command->callback(
-        [options, &context] { context.action = [options, &context] { return runWatch(*options, context); }; });
+    auto const rounds = [](std::string const& text) {
+        auto const number = wholeNumber<std::uint64_t>(text);
+        return number == std::uint64_t{0} ? std::nullopt : number;
+    };
+    return {
+        .name = "watch",
+        .description = "Read variables again and again and show how they change",
+        .words = {word("NAME", Offer::Variables, "Variables, as for read; without one: all tags of the project file",
+                       into(options->names), {.repeats = true})},
+        .flags = withLineFlags(
+            {flag("--every", "INTERVAL", "Time from round to round, such as 500ms (the default), 2s or 1min",
+                  parsed(options->everyMicroseconds, parseInterval, "is no interval such as 500ms, 2s or 1min")),
+             flag("--count", "N", "End after so many rounds; one in which no station was due is none",
+                  parsed(options->count, rounds, "is no number of rounds; it takes 1 or more")),
+             flag("--json", {}, "One JSON object a round, each on its line", into(options->json)),
+             flag("--csv", {"FILE", Offer::Files},
+                  "Append the values to this file as well, with the reasons of those that are not good",
+                  into(options->csvFile))},
+            context),
+        .action = [options, &context] { return runWatch(*options, context); }};
 }
 
 } // namespace velk

@@ -4,7 +4,7 @@
 #include "tools/velk/text/Text.h"
 
 #include <algorithm>
-#include <vector>
+#include <utility>
 
 namespace velk {
 namespace {
@@ -27,6 +27,13 @@ std::string StationNaming::name(Tag const& tag) const {
 std::string StationNaming::place(Tag const& tag) const {
     bool const hasName = tag.station != std::to_string(tag.node);
     return displayable(!shown_ ? "the PLC" : hasName ? tag.station : "station " + tag.station);
+}
+
+std::vector<std::string> StationNaming::withStation(std::string station, std::vector<std::string> cells) const {
+    if (shown_) {
+        cells.insert(cells.begin(), std::move(station));
+    }
+    return cells;
 }
 
 std::string StationNaming::places(std::span<Tag const> tags) const {

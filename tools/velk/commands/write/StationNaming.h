@@ -6,6 +6,7 @@
 
 #include <span>
 #include <string>
+#include <vector>
 
 namespace velk {
 
@@ -24,6 +25,9 @@ public:
 
     /** The same for the stations of all tags: "the PLC", "oven and press". */
     [[nodiscard]] std::string places(std::span<Tag const> tags) const;
+
+    /** Cells of a table, behind one for the station where stations are named. */
+    [[nodiscard]] std::vector<std::string> withStation(std::string station, std::vector<std::string> cells) const;
 
 private:
     bool shown_;

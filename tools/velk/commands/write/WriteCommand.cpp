@@ -24,6 +24,12 @@
 namespace velk {
 namespace {
 
+struct WriteOptions {
+    std::vector<std::string> assignments; ///< NAME=VALUE
+    bool yes = false;
+    bool json = false;
+};
+
 std::vector<Assignment> parseAssignments(std::vector<std::string> const& words) {
     std::vector<Assignment> assignments;
     std::transform(words.begin(), words.end(), std::back_inserter(assignments),
@@ -166,16 +172,6 @@ ExitCode tell(std::span<Change const> changes, std::optional<CommandError> const
     return exitCodeOf(changes);
 }
 
-} // namespace
-
-Assignment parseAssignment(std::string_view word) {
-    std::size_t const equals = word.find('=');
-    if (equals == std::string_view::npos || equals == 0) {
-        throw CommandError(ExitCode::Usage, "'" + std::string(word) + "': what to write is given as NAME=VALUE");
-    }
-    return {std::string(word.substr(0, equals)), std::string(word.substr(equals + 1))};
-}
-
 ExitCode runWrite(WriteOptions const& options, Context& context) {
     std::vector<Assignment> assignments = parseAssignments(options.assignments);
     Settings const settings = readSettings(context);
@@ -194,21 +190,29 @@ ExitCode runWrite(WriteOptions const& options, Context& context) {
     return tell(plan.changes, writing.end(), job, context.terminal);
 }
 
-void addWriteCommand(CLI::App& app, Context& context) {
-    CLI::App* const command =
-        app.add_subcommand("write", "Write values, after a look at the old ones, and read them back");
+} // namespace
+
+Assignment parseAssignment(std::string_view word) {
+    std::size_t const equals = word.find('=');
+    if (equals == std::string_view::npos || equals == 0) {
+        throw CommandError(ExitCode::Usage, "'" + std::string(word) + "': what to write is given as NAME=VALUE");
+    }
+    return {std::string(word.substr(0, equals)), std::string(word.substr(equals + 1))};
+}
+
+Command writeCommand(Context& context) {
     auto const options = std::make_shared<WriteOptions>();
-    command
-        ->add_option("assignments", options->assignments,
-                     "What to write, as [STATION:]NAME[:TYPE[(CONVERSIONS)]]=VALUE; arrays as [1, 2, 3], texts as they "
-                     "are or in quotes, bytes as pairs of hexadecimal digits")
-        ->type_name("NAME=VALUE")
-        ->required();
-    command->add_flag("-y,--yes", options->yes, "Write without a question");
-    command->add_flag("--json", options->json, "As JSON");
-    addLineOptions(*command, context);
-    command->callback(
-        [options, &context] { context.action = [options, &context] { return runWrite(*options, context); }; });
+    return {
+        .name = "write",
+        .description = "Write values, after a look at the old ones, and read them back",
+        .words = {word("NAME=VALUE", Offer::Variables,
+                       "What to write, as [STATION:]NAME[:TYPE[(CONVERSIONS)]]=VALUE; arrays as [1, 2, 3], texts as "
+                       "they are or in quotes, bytes as pairs of hexadecimal digits",
+                       into(options->assignments), {.required = true, .repeats = true})},
+        .flags = withLineFlags({flag("-y,--yes", {}, "Write without a question", into(options->yes)),
+                                flag("--json", {}, "As JSON", into(options->json))},
+                               context),
+        .action = [options, &context] { return runWrite(*options, context); }};
 }
 
 } // namespace velk

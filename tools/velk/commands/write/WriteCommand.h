@@ -1,22 +1,13 @@
 #pragma once
 
-#include "tools/velk/context/ExitCode.h"
-
-#include <CLI/CLI.hpp>
+#include "tools/velk/usage/Command.h"
 
 #include <string>
 #include <string_view>
-#include <vector>
 
 namespace velk {
 
 struct Context;
-
-struct WriteOptions {
-    std::vector<std::string> assignments; ///< NAME=VALUE
-    bool yes = false;
-    bool json = false;
-};
 
 /** NAME and VALUE of a word of the command line. */
 struct Assignment {
@@ -28,8 +19,6 @@ struct Assignment {
 Assignment parseAssignment(std::string_view word);
 
 /** Writes values, after a look at the old ones and a question, and reads back what the PLC has then. */
-ExitCode runWrite(WriteOptions const& options, Context& context);
-
-void addWriteCommand(CLI::App& app, Context& context);
+Command writeCommand(Context& context);
 
 } // namespace velk

@@ -93,20 +93,13 @@ void tellOfPitfalls(std::span<Change const> changes, StationNaming const& naming
 }
 
 std::string previewText(std::span<Change const> changes, StationNaming const& naming) {
-    std::vector<std::string> header{"name", "type", "now", "to write"};
-    if (naming.shown()) {
-        header.insert(header.begin(), "station");
-    }
-    tools::TextTable table(header);
+    tools::TextTable table(naming.withStation("station", {"name", "type", "now", "to write"}));
     for (Change const& change : changes) {
         Tag const& tag = *change.tag;
         host::TagResult const& now = change.before.result;
-        std::vector<std::string> row{displayable(tag.name), displayable(tag.typeText()),
-                                     now.good ? tag.text(now.value) : "-", tag.text(change.wanted)};
-        if (naming.shown()) {
-            row.insert(row.begin(), displayable(tag.station));
-        }
-        table.add(row);
+        table.add(naming.withStation(displayable(tag.station),
+                                     {displayable(tag.name), displayable(tag.typeText()),
+                                      now.good ? tag.text(now.value) : "-", tag.text(change.wanted)}));
     }
     return table.text();
 }

@@ -57,24 +57,15 @@ std::vector<std::string> complaintsOf(std::span<Change const> changes, StationNa
 }
 
 std::string resultText(std::span<Change const> changes, StationNaming const& naming) {
-    std::vector<std::string> header{"name", "type", "before", "to write", "after", "result"};
-    if (naming.shown()) {
-        header.insert(header.begin(), "station");
-    }
-    tools::TextTable table(header);
+    tools::TextTable table(naming.withStation("station", {"name", "type", "before", "to write", "after", "result"}));
     for (Change const& change : changes) {
         Tag const& tag = *change.tag;
         host::TagResult const& before = change.before.result;
-        std::vector<std::string> row{displayable(tag.name),
-                                     displayable(tag.typeText()),
-                                     before.good ? tag.text(before.value) : "-",
-                                     tag.text(change.wanted),
-                                     change.isReadBack() ? tag.text(change.after.result.value) : "-",
-                                     displayable(change.text())};
-        if (naming.shown()) {
-            row.insert(row.begin(), displayable(tag.station));
-        }
-        table.add(row);
+        std::string const after = change.isReadBack() ? tag.text(change.after.result.value) : "-";
+        table.add(
+            naming.withStation(displayable(tag.station), {displayable(tag.name), displayable(tag.typeText()),
+                                                          before.good ? tag.text(before.value) : "-",
+                                                          tag.text(change.wanted), after, displayable(change.text())}));
     }
     return table.text();
 }

@@ -1,0 +1,11 @@
+#pragma once
+
+#include "tools/velk/cli/ChosenCommand.h"
+#include "tools/velk/cli/WordParser.h"
+
+namespace velk {
+
+/** Has the command take the words behind it. Throws CommandError (usage) when anything is wrong with them. */
+void takeArguments(ChosenCommand const& chosen, ParsedWords const& parsed);
+
+} // namespace velk
