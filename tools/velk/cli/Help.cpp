@@ -47,7 +47,7 @@ std::string helpText(Command const& command, std::string const& path) {
     }
     std::string text = "Usage: " + usageLine(command, path) + "\n\n" + wrapped(command.description, 0, kWidth) + "\n";
     for (auto const& [heading, entries] : sections) {
-        text += "\n" + heading + ":\n" + entries;
+        text.append("\n").append(heading).append(":\n").append(entries);
     }
     return text;
 }
