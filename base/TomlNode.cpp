@@ -9,25 +9,35 @@ TextPlace placeOf(toml::source_region const& source) {
     return {.line = static_cast<int>(source.begin.line), .column = static_cast<int>(source.begin.column)};
 }
 
-TomlNode nodeOf(toml::node const& from);
+/** The library itself limits lists and tables within each other, but not the dots in a key. */
+constexpr int kDeepest = 1000;
 
-TomlNode::List listOf(toml::array const& from) {
+struct TooDeep {
+    TextPlace place;
+};
+
+TomlNode nodeOf(toml::node const& from, int depth);
+
+TomlNode::List listOf(toml::array const& from, int depth) {
     TomlNode::List list;
     for (toml::node const& each : from) {
-        list.push_back(nodeOf(each));
+        list.push_back(nodeOf(each, depth));
     }
     return list;
 }
 
-TomlNode::Table tableOf(toml::table const& from) {
+TomlNode::Table tableOf(toml::table const& from, int depth) {
     TomlNode::Table table;
     for (auto const& [key, value] : from) {
-        table.push_back({std::string(key.str()), placeOf(key.source()), nodeOf(value)});
+        table.push_back({std::string(key.str()), placeOf(key.source()), nodeOf(value, depth)});
     }
     return table;
 }
 
-TomlNode nodeOf(toml::node const& from) {
+TomlNode nodeOf(toml::node const& from, int depth) {
+    if (depth > kDeepest) {
+        throw TooDeep{placeOf(from.source())};
+    }
     TomlNode node{.value = TomlNode::DateOrTime(), .place = placeOf(from.source())};
     if (auto const* const truth = from.as_boolean()) {
         node.value = truth->get();
@@ -38,9 +48,9 @@ TomlNode nodeOf(toml::node const& from) {
     } else if (auto const* const text = from.as_string()) {
         node.value = text->get();
     } else if (auto const* const list = from.as_array()) {
-        node.value = listOf(*list);
+        node.value = listOf(*list, depth + 1);
     } else if (auto const* const table = from.as_table()) {
-        node.value = tableOf(*table);
+        node.value = tableOf(*table, depth + 1);
     }
     return node;
 }
@@ -49,11 +59,13 @@ TomlNode nodeOf(toml::node const& from) {
 
 TomlNode parseToml(std::string_view text, Complaints complaints) {
     try {
-        return nodeOf(toml::parse(text));
+        return nodeOf(toml::parse(text), 0);
     } catch (toml::parse_error const& error) {
         complaints.add(placeOf(error.source()), std::string(error.description()));
-        throw complaints.error();
+    } catch (TooDeep const& error) {
+        complaints.add(error.place, "this is nested too deeply");
     }
+    throw complaints.error();
 }
 
 } // namespace base

@@ -109,6 +109,16 @@ TEST(TomlSection, WhatIsNotTomlIsSaidWithItsPlace) {
     EXPECT_THAT(lines[0], testing::StartsWith("t.toml:2:5: "));
 }
 
+TEST(TomlSection, KeysThatAreNestedWithoutEndAreRefused) {
+    std::string key = "a";
+    for (int level = 0; level < 1100; ++level) {
+        key += ".a";
+    }
+    Texts const lines = complaints(key + " = 1\n", [](TomlSection& /*top*/) { FAIL(); });
+    ASSERT_EQ(lines.size(), 1U);
+    EXPECT_THAT(lines[0], testing::EndsWith(": this is nested too deeply"));
+}
+
 TEST(Complaints, SayWhatTheyKnowOfThePlace) {
     base::Complaints complaints("t.toml");
     EXPECT_TRUE(complaints.empty());
