@@ -45,7 +45,6 @@ constexpr std::array<IInterface**, 9> kReleaseOrder{
 };
 
 ProtUtilsN::Outcome acquire(IInterfaceFactory& host, Service const& service) {
-    *service.variable = nullptr;
     return ProtUtilsN::contain([&] { *service.variable = host.CreateInterface(service.name); });
 }
 

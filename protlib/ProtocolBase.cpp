@@ -66,7 +66,7 @@ void ProtocolBase::FreeTag(ITag* tag) {
 }
 
 void ProtocolBase::DeleteTags() {
-    while (auto* const tag = tags_.first()) {
+    while (auto* const tag = tags_.takeFirst()) {
         delete tag;
     }
 }

@@ -10,10 +10,12 @@ public:
     TagPlace& operator=(TagPlace const&) = delete;
     TagPlace(TagPlace&&) = delete;
     TagPlace& operator=(TagPlace&&) = delete;
-    ~TagPlace();
+    ~TagPlace() { leave(); }
 
 private:
     friend class TagRegistry;
+
+    void leave() noexcept;
 
     TagBase* tag_;
     TagPlace* previous_ = this; // the neighbours in the ring; a tag that is not registered is alone in its own
@@ -31,8 +33,8 @@ public:
     /** Puts a tag behind all others; one that is in a registry already stays where it is. */
     void append(TagPlace& place) noexcept;
 
-    /** The tag that was appended before all others, or null when there is none. */
-    [[nodiscard]] TagBase* first() const noexcept { return end_.next_->tag_; }
+    /** Removes and answers the tag that was appended before all others; null when there is none. */
+    TagBase* takeFirst() noexcept;
 
 private:
     TagPlace end_{nullptr}; // closes the ring

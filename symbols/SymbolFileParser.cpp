@@ -136,8 +136,10 @@ bool SymbolFileParser::readArrayExtra(SdbType& type) {
 }
 
 bool SymbolFileParser::readExtra(std::size_t length, SdbType& type) {
-    std::optional<std::span<char const>> const extra = readBytes(length, types_.texts);
-    type.extra = extra.value_or(std::span<char const>());
+    auto const extra = readBytes(length, types_.texts);
+    if (extra) {
+        type.extra = *extra;
+    }
     return extra.has_value();
 }
 
