@@ -4,7 +4,7 @@
 #include "driver/config/ByteOrder.h"
 #include "driver/errors/ErrorTexts.h"
 #include "driver/session/Session.h"
-#include "driver/tag/Tag_VELK.h"
+#include "driver/tag/TagList.h"
 #include "interfaces/ErrorCodes.h"
 #include "protlib/safety/NoThrow.h"
 #include "protlib/safety/ScratchBuffer.h"

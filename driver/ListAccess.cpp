@@ -3,7 +3,7 @@
 #include "driver/errors/ErrorTexts.h"
 #include "driver/services/ListService.h"
 #include "driver/session/Session.h"
-#include "driver/tag/Tag_VELK.h"
+#include "driver/tag/TagList.h"
 #include "interfaces/ErrorCodes.h"
 #include "protlib/types/MemTypesTable.h"
 
@@ -30,7 +30,7 @@ unsigned char repackBit(Tag_VELK const& tag, unsigned char packed) {
 
 /** The PLC runs another project. That says nothing of the login. */
 bool isOtherProject(std::optional<std::uint16_t> status) {
-    return status == kStatusOtherProject1 || status == kStatusOtherProject2;
+    return status && (*status == kStatusOtherProject1 || *status == kStatusOtherProject2);
 }
 
 bool addValue(ListRequest& request, Tag_VELK const& tag, std::span<unsigned char const> value) {

@@ -2,7 +2,7 @@
 
 #include "driver/errors/ErrorSink.h"
 #include "driver/errors/ErrorTexts.h"
-#include "driver/tag/Tag_VELK.h"
+#include "driver/tag/TagList.h"
 #include "interfaces/ErrorCodes.h"
 #include "interfaces/HostServices.h"
 #include "protlib/protocol/HostServiceVariables.h"

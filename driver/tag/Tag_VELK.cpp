@@ -28,18 +28,6 @@ bool isBitAreaName(std::string const& addressSpace) {
 
 } // namespace
 
-bool areTags(ITag const* const* tags, int count) {
-    if (tags == nullptr || count < 0 || tags[0] == nullptr) {
-        return false;
-    }
-    for (int i = 1; i < count; ++i) {
-        if (tags[i] == nullptr) {
-            return false;
-        }
-    }
-    return true;
-}
-
 Tag_VELK::Tag_VELK(char const* address, _VELK::TagServices const& driver)
     : address_(address != nullptr ? address : "") {
     valid_ = parse(driver);

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "driver/tag/TagBinding.h"
 #include "interfaces/ItemStatus.h"
 #include "protlib/tag/TagBase.h"
 
@@ -9,7 +10,6 @@
 
 class MemoryType;
 class Model;
-struct MemTypeRow;
 
 namespace _VELK {
 class RtsSym;
@@ -34,8 +34,6 @@ public:
     Tag_VELK(char const* address, _VELK::TagServices const& driver);
     Tag_VELK(Tag_VELK const&) = default;
     Tag_VELK& operator=(Tag_VELK const&) = delete;
-    Tag_VELK(Tag_VELK&&) = delete;
-    Tag_VELK& operator=(Tag_VELK&&) = delete;
     ~Tag_VELK() override;
 
     ITag* Clone() const override; ///< null when there is no memory
@@ -50,7 +48,6 @@ public:
 
     /** TagBase::Convert() with the byte order of a node that is not "Intel" around it. */
     bool Convert(unsigned char const* source, unsigned char* destination, bool towardsPlc) const override;
-
     bool IsValid() const { return valid_; }
 
     /** Takes index and subindex from the address's offset field; false with the error text set. */
@@ -67,19 +64,16 @@ public:
     /** Whether the last successful UpdateTagData() was given this stamp and the binding is still in use. */
     bool isBoundTo(std::uint32_t stamp) const { return binding_.bound && binding_.stamp == stamp; }
 
-    /** Returns to the configured index and subindex, in the area of the address space. */
-    void useDefaultAddress() const;
+    void useDefaultAddress() const; ///< returns to the configured index and subindex, in the area of the address space
 
     /** Remembers that the file of generation @p file, counted from 1 for the tag's node, has no usable variable. */
     void setMissingIn(std::uint32_t file) const { binding_.missingFile = file; }
     bool isMissingIn(std::uint32_t file) const { return file != 0 && binding_.missingFile == file; }
 
-    /** The PLC's memory area of the address in use; null when it has none. */
-    MemTypeRow const* areaRow() const;
+    MemTypeRow const* areaRow() const; ///< the PLC's memory area of the address in use; null when it has none
 
     /** The offset of the address in use: the variable's once bound, else the configured one; bits in a bit area. */
     int index() const { return binding_.index; }
-
     idal_error_t status() const { return binding_.status; }
     void setStatus(idal_error_t status) const { binding_.status = status; }
 
@@ -90,22 +84,9 @@ public:
     int maxDatagramItems() const;
     int maxDatagramLength() const;                                    ///< bytes
     std::string const& variableName() const { return variableName_; } ///< with "." for every "/"
-
-    /** The node's present byte order is not this machine's; a further Config() may change it. */
-    bool swapsBytes() const;
+    bool swapsBytes() const; ///< the node's byte order is not this machine's; a further Config() may change it
 
 private:
-    /** What exchanges find out. */
-    struct Binding {
-        int index = 0;
-        int subindex = 0;
-        bool bound = false;
-        std::uint32_t stamp = 0;
-        MemTypeRow const* symbolRow = nullptr; ///< area of the bound variable, null when the driver cannot address it
-        std::uint32_t missingFile = 0;
-        idal_error_t status = kItemGood;
-    };
-
     bool parse(_VELK::TagServices const& driver);
     bool findParameters(_VELK::TagServices const& driver, _VELK::TagAddress const& fields);
     bool findMemoryType(_VELK::TagServices const& driver, std::string const& addressSpace);
@@ -131,13 +112,5 @@ private:
     Model const* model_ = nullptr;
     MemTypeRow const* addressSpaceRow_ = nullptr;
     std::string variableName_;
-    mutable Binding binding_;
+    mutable _VELK::TagBinding binding_;
 };
-
-/** Whether there are @p count tags, and at least one: tags[0] decides on the node even of an empty list. */
-bool areTags(ITag const* const* tags, int count);
-
-/** The driver's view of a tag that the host hands back: every tag that reaches the driver is one of its own. */
-inline Tag_VELK const& velkTag(ITag const& tag) {
-    return static_cast<Tag_VELK const&>(tag);
-}

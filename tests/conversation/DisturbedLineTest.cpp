@@ -46,10 +46,10 @@ protected:
         bool ok = false;
         for (int call = 0; call < 7 && !ok; ++call) {
             port->Wait(std::chrono::seconds(2));
-            Outcome const outcome = Read({counter});
+            ReadOutcome const outcome = Read({counter});
             ok = outcome.ok;
             if (ok) {
-                EXPECT_EQ(NumberOf<std::int32_t>(outcome.value), Plc().get<int>("Counter"));
+                EXPECT_EQ(NumberOf<std::int32_t>(outcome.values), Plc().get<int>("Counter"));
             }
         }
         EXPECT_TRUE(ok) << driver->GetLastErrorString();
@@ -134,15 +134,15 @@ TEST_P(OneFaultTest, IsReportedAndOvercome) {
     driver->Config("nonsense"); // an error of another kind is on record
     Plc().setValue("Counter", 2);
     Plc().faults().add(fault.rule);
-    Outcome const outcome = Read({counter});
+    ReadOutcome const outcome = Read({counter});
     EXPECT_EQ(Count(plc::Cause::kFaultInjected), 1U) << "the fault did not happen";
     if (fault.code == 2 || (fault.code == 3 && outcome.ok)) {
         EXPECT_TRUE(outcome.ok) << driver->GetLastErrorString();
-        EXPECT_EQ(NumberOf<std::int32_t>(outcome.value), 2);
+        EXPECT_EQ(NumberOf<std::int32_t>(outcome.values), 2);
     } else {
         EXPECT_FALSE(outcome.ok);
         EXPECT_EQ(outcome.status[0], 0);
-        EXPECT_EQ(outcome.value, Hex("CC CC CC CC"));
+        EXPECT_EQ(outcome.values, Hex("CC CC CC CC"));
         EXPECT_EQ(driver->GetLastError(), fault.code == 3 ? -6 : fault.code) << driver->GetLastErrorString();
         if (fault.text != nullptr) {
             EXPECT_STREQ(driver->GetLastErrorString(), fault.text);
@@ -158,9 +158,9 @@ TEST_P(OneFaultTest, IsOvercomeByTheNextAttempt) {
     BeginWarm(framing, ConfigFor(framing).Set("repeat", "6"));
     Plc().setValue("Counter", 2);
     Plc().faults().add(fault.rule);
-    Outcome const outcome = Read({counter});
+    ReadOutcome const outcome = Read({counter});
     EXPECT_TRUE(outcome.ok) << driver->GetLastErrorString();
-    EXPECT_EQ(NumberOf<std::int32_t>(outcome.value), 2);
+    EXPECT_EQ(NumberOf<std::int32_t>(outcome.values), 2);
 }
 
 TEST_F(DisturbedLineTest, RoutingStatusFailsSilently) {
@@ -281,9 +281,9 @@ TEST_P(StormTest, WhatIsReportedAsReadIsTrue) {
         int const value = static_cast<int>(random());
         Plc().setValue("Counter", value);
         Plc().setValue("Other", -value);
-        Outcome const outcome = Read({counter, other});
+        ReadOutcome const outcome = Read({counter, other});
         if (outcome.ok && outcome.status[0] == 1) {
-            EXPECT_EQ(outcome.value, HostValue<std::int32_t>(value) + HostValue<std::int32_t>(-value));
+            EXPECT_EQ(outcome.values, HostValue<std::int32_t>(value) + HostValue<std::int32_t>(-value));
             ++good;
         }
         if (Write({other}, HostValue<std::int32_t>(value))) {
@@ -292,8 +292,8 @@ TEST_P(StormTest, WhatIsReportedAsReadIsTrue) {
         }
         Bytes const bytes = Counting(500, random() % 256);
         if (i % 10 == 0 && Write({texts}, bytes)) {
-            Outcome const back = Read({texts});
-            EXPECT_TRUE(!back.ok || back.value == bytes);
+            ReadOutcome const back = Read({texts});
+            EXPECT_TRUE(!back.ok || back.values == bytes);
         }
     }
     EXPECT_GT(good, 400) << "more goes well than not";

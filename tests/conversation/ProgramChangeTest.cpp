@@ -80,7 +80,7 @@ TEST_F(ProgramChangeTest, VariableThatIsGone) {
     without.variables = {{.name = "PLC_PRG.Other", .type = "DINT"}};
     Plc().replaceProgram(without);
     EXPECT_FALSE(Read({counter}).ok);
-    Outcome const outcome = Read({counter});
+    ReadOutcome const outcome = Read({counter});
     EXPECT_TRUE(outcome.ok);
     EXPECT_EQ(outcome.status[0], -1);
     ExpectError(-1, "tag PLC_PRG.Counter not present in symbol file");
@@ -217,10 +217,10 @@ TEST_F(ProgramChangeTest, VariablesThatCannotBeAddressed) {
     Begin(OneStation(program), {});
     Plc().memory().area(0)[8] = 5;
     for (char const* address : {"1?Ghost?M?8?short", "1?Beyond?M?8?short"}) {
-        Outcome const outcome = Read({Tag(address)});
+        ReadOutcome const outcome = Read({Tag(address)});
         EXPECT_TRUE(outcome.ok);
         EXPECT_EQ(outcome.status[0], -1);
-        EXPECT_EQ(outcome.value, Hex("05 00")) << "the default address";
+        EXPECT_EQ(outcome.values, Hex("05 00")) << "the default address";
         EXPECT_FALSE(Write({Tag(address)}, Hex("01 00")));
     }
     EXPECT_FALSE(Read({Tag("1?Nowhere?M?8?short")}).ok);

@@ -111,7 +111,7 @@ TEST_P(ValuesTest, EveryTypeIsReadAsThePlcHasIt) {
     ExpectNumber<bool>(Tag("1?PLC_PRG/Bool?M?0?boolean"), true);
     ExpectNumber<bool>(Tag("1?PLC_PRG/Lamp?QB?0?boolean"), true);
     ExpectNumber<std::int32_t>(Tag("1?PLC_PRG/Far?M?0?int"), 99);
-    EXPECT_EQ(Read({Tag("1?PLC_PRG/Text?M?0?string-20")}).value, Text("Hello, line") + Bytes(9));
+    EXPECT_EQ(Read({Tag("1?PLC_PRG/Text?M?0?string-20")}).values, Text("Hello, line") + Bytes(9));
     EXPECT_EQ(Count(plc::Cause::kFileOpened), 1U);
     EXPECT_EQ(Count(plc::Cause::kLoggedIn), 1U);
 }
@@ -150,13 +150,13 @@ TEST_P(ValuesTest, Arrays) {
     EXPECT_TRUE(Write({ints}, numbers)) << driver->GetLastErrorString();
     EXPECT_EQ(Plc().get<int>("PLC_PRG.Ints[0]"), -5000);
     EXPECT_EQ(Plc().get<int>("PLC_PRG.Ints[9]"), 4000);
-    EXPECT_EQ(Read({ints}).value, numbers);
+    EXPECT_EQ(Read({ints}).values, numbers);
     Plc().setValue("PLC_PRG.Reals[2]", 0.25);
-    EXPECT_EQ(Read({Tag("1?PLC_PRG/Reals?M?0?float-3")}).value, HostValue(0.0F) + HostValue(0.25F) + HostValue(0.0F));
+    EXPECT_EQ(Read({Tag("1?PLC_PRG/Reals?M?0?float-3")}).values, HostValue(0.0F) + HostValue(0.25F) + HostValue(0.0F));
     ITag* const bytes = Tag("1?PLC_PRG/Bytes?M?0?unsignedByte-1000");
     EXPECT_TRUE(Write({bytes}, Counting(1000, 5))) << driver->GetLastErrorString();
     EXPECT_EQ(Plc().get<int>("PLC_PRG.Bytes[999]"), (999 + 5) % 256);
-    EXPECT_EQ(Read({bytes}).value, Counting(1000, 5));
+    EXPECT_EQ(Read({bytes}).values, Counting(1000, 5));
 }
 
 TEST_P(ValuesTest, FirstWriteOfABitTouchesThatBitAlone) {
@@ -186,13 +186,13 @@ TEST_P(ValuesTest, NinetyItemsInOneDatagram) {
     }
     Plc().setValue("PLC_PRG.Int", 258);
     Plc().setValue("PLC_PRG.Usint", 9);
-    Outcome const outcome = Read(tags);
+    ReadOutcome const outcome = Read(tags);
     EXPECT_TRUE(outcome.ok) << driver->GetLastErrorString();
     Bytes expected;
     for (int i = 0; i < 45; ++i) {
         expected = expected + Hex("02 01 09");
     }
-    EXPECT_EQ(outcome.value, expected);
+    EXPECT_EQ(outcome.values, expected);
 }
 
 TEST_P(ValuesTest, SteadyCycleIsTwoExchanges) {

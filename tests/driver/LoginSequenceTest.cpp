@@ -40,6 +40,20 @@ protected:
     }
 };
 
+/** The driver is logged in to node 1 and has read its tag A. */
+class LoggedInTest : public LoginSequenceTest {
+protected:
+    void SetUp() override {
+        LoginSequenceTest::SetUp();
+        ConfigureAndStart();
+        tag = Tag("1?A?M?0?short");
+        ScriptRead(true);
+        ExpectReadOf(tag);
+    }
+
+    ITag* tag = nullptr;
+};
+
 TEST_F(LoginSequenceTest, LiteralBytesOfAWholeLittleEndianRead) {
     ConfigureAndStart();
     ITag* const tag = Tag("1?A?M?0?short");
@@ -94,11 +108,7 @@ TEST_F(LoginSequenceTest, LiteralBytesOfAWholeBigEndianRead) {
     ExpectReadOf(tag);
 }
 
-TEST_F(LoginSequenceTest, EveryListIsPrecededByALinkCheckButOnlyTheFirstByALogin) {
-    ConfigureAndStart();
-    ITag* const tag = Tag("1?A?M?0?short");
-    ScriptRead(true);
-    ExpectReadOf(tag);
+TEST_F(LoggedInTest, EveryListIsPrecededByALinkCheckButOnlyTheFirstByALogin) {
     ScriptRead(false);
     ExpectReadOf(tag);
     ScriptRead(false);
@@ -128,11 +138,7 @@ TEST_F(LoginSequenceTest, FailedLinkCheckEndsTheCall) {
     ExpectReadOf(tag);
 }
 
-TEST_F(LoginSequenceTest, FailedLinkCheckKeepsTheLogin) {
-    ConfigureAndStart();
-    ITag* const tag = Tag("1?A?M?0?short");
-    ScriptRead(true);
-    ExpectReadOf(tag);
+TEST_F(LoggedInTest, FailedLinkCheckKeepsTheLogin) {
     Intel().DeadLinkCheck();
     EXPECT_FALSE(Read({tag}).ok);
     ScriptRead(false);
@@ -302,11 +308,7 @@ TEST_F(LoginSequenceTest, DeadLogoutIsTheLinksErrorAndKeepsTheLogin) {
     ExpectReadOf(five);
 }
 
-TEST_F(LoginSequenceTest, FailedListExchangeForgetsTheLogin) {
-    ConfigureAndStart();
-    ITag* const tag = Tag("1?A?M?0?short");
-    ScriptRead(true);
-    ExpectReadOf(tag);
+TEST_F(LoggedInTest, FailedListExchangeForgetsTheLogin) {
     EXPECT_EQ(LoginState().node(), 1U);
     Intel().LinkCheck().Dead(ListOfA());
     EXPECT_FALSE(Read({tag}).ok);
@@ -329,11 +331,7 @@ TEST_F(LoginSequenceTest, AfterAForgottenLoginAnotherNodeNeedsNoLogout) {
     ExpectReadOf(three);
 }
 
-TEST_F(LoginSequenceTest, RefusedListKeepsTheLogin) {
-    ConfigureAndStart();
-    ITag* const tag = Tag("1?A?M?0?short");
-    ScriptRead(true);
-    ExpectReadOf(tag);
+TEST_F(LoggedInTest, RefusedListKeepsTheLogin) {
     Intel().LinkCheck().Exchange(ListOfA(), Hex("05 00"));
     EXPECT_FALSE(Read({tag}).ok);
     ExpectError(-6, "Command not acknowledged by PLC");
@@ -341,22 +339,14 @@ TEST_F(LoginSequenceTest, RefusedListKeepsTheLogin) {
     ExpectReadOf(tag);
 }
 
-TEST_F(LoginSequenceTest, LoginOutlivesStopAndStart) {
-    ConfigureAndStart();
-    ITag* const tag = Tag("1?A?M?0?short");
-    ScriptRead(true);
-    ExpectReadOf(tag);
+TEST_F(LoggedInTest, LoginOutlivesStopAndStart) {
     EXPECT_TRUE(driver->Stop());
     EXPECT_TRUE(driver->Start());
     ScriptRead(false);
     ExpectReadOf(tag);
 }
 
-TEST_F(LoginSequenceTest, LoginIsForgottenAtTheFifthFailedLinkCheckInARow) {
-    ConfigureAndStart();
-    ITag* const tag = Tag("1?A?M?0?short");
-    ScriptRead(true);
-    ExpectReadOf(tag);
+TEST_F(LoggedInTest, LoginIsForgottenAtTheFifthFailedLinkCheckInARow) {
     for (int i = 0; i < 5; ++i) {
         Intel().DeadLinkCheck();
         EXPECT_FALSE(Read({tag}).ok);
@@ -365,11 +355,7 @@ TEST_F(LoginSequenceTest, LoginIsForgottenAtTheFifthFailedLinkCheckInARow) {
     ExpectReadOf(tag);
 }
 
-TEST_F(LoginSequenceTest, FourFailedLinkChecksDoNotForgetTheLogin) {
-    ConfigureAndStart();
-    ITag* const tag = Tag("1?A?M?0?short");
-    ScriptRead(true);
-    ExpectReadOf(tag);
+TEST_F(LoggedInTest, FourFailedLinkChecksDoNotForgetTheLogin) {
     for (int i = 0; i < 4; ++i) {
         Intel().DeadLinkCheck();
         EXPECT_FALSE(Read({tag}).ok);
@@ -384,11 +370,7 @@ TEST_F(LoginSequenceTest, FourFailedLinkChecksDoNotForgetTheLogin) {
     ExpectReadOf(tag);
 }
 
-TEST_F(LoginSequenceTest, LoginIsForgottenAtTheFifthRefusedListInARow) {
-    ConfigureAndStart();
-    ITag* const tag = Tag("1?A?M?0?short");
-    ScriptRead(true);
-    ExpectReadOf(tag);
+TEST_F(LoggedInTest, LoginIsForgottenAtTheFifthRefusedListInARow) {
     for (int i = 0; i < 5; ++i) {
         Intel().LinkCheck().Exchange(ListOfA(), Hex("05 00"));
         EXPECT_FALSE(Read({tag}).ok);
@@ -398,11 +380,7 @@ TEST_F(LoginSequenceTest, LoginIsForgottenAtTheFifthRefusedListInARow) {
     ExpectReadOf(tag);
 }
 
-TEST_F(LoginSequenceTest, ListReplyWithoutAStatusWordCountsToo) {
-    ConfigureAndStart();
-    ITag* const tag = Tag("1?A?M?0?short");
-    ScriptRead(true);
-    ExpectReadOf(tag);
+TEST_F(LoggedInTest, ListReplyWithoutAStatusWordCountsToo) {
     for (int i = 0; i < 5; ++i) {
         Intel().LinkCheck().Exchange(ListOfA(), Hex("00"));
         EXPECT_FALSE(Read({tag}).ok);
@@ -411,11 +389,7 @@ TEST_F(LoginSequenceTest, ListReplyWithoutAStatusWordCountsToo) {
     ExpectReadOf(tag);
 }
 
-TEST_F(LoginSequenceTest, RefusedListsAndFailedLinkChecksCountTogether) {
-    ConfigureAndStart();
-    ITag* const tag = Tag("1?A?M?0?short");
-    ScriptRead(true);
-    ExpectReadOf(tag);
+TEST_F(LoggedInTest, RefusedListsAndFailedLinkChecksCountTogether) {
     for (int i = 0; i < 2; ++i) {
         Intel().LinkCheck().Exchange(ListOfA(), Hex("05 00"));
         EXPECT_FALSE(Read({tag}).ok);
@@ -428,11 +402,7 @@ TEST_F(LoginSequenceTest, RefusedListsAndFailedLinkChecksCountTogether) {
     ExpectReadOf(tag);
 }
 
-TEST_F(LoginSequenceTest, RefusedWritesCountToo) {
-    ConfigureAndStart();
-    ITag* const tag = Tag("1?A?M?0?short");
-    ScriptRead(true);
-    ExpectReadOf(tag);
+TEST_F(LoggedInTest, RefusedWritesCountToo) {
     for (int i = 0; i < 5; ++i) {
         Intel().LinkCheck().Exchange(WriteOfA(), Hex("05 00"));
         EXPECT_FALSE(Write({tag}, Hex("34 12")));
@@ -441,11 +411,7 @@ TEST_F(LoginSequenceTest, RefusedWritesCountToo) {
     ExpectReadOf(tag);
 }
 
-TEST_F(LoginSequenceTest, SuccessfulWriteBeginsTheCountAnew) {
-    ConfigureAndStart();
-    ITag* const tag = Tag("1?A?M?0?short");
-    ScriptRead(true);
-    ExpectReadOf(tag);
+TEST_F(LoggedInTest, SuccessfulWriteBeginsTheCountAnew) {
     for (int round = 0; round < 2; ++round) {
         for (int i = 0; i < 4; ++i) {
             Intel().DeadLinkCheck();
@@ -561,11 +527,7 @@ TEST_F(LoginSequenceTest, ReadOnTheSameNodeAfterAFurtherConfigurationUsesItsPres
 
 // --- another project ---
 
-TEST_F(LoginSequenceTest, WritesThatAnotherProjectRefusesDoNotCount) {
-    ConfigureAndStart();
-    ITag* const tag = Tag("1?A?M?0?short");
-    ScriptRead(true);
-    ExpectReadOf(tag);
+TEST_F(LoggedInTest, WritesThatAnotherProjectRefusesDoNotCount) {
     for (int i = 0; i < 3; ++i) {
         for (char const* status : {"48 00", "33 00"}) {
             Intel().LinkCheck().Exchange(WriteOfA(), Hex(status));
@@ -578,11 +540,7 @@ TEST_F(LoginSequenceTest, WritesThatAnotherProjectRefusesDoNotCount) {
     ExpectReadOf(tag);
 }
 
-TEST_F(LoginSequenceTest, WriteThatAnotherProjectRefusesDoesNotBeginTheCountAnew) {
-    ConfigureAndStart();
-    ITag* const tag = Tag("1?A?M?0?short");
-    ScriptRead(true);
-    ExpectReadOf(tag);
+TEST_F(LoggedInTest, WriteThatAnotherProjectRefusesDoesNotBeginTheCountAnew) {
     for (int i = 0; i < 4; ++i) {
         Intel().DeadLinkCheck();
         EXPECT_FALSE(Read({tag}).ok);
