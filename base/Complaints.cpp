@@ -44,6 +44,7 @@ FileError Complaints::error() const {
         return std::tie(one.place.line, one.place.column) < std::tie(other.place.line, other.place.column);
     });
     std::vector<std::string> lines;
+    lines.reserve(sorted.size());
     for (Complaint const& each : sorted) {
         lines.push_back(file_ + placeText(each.place) + ": " + each.text);
     }

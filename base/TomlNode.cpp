@@ -20,6 +20,7 @@ TomlNode nodeOf(toml::node const& from, int depth);
 
 TomlNode::List listOf(toml::array const& from, int depth) {
     TomlNode::List list;
+    list.reserve(from.size());
     for (toml::node const& each : from) {
         list.push_back(nodeOf(each, depth));
     }
@@ -28,6 +29,7 @@ TomlNode::List listOf(toml::array const& from, int depth) {
 
 TomlNode::Table tableOf(toml::table const& from, int depth) {
     TomlNode::Table table;
+    table.reserve(from.size());
     for (auto const& [key, value] : from) {
         table.push_back({std::string(key.str()), placeOf(key.source()), nodeOf(value, depth)});
     }

@@ -79,6 +79,7 @@ std::string faultNames() {
 
 std::string serviceNames() {
     std::vector<std::string> names;
+    names.reserve(kServices.size());
     for (ServiceKind const service : kServices) {
         names.emplace_back(nameOf(service));
     }
