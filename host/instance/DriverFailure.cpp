@@ -27,7 +27,6 @@ constexpr std::array kTexts{
     DriverText{"Can't open serial port", FailureKind::PortFault},
 
     DriverText{"Can't allocate Tag", FailureKind::Memory},
-    DriverText{"Can't allocate buffer", FailureKind::Memory},
     DriverText{"Out of memory", FailureKind::Memory},
 
     DriverText{"Parser: ", FailureKind::Configuration, Match::Start},

@@ -1,5 +1,6 @@
 """velk completions, help and --version."""
 
+import shutil
 import subprocess
 from pathlib import Path
 

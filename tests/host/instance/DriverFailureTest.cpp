@@ -21,8 +21,6 @@ constexpr Row kContract[] = {
     {"Generic error on receiving", 0, FailureKind::PortDied},
     {"Can't allocate Tag", 0, FailureKind::Memory},
     {"Out of memory", 0, FailureKind::Memory},
-    {"Can't allocate buffer", 0, FailureKind::Memory},
-    {"Can't allocate buffer", -1, FailureKind::Memory},
     {"Exception in a host service", 0, FailureKind::Internal},
     {"Parser: unknown format", -1, FailureKind::Configuration},
     {"Parser: parameter 'uart' is not found", -1, FailureKind::Configuration},
