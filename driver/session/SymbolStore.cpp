@@ -91,7 +91,7 @@ bool SymbolStore::loadNew(StoredFile const& file) {
     if (!load(file)) {
         return false;
     }
-    ++stateOf(file.node).generation;
+    stateOf(file.node).generation = ++generations_;
     return true;
 }
 
@@ -107,7 +107,9 @@ bool SymbolStore::provideTable(StoredFile const& file, std::span<ITag const* con
     std::uint32_t const identifier = state.projectIdentifier;
     if (load(file)) {
         // The same file again makes no new search for the variables that it lacks.
-        state.generation += state.projectIdentifier != identifier ? 1 : 0;
+        if (state.projectIdentifier != identifier) {
+            state.generation = ++generations_;
+        }
         return true;
     }
     state.projectIdentifier = 0;

@@ -79,7 +79,7 @@ private:
         bool useDefaultAddresses = false;
         std::uint32_t confirmedProjectIdentifier = 0;
         std::uint32_t projectIdentifier = 0;
-        std::uint32_t generation = 0; ///< rises with every new file of the node; 0: it had none yet
+        std::uint32_t generation = 0; ///< a new number with every new file of the node; 0: it had none yet
     };
 
     NodeState& stateOf(int node) { return nodes_[static_cast<std::size_t>(node)]; }
@@ -91,7 +91,8 @@ private:
 
     ErrorSink& errors_;
     RtsSym table_;
-    int tableNode_ = kNoNode; ///< the node whose file the table holds
+    std::uint32_t generations_ = 0; ///< of all nodes: no two files have the same number
+    int tableNode_ = kNoNode;       ///< the node whose file the table holds
     std::array<NodeState, kNodeCount> nodes_{};
 };
 

@@ -66,7 +66,7 @@ public:
 
     void useDefaultAddress() const; ///< returns to the configured index and subindex, in the area of the address space
 
-    /** Remembers that the file of generation @p file, counted from 1 for the tag's node, has no usable variable. */
+    /** Remembers that the file of generation @p file (0: none yet) has no usable variable. */
     void setMissingIn(std::uint32_t file) const { binding_.missingFile = file; }
     bool isMissingIn(std::uint32_t file) const { return file != 0 && binding_.missingFile == file; }
 

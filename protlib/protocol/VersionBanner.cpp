@@ -2,6 +2,7 @@
 #include "protlib/protocol/HostServiceVariables.h"
 #include "protlib/protocol/ProtocolBase.h"
 #include "protlib/safety/BoundedText.h"
+#include "protlib/safety/NoThrow.h"
 #include "protlib/types/DataTypes.h"
 
 namespace {
@@ -17,6 +18,14 @@ void appendVersion(BoundedText& banner, int version) {
 void appendImplementation(BoundedText& banner, IInterface const& object) {
     banner.appendName(object.GetImpName());
     appendVersion(banner, object.GetImpVersion());
+}
+
+void appendServices(BoundedText& banner) {
+    for (auto const* service : {piMultiTask, piSerialFactory, piSocketFactory}) {
+        if (service != nullptr) {
+            appendImplementation(banner, *service);
+        }
+    }
 }
 
 } // namespace
@@ -41,11 +50,8 @@ int ProtocolBase::GetInfo(char* text, int size) const {
     appendVersion(banner, ProtUtilsN::GetVersion());
 
     if (!IsConverted()) {
-        for (auto const* service : {piMultiTask, piSerialFactory, piSocketFactory}) {
-            if (service != nullptr) {
-                appendImplementation(banner, *service);
-            }
-        }
+        // A service that throws ends the banner; what is there stays.
+        ProtUtilsN::noThrow([&] { appendServices(banner); });
     }
     return banner.length();
 }

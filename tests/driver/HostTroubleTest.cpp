@@ -134,6 +134,20 @@ TEST_F(HostTroubleTest, ExceptionOfAServiceEndsTheCallWithATextOfItsOwn) {
     }
 }
 
+TEST_F(HostTroubleTest, FifthCallInARowThatAnExceptionEndsForgetsTheLogin) {
+    ASSERT_NO_FATAL_FAILURE(Prepare("ReadDatagram"));
+    ASSERT_TRUE(ReadsWell());
+    trouble.strike = [] { throw std::runtime_error("a fault of the host"); };
+    for (int failed = 1; failed <= 5; ++failed) {
+        ASSERT_TRUE(LoginState().isLoggedIn()) << failed;
+        trouble.calls = 0;
+        trouble.at = 3; // after the port is emptied and the link check is sent
+        ASSERT_FALSE(driver->ReadDatagram(&tag, 1, value.data()));
+        ASSERT_TRUE(trouble.HasStruck());
+    }
+    EXPECT_FALSE(LoginState().isLoggedIn());
+}
+
 TEST_F(HostTroubleTest, CancelledThreadUnwindsThroughTheCall) {
     trouble.strike = CancelThisThread;
     for (auto const& [name, call] : Calls()) {

@@ -136,6 +136,15 @@ TEST_F(SymbolStoreTest, LoadedProjectThatThePlcDoesNotRunIsFetchedAnew) {
     EXPECT_EQ(store.projectIdentifier(1), 8U);
 }
 
+TEST_F(SymbolStoreTest, TagThatAnotherNodesFileLacksIsStillLookedUpInItsOwn) {
+    Put(1, SymbolFileBytes(7).Variable("A", 0, 16));
+    Put(2, SymbolFileBytes(7).Variable("B", 0, 32));
+    Tag_VELK const tag = MakeTag("2?B?M?7?short");
+    EXPECT_FALSE(Bind(tag, 1)) << "a list of node 1 that the tag does not belong to";
+    ASSERT_TRUE(Bind(tag, 2));
+    EXPECT_EQ(tag.index(), 32);
+}
+
 TEST_F(SymbolStoreTest, TagIsBoundAgainstItsOwnNodesFile) {
     Put(1, SymbolFileBytes(7).Variable("A", 0, 16));
     Put(2, SymbolFileBytes(7).Variable("A", 0, 200));

@@ -10,6 +10,7 @@
 #include <limits>
 #include <memory>
 #include <random>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -358,6 +359,12 @@ public:
     int GetImpVersion() const override { return 9; }
 };
 
+/** A service that breaks the rule that services do not throw. */
+class ThrowingService : public NamelessService {
+public:
+    char const* GetImpName() const override { throw std::runtime_error("no name"); }
+};
+
 struct Banner : testing::Test {
     ~Banner() override {
         piMultiTask = nullptr;
@@ -395,6 +402,14 @@ TEST_F(Banner, ListsTheServicesThatArePresentInTheirOrder) {
     EXPECT_EQ(info(), std::string(kBanner) + "Tasks v.21\nSockets v.-3\n");
     piMultiTask = nullptr;
     EXPECT_EQ(info(), std::string(kBanner) + "Sockets v.-3\n");
+}
+
+TEST_F(Banner, EndsAtAServiceThatThrows) {
+    ThrowingService throwing;
+    piMultiTask = &multiTask;
+    piSerialFactory = &throwing;
+    piSocketFactory = &sockets;
+    EXPECT_EQ(info(), std::string(kBanner) + "Tasks v.21\n");
 }
 
 TEST_F(Banner, OmitsTheServicesOfAConvertedProtocol) {
