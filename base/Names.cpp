@@ -14,7 +14,7 @@ char upper(char letter) {
     return letter >= 'a' && letter <= 'z' ? static_cast<char>(letter - 'a' + 'A') : letter;
 }
 
-/** Whether both have the same two letters at @p i, in opposite order. */
+/** Whether the two letters up to @p i and the two up to @p j are the same in opposite order. */
 bool areSwapped(std::string_view one, std::size_t i, std::string_view other, std::size_t j) {
     return i > 0 && j > 0 && one[i] == other[j - 1] && one[i - 1] == other[j];
 }
