@@ -9,14 +9,14 @@ namespace base {
 enum class FailureKind {
     Internal, ///< a fault in a program; should never happen
 
-    // What was asked for.
+    // The request.
     Usage,         ///< words of the user, or settings, that make no sense
     Configuration, ///< the driver does not accept the configuration
     Request,       ///< a tag address, a node number or another argument that the driver does not accept
     Value,         ///< a value that does not fit its type
     TooLarge,      ///< more than one exchange can carry
     NotPossible,   ///< not supported, or not in this state
-    LeftOut,       ///< a tag that was never handed to the driver, or that the driver did not process
+    LeftOut,       ///< a tag that was never passed to the driver, or that the driver did not process
     Unreachable,   ///< a variable that the driver cannot address
     Missing,       ///< a variable that the PLC's program does not have
 

@@ -4,7 +4,7 @@
  * The host's data types.
  *
  * The values are part of the contract with the host: ITag::GetVarType() returns them, and bit (value - 1) of a type
- * mask means the type.
+ * mask belongs to the type.
  */
 enum ICU_Type : int {
     ICU_NONE = 0, ///< no type, for example the item type of a scalar tag

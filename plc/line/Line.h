@@ -24,8 +24,7 @@ struct LineDescription {
     Micros frameSilence{std::chrono::milliseconds(20)}; ///< a pause this long ends a frame
     std::uint32_t bytesPerSecond = 0; ///< the pace of the bytes to the panel; 0 sends a frame in no time
     bool portPaces = false;           ///< the port has that pace itself, so it gets whole frames
-    LineSpeed speed{};                ///< for the opener of the port; a description file that gives a speed sets the
-                                      ///< pace, too
+    LineSpeed speed{};                ///< for the opener of the port; in a description file it sets the pace, too
 };
 
 /// Throws DescriptionError when the line is not valid. The programs are not checked.

@@ -19,12 +19,12 @@ public:
     /** Result of a lookup; the numbers are fixed. */
     enum parseResult : int {
         kFound = 0,
-        kNotApplicable = 1, ///< node-only, asked without a node, no general entry, but nodes exist; not an error
+        kNotApplicable = 1, ///< node-only, looked up without a node, no general entry, but nodes exist; not an error
         kNotFound = 2,
         kIllegalValue = 3,
         kCannotBePrefixed = 4,        ///< a node entry for a parameter of the whole line
         kCannotBeNodeIndependent = 5, ///< a general entry for a node-only parameter while nodes exist
-        kInvalidSpecification = 6     ///< the caller asked for both restrictions
+        kInvalidSpecification = 6     ///< the caller requested both restrictions
     };
 
     static constexpr int kGeneralOnly = 1; ///< flag: the parameter must not have a node prefix

@@ -26,7 +26,7 @@ public:
     /** This object for "ProtocolBase", "IProtocol3", "IProtocol2" and "IProtocol", else null. */
     IInterface* ConvertTo(char const* name) override;
 
-    /** Asks CreateTagBase() for the tag and keeps it; null when CreateTagBase() refused the address. */
+    /** Gets the tag from CreateTagBase() and keeps it; null when CreateTagBase() refused the address. */
     ITag* CreateTag(char const* address) override;
 
     /** Forgets every registration of @p tag and destroys it, registered or not. Null is ignored. */

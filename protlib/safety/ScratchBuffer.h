@@ -49,7 +49,7 @@ public:
     /** False when the buffer could not be created; it is then empty. */
     [[nodiscard]] bool available() const noexcept { return available_; }
 
-    /** The buffer, exactly as long as asked for. */
+    /** The buffer, exactly as long as requested. */
     [[nodiscard]] std::span<unsigned char> bytes() noexcept { return bytes_; }
 
 private:
