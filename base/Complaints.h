@@ -6,7 +6,7 @@
 
 namespace base {
 
-/** A place in a text file, both counted from 1; 0 stands for what is not known. */
+/** A place in a text file, both counted from 1; 0 means unknown. */
 struct TextPlace {
     int line = 0;
     int column = 0;
@@ -17,7 +17,7 @@ class FileError : public std::runtime_error {
 public:
     explicit FileError(std::vector<std::string> complaints);
 
-    /** "velk.toml:12:7: ...", without the numbers that are not known. */
+    /** "velk.toml:12:7: ...", without the unknown numbers. */
     [[nodiscard]] std::vector<std::string> const& complaints() const { return complaints_; }
 
 private:
@@ -27,7 +27,7 @@ private:
 /** What is wrong in a text file, each with its place. */
 class Complaints {
 public:
-    /** @p columnsBefore is what the first line has in front of the text that the user wrote. */
+    /** @p columnsBefore is the number of columns before the user's own text in the first line. */
     explicit Complaints(std::string file, int columnsBefore = 0)
         : file_(std::move(file)), columnsBefore_(columnsBefore) {}
 
@@ -35,7 +35,7 @@ public:
 
     [[nodiscard]] bool empty() const { return complaints_.empty(); }
 
-    /** All of them, in the order of the file. */
+    /** All complaints, in the order of the file. */
     [[nodiscard]] FileError error() const;
 
 private:

@@ -7,17 +7,17 @@ namespace base {
  * never from the words of a failure.
  */
 enum class FailureKind {
-    Internal, ///< something that does not happen unless a program has a fault
+    Internal, ///< a fault in a program; should never happen
 
-    // What was asked for.
+    // The request.
     Usage,         ///< words of the user, or settings, that make no sense
     Configuration, ///< the driver does not accept the configuration
     Request,       ///< a tag address, a node number or another argument that the driver does not accept
     Value,         ///< a value that does not fit its type
     TooLarge,      ///< more than one exchange can carry
     NotPossible,   ///< not supported, or not in this state
-    LeftOut,       ///< a tag that was never handed to the driver, or that the driver did not process
-    Unreachable,   ///< a variable that the driver cannot be asked for
+    LeftOut,       ///< a tag that was never passed to the driver, or that the driver did not process
+    Unreachable,   ///< a variable that the driver cannot address
     Missing,       ///< a variable that the PLC's program does not have
 
     // This machine.
@@ -25,32 +25,32 @@ enum class FailureKind {
     Memory,              ///< there is not enough memory
     File,                ///< a file cannot be read or written
     FileExists,          ///< another file is in the way
-    Storage,             ///< symbol files cannot be kept
+    Storage,             ///< symbol files cannot be stored
     NoStoredSymbols,     ///< no symbol file is stored
     StoredSymbolsBroken, ///< the stored symbol file cannot be read
 
     // The serial port.
     PortMissing,    ///< there is no such port
-    NotAPort,       ///< what has that name is something else
+    NotAPort,       ///< the name belongs to something else
     PortDenied,     ///< no permission to use it
     PortBusy,       ///< another program uses it
-    PortNoHardware, ///< there is a name for it, and nothing behind
+    PortNoHardware, ///< the name exists, but there is no hardware
     PortSettings,   ///< it does not accept the line settings
     PortFault,      ///< it cannot be opened for another reason
-    PortDied,       ///< it was open, and works no more
-    Interrupted,    ///< the user ended its waiting
+    PortDied,       ///< it was open, and then failed
+    Interrupted,    ///< the user stopped the waiting
 
     // The PLC, and the line to it.
     Timeout,          ///< no answer in time
     Coupler,          ///< a coupler could not pass a frame on
-    Garbled,          ///< frames that make no sense
-    WrongReply,       ///< a frame that is in order, and not the answer to the request
-    WrongSize,        ///< values of other sizes than those asked for
-    WrongLength,      ///< a response that is too short for the values asked for, or too long
+    Garbled,          ///< frames that are not valid
+    WrongReply,       ///< a valid frame that does not answer the request
+    WrongSize,        ///< values whose sizes differ from those requested
+    WrongLength,      ///< a response that is too short or too long for the requested values
     LoginRefused,     ///< the PLC refused a login, or the logout of another node
     ReadRefused,      ///< the PLC refused a read
     WriteRefused,     ///< the PLC refused a write
-    OtherProject,     ///< the PLC has got another program
+    OtherProject,     ///< the PLC runs another program now
     NoSymbolFile,     ///< the PLC gave no symbol file
     SymbolFileBroken, ///< it gave one that cannot be used
     BadQuality,       ///< the PLC says that a value is bad
@@ -60,7 +60,7 @@ enum class FailureKind {
 /** For tests and tables: how many kinds there are. */
 inline constexpr int kFailureKinds = static_cast<int>(FailureKind::Conversion) + 1;
 
-/** Whether it is the serial port that cannot be opened, or died. */
+/** Whether the serial port could not be opened, or failed. */
 constexpr bool isOfPort(FailureKind kind) {
     return kind >= FailureKind::PortMissing && kind <= FailureKind::PortDied;
 }

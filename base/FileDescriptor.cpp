@@ -23,7 +23,7 @@ FileDescriptor& FileDescriptor::operator=(FileDescriptor&& other) noexcept {
 
 void FileDescriptor::close() {
     if (isOpen()) {
-        // Linux frees the descriptor even when close() is interrupted: never a second time.
+        // Linux frees the descriptor even when close() is interrupted, so it must not be closed again.
         ::close(std::exchange(descriptor_, -1));
     }
 }

@@ -4,7 +4,7 @@
 
 namespace base {
 
-/** Owns an open file descriptor; -1 stands for none. */
+/** Owns an open file descriptor; -1 means none. */
 class FileDescriptor {
 public:
     FileDescriptor() = default;
@@ -23,7 +23,10 @@ private:
     int descriptor_ = -1;
 };
 
-/** Owns what was just opened. Throws std::system_error with what errno says and @p what when that failed. */
+/**
+ * Takes ownership of a descriptor that was just opened. Throws std::system_error with errno and @p what when opening
+ * failed.
+ */
 [[nodiscard]] FileDescriptor openedOrThrow(int descriptor, std::string_view what);
 
 } // namespace base

@@ -9,17 +9,20 @@ namespace {
 
 using Row = std::vector<std::size_t>;
 
-/** The same whatever the language of the system: PLC names have no letters but those of ASCII. */
+/** Independent of the system's language: PLC names contain ASCII letters only. */
 char upper(char letter) {
     return letter >= 'a' && letter <= 'z' ? static_cast<char>(letter - 'a' + 'A') : letter;
 }
 
-/** Whether both have the same two letters there, the other way round. */
+/** Whether the two letters up to @p i and the two up to @p j are the same in opposite order. */
 bool areSwapped(std::string_view one, std::size_t i, std::string_view other, std::size_t j) {
     return i > 0 && j > 0 && one[i] == other[j - 1] && one[i - 1] == other[j];
 }
 
-/** How many slips make one of the other: a letter changed, put in or left out, or two neighbours swapped (Damerau). */
+/**
+ * How many typing errors turn one into the other: a letter changed, added or omitted, or two neighbours swapped
+ * (Damerau).
+ */
 std::size_t distance(std::string_view one, std::string_view other) {
     Row beforeLast;
     Row last(other.size() + 1);
@@ -45,12 +48,12 @@ std::string listOf(std::span<std::string const> texts, char const* lastJoint) {
     return list;
 }
 
-/** The name without what stands before its last dot. */
+/** The part of the name after its last dot. */
 std::string_view lastPart(std::string_view name) {
     return name.substr(name.find_last_of('.') + 1);
 }
 
-/** Small for names that are easily taken for each other: a slip of the keyboard, or the program's name left out. */
+/** Small for names that are easily confused: a typing error, or the program's name omitted. */
 std::size_t strangeness(std::string_view meant, std::string_view candidate) {
     std::size_t const whole = distance(meant, candidate);
     if (meant.find('.') != std::string_view::npos) {
@@ -75,7 +78,7 @@ bool sameName(std::string_view one, std::string_view other) {
 
 std::vector<std::string> similarNames(std::string_view name, std::span<std::string const> candidates,
                                       std::size_t most) {
-    constexpr std::size_t kLettersForASlip = 3; // one slip in so many letters
+    constexpr std::size_t kLettersForASlip = 3; // one typing error is accepted in this many letters
     std::string const meant = upperCase(name);
     std::size_t const limit = std::max<std::size_t>(1, meant.size() / kLettersForASlip);
     std::vector<std::pair<std::size_t, std::string>> found;

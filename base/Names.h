@@ -7,13 +7,13 @@
 
 namespace base {
 
-/** @p text in upper case; PLC names do not tell the two cases of a letter apart. */
+/** @p text in upper case; PLC names ignore case. */
 std::string upperCase(std::string_view text);
 
-/** Whether both are the same but for the case of their letters. */
+/** Whether both are the same, ignoring case. */
 bool sameName(std::string_view one, std::string_view other);
 
-/** Those of @p candidates that somebody may have meant who wrote @p name, the likeliest first; at most @p most. */
+/** The @p candidates similar to @p name, the most likely first; at most @p most. */
 std::vector<std::string> similarNames(std::string_view name, std::span<std::string const> candidates,
                                       std::size_t most = 3);
 
@@ -23,7 +23,7 @@ std::string orList(std::span<std::string const> texts);
 /** "a", "a and b", "a, b and c". */
 std::string andList(std::span<std::string const> texts);
 
-/** "; did you mean X?" with the names much like @p name, or nothing. */
+/** "; did you mean X?" with the names similar to @p name, or an empty text. */
 std::string didYouMean(std::string_view name, std::span<std::string const> candidates);
 
 } // namespace base

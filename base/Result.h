@@ -13,9 +13,10 @@ namespace base {
 struct Failure {
     FailureKind kind = FailureKind::Internal;
     std::string text;                ///< one sentence in plain English without a full stop: to be shown, not searched
-    std::optional<int> driverCode{}; ///< what the driver answered (interfaces/ErrorCodes.h), where it is from there
+    std::optional<int> driverCode{}; ///< the driver's error code (interfaces/ErrorCodes.h), if the driver reported the
+                                     ///< failure
 
-    /** The same with other words. */
+    /** The same failure with another text. */
     [[nodiscard]] Failure withText(std::string words) const { return {kind, std::move(words), driverCode}; }
 };
 

@@ -14,7 +14,7 @@ namespace {
 
 constexpr std::int64_t kForEver = -1;
 
-// What the handlers work on.
+// Used by the signal handlers.
 std::atomic<int> endDescriptor{-1};
 std::atomic<int> resumptionDescriptor{-1};
 std::atomic<bool> endSignalled{false};
@@ -29,7 +29,7 @@ std::int64_t now() {
 }
 
 void raiseEvent(int descriptor) {
-    static_cast<void>(eventfd_write(descriptor, 1)); // fails when the counter is full: the event is raised already
+    static_cast<void>(eventfd_write(descriptor, 1)); // fails when the counter is full: then the event is already set
 }
 
 void handle(int signal, void (*handler)(int), int flags) {
@@ -54,7 +54,7 @@ extern "C" void onEnd(int signal) {
 extern "C" void onStop(int signal) {
     int const error = errno;
     std::int64_t const began = now();
-    static_cast<void>(raise(signal)); // stops here, for the handler is taken away while it runs
+    static_cast<void>(raise(signal)); // stops here, because the handler is removed meanwhile
     stopped += now() - began;
     handle(signal, onStop, SA_RESTART | SA_RESETHAND | SA_NODEFER);
     errno = error;
@@ -71,9 +71,9 @@ void takeOver(int signal) {
     case SIGTSTP:
         return handle(signal, onStop, SA_RESTART | SA_RESETHAND | SA_NODEFER);
     case SIGCONT:
-        return handle(signal, onContinue, SA_RESTART); // an exchange on the line goes on where it was
+        return handle(signal, onContinue, SA_RESTART); // an interrupted exchange on the line continues
     default:
-        return handle(signal, onEnd, 0); // a read() that waits ends
+        return handle(signal, onEnd, 0); // a waiting read() returns
     }
 }
 
@@ -88,7 +88,7 @@ int toMilliseconds(std::int64_t microseconds) {
                             kMicrosecondsPerMillisecond);
 }
 
-/** Waits for the first descriptor or one of the others; -1 stands for none. False when it was the first. */
+/** Waits for the first descriptor or one of the others; -1 means none. False when it was the first one. */
 bool waitFor(std::span<pollfd> waiting, std::int64_t microseconds) {
     std::int64_t const end = now() + microseconds;
     while (true) {

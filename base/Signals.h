@@ -9,46 +9,46 @@
 namespace base {
 
 /**
- * What the user tells the program with signals: to end (SIGINT, SIGTERM, SIGHUP), to stop (SIGTSTP, as with Ctrl-Z) and
- * to go on (SIGCONT). Whoever waits, waits here or watches a descriptor. A second SIGINT or SIGTERM ends the program at
- * once, whatever it is doing.
+ * The signals that end (SIGINT, SIGTERM, SIGHUP), suspend (SIGTSTP, as with Ctrl-Z) and resume (SIGCONT) the program.
+ * All waiting is done here or watches descriptor(). A second SIGINT or SIGTERM ends the program at once, whatever the
+ * program is doing.
  *
- * One object at a time: it takes over the signals while it lives, and gives them back to their handlers from before. A
- * signal that the program was started without, by nohup for example, stays ignored.
+ * One object at a time: while it exists it handles the signals; its destructor restores the previous handlers. A signal
+ * that was ignored when the program started, by nohup for example, stays ignored.
  */
 class Signals {
 public:
-    /** Throws std::logic_error when there is another object, std::system_error when the system has no events left. */
+    /** Throws std::logic_error when there is another object, std::system_error when no event can be created. */
     Signals();
     ~Signals();
     Signals(Signals const&) = delete;
     Signals& operator=(Signals const&) = delete;
 
-    /** Whether the end is asked for. */
+    /** Whether the program was asked to end. */
     [[nodiscard]] bool requested() const;
 
-    /** Readable from the moment of the request on. */
+    /** Readable as soon as the program was asked to end. */
     [[nodiscard]] int descriptor() const { return end_.get(); }
 
-    /** As if the user had asked for the end; safe in a signal handler and from other threads. */
+    /** Asks the program to end, as a signal does; safe in a signal handler and from other threads. */
     void request();
 
-    /** Lets time pass. False as soon as the end is asked for. */
+    /** Waits for this time. False as soon as the program is asked to end. */
     bool pause(std::int64_t microseconds);
 
-    /** Waits until @p input can be read or has ended. False as soon as the end is asked for. */
+    /** Waits until @p input can be read or is at its end. False as soon as the program is asked to end. */
     bool waitForInput(int input);
 
-    /** The same for a bounded time; true also when the time is over. */
+    /** The same for a limited time; also true when the time is over. */
     bool waitForInput(int input, std::int64_t microseconds);
 
-    /** The same as waitForInput(), but true also when the program was stopped and goes on. */
+    /** The same as waitForInput(), but also true when the program was suspended and has resumed. */
     bool waitForInputOrResumption(int input);
 
-    /** Whether the program was stopped and goes on since the last call. */
+    /** Whether the program was suspended and resumed since the last call. */
     bool takeResumption();
 
-    /** How long the program was stopped in all, while there was an object. */
+    /** How long the program was suspended in total, while there was an object. */
     [[nodiscard]] static std::int64_t stoppedMicroseconds();
 
 private:

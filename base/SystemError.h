@@ -4,7 +4,7 @@
 
 namespace base {
 
-/** Throws std::system_error with what errno says and @p what. */
+/** Throws std::system_error with errno and @p what. */
 [[noreturn]] void throwSystemError(std::string_view what);
 
 } // namespace base

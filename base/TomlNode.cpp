@@ -1,6 +1,6 @@
 #include "base/TomlNode.h"
 
-#include <toml++/toml.h> // takes long to compile: only here
+#include <toml++/toml.h> // slow to compile, so included only here
 
 namespace base {
 namespace {

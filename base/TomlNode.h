@@ -35,7 +35,7 @@ struct TomlEntry {
     TomlNode value;
 };
 
-/** The table that a whole text is. Throws FileError, with these complaints, for a text that is not TOML. */
+/** Parses a whole text into its top-level table. Throws FileError with @p complaints when the text is not TOML. */
 [[nodiscard]] TomlNode parseToml(std::string_view text, Complaints complaints);
 
 } // namespace base

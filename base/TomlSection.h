@@ -17,14 +17,17 @@
 namespace base {
 
 /**
- * One table of a TOML text, read key by key. What is wrong becomes a complaint with the place of the value, and the
- * key counts as not given.
+ * One table of a TOML text, read key by key. An error becomes a complaint with the place of the value, and the key
+ * counts as missing.
  */
 class TomlSection {
 public:
     using Read = std::function<void(TomlSection&)>;
 
-    /** @p title stands in complaints: "[line]". @p table is one, and both references must outlive this object. */
+    /**
+     * @p title names the table in complaints: "[line]". @p table must be a table; both references must outlive this
+     * object.
+     */
     TomlSection(TomlNode const& table, std::string title, Complaints& complaints)
         : table_(table), title_(std::move(title)), complaints_(complaints) {}
 
@@ -39,10 +42,10 @@ public:
         return found ? std::optional(static_cast<Number>(*found)) : std::nullopt;
     }
 
-    /** A number with a fraction or without. */
+    /** A number, with or without a fraction. */
     [[nodiscard]] std::optional<double> real(std::string_view key);
 
-    /** The same from 0 to 1. */
+    /** A number from 0 to 1. */
     [[nodiscard]] std::optional<double> fraction(std::string_view key);
 
     [[nodiscard]] std::optional<bool> truth(std::string_view key) { return valueOf<bool>(key, "true or false"); }
@@ -51,10 +54,13 @@ public:
     /** Empty, with a complaint, when the key is missing. */
     [[nodiscard]] std::string neededText(std::string_view key);
 
-    /** A text that is one of @p choices, whatever the case; answers it as it is there. */
+    /** A text that is one of @p choices, ignoring case; returns it as written in @p choices. */
     [[nodiscard]] std::optional<std::string> choice(std::string_view key, std::span<std::string const> choices);
 
-    /** What @p lookUp answers for a text, an optional; @p names are those that it knows: "Intel or Motorola". */
+    /**
+     * The value that @p lookUp (returning an optional) has for the text; @p names lists the texts that it knows: "Intel
+     * or Motorola".
+     */
     template <typename Find>
     [[nodiscard]] auto named(std::string_view key, Find lookUp, std::string_view names)
         -> decltype(lookUp(std::string_view())) {
@@ -81,19 +87,19 @@ public:
     /** Calls @p read with every table of the list of tables called @p key. */
     void sections(std::string_view key, Read const& read);
 
-    /** A value of any kind, nullptr when it is not there. */
+    /** A value of any kind; nullptr when the key is missing. */
     [[nodiscard]] TomlNode const* node(std::string_view key);
 
-    /** Complains about the value of a key, or about the table when the key is not there. */
+    /** Complains about the value of a key, or about the table when the key is missing. */
     void complain(std::string_view key, std::string text);
 
     /** Complains about the table. */
     void complain(std::string text) { complaints_.add(table_.place, std::move(text)); }
 
-    /** Complains about every key that nobody asked for. */
+    /** Complains about every key that was not read. */
     void refuseOtherKeys();
 
-    /** As if all keys had been asked for. */
+    /** Treats all keys as read. */
     void acceptOtherKeys();
 
     [[nodiscard]] TextPlace place() const { return table_.place; }
@@ -106,7 +112,7 @@ private:
     void refuseChoice(std::string_view key, std::string_view given, std::string_view names);
     void refuseKind(std::string_view key, std::string_view wanted);
 
-    /** The value when it is of the kind that is called @p wanted; complains about one of another kind. */
+    /** The value when it has the expected type; otherwise complains, calling that type @p wanted. */
     template <typename Kind>
     [[nodiscard]] std::optional<Kind> valueOf(std::string_view key, std::string_view wanted) {
         TomlNode const* const found = node(key);
@@ -123,7 +129,7 @@ private:
     std::set<std::string, std::less<>> asked_;
 };
 
-/** What @p read makes of a whole text; @p title is what complaints call it. Throws FileError when there are any. */
+/** Parses a whole text with @p read; @p title names it in complaints. Throws FileError when there are any. */
 template <typename ReadTop>
 auto readToml(std::string_view text, Complaints complaints, std::string title, ReadTop read) {
     TomlNode const whole = parseToml(text, complaints);

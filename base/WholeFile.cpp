@@ -23,7 +23,7 @@ Failure tooLarge(std::size_t most) {
                                           : "it is larger than " + std::to_string(most) + " bytes"};
 }
 
-/** A device has no end, and opening one may already do something to it. */
+/** A device has no end, and opening one may already have an effect. */
 Outcome canBeRead(struct stat const& status, std::size_t most) {
     if (S_ISDIR(status.st_mode)) {
         return Failure{FailureKind::File, "it is a directory"};
@@ -62,7 +62,7 @@ Result<std::string> readWholeFile(std::filesystem::path const& file, std::size_t
             return content;
         }
         content.append(piece.data(), static_cast<std::size_t>(count));
-        if (content.size() > most) { // what grows meanwhile, or has no size
+        if (content.size() > most) { // for a file that grows meanwhile, or has no size
             return tooLarge(most);
         }
     }

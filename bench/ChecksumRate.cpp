@@ -1,5 +1,5 @@
-// Measures which disturbances of a received block the driver's check does not see, as rates of many trials. Fixed
-// seeds: the same numbers on every machine.
+// Measures how often the driver's check misses a disturbance of a received block, over many trials. Fixed seeds: the
+// same numbers on every machine.
 
 #include "driver/link/BlockFrame.h"
 

@@ -1,5 +1,5 @@
-// What the name index of the symbol table costs: adding and finding names that differ in digits only, as the names of
-// PLC programs do, against std::unordered_map with case-folded keys and against a plain walk through the chains.
+// Measures the name index of the symbol table: adding and finding names that differ in digits only, as the names of PLC
+// programs do, compared with std::unordered_map with case-folded keys and with a plain walk through the chains.
 
 #include "symbols/NameIndex.h"
 
@@ -44,7 +44,7 @@ std::string nameOf(std::size_t number) {
     return text.data();
 }
 
-/** The names of a program and the same names as a panel project asks for them: any order, other case. */
+/** The names of a program and the same names as a panel project uses them: in any order and other case. */
 struct Names {
     std::vector<std::string> declared;
     std::vector<std::string> asked;
@@ -70,7 +70,7 @@ Names const& names(std::size_t count) {
     return names;
 }
 
-/** Only its address counts. */
+/** Only its address matters. */
 void* someValue() {
     static int value = 0;
     return &value;
@@ -92,7 +92,7 @@ private:
     _VELK::RtsHashTag table_;
 };
 
-/** The standard library's table, with its room reserved and without an allocation for a look-up. */
+/** The standard library's table, with reserved room and no allocation for a look-up. */
 class FoldedMap {
 public:
     explicit FoldedMap(std::size_t count) { map_.reserve(count); }
@@ -211,7 +211,7 @@ void find(benchmark::State& state) {
     state.SetItemsProcessed(state.iterations() * state.range(0));
 }
 
-/** Whatever else the machine does only adds time, so the fastest of several repetitions is the truest. */
+/** Other work on the machine only adds time, so the fastest of several repetitions is the most accurate. */
 double fastest(std::vector<double> const& times) {
     return *std::min_element(times.begin(), times.end());
 }
@@ -221,7 +221,7 @@ void allSizes(benchmark::internal::Benchmark* benchmark) {
     benchmark->ComputeStatistics(kFastest, fastest)->Repetitions(7)->ReportAggregatesOnly();
 }
 
-/** A walk through chains of thousands of links is not worth waiting for at the largest size. */
+/** Walking through chains of thousands of links takes too long at the largest size. */
 void bearableSizes(benchmark::internal::Benchmark* benchmark) {
     benchmark->Arg(1'000)->Arg(10'000)->Unit(benchmark::kMicrosecond);
     benchmark->ComputeStatistics(kFastest, fastest)->Repetitions(7)->ReportAggregatesOnly();

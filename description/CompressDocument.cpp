@@ -1,5 +1,5 @@
-// Runs on the machine that builds: compresses the description document and writes its container as the initialiser
-// of a byte array. The container states both sizes, so a document of another size stops the build.
+// Runs on the build machine: compresses the description document and writes its container as the initialiser of a byte
+// array. The container states both sizes, so a document of another size stops the build.
 
 #include <zlib.h>
 

@@ -10,7 +10,7 @@
 
 namespace {
 
-// Advertised only: the driver knows neither command, deliberately.
+// Listed in the help only: the driver deliberately supports neither command.
 constexpr std::string_view kDriverHelp = "setid n - set the server ID to n\ngetid - get the server ID\n";
 
 bool isHelp(char const* command) {
@@ -22,7 +22,7 @@ bool isHelp(char const* command) {
 } // namespace
 
 bool Protocol_VELK::DoCommand(char const* command, char* reply, int size) {
-    // Asked first: a host may have the answer written over the command.
+    // Decided first: a host may let the reply overwrite the command.
     bool const addsHelp = command != nullptr && reply != nullptr && size > 0 &&
                           ProtUtilsN::noThrow([&] { return isHelp(command); }, false);
     if (!ProtocolBase::DoCommand(command, reply, size)) {

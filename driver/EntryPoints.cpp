@@ -22,7 +22,7 @@ using Image = ProtUtilsN::ScratchBuffer<128>;
 
 constexpr std::size_t kIdentifierLength = 4;
 constexpr std::int64_t kReplyOverhead = 7; // status word, four bytes without meaning, one quality byte
-constexpr int kWriteMargin = 8;            // room around a value for the element that it lies in
+constexpr int kWriteMargin = 8;            // room around a value for the element that contains it
 
 constexpr char const* kItemConversion = "datagramItem conversion error";
 
@@ -34,14 +34,14 @@ std::int64_t imageLength(ITag const* const* tags, int count) {
     return length;
 }
 
-/** The value of a "PROJ_ID" tag as its node would send it, so that a conversion gives the identifier on every node. */
+/** The value of a "PROJ_ID" tag in its node's byte order, so that the conversion gives the identifier on every node. */
 void putIdentifier(Tag_VELK const& tag, std::span<unsigned char> image) {
     if (image.size() >= kIdentifierLength) {
         put32(image, static_cast<std::uint32_t>(tag.index()), byteOrderOf(tag.swapsBytes()));
     }
 }
 
-/** The whole elements of its area that a value of some length lies in. */
+/** The whole elements of its area that a value of some length touches. */
 struct BlockPlace {
     int skip = 0; ///< bytes before the value
     std::int64_t length = 0;
@@ -56,7 +56,7 @@ struct BlockPlace {
         std::uint32_t const start = static_cast<std::uint32_t>(tag.index()) * element;
         skip = static_cast<int>(static_cast<std::uint32_t>(tag.GetByteOffset()) - start);
         std::uint32_t const end = static_cast<std::uint32_t>(skip) + static_cast<std::uint32_t>(valueLength);
-        std::uint32_t const beyond = end % element; // bytes of the value in its last element, when it does not fill it
+        std::uint32_t const beyond = end % element; // bytes of the value in a last element that it does not fill
         length = std::int64_t{end} + (beyond != 0 ? element - beyond : 0);
     }
 };
@@ -132,7 +132,7 @@ bool EntryPoints::readList(ITag const* const* tags, int count, unsigned char* va
     return true;
 }
 
-/** Answers the tag's status, and makes it the last error when the tag was not found. */
+/** Returns the tag's status, and makes it the last error when the tag was not found. */
 idal_error_t EntryPoints::reportStatus(Tag_VELK const& tag) {
     if (tag.status() != kItemGood) {
         session_.errors.failNaming("tag ", tag.variableName().c_str(), " not present in symbol file");
@@ -175,10 +175,10 @@ bool EntryPoints::writeValue(ITag const* tag, unsigned char const* value) {
         return session_.errors.fail(kErrorConversion, "write conversion error");
     }
     if (velkTag(*tag).isProjectIdentifier()) {
-        // Reported as written although nothing goes out, deliberately.
+        // Deliberately reported as written although nothing is sent.
         return true;
     }
-    // Also of a part of an element the first bytes of the image go out, deliberately.
+    // Deliberately sends the first bytes of the image, even for a part of an element.
     return attempt(true, &tag, 1, image.bytes().data(), 0);
 }
 
@@ -205,7 +205,7 @@ bool EntryPoints::writeList(ITag const* const* tags, int count, unsigned char co
     return attempt(true, tags, count, image.bytes().data(), 0);
 }
 
-/** Runs the sequencer as often as the node of tags[0] is configured for, until it succeeds. */
+/** Repeats the access until it succeeds, at most as often as configured for the node of tags[0]. */
 bool EntryPoints::attempt(bool write, ITag const* const* tags, int count, unsigned char* image, int length) {
     if (!session_.link.requireOpen()) {
         return false;
@@ -220,8 +220,8 @@ bool EntryPoints::attempt(bool write, ITag const* const* tags, int count, unsign
 }
 
 /**
- * Refuses what the link's buffers can never hold before memory is asked for it. A call that would not even have come
- * to the buffers keeps its own reason.
+ * Refuses, before allocating memory, what the link's buffers can never hold. A call that fails before it needs the
+ * buffers keeps its own reason.
  */
 bool EntryPoints::refuseImage(ITag const* const* tags, int count, std::int64_t length, bool write) {
     if (length <= static_cast<std::int64_t>(kDataLength)) {

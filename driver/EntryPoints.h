@@ -13,15 +13,15 @@ namespace _VELK {
 struct Session;
 
 /**
- * What the host's reads and writes have in common: values are converted from and to an image as the PLC has it, and
- * the exchange of the image is attempted as often as the node is configured for. May throw std::bad_alloc.
+ * The part common to the host's reads and writes: converts values from and to an image in the PLC's representation, and
+ * attempts the exchange of the image as often as configured for the node. May throw std::bad_alloc.
  */
 class EntryPoints {
 public:
-    /** @p ident names the driver's instance to the host. */
+    /** @p ident is the instance's name for the host. */
     EntryPoints(Session& session, char const* ident) : session_(session), ident_(ident) {}
 
-    /** Whether an exchange can carry the tag's value at all; when not, why a read of it fails is the last error. */
+    /** Whether an exchange can carry the tag's value at all; when not, the last error says why a read of it fails. */
     bool canCarry(ITag const* tag);
 
     /** Protocol_VELK::ReadBlock(). */
@@ -30,7 +30,7 @@ public:
     /** Reads the tags and converts their values; with @p status also reports on each. */
     bool readList(ITag const* const* tags, int count, unsigned char* values, idal_error_t* status);
 
-    /** Reads the tags as the PLC has them; @p image holds their PackedLen() bytes, one behind the other. */
+    /** Reads the tags in the PLC's representation; @p image holds their PackedLen() bytes, one after the other. */
     bool readImage(ITag const* const* tags, int count, std::span<unsigned char> image);
 
     bool writeValue(ITag const* tag, unsigned char const* value);

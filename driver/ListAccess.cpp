@@ -21,14 +21,14 @@ constexpr std::size_t kEmptyReadReplyLength = 6;
 constexpr char const* kWrongByteCount = "Wrong number of bytes received";
 
 /**
- * The value of a bit area's tag was packed when the tag may not yet have been bound, at whatever bit it had then.
- * Nothing else shares its byte, so that any bit in it means 1.
+ * The value of a bit area's tag may have been packed before the tag was bound, with the bit number of that time.
+ * Nothing else shares its byte, so any bit in it means 1.
  */
 unsigned char repackBit(Tag_VELK const& tag, unsigned char packed) {
     return packed != 0 ? static_cast<unsigned char>(1U << static_cast<unsigned>(tag.GetBitIndex())) : packed;
 }
 
-/** The PLC runs another project. That says nothing of the login. */
+/** The PLC runs another project. That says nothing about the login. */
 bool isOtherProject(std::optional<std::uint16_t> status) {
     return status && (*status == kStatusOtherProject1 || *status == kStatusOtherProject2);
 }
@@ -150,7 +150,7 @@ bool ListAccess::fetchSymbols() {
     return session_.upload.fetch(kPlcSymbolFile, symbolFile_.path.data(), params_, params_->isBigEndian()) != 0;
 }
 
-/** Writes the request for the list; answers its length. */
+/** Writes the request for the list; returns its length. */
 std::optional<int> ListAccess::buildRequest() {
     ListRequest request(session_.link.txData(), order_, write_, static_cast<std::uint32_t>(count_));
     unsigned char const* value = data_;
@@ -164,7 +164,7 @@ std::optional<int> ListAccess::buildRequest() {
             session_.errors.fault(kErrorRequest, kTxExceeded);
             return std::nullopt;
         }
-        value += write_ ? item.PackedLen() : 0; // the place of a read may be shorter than the value
+        value += write_ ? item.PackedLen() : 0; // the room for a read may be shorter than the value
     }
     if (!request.addProjectIdentifier(session_.symbols.projectIdentifier(node_))) {
         session_.errors.fault(kErrorRequest, kTxExceeded);
@@ -173,7 +173,7 @@ std::optional<int> ListAccess::buildRequest() {
     return request.length();
 }
 
-/** Adds the item's descriptor and, of a write, its value; false when the request has no room for them. */
+/** Adds the item's descriptor and, for a write, its value; false when the request has no room for them. */
 bool ListAccess::addItem(ListRequest& request, Tag_VELK const& tag, unsigned char const* value) {
     ListItem const item{static_cast<std::uint16_t>(tag.areaRow()->area), static_cast<std::uint32_t>(tag.index()),
                         tag.isBitArea() ? 0 : static_cast<std::uint32_t>(itemLength(tag))};
@@ -181,7 +181,7 @@ bool ListAccess::addItem(ListRequest& request, Tag_VELK const& tag, unsigned cha
            (!write_ || addValue(request, tag, {value, static_cast<std::size_t>(tag.PackedLen())}));
 }
 
-/** Gives the tag the address that it goes out with; false when it has none. */
+/** Sets the address that the tag is sent with; false when there is none. */
 bool ListAccess::resolveTag(Tag_VELK const& tag) {
     if (tag.isProjectIdentifier()) {
         return refuseTag(tag);
@@ -237,7 +237,7 @@ bool ListAccess::takeReadReply(Reply reply) {
         recoverFromOtherProject();
         return false;
     }
-    // Kept although nothing reads it. Every driver object of the library sets it, from whatever thread.
+    // Kept although nothing reads it. Every driver object of the library sets it, from any thread.
     [[maybe_unused]] static std::atomic<unsigned char> cntNoVarListResponse;
     cntNoVarListResponse.store(0, std::memory_order_relaxed);
     session_.login.failed();
@@ -267,7 +267,7 @@ bool ListAccess::takeValues(Reply reply) {
     return allGood || errors.fail(kErrorReply, "One of the values has bad quality");
 }
 
-/** The PLC runs another program than the symbols are of. The next call loads what is fetched here. */
+/** The PLC runs a different program than the symbols belong to. The next call loads the file that is fetched here. */
 void ListAccess::recoverFromOtherProject() {
     session_.errors.fail(kErrorReply, "Project ID mismatch");
     if (!session_.symbols.giveUpProject(node_)) {

@@ -21,11 +21,11 @@ struct Session;
  * Reads or writes a list of variables on the node of tags[0]: logs in, makes sure of the node's symbols, binds the
  * tags, exchanges the list.
  *
- * One call; what it finds out on the way is gone with it, and what stays is the session's.
+ * An object serves one call; everything remembered beyond it is in the session.
  */
 class ListAccess {
 public:
-    /** @p ident names the driver's instance to the host. */
+    /** @p ident is the instance's name for the host. */
     ListAccess(Session& session, char const* ident) : session_(session), ident_(ident) {}
 
     /** See Protocol_VELK::doProtocolInner(). */

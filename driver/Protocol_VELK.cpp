@@ -142,7 +142,7 @@ bool Protocol_VELK::CanAddToWriteDatagram(ITag const* const* tags, int count, IT
 // Reading and writing
 
 bool Protocol_VELK::Read(ITag const* tag, unsigned char* value) {
-    // Asked before memory is, as the other calls do.
+    // Checked before memory is allocated, as in the other calls.
     return (tag == nullptr || EntryPoints(session_, GetIdent()).canCarry(tag)) && ProtocolBase::Read(tag, value);
 }
 

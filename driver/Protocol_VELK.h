@@ -10,13 +10,13 @@
 /**
  * One instance of the driver: a serial line and the PLCs on it.
  *
- * The face that the host sees; what is remembered belongs to the parts of the session. Starts no threads and takes no
- * locks; the host serialises all calls. One exchange with a PLC is in flight at a time, and every exchange uses the
+ * The interface to the host; all state beyond a call belongs to the parts of the session. Starts no threads and takes
+ * no locks; the host serialises all calls. One exchange with a PLC is in flight at a time, and every exchange uses the
  * same buffers. Large, so it lives on the heap: see CreateProtocol_VELK(). Only the constructor throws.
  */
 class Protocol_VELK final : public ProtocolBase {
 public:
-    /** Registers memory types and models, makes the symbol table. May throw std::bad_alloc. */
+    /** Registers memory types and models, creates the symbol table. May throw std::bad_alloc. */
     Protocol_VELK();
     Protocol_VELK(Protocol_VELK const&) = delete;
     Protocol_VELK& operator=(Protocol_VELK const&) = delete;
@@ -50,7 +50,7 @@ public:
     bool CanCoexistInDatagram(ITag const* a, ITag const* b) const override;
     bool CanAddToWriteDatagram(ITag const* const* tags, int count, ITag const* tag) const override;
 
-    // Reading and writing: tags[0] is looked at even when there are no tags
+    // Reading and writing: tags[0] is used even when there are no tags
     bool Read(ITag const* tag, unsigned char* value) override;
     bool ReadBlock(ITag const* tag, unsigned char* bytes, int length) override;
     bool ReadDatagram(ITag const* const* tags, int count, unsigned char* values) override;
@@ -66,15 +66,18 @@ public:
 
     // The steps of a read or write, from the outermost to the innermost. They may throw std::bad_alloc.
 
-    /** Reads the tags as the PLC has them: PackedLen() bytes each, one behind the other. Attempts as configured. */
+    /**
+     * Reads the tags in the PLC's representation: PackedLen() bytes each, one after the other. Repeats as configured.
+     */
     bool doReadDatagram(ITag const* const* tags, int count, std::span<unsigned char> image);
 
     /**
-     * Reads or writes a list of variables on the node of tags[0]. One attempt, with everything that it needs before.
+     * Reads or writes a list of variables on the node of tags[0]. One attempt, including the login and the symbols that
+     * it needs.
      *
-     * @param n number of tags; tags[0] must be there even when it is 0
-     * @param data an image: for each tag PackedLen() bytes as the PLC has them, one behind the other
-     * @param len when not 0, the size that is asked for and copied instead of PackedLen(); for one tag only
+     * @param n number of tags; tags[0] must exist even when @p n is 0
+     * @param data an image: for each tag PackedLen() bytes in the PLC's representation, one after the other
+     * @param len when not 0, the size that is requested and copied instead of PackedLen(); for one tag only
      * @return false with the reason as the last error
      */
     bool doProtocolInner(bool write, ITag const* const* tags, int n, unsigned char* data, int len);
@@ -83,7 +86,7 @@ public:
     unsigned int doProtocolInner2(int requestLength, int* responseLength, _VELK::NodeParams const* node,
                                   bool bigEndian);
 
-    /** SymbolUpload::fetch(): the PLC's file into a local one. */
+    /** SymbolUpload::fetch(): copies the PLC's file to a local one. */
     unsigned int readFileFromPLC(char const* plcFileName, char const* localPath, _VELK::NodeParams const* node,
                                  bool bigEndian);
 
@@ -94,7 +97,7 @@ public:
     _VELK::Session& session() { return session_; }
 
 private:
-    /** Runs @p step and answers its result; false, and the reason as the last error, when it throws. */
+    /** Runs @p step and returns its result; false, and the reason as the last error, when it throws. */
     template <typename Step>
     bool guarded(Step&& step);
     bool reportOutcome(ProtUtilsN::Outcome outcome);
@@ -105,5 +108,5 @@ private:
     _VELK::Session session_;
 };
 
-/** Makes a driver instance; the caller deletes it. Throws what the constructor throws. */
+/** Creates a driver instance; the caller deletes it. Throws what the constructor throws. */
 IProtocol* CreateProtocol_VELK();

@@ -2,7 +2,7 @@
 
 namespace {
 
-// Made when the module is loaded. When it is unloaded, the destructor gives back services that are still held.
+// Made when the module is loaded. When it is unloaded, the destructor releases services that are still held.
 InterfaceFactory Factory;
 
 } // namespace

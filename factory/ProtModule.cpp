@@ -38,7 +38,7 @@ constexpr std::array<Service, 5> kOptional{{
     {&piFastTimer, "IFastTimer"},
 }};
 
-// In the order in which they are given back.
+// In the order in which they are released.
 constexpr std::array<IInterface**, 9> kReleaseOrder{
     &piFastTimer, &piSmux,          &piDriverInterface, &piDiag,      &piPermanentStorage,
     &piMultiTask, &piSerialFactory, &piSocketFactory,   &piCDSBuffer,
@@ -48,7 +48,7 @@ ProtUtilsN::Outcome acquire(IInterfaceFactory& host, Service const& service) {
     return ProtUtilsN::contain([&] { *service.variable = host.CreateInterface(service.name); });
 }
 
-/** The service counts as given back even when the host throws. */
+/** The service counts as released even when the host throws. */
 void giveBack(IInterfaceFactory& host, IInterface* service) {
     ProtUtilsN::contain([&] { host.ReleaseInterface(service); });
 }
@@ -84,7 +84,10 @@ bool ProtModule::Init(IInterfaceFactory* host) {
     return true;
 }
 
-/** A failure gives back what was acquired; the variables keep their stale values, for the host goes no further. */
+/**
+ * A failure releases what was acquired; the variables keep their stale values, because the host then uses the module no
+ * further.
+ */
 bool ProtModule::acquireRequired() {
     for (std::size_t acquired = 0; acquired < kRequired.size(); ++acquired) {
         RequiredService const& service = kRequired[acquired];

@@ -3,10 +3,10 @@
 #include "interfaces/IProtModule.h"
 
 /**
- * The module as a whole: acquires the host's services for all driver instances and gives them back.
+ * The module as a whole: acquires the host's services for all driver instances and releases them.
  *
- * The services are kept in the variables of protlib/protocol/HostServiceVariables.h. No locks: the host calls Init() and
- * Close() from one thread, and driver instances live between them.
+ * The services are kept in the variables of protlib/protocol/HostServiceVariables.h. No locks: the host calls Init()
+ * and Close() from one thread, and driver instances live between them.
  */
 class ProtModule final : public IProtModule {
 public:
@@ -16,7 +16,7 @@ public:
     ProtModule(ProtModule&&) = delete;
     ProtModule& operator=(ProtModule&&) = delete;
 
-    /** Gives back the services that are still held. */
+    /** Releases the services that are still held. */
     ~ProtModule() override;
 
     /** This object for "ProtModule" and "IProtModule", else null. */
@@ -30,9 +30,9 @@ public:
 
 private:
     bool acquireRequired();
-    void releaseAll(); ///< gives back what is held, however often Init() was called
+    void releaseAll(); ///< releases all held services, however often Init() was called
 
     char const* lastError_ = "";
-    IInterfaceFactory* host_ = nullptr; // whose services are held
+    IInterfaceFactory* host_ = nullptr; // the host whose services are held
     int initCount_ = 0;                 // successful Init() calls without their Close()
 };

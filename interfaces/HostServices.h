@@ -3,13 +3,12 @@
 #include "interfaces/IInterface.h"
 
 /**
- * What the host offers to the module. The module asks for each by its class name when it is initialised.
+ * The services that the host offers to the module. The module requests each by its class name when it is initialised.
  *
  * Slots 0 to 4 of each are IInterface's. ISocketFactory, ICDSBuffer (required), IDiag, IDriverInterface, ISmux and
  * IFastTimer (optional) are acquired and released only, so they are not declared here: any IInterface will do.
  *
- * What a service throws fails the call of the module that needed it. The unwinding of a cancelled thread passes
- * through.
+ * When a service throws, the module's call that needed it fails. The unwinding of a cancelled thread passes through.
  */
 
 /** The host's scheduler. Required. */
@@ -33,7 +32,7 @@ public:
      * @param baud bit/s
      * @param parity 0 none, 1 even, 2 odd, 3 mark
      * @param dataBits always 8 from this module
-     * @param stopBits as configured, not checked by the driver: 1 or 2 make sense
+     * @param stopBits as configured, not checked by the driver: only 1 and 2 are useful
      * @param rs485 1 when the port has to switch the direction of an RS-485 line, else 0
      * @return non-zero on success
      */
@@ -51,8 +50,8 @@ public:
     /**
      * Slot 9: receives one frame.
      *
-     * Waits up to @p firstByteTimeoutMs for a first byte, then collects bytes until @p interCharTimeoutMs pass
-     * without one or @p maximum have come. @p count receives the number of bytes, which is 0 after a time-out.
+     * Waits up to @p firstByteTimeoutMs for a first byte, then collects bytes until @p interCharTimeoutMs pass without
+     * one or @p maximum have arrived. @p count receives the number of bytes, which is 0 after a time-out.
      *
      * @return 0 on a fault of the port, else non-zero (a time-out is not a fault)
      */
@@ -70,7 +69,7 @@ public:
     virtual void ReleasePort(ISerialPort* port) = 0;
 };
 
-/** Permanent storage. Optional. ConvertTo("IPermanentStorage2") answers an IPermanentStorage2, or null. */
+/** Permanent storage. Optional. ConvertTo("IPermanentStorage2") returns an IPermanentStorage2, or null. */
 class IPermanentStorage : public IInterface {};
 
 /** Where an instance keeps its files. */
@@ -79,7 +78,7 @@ public:
     /**
      * Slot 5: the full path of the file @p name of the driver instance @p instance (IProtocol::GetIdent()).
      *
-     * Writes a zero-terminated path of at most @p size bytes, the zero included. False when there is none.
+     * Writes a zero-terminated path of at most @p size bytes, the zero included. False when there is no path.
      */
     virtual bool GetFullPath(char const* instance, char const* name, char* path, int size) = 0;
 };

@@ -10,7 +10,7 @@ class IInterface {
 public:
     virtual ~IInterface() = default;
 
-    /** Answers this object as the interface called @p name (compared byte for byte), or null. */
+    /** Returns this object as the interface called @p name (compared byte for byte), or null. */
     virtual IInterface* ConvertTo(char const* name) = 0;
 
     /** Name of the implementing class, zero-terminated, valid as long as the object. */

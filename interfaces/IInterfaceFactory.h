@@ -5,14 +5,14 @@ class IInterface;
 /**
  * Hands out interfaces by name. The module has one (see ModuleEntry.h), and the host gives the module its own.
  *
- * A root of its own without a destructor slot. Slots: 0 CreateInterface, 1 ReleaseInterface.
+ * Not derived from IInterface, and without a destructor slot. Slots: 0 CreateInterface, 1 ReleaseInterface.
  */
 class IInterfaceFactory {
 public:
-    /** Answers the interface called @p name, or null when the name is unknown. @p name is never null. */
+    /** Returns the interface called @p name, or null when the name is unknown. @p name is never null. */
     virtual IInterface* CreateInterface(char const* name) = 0;
 
-    /** Gives back an interface that CreateInterface() of the same factory answered. */
+    /** Gives back an interface that CreateInterface() of the same factory returned. */
     virtual void ReleaseInterface(IInterface* object) = 0;
 
 protected:

@@ -16,6 +16,8 @@ public:
     /** Undoes one Init(); the last one releases the host's services, as unloading the module does. */
     virtual void Close() = 0;
 
-    /** Why Init() failed; empty when it never did. A later success does not clear it; valid until the next failure. */
+    /**
+     * Why Init() failed; empty when it never failed. A later success does not clear it; valid until the next failure.
+     */
     virtual char const* GetLastError() const = 0;
 };

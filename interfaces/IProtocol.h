@@ -3,17 +3,17 @@
 #include "interfaces/IInterface.h"
 #include "interfaces/ItemStatus.h"
 
-class IMultiRead;  // the host's own; never used by this module
-class IMultiWrite; // the host's own; never used by this module
+class IMultiRead;  // belongs to the host; never used by this module
+class IMultiWrite; // belongs to the host; never used by this module
 class ITag;
 class TagBase; // derives from ITag by single inheritance; opaque to the host
 
 /**
  * A driver instance: configuration, tags, single values and plain datagrams.
  *
- * Slots 0 to 4 are IInterface's; the operations follow from slot 5 to 32 in the order in which they stand here.
- * A false, zero or null result is a failure; GetLastError() and GetLastErrorString() then hold the reason. The
- * host serialises all calls on one instance. No operation throws.
+ * Slots 0 to 4 are IInterface's; the operations follow from slot 5 to 32 in the order in which they are declared. A
+ * false, zero or null result is a failure; GetLastError() and GetLastErrorString() then hold the reason. The host
+ * serialises all calls on one instance. No operation throws.
  *
  * tags[0] decides the node of a whole list. In a list with tags of several nodes, which the planning operations refuse,
  * the others are read from and written to the wrong PLC without an error.

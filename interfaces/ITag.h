@@ -5,8 +5,8 @@
 /**
  * A variable of a PLC as the host sees it.
  *
- * A root of its own. Slots: 0 complete destructor, 1 deleting destructor, then the operations below from 2 to 12.
- * A value has two representations: the host's (GetVarLength() bytes; for bit types one byte for each bit, 0 or 1)
+ * Not derived from IInterface. Slots: 0 complete destructor, 1 deleting destructor, then the operations below from 2 to
+ * 12. A value has two representations: the host's (GetVarLength() bytes; for bit types one byte for each bit, 0 or 1)
  * and the PLC's (PackedLen() bytes, in the PLC's byte order, bits packed).
  */
 class ITag {

@@ -3,8 +3,8 @@
 /**
  * The host's data types.
  *
- * The values are part of the contract with the host: they are what ITag::GetVarType() answers, and bit
- * (value - 1) of a type mask stands for the type.
+ * The values are part of the contract with the host: ITag::GetVarType() returns them, and bit (value - 1) of a type
+ * mask belongs to the type.
  */
 enum ICU_Type : int {
     ICU_NONE = 0, ///< no type, for example the item type of a scalar tag
@@ -18,7 +18,7 @@ enum ICU_Type : int {
     ICU_FLOAT = 8,          ///< IEEE 754, 32 bits
     ICU_DOUBLE = 9,         ///< IEEE 754, 64 bits
     ICU_STRING = 10,        ///< bytes of text
-    ICU_BINARY = 11,        ///< bytes without meaning to the host
+    ICU_BINARY = 11,        ///< bytes without a meaning for the host
     ICU_TIME = 12,          ///< 8 bytes
     ICU_BOOLEAN_ARRAY = 13, ///< one host byte for each bit
     ICU_BYTE_ARRAY = 14,

@@ -2,7 +2,7 @@
 
 #include "interfaces/IInterfaceFactory.h"
 
-/** Type of the module's entry point, for use with dlsym(). It never fails and always answers the same object. */
+/** Type of the module's entry point, for use with dlsym(). It never fails and always returns the same object. */
 using GetInterfaceFactoryFunction = IInterfaceFactory* (*)();
 
 /** Name of the module's entry point: the only symbol that the module exports. */

@@ -16,7 +16,7 @@ constexpr std::size_t kSmallestSlotCount = 16;
 constexpr std::uint32_t kNodesInBlock = 64;
 constexpr std::size_t kWordSize = 4;
 
-/** The open-addressed table is at most two thirds full, so that a probe soon meets a free slot. */
+/** The open-addressed table is at most two thirds full, so that a probe soon finds a free slot. */
 bool isTooFull(std::size_t names, std::size_t slots) noexcept {
     return names > slots / 3 * 2;
 }
@@ -98,7 +98,7 @@ std::uint32_t RtsHashTag::hashOf(std::string_view key) const noexcept {
         std::uint32_t const word = lower(key[0]) | lower(key[1]) << 8U | lower(key[2]) << 16U | lower(key[3]) << 24U;
         hash = multiplyAndFold(hash ^ word, multiplier_);
     }
-    std::uint32_t word = 0; // no byte of a name is 0, so that different ends give different words
+    std::uint32_t word = 0; // no byte of a name is 0, so different ends give different words
     for (char const character : key) {
         word = word << 8U | lower(character);
     }
@@ -107,7 +107,7 @@ std::uint32_t RtsHashTag::hashOf(std::string_view key) const noexcept {
 }
 
 std::size_t RtsHashTag::bucketOf(char const* key) const noexcept {
-    std::uint32_t upperSum = 0; // wraps like the signed sum that it stands for
+    std::uint32_t upperSum = 0; // wraps like the signed sum that it replaces
     for (; *key != '\0'; ++key) {
         upperSum += upper_[byteOf(*key)];
     }
@@ -118,7 +118,7 @@ std::size_t RtsHashTag::bucketOf(char const* key) const noexcept {
 bool RtsHashTag::isSameName(char const* key, char const* other) const noexcept {
     return std::strcmp(key, other) == 0 ||
            (isEqualWithoutCase(key, other) &&
-            (equalNamesShareBucket_ || bucketOf(key) == bucketOf(other))); // names are looked for in their own chain
+            (equalNamesShareBucket_ || bucketOf(key) == bucketOf(other))); // names are searched in their own chain only
 }
 
 bool RtsHashTag::isEqualWithoutCase(char const* a, char const* b) const noexcept {

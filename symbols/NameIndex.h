@@ -14,7 +14,7 @@ namespace _VELK {
 /** One name of an index, a link of its bucket's chain. */
 struct RtsHashNode {
     char const* key = nullptr;
-    void* value = nullptr;       ///< not owned, not looked at
+    void* value = nullptr;       ///< not owned, not used
     RtsHashNode* next = nullptr; ///< the name added to the same bucket after this one, or null
 };
 
@@ -27,16 +27,16 @@ struct RtsHashNode {
  * goes to the end of its bucket's chain. Two names are equal when they have the same length and the same lower-case
  * forms (tolower) byte for byte.
  *
- * The names of a PLC program often differ in digits only, so that their sums share a few buckets and chains grow
- * long. Adding and finding therefore do not walk the chains: a second, open-addressed table leads from a hash of the
- * lower-case name straight to its node. It answers exactly what a walk through the name's chain would answer.
+ * The names of a PLC program often differ in digits only, so their sums share a few buckets and the chains grow long.
+ * Adding and finding therefore do not walk the chains: a second, open-addressed table maps a hash of the lower-case
+ * name to its node. It finds exactly what a walk through the name's chain would find.
  *
- * Case follows the C library's locale at the time when the index was made. Not safe for use from several threads.
+ * Case follows the C library's locale at the time when the index was created. Not safe for use from several threads.
  */
 class RtsHashTag {
 public:
     /**
-     * @param bucketCount fixed for the life of the index; 0 or less makes one that refuses every name
+     * @param bucketCount fixed for the life of the index; with 0 or less the index refuses every name
      * @param copyKeys true: names are copied and owned by the index; false: the caller's pointers are kept and must
      *        stay valid as long as the index
      * @param expectedNames how many names will be added, so that the table need not grow; more is allowed
@@ -62,7 +62,7 @@ public:
     /**
      * Adds a name at the end of its chain.
      *
-     * False, and the index is as before, when the name is null or already there, when the bucket count is 0 or when
+     * False, with the index unchanged, when the name is null or already there, when the bucket count is 0 or when
      * memory runs out.
      */
     bool add(char const* key, void* value) noexcept;
@@ -102,9 +102,10 @@ private:
     CaseTable lower_{};
     CaseTable upper_{};
     bool equalNamesShareBucket_ = true; ///< false in a locale that pairs cases one way only
-    std::uint32_t multiplier_;          ///< odd; another for each index, so that no file can be made to collide
+    std::uint32_t multiplier_;          ///< odd; different for each index, so that nobody can construct a file whose
+                                        ///< names collide
     std::uint32_t nameCount_ = 0;
-    std::vector<Slot> slots_; ///< a power of two of them, at most two thirds used
+    std::vector<Slot> slots_; ///< their number is a power of two, at most two thirds are used
     std::vector<std::unique_ptr<RtsHashNode[]>> nodeBlocks_;
     TextPool keys_; ///< the copied keys
 };

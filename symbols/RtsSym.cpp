@@ -102,7 +102,7 @@ int RtsSym::SymParseBinaryFile(std::FILE* file, SymbolListTag* list) const {
         return SymbolFileParser(file, yieldToHost_).parse(*list) ? 1 : 0;
     } catch (std::bad_alloc const&) {
         return 0;
-    } catch (std::length_error const&) { // more than any memory holds
+    } catch (std::length_error const&) { // larger than any memory
         return 0;
     }
 }
@@ -128,7 +128,7 @@ bool RtsSym::makeIndex() {
         auto index = std::make_unique<RtsHashTag>(static_cast<int>(bucketCount), false, list_.count);
         for (std::uint32_t i = 0; i < list_.count; ++i) {
             Symbol& symbol = list_.symbols[i];
-            // The first symbol of a name wins. When the name is in the index neither way, there was no memory.
+            // The first symbol of a name wins. When the name is still not in the index, there was no memory.
             if (!UtlHashAdd(index.get(), symbol.name, &symbol) && UtlHashGet(index.get(), symbol.name) == nullptr) {
                 return false;
             }

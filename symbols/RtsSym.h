@@ -15,19 +15,17 @@ namespace _VELK {
  * The symbols of the PLC programs: the content of one symbol file, an index of its names, and for each node a flag
  * that says whether symbols are active for it.
  *
- * The list is shared: loading a file for one node replaces the symbols for all nodes, but only the flag of the
- * loading node changes. A flag says that its node has asked for and obtained symbols, not that the list still holds
- * them.
+ * The list is shared: loading a file for one node replaces the symbols for all nodes, but only the flag of the loading
+ * node changes. A flag says that its node requested and obtained symbols, not that the list still holds them.
  *
- * Failures show in the results only; running out of memory is a failure like any other. Nothing but the constructor
- * throws of its own. What the yield hook throws passes through a load, which counts as failed then. For use from one
- * thread.
+ * Failures show in the results only; running out of memory is a failure like any other. Only the constructor throws.
+ * What the yield hook throws passes through a load, which then counts as failed. For use from one thread.
  */
 class RtsSym {
 public:
     /**
      * @param nodeCount node numbers are 0 to nodeCount - 1
-     * @param yieldToHost called every now and then during a load, or null
+     * @param yieldToHost called regularly during a load, or null
      *
      * Throws std::bad_alloc.
      */
@@ -56,8 +54,8 @@ public:
      * @param file name of the file; null: "Symbols.sdb" when that can be opened, else "DOWNLOAD.SDB", both in the
      *        current directory
      * @param projectId receives the file's project identifier on success, unless it is null
-     * @return 1, or 0 on failure: an unknown node or a file that cannot be opened leave everything as it was; a
-     *         corrupted file or one without symbols leaves the node's flag reset and no name to be found
+     * @return 1, or 0 on failure: an unknown node or a file that cannot be opened leave everything unchanged; a
+     *         corrupted file or one without symbols leaves the node's flag reset and the index without names
      */
     short SymLoadSymbolsFromFile(std::uint16_t node, char const* file, std::uint32_t* projectId);
 
@@ -95,7 +93,7 @@ private:
 
     std::unique_ptr<std::uint8_t[]> nodeFlags_; ///< one for each node: 1 active, 0 not
     SymbolListTag list_;
-    int nodeCount_; ///< negative: no node
+    int nodeCount_; ///< negative: no nodes
     YieldHook yieldToHost_;
 };
 

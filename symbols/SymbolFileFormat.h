@@ -11,8 +11,8 @@
  *     file header                         16 bytes
  *     sections, one after another         each: section header (16 bytes), records
  *
- * All integers are little-endian; nothing is padded or aligned. Two sections matter: the data types (kind 2) and,
- * behind it, the variables (kind 3). The parse functions here only split up fixed parts; they check nothing.
+ * All integers are little-endian; nothing is padded or aligned. Two sections matter: the data types (kind 2) and, after
+ * it, the variables (kind 3). The parse functions here only split fixed parts; they check nothing.
  */
 namespace _VELK {
 
@@ -33,7 +33,7 @@ inline constexpr std::size_t kTypeRecordSize = 18;              ///< bytes of th
 inline constexpr std::size_t kVariableRecordSize = 26;          ///< bytes of the fixed part
 inline constexpr std::size_t kArrayExtraSize = 8;               ///< bytes before the dimensions of an array
 inline constexpr std::size_t kArrayDimensionSize = 8;           ///< bytes of each dimension
-inline constexpr std::size_t kPlainExtraSize = 4;               ///< bytes behind the name, classes 11, 13 and 23
+inline constexpr std::size_t kPlainExtraSize = 4;               ///< bytes after the name, classes 11, 13 and 23
 inline constexpr std::size_t kGapBeforeName = 2;                ///< bytes, see VariableRecord::hasGapBeforeName()
 inline constexpr std::uint32_t kLongestOverheadWithoutGap = 28; ///< see VariableRecord::hasGapBeforeName()
 
@@ -55,7 +55,7 @@ struct SectionHeader {
 /**
  * Fixed part of a data-type record: u32 kind, u32 record length, u32 type class, u32 size, u16 name length.
  *
- * A type goes on with its name (nameLength bytes, terminating zero included) and, depending on its class, with:
+ * A type continues with its name (nameLength bytes, terminating zero included) and, depending on its class, with:
  * - array: u32 element type number, u32 number of dimensions, 8 bytes for each dimension
  * - structure and classes 13 and 23: 4 bytes
  *
@@ -72,9 +72,8 @@ struct TypeRecord {
 };
 
 /**
- * Fixed part of a variable record: u32 kind, u32 record length, u32 type number, u32 unused, 2 bytes of flags,
- * u16 area, u32 offset, u16 name length. A variable goes on with its name (nameLength bytes, terminating zero
- * included).
+ * Fixed part of a variable record: u32 kind, u32 record length, u32 type number, u32 unused, 2 bytes of flags, u16
+ * area, u32 offset, u16 name length. A variable continues with its name (nameLength bytes, terminating zero included).
  */
 struct VariableRecord {
     std::uint32_t kind = 0;
@@ -88,8 +87,8 @@ struct VariableRecord {
     [[nodiscard]] bool isPlaceholder() const noexcept { return kind != kVariableRecordKind; }
 
     /**
-     * Whether two bytes stand before the name: when the record is more than 28 bytes longer than its name. A name
-     * longer than its record counts as such, because the difference is unsigned.
+     * Whether there are two bytes before the name: when the record is more than 28 bytes longer than its name. This
+     * includes a name longer than its record, because the difference is unsigned.
      */
     [[nodiscard]] bool hasGapBeforeName() const noexcept { return length - nameLength > kLongestOverheadWithoutGap; }
 };

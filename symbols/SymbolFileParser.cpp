@@ -40,7 +40,7 @@ bool SymbolFileParser::parse(SymbolListTag& list) {
     if (!types || !readTypes(*types)) {
         return false;
     }
-    // From behind the last type: the length of the type section is not used.
+    // Searched from the end of the last type: the length of the type section is not used.
     std::optional<SectionHeader> const variables = findSection(kVariableSectionKind);
     return variables && readVariables(*variables, list);
 }

@@ -17,10 +17,11 @@ namespace _VELK {
 /**
  * Turns a symbol file (SymbolFileFormat.h) into a list of symbols, one for each variable record, in one pass.
  *
- * The file may come from anywhere, so nothing in it is trusted. Corrupted are: a short or unknown header, a missing
- * section, a skipped section shorter than its header, anything that ends behind the file, more records or dimensions
- * than the rest of the file could hold, a record that does not lead forward, records that overlap so much that they
- * name more bytes than the file has, and a variable whose type, or whose type's element type, is not in the file.
+ * The file may come from anywhere, so nothing in it is trusted. The file is corrupted if it has: a short or unknown
+ * header, a missing section, a skipped section shorter than its header, anything that ends after the file, more records
+ * or dimensions than the rest of the file could hold, a record without progress to the next one, records that overlap
+ * so much that together they have more bytes than the file, and a variable whose type, or whose type's element type, is
+ * not in the file.
  */
 class SymbolFileParser {
 public:
@@ -28,7 +29,7 @@ public:
     SymbolFileParser(std::FILE* file, YieldHook yield);
 
     /**
-     * Fills @p list, which loses what it held before: count, symbols, texts and projectId.
+     * Fills @p list, which loses its previous content: count, symbols, texts and projectId.
      *
      * False when the file is corrupted; the symbols read so far stay in the list. Throws std::bad_alloc and what
      * the yield hook throws, with the list in the same state.
@@ -37,7 +38,7 @@ public:
 
 private:
     bool readFileHeader(SymbolListTag& list);
-    std::optional<SectionHeader> findSection(std::uint32_t kind); ///< from here on; skips the others
+    std::optional<SectionHeader> findSection(std::uint32_t kind); ///< searches from here on; skips the others
 
     bool readTypes(SectionHeader const& section);
     bool readTypeRecord(SdbType& type);
@@ -48,7 +49,7 @@ private:
     bool readVariables(SectionHeader const& section, SymbolListTag& list);
     bool readVariableRecord(Symbol& symbol, TextPool& texts);
     bool readVariableName(VariableRecord const& record, std::uint64_t start, Symbol& symbol, TextPool& texts);
-    bool describeType(Symbol& symbol, TextPool& texts); ///< fills in what the variable's type says
+    bool describeType(Symbol& symbol, TextPool& texts); ///< fills in the fields that follow from the variable's type
 
     [[nodiscard]] bool canHold(std::uint64_t count,
                                std::uint64_t bytesEach) const noexcept; ///< whether the file is long enough
@@ -58,7 +59,7 @@ private:
     SymbolFileReader reader_;
     YieldHook yield_;
     SDBTag types_;
-    std::uint64_t bytesToKeep_; ///< how many bytes of names and extras may still be taken from the file
+    std::uint64_t bytesToKeep_; ///< how many bytes of names and extras may still be read from the file
 };
 
 } // namespace _VELK

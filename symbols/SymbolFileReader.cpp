@@ -7,7 +7,7 @@ namespace _VELK {
 
 namespace {
 
-/** Size of a file in bytes, which is left at its start; 0 when it has no end that could be found. */
+/** Size of a file in bytes, which is left at its start; 0 when its end cannot be found. */
 std::uint64_t sizeOf(std::FILE* file) {
     if (file == nullptr || std::fseek(file, 0, SEEK_END) != 0) {
         return 0;

@@ -9,10 +9,10 @@
 namespace _VELK {
 
 /**
- * Reads a seekable file through a buffer of its own, so that many small reads and short skips cost no system call.
+ * Reads a seekable file through its own buffer, so that many small reads and short skips cost no system call.
  *
- * Positions count from the start of the file. The file stays the caller's and must outlive the reader. Nothing throws,
- * but a thread can be cancelled while it reads, so what reads is not noexcept.
+ * Positions count from the start of the file. The caller keeps the file, which must outlive the reader. Nothing throws,
+ * but a thread can be cancelled while it reads, so the reading functions are not noexcept.
  */
 class SymbolFileReader {
 public:
@@ -23,10 +23,12 @@ public:
     [[nodiscard]] std::uint64_t position() const noexcept { return bufferStart_ + bufferUsed_; }
     [[nodiscard]] std::uint64_t remaining() const noexcept { return size_ - position(); }
 
-    /** Fills all of @p bytes and moves behind them; false when the file ends before or cannot be read. */
+    /** Fills all of @p bytes and moves past them; false when the file ends earlier or cannot be read. */
     bool read(std::span<std::uint8_t> bytes);
 
-    /** Goes to @p target, behind the end of the file to its end: only reading there fails. False at a failure of I/O.
+    /**
+     * Moves to @p target, or to the end of the file if that is earlier: only reading there fails. False on an I/O
+     * error.
      */
     bool seek(std::uint64_t target);
 
@@ -36,7 +38,7 @@ private:
     std::FILE* file_;
     std::uint64_t size_ = 0;
     std::uint64_t bufferStart_ = 0; ///< position of the buffer's first byte
-    std::size_t bufferUsed_ = 0;    ///< bytes of the buffer that lie before the position
+    std::size_t bufferUsed_ = 0;    ///< bytes of the buffer before the position
     std::size_t bufferFilled_ = 0;
     std::array<std::uint8_t, 4096> buffer_{};
 };

@@ -19,7 +19,7 @@ struct Symbol {
     char const* name = "";        ///< as in the file; empty for a placeholder
     char const* typeName = "";    ///< "DATA" for a structure or an array of structures or arrays; "NONE" without a type
     std::uint32_t typeNumber = 0; ///< number of the data-type record in the file; 29 for a placeholder
-    std::uint16_t area = 0;       ///< memory area in the PLC, 0 to 5, but kept as read; 0 for a placeholder
+    std::uint16_t area = 0;       ///< memory area in the PLC, normally 0 to 5, but not checked; 0 for a placeholder
     std::uint32_t offset = 0;     ///< bytes from the start of the area; 0 for a placeholder
     std::uint32_t size = 0;       ///< bytes of a value; 0 for a placeholder
     std::array<std::uint8_t, 2> flags{}; ///< as in the file; 0x6E 0x00 for a placeholder

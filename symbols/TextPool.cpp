@@ -8,7 +8,7 @@ namespace _VELK {
 namespace {
 
 constexpr std::size_t kChunkSize = 16'384;
-constexpr std::size_t kLargestSharedPiece = kChunkSize / 8; // larger pieces get a chunk of their own
+constexpr std::size_t kLargestSharedPiece = kChunkSize / 8; // larger pieces get a separate chunk
 
 } // namespace
 

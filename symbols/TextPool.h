@@ -8,10 +8,10 @@
 namespace _VELK {
 
 /**
- * Many small pieces of text or raw bytes that live and die together.
+ * Many small pieces of text or raw bytes that are freed together.
  *
- * Pieces are cut from a few large chunks, so that thousands of names cost neither an allocation nor an allocator's
- * header each. A piece keeps its address until clear() or the end of the pool; moving the pool does not move them.
+ * Pieces are cut from a few large chunks, so that thousands of names do not each need an allocation and its overhead. A
+ * piece keeps its address until clear() or the end of the pool; moving the pool does not move them.
  */
 class TextPool {
 public:
@@ -26,7 +26,7 @@ public:
 
 private:
     std::vector<std::unique_ptr<char[]>> chunks_;
-    std::span<char> rest_; ///< what is still free of the newest shared chunk
+    std::span<char> rest_; ///< the free rest of the newest shared chunk
 };
 
 } // namespace _VELK

@@ -15,7 +15,7 @@ struct SdbType {
     char const* name = nullptr;     ///< zero-terminated; null when the record has none
     std::uint32_t elementType = 0;  ///< arrays: number of the element's type
     std::span<char const> extra;    ///< as read: an array's dimensions (8 bytes each), else 4 bytes or nothing
-    char const* listText = nullptr; ///< the copy of the name that the symbols share; null until one needs it
+    char const* listText = nullptr; ///< the symbols' shared copy of the name; null until one needs it
 };
 
 /** The data types of a symbol file, by number. Needed only while the file is parsed. */

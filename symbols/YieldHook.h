@@ -3,7 +3,7 @@
 namespace _VELK {
 
 /**
- * Gives the processor to the host's other tasks during long work. Null when there is nothing to yield to.
+ * Gives the processor to the host's other tasks during long work. Null when there are none.
  *
  * What the host throws passes through, and so does the unwinding of a thread that it cancels.
  */

@@ -6,7 +6,9 @@ class CfgParser;
 
 namespace _VELK {
 
-/** Parameters of the serial line. The members are named after their keys, none of which may be given for a node. */
+/**
+ * Parameters of the serial line. The members are named after their keys, none of which is allowed for a single node.
+ */
 struct CommonParams {
     std::string uart;     ///< name of the serial port, for example "com1"
     std::string parity;   ///< "none", "even", "odd" or "mark"; not checked here
@@ -15,7 +17,7 @@ struct CommonParams {
     std::string mode;     ///< "RS-485" exactly, anything else means RS-232
     std::string protType; ///< framing: "Serial_RS232" or "ABB_RS232_AC"; checked by every exchange
 
-    /** Stops at the first failure with the whole message in @p error; what was read until then stays. */
+    /** Stops at the first failure with the whole message in @p error; the values read until then are kept. */
     bool parse(CfgParser& parser, std::string& error);
 };
 

@@ -29,7 +29,7 @@ bool readRanged(CfgParser& parser, char const* name, int node, int& value, int m
     return true;
 }
 
-/** A key that may be missing: then the built-in value, not the one of the defaults. */
+/** Reads a key that may be missing: then the built-in value applies, not that of the defaults record. */
 template <typename Value>
 bool readOptional(CfgParser& parser, char const* name, int node, Value& value, Value const& builtIn,
                   std::string& error) {
@@ -55,7 +55,7 @@ bool NodeParams::parsePrefix(CfgParser& parser, int node, std::string& error) {
     return readParam(parser, "prefix", node, prefix, CfgParser::kNodeOnly, true, error);
 }
 
-/** Keeps no time-out that is out of range: a host that goes on after the failure would wait with it for days. */
+/** Does not keep a time-out that is out of range: a host that continues after the failure could wait for days. */
 bool NodeParams::parseTimeout(CfgParser& parser, int node, std::string& error) {
     int timeout = Timeout;
     if (!readRanged(parser, "Timeout", node, timeout, kMinTimeout, kMaxTimeout, error)) {

@@ -11,18 +11,19 @@ namespace _VELK {
 /**
  * The driver's configuration: one record for the line and one for each node.
  *
- * Records keep their addresses for the life of the manager, so that tags may hold on to them across parse() calls.
+ * Records keep their addresses for the life of the manager, so that tags can refer to them across parse() calls.
  */
 class ParamManager {
 public:
     /**
      * Reads a configuration string. False, with the reason in getLastError(), at the first fault.
      *
-     * Records of an earlier call stay and win: a second call replaces the common record and the defaults only.
+     * Records of an earlier call are kept and take precedence: a second call replaces the common record and the
+     * defaults only.
      */
     bool parse(char const* configuration);
 
-    /** The record of a node, or the defaults when it has none of its own. Never null. */
+    /** The record of a node, or the defaults when it has no record. Never null. */
     [[nodiscard]] NodeParams const* getNodeParams(int nodeId) const;
 
     [[nodiscard]] CommonParams const* getCommonParams() const { return &common_; }

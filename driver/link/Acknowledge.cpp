@@ -4,7 +4,7 @@ namespace _VELK {
 
 namespace {
 
-constexpr unsigned char kAcknowledgeId = 0x55; // twice
+constexpr unsigned char kAcknowledgeId = 0x55; // sent twice
 constexpr std::uint16_t kAcknowledgeCode = 10;
 constexpr std::size_t kCodeOffset = 2;
 constexpr std::size_t kNumberOffset = 4;

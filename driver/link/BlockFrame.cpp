@@ -6,7 +6,7 @@ namespace _VELK {
 
 namespace {
 
-constexpr unsigned char kProtocolId = 0xAA; // twice
+constexpr unsigned char kProtocolId = 0xAA; // sent twice
 constexpr std::size_t kLengthOffset = 2;
 constexpr std::size_t kNumberOffset = 4;
 constexpr std::size_t kChecksumOffset = 6;

@@ -16,7 +16,7 @@
  *     offset 7  1 on the last block of a message, else 0
  *     offset 8  payload
  *
- * Pure code: it knows no port. A routing header, if any, is not part of the block frame.
+ * Pure code, without a port. A routing header, if any, is not part of the block frame.
  */
 namespace _VELK {
 
@@ -25,9 +25,9 @@ inline constexpr unsigned kMaxBlockNumber = 0xFFFFU;  ///< block numbers have 16
 inline constexpr std::uint16_t kFirstBlockNumber = 1; ///< in each direction of every exchange
 
 /**
- * Sum of all bytes of @p frame modulo 256, the checksum byte itself left out.
+ * Sum of all bytes of @p frame modulo 256, without the checksum byte itself.
  *
- * A plain byte sum: it sees neither swapped bytes nor two errors that cancel each other.
+ * A plain byte sum: it detects neither swapped bytes nor two errors that cancel each other.
  */
 unsigned char blockChecksum(std::span<unsigned char const> frame);
 
@@ -46,14 +46,14 @@ enum class BlockFault { None, TooShort, WrongProtocolId, WrongChecksumOrNumber }
 
 /** A received block frame. */
 struct ReceivedBlock {
-    std::span<unsigned char const> payload; ///< everything behind the header; part of the frame it was read from
+    std::span<unsigned char const> payload; ///< everything after the header; part of the frame it was read from
     bool last = false;
 };
 
 /**
- * Checks a received block frame and takes it apart. @p block is written only when the result is None.
+ * Checks a received block frame and splits it. @p block is written only when the result is None.
  *
- * The number of bytes received decides the payload's length. The length field is deliberately not consulted.
+ * The number of bytes received decides the payload's length. The length field is deliberately ignored.
  */
 BlockFault parseBlockFrame(std::span<unsigned char const> frame, std::uint16_t expectedNumber, ByteOrder order,
                            ReceivedBlock& block);

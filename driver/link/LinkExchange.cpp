@@ -32,7 +32,7 @@ unsigned int LinkExchange::run(std::string const& framing, int requestLength, in
     if (!sendRequest(std::span(buffers_.txData).first(static_cast<std::size_t>(std::max(requestLength, 0))))) {
         return 0;
     }
-    sendAcknowledge(kNoBlock); // turns the line round
+    sendAcknowledge(kNoBlock); // turns the line around
     if (!receiveResponse() || !receiveAcknowledge(kNoBlock, kWrongProtocolId)) {
         return 0;
     }
@@ -89,7 +89,7 @@ bool LinkExchange::receiveResponse() {
             return true;
         }
     }
-    return errors_.fail(kErrorReply, kWrongBlock); // there is no number for one more block
+    return errors_.fail(kErrorReply, kWrongBlock); // no block number is left
 }
 
 bool LinkExchange::receiveAcknowledge(std::uint16_t number, char const* mismatch) {
@@ -146,7 +146,7 @@ bool LinkExchange::keepPayload(std::span<unsigned char const> payload) {
     return true;
 }
 
-/** Puts the routing header, if there is one, into the frame; answers the room behind it. */
+/** Puts the routing header, if there is one, into the frame; returns the room after it. */
 std::span<unsigned char> LinkExchange::startFrame() {
     std::span<unsigned char> const frame(buffers_.txFrame);
     if (routed_) {
@@ -155,12 +155,12 @@ std::span<unsigned char> LinkExchange::startFrame() {
     return frame.subspan(headerLength());
 }
 
-/** Sends the frame with @p length bytes behind the routing header. */
+/** Sends the frame with @p length bytes after the routing header. */
 void LinkExchange::writeFrame(std::size_t length) {
     port_.Write(buffers_.txFrame.data(), static_cast<int>(headerLength() + length), 0);
 }
 
-/** Receives one frame; none after a fault of the port or, as @p timeout, when no byte comes. */
+/** Receives one frame; nothing after a fault of the port, or, reported as @p timeout, when no byte arrives. */
 std::optional<LinkExchange::Frame> LinkExchange::readFrame(char const* timeout) {
     std::span<unsigned char> const buffer(buffers_.rxFrame);
     auto const maximum = static_cast<int>(buffer.size());

@@ -18,9 +18,9 @@ struct NodeParams;
 
 /**
  * One exchange with one node: the request goes out in numbered blocks, an acknowledge after each; the line is turned
- * round; the blocks of the response come in and are acknowledged; the node closes with an acknowledge.
+ * around; the blocks of the response arrive and are acknowledged; the node closes with an acknowledge.
  *
- * One attempt. Every failure ends it and is reported, but for that of a coupler, which is deliberately silent.
+ * One attempt. Every failure ends it and is reported, except that of a coupler, which is deliberately silent.
  */
 class LinkExchange {
 public:
@@ -30,7 +30,7 @@ public:
     unsigned int run(std::string const& framing, int requestLength, int* responseLength);
 
 private:
-    /** What a read of the port brought. */
+    /** The result of a read of the port. */
     struct Frame {
         std::span<unsigned char const> bytes; ///< at least one
         unsigned int portResult = 0;          ///< not 0
@@ -57,7 +57,7 @@ private:
     ByteOrder order_;
     bool routed_ = false;
     std::size_t received_ = 0;      ///< bytes of the response so far
-    unsigned int lastDataRead_ = 0; ///< what the port answered to the last read of a response block
+    unsigned int lastDataRead_ = 0; ///< the port's result of the last read of a response block
 };
 
 } // namespace _VELK

@@ -30,7 +30,7 @@ unsigned char hop(std::string const& coupler, int channel) {
     return lowByte(couplerCode(coupler) + static_cast<unsigned>(channel));
 }
 
-/** An address that is not a dotted one goes out as 0.0.0.0. */
+/** An address that is not in dotted form is sent as 0.0.0.0. */
 void writeAddress(std::span<unsigned char> bytes, std::string const& dotted) {
     unsigned int address = 0;
     parseIpAddress(dotted.c_str(), address);

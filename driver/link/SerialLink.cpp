@@ -17,7 +17,7 @@ namespace {
 
 constexpr int kMaxPurges = 1'000;
 
-/** The host's number of a parity; none for a text that is no parity. There is deliberately no "space". */
+/** The host's number of a parity; nothing for an unknown parity. "space" is deliberately unknown. */
 std::optional<int> parityNumber(std::string const& parity) {
     constexpr std::array<char const*, 4> kParities{"none", "even", "odd", "mark"};
     for (std::size_t number = 0; number < kParities.size(); ++number) {
@@ -55,7 +55,7 @@ bool SerialLink::open() {
     if (open_) {
         return true;
     }
-    releasePort(); // one whose opening was cut off by an exception
+    releasePort(); // a port whose opening was interrupted by an exception
     port_ = factory_ != nullptr ? factory_->CreatePort(portName_.c_str()) : nullptr;
     if (port_ != nullptr) {
         open_ = port_->Open(baudRate_, parity_, dataBits_, stopBits_, rs485_) != 0;

@@ -24,8 +24,8 @@ struct NodeParams;
 class SerialLink {
 public:
     /**
-     * @param factory makes the port; null when the host has none
-     * @param params of the line; what is in them when an exchange begins chooses its framing
+     * @param factory creates the port; null when the host has none
+     * @param params parameters of the line; their framing at the start of an exchange applies
      */
     SerialLink(ISerialFactory* factory, CommonParams const& params, ErrorSink& errors);
     SerialLink(SerialLink const&) = delete;
@@ -41,14 +41,16 @@ public:
     void close();
     [[nodiscard]] bool isOpen() const { return open_; }
 
-    /** Answers isOpen(); when not, that is the last error. */
+    /** Returns isOpen(); when false, sets the last error. */
     bool requireOpen() const;
 
-    /** Empties the open port's receive side. Bounded: a port that never runs empty must not hold up the host for ever.
+    /**
+     * Empties the open port's receive side. Limited, so that a port that never runs empty does not block the host for
+     * ever.
      */
     void drain();
 
-    /** Where a request is written before its exchange. */
+    /** The buffer for a request before its exchange. */
     std::span<unsigned char, kDataLength> txData() { return buffers_.txData; }
     [[nodiscard]] std::span<unsigned char const, kDataLength> rxData() const { return buffers_.rxData; }
 
@@ -60,7 +62,7 @@ public:
      */
     unsigned int exchange(int requestLength, int* responseLength, NodeParams const* node, bool bigEndian);
 
-    /** The same in the node's own byte order; answers the response, which is valid until the next exchange. */
+    /** The same in the node's own byte order; returns the response, which is valid until the next exchange. */
     std::optional<std::span<unsigned char const>> exchange(int requestLength, NodeParams const& node);
 
 private:

@@ -11,7 +11,7 @@ constexpr unsigned char kOpenAndReadService = 0x31;
 constexpr unsigned char kReadNextService = 0x32;
 constexpr std::size_t kNameLengthOffset = 2;
 constexpr std::size_t kNameOffset = 4;
-constexpr std::size_t kMaxNameLength = 0xFFFE; // its zero makes the length field full
+constexpr std::size_t kMaxNameLength = 0xFFFE; // with its zero the length field is at its maximum
 
 constexpr std::uint16_t kFileReadDone = 0;
 constexpr std::size_t kMoreDataOffset = 2;

@@ -22,20 +22,20 @@
  *     offset 0  status, 0 is success
  *     offset 2  0 when this is the last piece
  *     offset 4  number of file bytes n
- *     offset 6  n bytes of the file; bytes behind them have no meaning
+ *     offset 6  n bytes of the file; bytes after them have no meaning
  *
- * Pure code: it knows neither files nor the frames that carry the payloads.
+ * Pure code, without files and without the frames that carry the payloads.
  */
 namespace _VELK {
 
 /**
  * Writes the request that opens the PLC's file @p name and reads its first piece.
  *
- * @return the length of the request, or 0 when it does not fit @p request or the name is above 65,534 characters
+ * @return the length of the request, or 0 when it does not fit @p request or the name has more than 65,534 characters
  */
 int writeOpenAndRead(std::span<unsigned char> request, std::string_view name, ByteOrder order);
 
-/** Writes the request for the next piece, 1 byte. Answers its length. */
+/** Writes the request for the next piece, 1 byte. Returns its length. */
 int writeReadNext(std::span<unsigned char> request);
 
 /** One piece of a file. */
@@ -44,7 +44,7 @@ struct FilePiece {
     bool last = false;
 };
 
-/** The piece in a reply; none when the PLC refused or the reply is shorter than it says. */
+/** The piece in a reply; nothing when the PLC refused or the reply is shorter than it claims. */
 std::optional<FilePiece> readFilePiece(std::span<unsigned char const> reply, ByteOrder order);
 
 } // namespace _VELK

@@ -14,7 +14,7 @@ constexpr unsigned char kWriteService = 0x3C;
 
 constexpr std::array<unsigned char, 9> kLinkCheck{0x42, 0xE0, 0x20, 0x26, 0x29, 0x00, 0x00, 0x5D, 0x05};
 
-// What the two numbers of the login mean is the PLC's; it wants them as they are.
+// The PLC requires these two numbers in the login; their meaning is not known here.
 constexpr std::size_t kLoginLength = 14;
 constexpr std::uint32_t kLoginNumber1 = 2;
 constexpr std::uint32_t kLoginNumber2 = 6;

@@ -10,31 +10,31 @@
 /**
  * Payloads of the services logout, link check, login and variable list.
  *
- * All numbers are in the node's byte order. Every reply begins with a status word of 16 bits. Pure code: it knows
- * neither the frames that carry the payloads nor the driver.
+ * All numbers are in the node's byte order. Every reply begins with a status word of 16 bits. Pure code, without the
+ * frames that carry the payloads and without the driver.
  */
 namespace _VELK {
 
 inline constexpr std::uint16_t kStatusDone = 0;
-inline constexpr std::uint16_t kStatusLoggedIn = 1000; ///< the login's only good answer
+inline constexpr std::uint16_t kStatusLoggedIn = 1000; ///< the only good answer to a login
 
-/** The two status words of a PLC whose program is not the one of the request's project identifier. */
+/** The two status words of a PLC that runs another program than the request's project identifier names. */
 inline constexpr std::uint16_t kStatusOtherProject1 = 0x48;
 inline constexpr std::uint16_t kStatusOtherProject2 = 0x33;
 
 inline constexpr std::size_t kStatusWordLength = 2;
 inline constexpr unsigned char kGoodQuality = 1; ///< of a value in the reply to a read; any other is bad
 
-/** Writes the link check, 9 bytes; its answer has no meaning. Answers its length. @p request holds 14 bytes. */
+/** Writes the link check, 9 bytes; the PLC's answer has no meaning. Returns its length. @p request holds 14 bytes. */
 int writeLinkCheck(std::span<unsigned char> request);
 
-/** Writes the logout, 1 byte; answered by kStatusDone. Answers its length. @p request holds 14 bytes. */
+/** Writes the logout, 1 byte; answered by kStatusDone. Returns its length. @p request holds 14 bytes. */
 int writeLogout(std::span<unsigned char> request);
 
-/** Writes the login, 14 bytes; answered by kStatusLoggedIn. Answers its length. @p request holds 14 bytes. */
+/** Writes the login, 14 bytes; answered by kStatusLoggedIn. Returns its length. @p request holds 14 bytes. */
 int writeLogin(std::span<unsigned char> request, ByteOrder order);
 
-/** Status word of a reply; none when the reply is too short for one. */
+/** Status word of a reply; nothing when the reply is too short for one. */
 std::optional<std::uint16_t> replyStatus(std::span<unsigned char const> reply, ByteOrder order);
 
 /** One variable of a list. */
@@ -53,8 +53,8 @@ struct ListItem {
  *     offset 6  for each item: area 16 bits, offset 32 bits, size 32 bits and, to write, the value
  *     then      project identifier, 32 bits
  *
- * Each step answers false, with nothing written, when the buffer has no room for it. The buffer must hold the six
- * bytes before the items.
+ * Each step returns false, with nothing written, when the buffer has no room for it. The buffer must hold the six bytes
+ * before the items.
  */
 class ListRequest {
 public:
@@ -92,10 +92,10 @@ public:
         std::span<unsigned char const> bytes; ///< part of the reply
     };
 
-    /** The next item, its value being @p length bytes long; none when the reply ends before it. */
+    /** The next item, its value being @p length bytes long; nothing when the reply ends before it. */
     std::optional<Value> next(std::size_t length);
 
-    /** Whether the reply has been walked to its very end. */
+    /** Whether the end of the reply is reached. */
     [[nodiscard]] bool atEnd() const { return position_ == reply_.size(); }
 
 private:

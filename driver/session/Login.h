@@ -7,26 +7,26 @@
 namespace _VELK {
 
 /**
- * Which node the driver is logged in to, and how long that is believed.
+ * Which node the driver is logged in to, and when to give up that login.
  *
- * A PLC that has restarted knows no login any more, and one that is gone cannot log out. With a login kept for ever
- * the first would refuse every call, and the second would keep every other node of the line from being reached. So
- * the fifth call in a row that fails with a login forgets it, without a logout.
+ * A PLC that has restarted no longer knows the login, and one that is gone cannot log out. If a login were kept for
+ * ever, the first would refuse every call, and the second would make every other node of the line unreachable. So after
+ * five calls in a row that fail with a login, it is forgotten without a logout.
  */
 class Login {
 public:
     static constexpr int kFailuresThatForget = 5;
 
-    /** Decides; node() does not, for node 0 is a node. */
+    /** Use this and not node(), because 0 is a valid node. */
     [[nodiscard]] bool isLoggedIn() const { return loggedIn_; }
     [[nodiscard]] bool isWithAnother(std::uint32_t node) const { return loggedIn_ && node_ != node; }
 
     [[nodiscard]] std::uint32_t node() const { return node_; } ///< 0 also when there is no login
 
-    /** The parameters that the login was made with, whatever the configuration has become since. */
+    /** The parameters that the login was made with, even if the configuration has changed since. */
     [[nodiscard]] NodeParams const& params() const { return params_; }
 
-    /** Before a login goes out: keeps what it is made with. May throw std::bad_alloc. */
+    /** Before a login is sent: keeps its parameters. May throw std::bad_alloc. */
     void prepare(NodeParams const& params) { params_ = params; }
 
     /** The node has accepted the login. */
@@ -47,13 +47,13 @@ public:
 
     void beginCall() { doubted_ = false; }
 
-    /** The node did in the present call what it was asked for: the count begins anew. */
+    /** The node served the present call: counting starts again. */
     void succeeded() {
         doubted_ = false;
         failedCalls_ = 0;
     }
 
-    /** The present call failed in a way that a lost login explains. */
+    /** The present call failed in a way that a lost login would explain. */
     void failed() { doubted_ = true; }
 
     void endCall() {
@@ -67,7 +67,7 @@ private:
     std::uint32_t node_ = 0;
     bool loggedIn_ = false;
     bool doubted_ = false; ///< the present call failed
-    int failedCalls_ = 0;  ///< in a row, with the present login
+    int failedCalls_ = 0;  ///< failed calls in a row with the present login
 };
 
 } // namespace _VELK

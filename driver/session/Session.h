@@ -9,14 +9,17 @@
 
 namespace _VELK {
 
-/** What one instance of the driver remembers, each part with one owner. Stays where it was made. */
+/**
+ * The state of one driver instance, each part with one owner. Must stay where it was created, because its parts refer
+ * to each other.
+ */
 struct Session {
     /** @p driver and @p record as for ErrorSink, @p factory as for SerialLink. May throw std::bad_alloc. */
     Session(void* driver, ErrorSink::Record record, ISerialFactory* factory)
         : errors(driver, record), upload(link, login, errors), symbols(errors),
           link(factory, *params.getCommonParams(), errors) {}
 
-    // The large parts last: what lies behind them is reached by longer code.
+    // The large parts last: access to anything after them needs longer code.
     ErrorSink errors;
     ParamManager params;
     Login login;

@@ -86,7 +86,7 @@ bool SymbolStore::load(StoredFile const& file) {
     return true;
 }
 
-/** Loads a file that the node's tags have not been looked up in before. */
+/** Loads a file in which the node's tags have not been looked up yet. */
 bool SymbolStore::loadNew(StoredFile const& file) {
     if (!load(file)) {
         return false;
@@ -96,7 +96,7 @@ bool SymbolStore::loadNew(StoredFile const& file) {
 }
 
 /**
- * Tags are bound against the file of their own node only: with another node's addresses a write would land in a wrong
+ * Tags are bound against the file of their own node only: with another node's addresses a write would go to the wrong
  * place.
  */
 bool SymbolStore::provideTable(StoredFile const& file, std::span<ITag const* const> tags) {
@@ -106,7 +106,7 @@ bool SymbolStore::provideTable(StoredFile const& file, std::span<ITag const* con
     }
     std::uint32_t const identifier = state.projectIdentifier;
     if (load(file)) {
-        // The same file again makes no new search for the variables that it lacks.
+        // When the same file is loaded again, its missing variables are not searched again.
         if (state.projectIdentifier != identifier) {
             state.generation = ++generations_;
         }

@@ -20,7 +20,7 @@ constexpr unsigned kMaxPieces = 1'000'000;
 
 unsigned int SymbolUpload::fetch(char const* plcFileName, char const* localPath, NodeParams const* node,
                                  bool bigEndian) {
-    file_.reset(); // an earlier upload may have left it open
+    file_.reset(); // an earlier upload may not have closed it
     ByteOrder const order = byteOrderOf(bigEndian);
     int request = plcFileName != nullptr ? writeOpenAndRead(link_.txData(), plcFileName, order) : 0;
     if (request == 0 || localPath == nullptr) {
@@ -54,21 +54,23 @@ unsigned int SymbolUpload::fetch(char const* plcFileName, char const* localPath,
     return refusePiece();
 }
 
-/** Ends an upload. The local file deliberately stays open as it is; the next upload or the destructor closes it. */
+/**
+ * Ends an upload. The local file deliberately stays open and unchanged; the next upload or the destructor closes it.
+ */
 unsigned int SymbolUpload::refusePiece() {
     login_.failed();
     errors_.fail(kErrorReply, "Wrong reply or Data Counter while reading symbol file");
     return 0;
 }
 
-/** Appends to the local file, which the first piece makes. */
+/** Appends to the local file, which the first piece creates. */
 bool SymbolUpload::keepPiece(std::span<unsigned char const> bytes, char const* localPath) {
     if (file_ == nullptr) {
         file_.reset(std::fopen(localPath, "wb"));
         if (file_ == nullptr) {
             return errors_.fault(kErrorState, "Cannot open symbol file for write");
         }
-        // Without a buffer a full disk shows at the write, not only when the file is closed.
+        // Without a buffer, a full disk is noticed at the write, not only when the file is closed.
         std::setvbuf(file_.get(), nullptr, _IONBF, 0);
     }
     if (std::fwrite(bytes.data(), 1, bytes.size(), file_.get()) != bytes.size()) {

@@ -20,8 +20,8 @@ public:
     SymbolUpload(SerialLink& link, Login& login, ErrorSink& errors) : link_(link), login_(login), errors_(errors) {}
 
     /**
-     * Fetches the PLC's file @p plcFileName into the local file @p localPath, which is made or overwritten when the
-     * first piece has come. An exchange that fails forgets the login.
+     * Fetches the PLC's file @p plcFileName into the local file @p localPath, which is created or overwritten when the
+     * first piece has arrived. A failed exchange also discards the login.
      *
      * @return not 0 on success
      */

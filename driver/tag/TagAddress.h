@@ -3,13 +3,13 @@
 #include <cstdint>
 #include <string>
 
-/** Taking a tag address to pieces. Pure code; what the pieces mean for a node is Tag_VELK's. */
+/** Splits tag addresses. Pure code; Tag_VELK gives the parts their meaning for a node. */
 namespace _VELK {
 
 /** Fields of a tag address `nodeid?tagname?addressSpace?offset?datatype`, without blanks and tabs around them. */
 struct TagAddress {
     std::string node;         ///< may be empty
-    std::string variable;     ///< name of the PLC variable; "/" may stand for "."
+    std::string variable;     ///< name of the PLC variable; "/" means "."
     std::string addressSpace; ///< name of a memory type
     std::string offset;       ///< "0" when it is empty in the address
     std::string dataType;

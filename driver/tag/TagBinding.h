@@ -8,7 +8,7 @@ struct MemTypeRow;
 
 namespace _VELK {
 
-/** What exchanges find out about a tag. */
+/** Facts about a tag that exchanges find out. */
 struct TagBinding {
     int index = 0;
     int subindex = 0;

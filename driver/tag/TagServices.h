@@ -5,7 +5,7 @@
 
 namespace _VELK {
 
-/** What a tag sees of the driver that makes it: parameters and memory types. Both outlive the tag. */
+/** What a tag can use of the driver that creates it: parameters and memory types. Both outlive the tag. */
 struct TagServices {
     ParamManager const& params;
     MemoryManager const& memory;

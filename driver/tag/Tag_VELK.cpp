@@ -126,7 +126,7 @@ ITag* Tag_VELK::Clone() const {
 }
 
 int Tag_VELK::GetByteOffset() const {
-    // Counted modulo 2^32: the index of a "PROJ_ID" tag is an identifier, whose product means nothing.
+    // Counted modulo 2^32: the index of a "PROJ_ID" tag is an identifier, and its product is meaningless.
     auto const index = static_cast<std::uint32_t>(binding_.index);
     auto const subindex = static_cast<std::uint32_t>(binding_.subindex);
     std::uint32_t const unitsOffset = index * static_cast<std::uint32_t>(naturalLength());
@@ -186,7 +186,7 @@ int Tag_VELK::UpdateTagData(_VELK::RtsSym const& symbols, std::uint32_t stamp) c
     binding_.stamp = stamp;
     binding_.bound = true;
     if (symbol->offset > kLargestIndex) {
-        // No index holds such an offset, so the variable has no area that the driver could address.
+        // The offset does not fit an index, so the driver cannot address the variable.
         binding_.symbolRow = nullptr;
         return 0;
     }
@@ -240,7 +240,7 @@ bool Tag_VELK::fixByteOrder(std::span<unsigned char> value) const {
     case ICU_FLOAT:
         return ValueConversionsN::ReverseGroups(bytes, 4);
     case ICU_DOUBLE:
-        // Of an array of doubles only the first element is turned round, deliberately.
+        // Deliberately reverses only the first element of an array of doubles.
         return ValueConversionsN::ReverseGroups(bytes.first(std::min(kDoubleLength, bytes.size())), kDoubleLength);
     default:
         return true;

@@ -19,16 +19,16 @@ struct TagServices;
 } // namespace _VELK
 
 /**
- * A variable of a PLC: its address, its binding to the PLC's symbol file, and the PLC's byte order around the
+ * A variable of a PLC: its address, its binding to the PLC's symbol file, and the PLC's byte order in addition to the
  * conversions of TagBase.
  *
- * The host hands its tags back as constant objects, so what an exchange finds out about a tag (its binding and its
- * status) is mutable. A tag points into the parameters and models of its driver and must not outlive it.
+ * The host passes tags in as constant objects, so what an exchange finds out about a tag (its binding and its status)
+ * is mutable. A tag points into the parameters and models of its driver and must not outlive it.
  */
 class Tag_VELK final : public TagBase {
 public:
     /**
-     * Parses `nodeid?tagname?addressSpace?offset?datatype`. When the address is refused IsValid() is false and the
+     * Parses `nodeid?tagname?addressSpace?offset?datatype`. When the address is refused, IsValid() is false and the
      * error text says why. May throw std::bad_alloc.
      */
     Tag_VELK(char const* address, _VELK::TagServices const& driver);
@@ -46,7 +46,7 @@ public:
     bool IsReadOnly() const override;
     bool IsWriteOnly() const override;
 
-    /** TagBase::Convert() with the byte order of a node that is not "Intel" around it. */
+    /** TagBase::Convert(), also swapping the bytes for a node that is not "Intel". */
     bool Convert(unsigned char const* source, unsigned char* destination, bool towardsPlc) const override;
     bool IsValid() const { return valid_; }
 

@@ -8,7 +8,7 @@ namespace host {
 
 namespace {
 
-/** Puts the entries of a configuration string together and keeps the first failure. */
+/** Joins the entries of a configuration string and keeps the first failure. */
 class Writer {
 public:
     void number(std::string const& key, int value) { entry(key, std::to_string(value)); }

@@ -8,7 +8,7 @@
 
 namespace host {
 
-/** What may differ from node to node. The texts and numbers are checked by the driver, not here. */
+/** The settings that may differ from node to node. The texts and numbers are checked by the driver, not here. */
 struct NodeSettings {
     int blockSize = 128;            ///< bytes, 128..1460
     int timeoutMs = 10'000;         ///< 100..20000
@@ -23,7 +23,7 @@ struct NodeSettings {
     std::string address2 = "0.0.0.0";
 };
 
-/** One node's own settings; what is not set is as for every node. */
+/** One node's own settings; anything not set is as for every node. */
 struct NodeOverrides {
     int node = 0;
     std::optional<std::string> prefix; ///< alias
@@ -40,7 +40,7 @@ struct NodeOverrides {
     std::optional<std::string> address2;
 };
 
-/** The configuration of a driver instance; starts with what the configuration tool offers. */
+/** The configuration of a driver instance; starts with the configuration tool's defaults. */
 struct DriverConfig {
     std::string uart = "com1";   ///< a port name or the path of a device
     int baudrate = 19'200;       ///< bit/s
@@ -56,8 +56,8 @@ struct DriverConfig {
  * The driver's configuration string: "CfgVer=1 uart=com1 ... Node3::Timeout=500".
  *
  * Blanks in texts are written "&nbsp;". A text that the string cannot carry is refused: other white space, control
- * characters, "&nbsp;" itself, "CfgVer=" and "::", which would be taken for the start of something else. A node
- * number that is negative or appears twice is refused as well.
+ * characters, "&nbsp;" itself, "CfgVer=" and "::", which would be read as the start of another entry. A node number
+ * that is negative or appears twice is refused as well.
  */
 base::Result<std::string> configText(DriverConfig const& config);
 

@@ -12,7 +12,7 @@ namespace {
 
 using base::FailureKind;
 
-/** How a row's text is found in the driver's. */
+/** How a row's text is compared with the driver's. */
 enum class Match { Whole, Start, End };
 
 struct DriverText {
@@ -41,7 +41,8 @@ constexpr std::array kTexts{
 
     DriverText{"Too many items in datagram", FailureKind::TooLarge},
     DriverText{"Tx Buffer dimension exceeded", FailureKind::TooLarge},
-    DriverText{"Rx Buffer dimension exceeded", FailureKind::WrongLength}, // of a response, with the code of a request
+    DriverText{"Rx Buffer dimension exceeded", FailureKind::WrongLength}, // about a response, but with the error code
+                                                                          // of a request
 
     DriverText{"Protocol not started", FailureKind::NotPossible},
     DriverText{"Optimized writing not supported", FailureKind::NotPossible},
@@ -63,7 +64,8 @@ constexpr std::array kTexts{
     DriverText{"Command not acknowledged by PLC", FailureKind::ReadRefused},
     DriverText{"Wrong reply length or ack in WriteData operation", FailureKind::WriteRefused},
     DriverText{"One of the values has bad quality", FailureKind::BadQuality},
-    // Recorded by a read that succeeds: behind a failure it is an older reason, and the failure has recorded none.
+    // Recorded by reads that succeed. After a failure this text is therefore an older one, and the failure recorded
+    // none.
     DriverText{" not present in symbol file", FailureKind::LoginRefused, Match::End},
     DriverText{"Project ID mismatch", FailureKind::OtherProject},
     DriverText{"Symbol file not present", FailureKind::NoSymbolFile},
@@ -88,7 +90,7 @@ bool fits(DriverText const& row, std::string_view text) {
 
 FailureKind kindOfCode(int code) {
     switch (code) {
-    case kErrorNone: // only a refused login or logout records nothing
+    case kErrorNone: // only a refused login or logout records no error
         return FailureKind::LoginRefused;
     case kErrorPort:
         return FailureKind::PortFault;

@@ -9,15 +9,15 @@ class IProtocol;
 namespace host {
 
 /**
- * What a failure of the driver is, from its code (interfaces/ErrorCodes.h) and its text.
+ * The kind of a driver failure, from its code (interfaces/ErrorCodes.h) and its text.
  *
- * The only place where the driver's texts are looked at. A text that is not known is classified by its code alone.
+ * The only place that examines the driver's texts. An unknown text is classified by its code alone.
  */
 base::FailureKind driverFailureKind(int code, std::string_view text);
 
 /**
- * The reason that a driver instance holds for its last failure. Only after a failed call: success does not clear
- * it, and a few failures leave an older reason in place.
+ * The reason for the last failure of a driver instance. Only after a failed call: success does not clear it, and a few
+ * failures leave an older reason unchanged.
  */
 base::Failure driverFailure(IProtocol const& protocol);
 

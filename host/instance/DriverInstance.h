@@ -17,8 +17,8 @@ namespace host {
 /**
  * One driver instance, from the module's Init() to its Close().
  *
- * The module counts its Init() calls, so there may be several instances; all of them get the host services that
- * the first one was created with. Ending it stops the driver, deletes it with all its tags and closes the module.
+ * The module counts its Init() calls, so there may be several instances; all of them use the host services that the
+ * first one was created with. Destroying it stops the driver, deletes it with all its tags and closes the module.
  */
 class DriverInstance {
 public:
@@ -43,7 +43,7 @@ public:
 
     base::Outcome configure(std::string const& configuration);
 
-    /** Opens the serial port. The serial factory knows why that failed. */
+    /** Opens the serial port. When that fails, the serial factory has the reason. */
     base::Outcome start();
 
     /** Closes the serial port; start() opens it again, after a fault for example. */
@@ -58,7 +58,7 @@ public:
     [[nodiscard]] IProtocol3& protocol() const { return *protocol_; }
 
 private:
-    /** Takes back an Init(). */
+    /** Undoes an Init(). */
     struct ModuleCloser {
         void operator()(IProtModule* module) const;
     };
@@ -74,7 +74,7 @@ private:
 
     DriverInstance(OpenModule module, OwnedProtocol owned, IProtocol3* protocol);
 
-    // The order matters: the driver goes before the module is closed.
+    // The order matters: the driver is deleted before the module is closed.
     OpenModule module_;
     OwnedProtocol owned_;
     IProtocol3* protocol_; ///< owned_ as its latest interface

@@ -11,7 +11,10 @@ namespace {
 
 constexpr std::size_t kReplySize = 65'536;
 
-/** What asks the PLC ends its reply with an end of line, unless the reply is the driver's last error, or nothing. */
+/**
+ * The reply of a command that uses the PLC ends with an end of line, unless the reply is the driver's last error, or
+ * nothing.
+ */
 ConsoleReply::Kind kindOf(std::string const& line, std::string const& reply) {
     if (!asksPlc(line)) {
         return ConsoleReply::Kind::Answer;
@@ -30,7 +33,7 @@ bool asksPlc(std::string const& line) {
 }
 
 ConsoleReply runConsoleLine(IProtocol& module, std::string const& line) {
-    std::vector<char> buffer(kReplySize + 1); // the reply of a full buffer has no zero of its own
+    std::vector<char> buffer(kReplySize + 1); // a reply that fills the buffer is not zero-terminated
     if (!module.DoCommand(line.c_str(), buffer.data(), static_cast<int>(kReplySize))) {
         return {ConsoleReply::Kind::UnknownCommand, {}};
     }

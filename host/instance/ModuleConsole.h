@@ -9,9 +9,9 @@ namespace host {
 /** What the module's console replied to a line. */
 struct ConsoleReply {
     enum class Kind {
-        Answer,         ///< what was asked for
-        Complaint,      ///< the line is not complete or not right; the text says why
-        DriverFailed,   ///< the driver has the reason, see driverFailure()
+        Answer,         ///< the requested output
+        Complaint,      ///< the line is incomplete or wrong; the text says why
+        DriverFailed,   ///< see driverFailure() for the reason
         UnknownCommand, ///< there is no text
     };
 
@@ -19,10 +19,10 @@ struct ConsoleReply {
     std::string text; ///< lines
 };
 
-/** Whether a line asks the PLC, and so needs the port. */
+/** Whether a line uses the PLC and therefore needs the port. */
 bool asksPlc(std::string const& line);
 
-/** Runs one line in the module. */
+/** Runs one line of the module's console. */
 ConsoleReply runConsoleLine(IProtocol& module, std::string const& line);
 
 } // namespace host

@@ -7,8 +7,8 @@
 namespace host {
 
 /**
- * Where the driver module is: $VELK_MODULE when that is set, else where the installed or the built tree has it,
- * seen from the running program.
+ * The path of the driver module: $VELK_MODULE when that is set, else its place in the installed or the built tree,
+ * relative to the running program.
  */
 base::Result<std::filesystem::path> findModule();
 

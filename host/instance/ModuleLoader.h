@@ -9,8 +9,8 @@ class IInterfaceFactory;
 namespace host {
 
 /**
- * A driver module in memory. Everything that comes from it, driver instances included, must be gone before this
- * object is.
+ * A driver module in memory. Everything obtained from it, driver instances included, must be destroyed before this
+ * object.
  */
 class LoadedModule {
 public:

@@ -26,17 +26,20 @@ struct PanelSettings {
     int interruption = -1; ///< ends all waiting on the line, see SerialPort
 };
 
-/** What a panel is to the driver: the module, the host's services and one configured driver instance. */
+/** Everything the driver needs from a panel: the module, the host's services and one configured driver instance. */
 class Panel {
 public:
     /** @p clock and @p observer (null for none) must outlive the panel. */
     static base::Result<std::unique_ptr<Panel>> create(PanelSettings const& settings, Clock& clock,
                                                        PortObserver* observer);
 
-    /** Opens the port. The failure tells why it cannot be had. */
+    /** Opens the port. The failure says why it cannot be opened. */
     base::Outcome start();
 
-    /** Makes the place for symbol files ready. Not before the port is open: one that is not there leaves no folder. */
+    /**
+     * Creates the folder for symbol files. Call it after the port was opened, so that a missing port leaves no folder
+     * behind.
+     */
     base::Outcome makeStorage();
 
     base::Outcome stop();
@@ -47,7 +50,7 @@ public:
 private:
     Panel(LoadedModule module, PanelSettings const& settings, Clock& clock, PortObserver* observer);
 
-    // The order matters: the driver goes first, the module last.
+    // The order matters: the driver is destroyed first, the module last.
     LoadedModule module_;
     Scheduler scheduler_;
     SerialFactory serial_;

@@ -12,7 +12,7 @@ struct Rate {
     speed_t speed;
 };
 
-// B134 is left out: it stands for 134.5 bit/s.
+// B134 is omitted: it means 134.5 bit/s.
 constexpr std::array kRates = {
     Rate{50, B50},           Rate{75, B75},           Rate{110, B110},         Rate{150, B150},
     Rate{200, B200},         Rate{300, B300},         Rate{600, B600},         Rate{1200, B1200},
@@ -70,8 +70,8 @@ termios rawTermios(termios current, LineSettings const& settings) {
     current.c_iflag = 0; // no parity marking, no stripping, no CR/NL translation, no XON/XOFF
     current.c_oflag = 0;
     current.c_lflag = 0;
-    // CLOCAL: no modem lines. Without HUPCL DTR stays as it is after closing, so that a converter which feeds
-    // itself from it does not lose its supply between two programs.
+    // CLOCAL: no modem lines. Without HUPCL DTR stays as it is after closing, so that a converter powered by this
+    // signal does not lose its supply between two programs.
     current.c_cflag = CREAD | CLOCAL | settings.characters;
     std::fill(std::begin(current.c_cc), std::end(current.c_cc), cc_t{0});
     current.c_cc[VMIN] = 0;

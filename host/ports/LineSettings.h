@@ -21,7 +21,7 @@ struct LineSettings {
 /**
  * The settings from ISerialPort::Open()'s numbers.
  *
- * @param baud one of the rates that the kernel has a constant for, 50 to 4,000,000; any other is refused
+ * @param baud a rate that the kernel has a constant for, 50 to 4,000,000; any other is refused
  * @param parity 0 none, 1 even, 2 odd, 3 mark
  * @param dataBits 7 or 8
  * @param stopBits 1 or 2
@@ -32,9 +32,11 @@ base::Result<LineSettings> lineSettings(int baud, int parity, int dataBits, int 
 termios rawTermios(termios current, LineSettings const& settings);
 
 /**
- * The first setting that a terminal did not take over: tcsetattr() succeeds when any one took. Empty when all did.
+ * The first setting that a terminal did not accept: tcsetattr() succeeds if at least one setting was accepted. Empty
+ * when all were.
  *
- * @param pseudoTerminal has no line, so the kernel always sets it to 8 data bits without parity
+ * @param pseudoTerminal the terminal is a pseudo-terminal, which has no line, so the kernel always sets 8 data bits
+ * without parity
  */
 std::string refusedSetting(termios const& wanted, termios const& actual, bool pseudoTerminal);
 

@@ -50,7 +50,7 @@ std::optional<DeviceAccess> deviceAccess(std::string const& path) {
                         (status.st_mode & kEverybody) == kEverybody};
 }
 
-/** What an error number says of a port: for opening it, and for setting it up. */
+/** The kind of failure for an error number of opening or configuring a port. */
 FailureKind kindOf(int error) {
     switch (error) {
     case ENOENT:
@@ -70,7 +70,7 @@ FailureKind kindOf(int error) {
     }
 }
 
-/** In the system's words. */
+/** A failure with the system's own error text. */
 base::Failure portFailure(FailureKind kind, std::string const& path, char const* what, int error) {
     return {kind, "the serial port " + path + " " + what + ": " + std::generic_category().message(error)};
 }

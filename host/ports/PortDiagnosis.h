@@ -10,8 +10,8 @@ namespace host {
 struct DeviceAccess {
     std::string owner;      ///< user name, or the number when it has none
     std::string group;      ///< group name, or the number when it has none
-    bool groupMay = false;  ///< members of the group may read and write
-    bool everybody = false; ///< so may everybody else
+    bool groupMay = false;  ///< members of the group can read and write
+    bool everybody = false; ///< everybody else can, too
 };
 
 /** Why a serial port cannot be used, as one sentence that says what to do about it. */

@@ -5,17 +5,17 @@
 namespace host {
 
 /**
- * Keeps other programs off an open serial port while it lives.
+ * Locks an open serial port against other programs for its lifetime.
  *
- * Two locks, because neither is enough: an advisory lock on the device, which every program that asks for it
- * honours and the superuser too, and the terminal's exclusive mode, which makes opening fail for everybody but the
+ * Two locks, because neither is enough: an advisory lock on the device, which binds every program that checks for it,
+ * including the superuser's, and the terminal's exclusive mode, which makes opening fail for everybody but the
  * superuser. The advisory lock ends with the descriptor, which must outlive this object.
  */
 class PortLock {
 public:
     /**
      * @param exclusiveMode also use the terminal's exclusive mode
-     * @return nothing when the port is taken, or when locking fails; errno tells (EWOULDBLOCK: taken)
+     * @return nothing when the port is taken, or when locking fails; errno has the reason (EWOULDBLOCK: taken)
      */
     static std::optional<PortLock> take(int descriptor, bool exclusiveMode);
 

@@ -15,7 +15,7 @@ std::string lowerCase(std::string text) {
     return text;
 }
 
-/** Behind a link, too. */
+/** Follows links. */
 bool isDevice(std::string const& path) {
     std::error_code ignored;
     return std::filesystem::is_character_file(path, ignored);

@@ -2,7 +2,7 @@
 
 namespace host {
 
-/** True when the terminal is the slave side of a pseudo-terminal: a program on the other side, and no line. */
+/** True when the terminal is the slave side of a pseudo-terminal: there is a program on the other side, not a line. */
 bool isPseudoTerminal(int descriptor);
 
 } // namespace host

@@ -15,7 +15,7 @@ bool set(int descriptor, serial_rs485 wanted) {
     return ioctl(descriptor, TIOCSRS485, &wanted) == 0;
 }
 
-/** What the port really does now: a driver may accept a request and not follow it. */
+/** Whether the port is really in this mode now: a driver may accept a request without carrying it out. */
 bool followed(int descriptor, bool on) {
     serial_rs485 actual{};
     return ioctl(descriptor, TIOCGRS485, &actual) == 0 && isOn(actual) == on;

@@ -8,7 +8,10 @@
 namespace host {
 namespace {
 
-/** The C library calls it an invalid argument when a terminal took over nothing new: what it has says more. */
+/**
+ * The C library reports an invalid argument when a terminal accepted no new setting, so its current settings are read
+ * instead.
+ */
 bool isSet(int descriptor, termios const& wanted) {
     return tcsetattr(descriptor, TCSANOW, &wanted) == 0 || errno == EINVAL;
 }

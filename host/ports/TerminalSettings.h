@@ -8,8 +8,7 @@
 namespace host {
 
 /**
- * Gives a terminal its settings, and makes sure that it took them all over; the failure names the first that it did
- * not.
+ * Configures a terminal and checks that it accepted all settings; the failure names the first that it did not.
  *
  * @param pseudoTerminal as for refusedSetting()
  */

@@ -7,24 +7,24 @@
 
 namespace host {
 
-/** How waiting for a line ended. */
+/** How a wait for a line ended. */
 enum class Wait {
     Ready,
     TimedOut,
     Interrupted, ///< by a signal, before the time was over
-    Fault,       ///< the line is dead: see ByteLine::faultText()
+    Fault,       ///< the line failed: see ByteLine::faultText()
 };
 
-/** What a line moved at once; it never waits for more. */
+/** The bytes a line moved without waiting. */
 struct Transfer {
-    std::size_t count = 0; ///< 0 without a fault: nothing was there, or no room
-    bool fault = false;    ///< the line is dead: see ByteLine::faultText()
+    std::size_t count = 0; ///< 0 without a fault: nothing to receive, or no room to send
+    bool fault = false;    ///< the line failed: see ByteLine::faultText()
 };
 
 /**
- * The few operations of a byte line that framing is made of, so that framing can be tried without a kernel and
- * without time passing. Nothing but the waits ever blocks, and they no longer than they are told; drain() blocks
- * for the little that a transmitter still holds.
+ * The few operations of a byte line that framing needs, so that framing can be tested without a kernel and without real
+ * time. Only the waits block, and no longer than the given time; drain() blocks until the transmitter has sent its last
+ * few bytes.
  */
 class ByteLine {
 public:
@@ -35,19 +35,19 @@ public:
     virtual Transfer receive(std::span<unsigned char> room) = 0;
     virtual Transfer send(std::span<unsigned char const> bytes) = 0;
 
-    /** Bytes handed over that have not left yet. */
+    /** Bytes accepted for sending but not sent yet. */
     virtual std::size_t unsent() = 0;
 
-    /** Lets @p microseconds pass. False: the line is dead. */
+    /** Waits for @p microseconds. False: the line failed. */
     virtual bool pause(std::int64_t microseconds) = 0;
 
-    /** Waits until the transmitter is empty. False: the line is dead. */
+    /** Waits until the transmitter is empty. False: the line failed. */
     virtual bool drain() = 0;
 
-    /** Forgets the bytes that have not left yet. */
+    /** Drops the bytes that are not sent yet. */
     virtual void dropUnsent() = 0;
 
-    /** Why the line is dead, in a few words. */
+    /** Why the line failed, in a few words. */
     [[nodiscard]] virtual std::string faultText() const = 0;
 
 protected:

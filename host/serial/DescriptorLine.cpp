@@ -48,7 +48,7 @@ Wait DescriptorLine::waitFor(short events, std::int64_t microseconds) {
         return interrupt();
     }
     if ((line.revents & events) != 0 && (line.revents & POLLNVAL) == 0) {
-        return Wait::Ready; // what is left in front of a hang-up is still read
+        return Wait::Ready; // bytes received before a hang-up are still read
     }
     condition_ = (line.revents & POLLHUP) != 0 ? "hang-up" : "line error";
     return Wait::Fault;
@@ -74,7 +74,8 @@ Transfer DescriptorLine::receive(std::span<unsigned char> room) {
     }
     ssize_t count = ::read(descriptor_, room.data(), room.size());
     if (count == 0) {
-        // A raw terminal answers 0 both when nothing is there and when it is gone; only poll tells the two apart.
+        // A raw terminal returns 0 both when there are no bytes and when it has disappeared; only poll can tell these
+        // apart.
         if (!isReadable()) {
             return {};
         }
@@ -86,7 +87,7 @@ Transfer DescriptorLine::receive(std::span<unsigned char> room) {
     if (count < 0) {
         return failedTransfer(errno);
     }
-    condition_ = "hang-up"; // readable without a byte: asking on would spin for ever
+    condition_ = "hang-up"; // readable without a byte: reading again would loop for ever
     return {0, true};
 }
 
@@ -120,7 +121,7 @@ std::size_t DescriptorLine::unsent() {
 bool DescriptorLine::pause(std::int64_t microseconds) {
     timespec const time = toTimespec(microseconds);
     pollfd interruption{interruption_, POLLIN, 0};
-    ppoll(&interruption, 1, &time, nullptr); // cut short by a signal: the caller counts again
+    ppoll(&interruption, 1, &time, nullptr); // interrupted by a signal: the caller recalculates the time
     return interruption.revents == 0 || interrupt() != Wait::Fault;
 }
 

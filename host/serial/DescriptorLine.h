@@ -5,13 +5,13 @@
 namespace host {
 
 /**
- * A line behind the non-blocking descriptor of a terminal, which it does not own.
+ * The line of a terminal's non-blocking descriptor, which it does not own.
  *
- * It dies when its user wants the end: every wait is over at once.
+ * It fails when the user asks to stop: every wait then ends at once.
  */
 class DescriptorLine : public ByteLine {
 public:
-    /** @p interruption can be read from the moment on when waiting has to end; -1 for a line without that. */
+    /** @p interruption becomes readable when all waiting must end; -1 for none. */
     explicit DescriptorLine(int descriptor, int interruption = -1)
         : descriptor_(descriptor), interruption_(interruption) {}
 
@@ -25,7 +25,7 @@ public:
     void dropUnsent() override;
     [[nodiscard]] std::string faultText() const override;
 
-    /** True when the line died because its user wanted the end. */
+    /** True when the line failed because the user asked to stop. */
     [[nodiscard]] bool isInterrupted() const { return interrupted_; }
 
 private:

@@ -37,7 +37,7 @@ ReceivedFrame readFrame(ByteLine& line, Clock& clock, std::span<unsigned char> r
             note(frame, transfer.count, now);
             deadline = now + times.interByte;
         } else if (now >= deadline) {
-            break; // woken for nothing: never again without time left
+            break; // woken without a byte: do not wait again without time left
         }
     }
     return frame;

@@ -26,8 +26,8 @@ struct ReceivedFrame {
 /**
  * Receives one frame: waits for a first byte, then collects until the line is silent or @p room is full.
  *
- * Waits no longer than the times say: an interrupted wait goes on with what is left of its time. Bytes that are
- * already there are taken even when the time is over, so a time of 0 takes what there is.
+ * Waits no longer than the given times: an interrupted wait continues with the remaining time. Bytes already received
+ * are taken even when the time is over, so a time of 0 takes only those.
  */
 ReceivedFrame readFrame(ByteLine& line, Clock& clock, std::span<unsigned char> room, ReadTimes const& times);
 

@@ -10,7 +10,7 @@ namespace host {
 
 namespace {
 
-constexpr std::int64_t kGrace = 1'000'000;   ///< microseconds on top of twice the time on the wire
+constexpr std::int64_t kGrace = 1'000'000;   ///< microseconds added to twice the time on the wire
 constexpr std::int64_t kShortestPause = 200; ///< microseconds; a shorter one only costs wake-ups
 
 std::int64_t wireTime(std::size_t bytes, std::int64_t nanosecondsPerByte) {
@@ -62,7 +62,7 @@ SendResult sendFrame(ByteLine& line, Clock& clock, std::span<unsigned char const
         result = waitUntilSent(line, clock, nanosecondsPerByte, deadline);
     }
     if (result == SendResult::Stuck) {
-        line.dropUnsent(); // half a frame must not go out later, in front of the next one
+        line.dropUnsent(); // half a frame must not go out later, before the next one
     }
     return result;
 }

@@ -10,13 +10,13 @@ class Clock;
 
 enum class SendResult {
     Sent,
-    Stuck, ///< the line took no more bytes for too long; what had not left was dropped
-    Fault, ///< the line is dead
+    Stuck, ///< the line stopped accepting bytes; unsent bytes were dropped
+    Fault, ///< the line failed
 };
 
 /**
- * Sends one frame and waits until its last bit has left, so that a time-out that starts afterwards measures the
- * other side and not our own transmitter.
+ * Sends one frame and waits until its last bit is sent, so that a following time-out measures the other side and not
+ * our own transmitter.
  *
  * @param nanosecondsPerByte time of one byte on the wire
  */

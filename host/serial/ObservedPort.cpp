@@ -13,7 +13,7 @@ namespace host {
 
 namespace {
 
-/** Bytes of a buffer that was given for @p room, when the other port says it used @p count of it. */
+/** The used bytes of a buffer of @p room bytes, of which the other port says it used @p count. */
 std::span<unsigned char const> used(unsigned char const* buffer, int count, int room) {
     int const bounded = buffer != nullptr ? std::clamp(count, 0, std::max(0, room)) : 0;
     return {buffer, static_cast<std::size_t>(bounded)};
@@ -45,7 +45,7 @@ void ObservedPort::Close() {
 }
 
 int ObservedPort::Purge(unsigned char* buffer, int reserved1, int reserved2) {
-    constexpr int kRoom = 1460; // what the buffer of a purge holds at least
+    constexpr int kRoom = 1460; // the least size of the buffer for a purge
     int const removed = port_.Purge(buffer, reserved1, reserved2);
     auto const bytes = used(buffer, removed, kRoom);
     if (!bytes.empty()) {

@@ -12,17 +12,17 @@ class PortObserver;
 struct PortReport;
 
 /**
- * Shows everything that goes over another port to an observer, and changes nothing about it.
+ * Reports all traffic of another port to an observer, without changing it.
  *
- * The other port's Purge() has to answer the number of bytes that it put into its buffer, as SerialPort's does.
+ * The other port's Purge() must return the number of bytes that it put into its buffer, as SerialPort's does.
  */
 class ObservedPort final : public ISerialPort {
 public:
     /**
-     * All of them must outlive this object.
+     * All arguments must outlive this object.
      *
-     * @param report the other port's, for exact times of received bytes and for the reason of a fault; null when
-     *        it has none: then a frame begins and ends when Read() was called and returned
+     * @param report the other port's, for exact times of received bytes and for the reason of a fault; null when it has
+     *        none: then the times are those of the call and the return of Read()
      */
     ObservedPort(ISerialPort& port, PortObserver& observer, Clock& clock, PortReport const* report = nullptr);
 

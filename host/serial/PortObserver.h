@@ -9,19 +9,19 @@ namespace host {
 
 enum class FrameDirection { Sent, Received };
 
-/** A frame that went over a port. */
+/** A frame sent or received through a port. */
 struct PortFrame {
     FrameDirection direction;
     std::span<unsigned char const> bytes; ///< valid during the call only
     std::int64_t firstByteAt;             ///< microseconds of the observing clock
-    std::int64_t lastByteAt;              ///< for a sent frame: when its last bit had left
+    std::int64_t lastByteAt;              ///< for a sent frame: when its last bit was sent
 };
 
 /**
- * Sees what goes over a port, for traces and for progress.
+ * Observes the traffic of a port, for traces and progress.
  *
- * Called in the middle of an exchange with the PLC: answer quickly. What is thrown is dropped. All times are
- * microseconds of the observing clock.
+ * Called in the middle of an exchange with the PLC: return quickly. Exceptions are dropped. All times are microseconds
+ * of the observing clock.
  */
 class PortObserver {
 public:
@@ -33,13 +33,13 @@ public:
     /** Nothing came within the time that the driver waits for a first byte. */
     virtual void onTimeout(std::int64_t /*at*/) {}
 
-    /** Received bytes that nobody waited for were dropped: a late answer, or noise. */
+    /** Received bytes that were not expected were dropped: a late answer, or noise. */
     virtual void onDropped(std::span<unsigned char const> /*bytes*/, std::int64_t /*at*/) {}
 
-    /** A frame of which nobody can say how much has gone out; onFault() comes next. */
+    /** A frame that was perhaps sent only partly; how much is unknown. onFault() comes next. */
     virtual void onUnsent(std::span<unsigned char const> /*bytes*/) {}
 
-    /** The port died; @p reason may be empty. */
+    /** The port failed; @p reason may be empty. */
     virtual void onFault(std::string_view /*reason*/, std::int64_t /*at*/) {}
 
 protected:

@@ -19,7 +19,7 @@ class PortObserver;
 /**
  * Creates the serial ports of this machine by their configured names.
  *
- * The binary contract only answers null or 0 when a port cannot be had: the reason stays here, also after the port
+ * The binary contract only returns null or 0 when a port cannot be opened: the reason is kept here, also after the port
  * was released. For one thread at a time.
  */
 class SerialFactory final : public ISerialFactory {
@@ -44,13 +44,13 @@ public:
     /** Anything but a port of this factory is ignored. */
     void ReleasePort(ISerialPort* port) override;
 
-    /** Why the port asked for last could not be created or opened; nothing when it could. */
+    /** Why the last requested port could not be created or opened; nothing when it could. */
     [[nodiscard]] std::optional<base::Failure> lastError() const;
 
-    /** Why the port asked for last died while it was open ("adapter pulled out"); nothing when it did not. */
+    /** Why the last requested port failed while it was open ("adapter pulled out"); nothing when it did not. */
     [[nodiscard]] std::optional<base::Failure> lastFault() const;
 
-    /** The report of the port called @p name; null when it was never asked for. */
+    /** The report of the port called @p name; null when it was never requested. */
     [[nodiscard]] PortReport const* report(std::string const& name) const;
 
 private:

@@ -21,7 +21,7 @@
 
 namespace host {
 
-// The members end in the opposite order: the exclusive mode has to go before the descriptor does.
+// Members are destroyed in reverse order: the exclusive mode must be turned off before the descriptor is closed.
 struct SerialPort::Session {
     Session(base::FileDescriptor opened, PortLock taken, LineSettings const& settings, int interruption)
         : descriptor(std::move(opened)), lock(std::move(taken)), line(descriptor.get(), interruption),
@@ -47,7 +47,10 @@ base::Result<base::FileDescriptor> openTerminal(std::string const& path) {
     return descriptor;
 }
 
-/** The exclusive mode of a pseudo-terminal would outlive a program that is killed, for the other side keeps it. */
+/**
+ * The exclusive mode of a pseudo-terminal would remain after the program was killed, because the other side keeps the
+ * terminal open.
+ */
 bool wantsExclusiveMode(base::FileDescriptor const& descriptor) {
     return !isPseudoTerminal(descriptor.get());
 }
@@ -142,7 +145,7 @@ base::Result<std::unique_ptr<SerialPort::Session>> SerialPort::openSession(LineS
     std::optional<PortLock> lock = PortLock::take(descriptor.get(), wantsExclusiveMode(descriptor));
     if (!lock) {
         int const error = errno;
-        descriptor.close(); // or this program would be found to be the holder
+        descriptor.close(); // otherwise this program itself would be reported as the holder
         return error == EWOULDBLOCK ? busyPort(path_) : settingFailure(path_, error);
     }
     auto session = std::make_unique<Session>(std::move(descriptor), std::move(*lock), settings, interruption_);
@@ -152,7 +155,7 @@ base::Result<std::unique_ptr<SerialPort::Session>> SerialPort::openSession(LineS
     if (base::Outcome const applied = applyRs485(session->descriptor.get(), path_, rs485); !applied.ok()) {
         return applied.failure();
     }
-    tcflush(session->descriptor.get(), TCIOFLUSH); // what came in at other settings is noise
+    tcflush(session->descriptor.get(), TCIOFLUSH); // bytes received with other settings are noise
     return session;
 }
 
@@ -204,7 +207,7 @@ bool SerialPort::read(std::span<unsigned char> room, int firstByteMs, int interC
 void SerialPort::die() {
     bool const interrupted = session_->line.isInterrupted();
     std::string const reason = session_->line.faultText();
-    session_->line.dropUnsent(); // or closing waits until a slow line has sent it
+    session_->line.dropUnsent(); // otherwise closing waits until a slow line has sent them
     session_.reset();
     report_.lastFault = interrupted ? base::Failure{base::FailureKind::Interrupted, reason}
                                     : base::Failure{base::FailureKind::PortDied,

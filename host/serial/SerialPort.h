@@ -15,17 +15,17 @@ struct PortReport;
 /**
  * A serial port of this machine. For one thread at a time.
  *
- * A port that dies (adapter pulled out, other side of a pseudo-terminal closed) lets go of its device at once, so
- * that the adapter can come back under its own name, and answers faults until it is opened again. Why it could not
- * be opened or died is in the report.
+ * A port that fails (adapter pulled out, other side of a pseudo-terminal closed) releases its device at once, so that
+ * the adapter can come back under the same name, and returns faults until it is opened again. The report says why it
+ * could not be opened or failed.
  */
 class SerialPort final : public ISerialPort {
 public:
     /**
      * @p report and @p clock must outlive the port.
      *
-     * @param interruption a descriptor of the caller's that can be read from the moment on when waiting has to end:
-     *        the port then dies, and every operation answers a fault; -1 for none
+     * @param interruption a descriptor of the caller that becomes readable when all waiting must end: the port then
+     *        fails, and every operation returns a fault; -1 for none
      */
     SerialPort(std::string path, PortReport& report, Clock& clock, int interruption = -1);
     ~SerialPort() override;
@@ -40,13 +40,15 @@ public:
     int Open(int baud, int parity, int dataBits, int stopBits, int rs485) override;
     void Close() override;
 
-    /** Answers the number of bytes that it took out into @p buffer, at most kPurgeRoom; 0 also when the port died. */
+    /** Returns the number of bytes that it moved to @p buffer, at most kPurgeRoom; 0 also when the port failed. */
     int Purge(unsigned char* buffer, int reserved1, int reserved2) override;
 
-    /** Answers after the last bit has left: @p length, or 0 when the port died or takes nothing any more. */
+    /** Returns after the last bit was sent: @p length, or 0 when the port failed or no longer accepts bytes. */
     int Write(unsigned char const* bytes, int length, int reserved) override;
 
-    /** See ISerialPort. Times below 0 count as 0. A fault in the middle of a frame leaves its first bytes. */
+    /**
+     * See ISerialPort. Times below 0 count as 0. A fault in the middle of a frame leaves its first bytes in @p buffer.
+     */
     int Read(unsigned char* buffer, int maximum, int firstByteTimeoutMs, int interCharTimeoutMs, int* count,
              int reserved) override;
 

@@ -4,7 +4,7 @@
 
 namespace host {
 
-/** What went over a port so far. */
+/** The traffic of a port so far. */
 struct Traffic {
     std::uint64_t bytesSent = 0;
     std::uint64_t bytesReceived = 0;
@@ -16,7 +16,7 @@ struct Traffic {
     std::uint64_t faults = 0;
 };
 
-/** Counts what goes over a port. */
+/** Counts the traffic of a port. */
 class TrafficMeter final : public PortObserver {
 public:
     void onFrame(PortFrame const& frame) override;

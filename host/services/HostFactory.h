@@ -27,7 +27,7 @@ private:
  *
  * Must outlive the module's Init() and Close(). For one thread at a time.
  */
-// Interface factories have no virtual destructor: nobody deletes one through its interface.
+// Interface factories have no virtual destructor: none is deleted through its interface.
 // NOLINTNEXTLINE(cppcoreguidelines-virtual-class-destructor)
 class HostFactory final : public IInterfaceFactory {
 public:
@@ -47,7 +47,7 @@ public:
 
     IInterface* CreateInterface(char const* name) override;
 
-    /** Anything but a service that is held is ignored. */
+    /** Ignores anything that is not a held service. */
     void ReleaseInterface(IInterface* object) override;
 
     /** How many services the module holds now. */

@@ -6,7 +6,7 @@
 
 namespace host {
 
-/** True when @p name is one of @p names, byte for byte. A null name is none of them. */
+/** True when @p name is one of @p names, byte for byte. False for a null name. */
 inline bool isOneOf(char const* name, std::initializer_list<std::string_view> names) {
     return name != nullptr && std::find(names.begin(), names.end(), std::string_view(name)) != names.end();
 }

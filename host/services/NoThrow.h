@@ -6,9 +6,9 @@
 namespace host {
 
 /**
- * Runs @p step and answers its result, or @p fallback when it throws.
+ * Runs @p step and returns its result, or @p fallback when it throws.
  *
- * Nothing may be thrown into the module: every operation that the module can call runs its body through this.
+ * No exception may reach the module: every operation that the module can call runs its body through this.
  */
 template <typename Step>
 std::invoke_result_t<Step> noThrow(Step&& step, std::invoke_result_t<Step> fallback) noexcept {

@@ -18,7 +18,7 @@ namespace {
 
 constexpr std::size_t kLongestName = 255; ///< bytes of a file name
 
-/** The directory whatever the working directory becomes; empty stays empty. */
+/** The directory as an absolute path, so that a change of the working directory does not matter; empty stays empty. */
 fs::path absolutePath(fs::path const& directory) {
     std::error_code error;
     fs::path absolute = fs::absolute(directory, error);
@@ -105,7 +105,8 @@ base::Result<fs::path> PermanentStorage::Paths::folder(std::string_view instance
     }
     fs::path const place = directory_ / *name;
     std::error_code error;
-    fs::create_directories(place, error); // another program may make it at the same time: only the result counts
+    fs::create_directories(place, error); // another program may create it at the same time, so only the result is
+                                          // checked
     if (!fs::is_directory(place)) {
         return base::Failure{base::FailureKind::Storage,
                              "the directory " + place.string() + " cannot be made: " + error.message()};

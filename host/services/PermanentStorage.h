@@ -11,9 +11,9 @@
 namespace host {
 
 /**
- * The folder name for an instance: letters, digits, "-", "_" and a "." that is not the first character stay, every
- * other byte becomes "%" and two hexadecimal digits, so that two instances never share a folder and none leaves
- * the directory. Nothing for an empty or much too long name.
+ * The folder name for an instance: letters, digits, "-", "_" and a "." that is not the first character are kept, every
+ * other byte becomes "%" and two hexadecimal digits, so that two instances never share a folder and none leaves the
+ * directory. Nothing for an empty or much too long name.
  */
 std::optional<std::string> instanceFolder(std::string_view instance);
 
@@ -21,26 +21,26 @@ std::optional<std::string> instanceFolder(std::string_view instance);
 bool isPlainFileName(std::string_view name);
 
 /**
- * Keeps the files of driver instances in a directory of the user's choice, one folder an instance.
+ * Keeps the files of driver instances in a directory of the user's choice, one folder for each instance.
  *
- * The folders are made when they are first asked for. The module writes its files itself, under the path it gets,
- * and checks them when it reads them: half a file is refused and fetched again.
+ * The folders are created when first needed. The module writes its files itself, to the path it gets, and checks them
+ * when it reads them: an incomplete file is refused and fetched again.
  */
 class PermanentStorage final : public IPermanentStorage {
 public:
-    /** @param directory made when it does not exist; an empty one gives no paths */
+    /** @param directory created when it does not exist; when empty, there are no paths */
     explicit PermanentStorage(std::filesystem::path const& directory);
 
-    /** Answers the paths for "IPermanentStorage2". */
+    /** Returns the object that gives the paths, for "IPermanentStorage2". */
     IInterface* ConvertTo(char const* name) override;
     [[nodiscard]] char const* GetImpName() const override;
     [[nodiscard]] int GetImpVersion() const override;
 
     /**
-     * Makes the folder of an instance and checks that files can be written there.
+     * Creates the folder of an instance and checks that files can be written there.
      *
-     * Worth a call before the driver starts: it takes a storage without a path for none at all, and then keeps its
-     * files in the working directory.
+     * Call it before the driver starts: the driver treats a storage without a path as missing, and would keep its files
+     * in the working directory.
      */
     [[nodiscard]] base::Outcome prepare(std::string_view instance) const;
 

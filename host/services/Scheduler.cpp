@@ -28,7 +28,7 @@ void Scheduler::Yield(int /*amount*/) {
     try {
         hook_(yields_);
     } catch (...) {
-        hook_ = nullptr; // nothing may be thrown into the module
+        hook_ = nullptr; // no exception may reach the module
     }
 }
 

@@ -8,7 +8,7 @@
 namespace host {
 
 /**
- * The scheduler service: counts the module's yields and tells a hook, for progress during long work.
+ * The scheduler service: counts the module's yields and calls a hook, to show progress during long work.
  *
  * The hook cannot end the work. When it throws it is not called again.
  */

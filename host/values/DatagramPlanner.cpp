@@ -12,10 +12,12 @@ namespace host {
 
 namespace {
 
-/** Datagrams of a node that still take tags; more than a few would not save more datagrams, only cost time. */
+/**
+ * How many datagrams of a node are kept open for more tags; a larger number would save no datagrams, only cost time.
+ */
 constexpr std::size_t kOpenForReading = 8;
 
-/** A value that is written twice has to end as the later one, so a write only joins the latest datagram. */
+/** Of two writes to a variable the later one must win, so a write may only join the latest datagram. */
 constexpr std::size_t kOpenForWriting = 1;
 
 class Builder {
@@ -75,10 +77,10 @@ private:
                (!protocol_.CanWriteDatagrams(tag) || !protocol_.CanCoexistInDatagram(tag, tag));
     }
 
-    /** A tag that does not even go together with itself goes together with nothing. */
+    /** A tag that cannot share a datagram with itself cannot share one with any tag. */
     bool goesAlone(ITag const* tag) const { return needsSingleCall(tag) || !protocol_.CanCoexistInDatagram(tag, tag); }
 
-    // Never asked for an empty datagram: the driver looks at the first tag of the list.
+    // Never called for an empty datagram: the driver examines the first tag of the list.
     bool takes(Open const& open, ITag const* tag) const {
         auto const count = static_cast<int>(open.tags.size());
         return purpose_ == Purpose::Read ? protocol_.CanAddToDatagram(open.tags.data(), count, tag)

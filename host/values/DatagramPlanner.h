@@ -14,7 +14,7 @@ enum class Purpose { Read, Write };
 /** Tags that go in one call, in the caller's order. */
 struct Datagram {
     int node = 0;
-    bool single = false;            ///< one tag that the driver takes through Read() or Write() only
+    bool single = false;            ///< one tag that the driver accepts in Read() or Write() only
     std::vector<std::size_t> items; ///< indices into the caller's list
 };
 

@@ -65,7 +65,7 @@ IntegerText splitInteger(std::string_view text) {
     return parts;
 }
 
-/** -magnitude or magnitude as a Number, where it fits. */
+/** -magnitude or magnitude as a Number, if it fits. */
 template <typename Number>
 std::optional<Number> withSign(std::uint64_t magnitude, bool negative) {
     auto const most = static_cast<std::uint64_t>(std::numeric_limits<Number>::max());
@@ -137,7 +137,7 @@ base::Outcome store(base::Result<Number> const& number, std::span<unsigned char>
     return {};
 }
 
-/** Calls @p step with a zero of the C++ type that stands for a numeric type. False for any other type. */
+/** Calls @p step with a zero of the C++ type of a numeric type. False for any other type. */
 template <typename Step>
 bool withNumberType(ICU_Type type, Step&& step) {
     switch (type) {

@@ -20,8 +20,8 @@ base::Result<std::string> formatScalar(ICU_Type type, std::span<unsigned char co
 /**
  * Reads a scalar from text into @p bytes, which are scalarWidth(type) bytes.
  *
- * Booleans are true, false, 1 or 0; integers are decimal, or hexadecimal behind "0x"; nothing may follow the value
- * and nothing out of the type's range is taken. @p bytes is not written on failure.
+ * Booleans are true, false, 1 or 0; integers are decimal, or hexadecimal after "0x"; nothing may follow the value, and
+ * values out of the type's range are refused. @p bytes is not written on failure.
  */
 base::Outcome parseScalar(std::string_view text, ICU_Type type, std::span<unsigned char> bytes);
 

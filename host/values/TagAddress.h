@@ -6,7 +6,7 @@
 
 namespace host {
 
-/** The fields of a tag address. The driver checks what is in them. */
+/** The fields of a tag address. Their content is checked by the driver. */
 struct TagAddress {
     int node = 0;
     std::string name;               ///< PLC variable: "PLC_PRG.Counter", "PLC_PRG/Counter"
@@ -16,9 +16,9 @@ struct TagAddress {
 };
 
 /**
- * The tag address as the driver takes it: "1?PLC_PRG.Counter?M?0?int".
+ * The tag address in the driver's format: "1?PLC_PRG.Counter?M?0?int".
  *
- * A field with a "?" or a control character in it cannot be carried and is refused.
+ * A field that contains a "?" or a control character is refused, because the format cannot carry it.
  */
 base::Result<std::string> tagAddress(TagAddress const& fields);
 

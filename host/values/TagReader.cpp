@@ -32,7 +32,9 @@ base::Failure itemFailure(idal_error_t status) {
     return base::Failure{FailureKind::LeftOut, "the driver gave the tag the status " + std::to_string(status)};
 }
 
-/** What may be due to one tag of a list, and is found before anything is sent; but a read's conversions come last. */
+/**
+ * Failures that one tag of a list may cause, found before anything is sent; only the conversions of a read come last.
+ */
 bool isOfTheRequest(FailureKind kind) {
     switch (kind) {
     case FailureKind::Request:
@@ -46,7 +48,7 @@ bool isOfTheRequest(FailureKind kind) {
     }
 }
 
-/** What a tag of a list may have made the PLC answer. */
+/** Failures that one tag of a list may cause in the PLC's reply. */
 bool isOfTheReply(FailureKind kind) {
     switch (kind) {
     case FailureKind::Garbled:
@@ -65,7 +67,7 @@ bool isOfTheReply(FailureKind kind) {
     }
 }
 
-/** One way of moving the values of some tags in one call. */
+/** A way to move the values of some tags in one call. */
 class Transfer {
 public:
     Transfer(IProtocol3& protocol, std::vector<TagResult>& results) : protocol_(protocol), results_(results) {}
@@ -73,7 +75,7 @@ public:
     Transfer(Transfer const&) = delete;
     Transfer& operator=(Transfer const&) = delete;
 
-    /** Moves the values of a datagram; answers false when the call failed, with nothing noted in the results. */
+    /** Moves the values of a datagram; returns false, with no result changed, when the call failed. */
     virtual bool datagram(Items items) = 0;
 
     /** The same for one tag, through the driver's operation for a single tag. */
@@ -145,7 +147,7 @@ private:
         if (result.good) {
             result.value.assign(value.begin(), value.end());
         } else {
-            result.failure = itemFailure(status); // what stands in its place is not the variable's value
+            result.failure = itemFailure(status); // the value there is not the variable's
         }
     }
 
@@ -184,7 +186,7 @@ public:
         return true;
     }
 
-    // What the PLC itself refused, or answered at too great a length, may be half written: not again.
+    // A write that the PLC refused, or answered with too long a reply, may be partly done: do not repeat it.
     [[nodiscard]] bool mayBlameATag(base::Failure const& failure) const override {
         return isOfTheRequest(failure.kind);
     }
@@ -227,7 +229,7 @@ base::Outcome checkWrite(TagWrite const& write) {
     return {};
 }
 
-/** Carries out a plan, keeping every failure where it belongs. */
+/** Carries out a plan and assigns every failure to the tags concerned. */
 class Execution {
 public:
     Execution(Transfer& transfer, TransferPolicy const& policy) : transfer_(transfer), policy_(policy) {}
@@ -268,7 +270,7 @@ private:
         noteFailure(items);
     }
 
-    /** Runs a call and keeps the reason when it fails. A value too big for the memory fails it as well. */
+    /** Runs a call and keeps the reason when it fails. Running out of memory for a value also counts as a failure. */
     template <typename Call>
     bool guarded(Call&& call) {
         try {

@@ -12,7 +12,7 @@ namespace host {
 
 using ValueBytes = std::vector<unsigned char>;
 
-/** What came of one tag. */
+/** The result of one tag. */
 struct TagResult {
     bool good = false;
     idal_error_t status = kItemNotProcessed;
@@ -28,20 +28,22 @@ struct TagWrite {
 
 struct TransferPolicy {
     /**
-     * How many more calls may be spent on one datagram to find the tag that spoils it: it is cut in halves until
-     * the bad tag stands alone. 16 find one bad tag of 90; 0 fails the whole datagram.
+     * How many more calls may be spent on one datagram to find the tag that makes it fail: the datagram is halved until
+     * the bad tag is alone. 16 calls find one bad tag among 90; with 0 the whole datagram fails.
      */
     int extraCalls = 16;
 
-    /** After a time-out, do not ask the same node again in the same call: its other tags fail alike at once. */
+    /**
+     * After a time-out, do not ask the same node again in the same call: its other tags fail at once in the same way.
+     */
     bool skipNodeAfterTimeout = false;
 };
 
 /**
  * Reads and writes lists of tags of one driver instance. For one thread at a time.
  *
- * Results are in the order of the list. A failure stays with its own datagram, and where the driver refuses a
- * datagram for one of its tags, with that tag.
+ * Results are in the order of the list. A failure affects only its own datagram or, when the driver refuses a datagram
+ * because of one tag, only that tag.
  */
 class TagReader {
 public:
@@ -51,10 +53,10 @@ public:
     /** Reads @p tags; a null pointer is a tag that could not be created, and fails alone. */
     std::vector<TagResult> read(std::span<ITag* const> tags);
 
-    /** The same along a plan made for these very tags, so that a cycle plans only once. */
+    /** The same with a plan made for exactly these tags, so that cyclic reads plan only once. */
     std::vector<TagResult> read(std::span<ITag* const> tags, std::vector<Datagram> const& plan);
 
-    /** Writes in the order given, node by node. A value of the wrong length is refused alone. */
+    /** Writes in the order given, node by node. A value of the wrong length fails alone. */
     std::vector<TagResult> write(std::span<TagWrite const> writes);
 
 private:

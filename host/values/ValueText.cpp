@@ -61,7 +61,7 @@ std::string formatString(std::span<unsigned char const> bytes) {
     return text;
 }
 
-/** The byte that an escape behind a "\" stands for; takes it off @p rest. Nothing for an unknown one. */
+/** The byte that an escape after a "\" means; removes the escape from @p rest. Nothing for an unknown one. */
 std::optional<unsigned char> takeEscape(std::string_view& rest) {
     if (rest.empty()) {
         return std::nullopt;

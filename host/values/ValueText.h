@@ -23,10 +23,10 @@ namespace host {
 base::Result<std::string> formatValue(ICU_Type type, std::span<unsigned char const> bytes);
 
 /**
- * The value for a text, exactly @p length bytes: what formatValue() writes, and what ScalarText.h takes.
+ * The value for a text, exactly @p length bytes. Reads what formatValue() writes and what parseScalar() accepts.
  *
- * The brackets of an array may be left out, and blanks may stand between elements and between binary bytes. An
- * array and binary need as many elements as there is room for; a shorter text is filled with zero bytes.
+ * The brackets of an array may be omitted, and blanks are allowed between elements and between binary bytes. Arrays and
+ * binary need exactly as many elements as fit @p length; a shorter text is filled with zero bytes.
  */
 base::Result<std::vector<unsigned char>> parseValue(std::string_view text, ICU_Type type, std::size_t length);
 

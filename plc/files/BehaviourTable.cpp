@@ -82,7 +82,7 @@ BehaviourDescription readBehaviour(base::TomlSection& table, std::string variabl
     table.need("kind");
     auto const kind = table.named("kind", kindNamed, "constant, counter, ramp, sine, random_walk or follow");
     if (!kind) {
-        table.acceptOtherKeys(); // which of them have a meaning depends on the kind
+        table.acceptOtherKeys(); // which keys have a meaning depends on the kind
         return behaviour;
     }
     behaviour.kind = *kind;

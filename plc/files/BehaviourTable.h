@@ -7,7 +7,8 @@
 
 namespace plc {
 
-/// Reads what a table says of the behaviour of a variable. Keys that have no meaning for it are not asked for.
+/// Reads a table that describes the behaviour of a variable. Keys without a meaning for it stay unread, so that the
+/// caller can refuse them.
 [[nodiscard]] BehaviourDescription readBehaviour(base::TomlSection& table, std::string variable);
 
 } // namespace plc

@@ -59,7 +59,7 @@ bool canHappenAt(FaultKind kind, ServiceKind service) {
     }
 }
 
-/// A rule that could never do what it says is a mistake.
+/// A rule that could never take effect is a mistake.
 void refuseWhatCannotApply(base::TomlSection& table, FaultRule const& rule) {
     if (rule.service && !canHappenAt(rule.kind, *rule.service)) {
         table.complain("service", textOf(nameOf(rule.kind), " cannot happen at the service ", nameOf(*rule.service)));

@@ -5,7 +5,7 @@
 
 namespace plc {
 
-/// Reads a rule of misbehaviour.
+/// Reads a fault rule.
 [[nodiscard]] FaultRule readFault(base::TomlSection& table);
 
 } // namespace plc

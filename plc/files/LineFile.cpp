@@ -41,7 +41,7 @@ RouteLevel readLevel(TomlSection& table, std::string const& number) {
     return level;
 }
 
-/// A program in the file itself, in a file of its own, or none.
+/// A program in the file itself, in a separate file, or none.
 ProgramDescription readProgram(TomlSection& table, std::filesystem::path const& folder) {
     TomlNode const* const node = table.node("program");
     if (auto const* const file = node == nullptr ? nullptr : node->as<std::string>()) {
@@ -61,7 +61,7 @@ FaultRule readFaultOf(TomlSection& table, ProgramDescription const& program) {
     return rule;
 }
 
-/// Carries out a check of what was read, when nothing is wrong with it so far.
+/// Runs a check of the description that was read, if it has no errors so far.
 template <typename Check>
 void tryCheck(TomlSection& table, base::TextPlace place, Check check) {
     if (!table.complaints().empty()) {

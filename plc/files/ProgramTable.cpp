@@ -47,7 +47,7 @@ std::optional<Value> scalar(TomlNode const& node) {
     return std::visit(toValue, node.value);
 }
 
-/// The initial values in a list of elements or a table of members, as deep as they go.
+/// The initial values in a list of elements or a table of members, at any depth.
 void readParts(base::TomlSection& table, TomlNode const& node, std::vector<PartStep> const& way,
                std::vector<PartValue>& parts) {
     auto const readPart = [&](PartStep step, TomlNode const& part) {
@@ -144,7 +144,7 @@ void readForm(base::TomlSection& file, SymbolFileForm& form) {
     form.spacedNames = file.truth("spaced_names").value_or(form.spacedNames);
 }
 
-/// Builds the program once, so that what makes no sense is found with its line.
+/// Builds the program once, so that errors are found and reported with their line.
 void tryOut(base::Complaints& complaints, ProgramDescription const& program) {
     try {
         static_cast<void>(loadProgram(program, ByteOrder::kLittle));

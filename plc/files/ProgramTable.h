@@ -5,7 +5,7 @@
 
 namespace plc {
 
-/// Reads the program that a table describes, and tries it out when nothing is wrong so far.
+/// Reads the program that a table describes, and builds it as a test if there are no errors so far.
 [[nodiscard]] ProgramDescription readProgramTable(base::TomlSection& table);
 
 } // namespace plc

@@ -7,13 +7,13 @@
 
 namespace plc {
 
-/// The order in which a station puts the bytes of a number, in frames, in payloads and in its memory.
+/// The byte order of a station's numbers, in frames, in payloads and in its memory.
 enum class ByteOrder : std::uint8_t {
     kLittle, ///< the configuration's model "Intel": least significant byte first
     kBig     ///< the configuration's model "Motorola": most significant byte first
 };
 
-/// Writes `value` at `offset`; the bytes from there on must be at least as many as T has.
+/// Writes `value` at `offset`; there must be room for a T from there on.
 template <std::unsigned_integral T>
 void storeOrdered(std::span<std::uint8_t> bytes, std::size_t offset, ByteOrder order, T value) {
     for (std::size_t i = 0; i < sizeof(T); ++i) {
@@ -22,7 +22,7 @@ void storeOrdered(std::span<std::uint8_t> bytes, std::size_t offset, ByteOrder o
     }
 }
 
-/// Reads the number at `offset`; the bytes from there on must be at least as many as T has.
+/// Reads the number at `offset`; there must be room for a T from there on.
 template <std::unsigned_integral T>
 T loadOrdered(ByteView bytes, std::size_t offset, ByteOrder order) {
     std::uint64_t value = 0;

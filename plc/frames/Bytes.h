@@ -10,8 +10,7 @@ namespace plc {
 using Bytes = std::vector<std::uint8_t>;
 using ByteView = std::span<std::uint8_t const>;
 
-/// Virtual time: microseconds since a start of the caller's choosing. Nothing in this folder but FdServer reads a
-/// clock.
+/// Virtual time: microseconds since a start that the caller chooses. Nothing in this folder but FdServer reads a clock.
 using Micros = std::chrono::microseconds;
 
 } // namespace plc

@@ -8,7 +8,7 @@
 
 namespace plc {
 
-/// Counts events and hands them to the observer, stamped with the line's time.
+/// Counts events and passes them to the observer, stamped with the line's time.
 class EventReporter {
 public:
     EventReporter(LineObserver* observer, std::size_t stations) : observer_(observer), stations_(stations) {}
@@ -28,7 +28,7 @@ private:
     Micros now_{};
 };
 
-/// The reporter as one station sees it.
+/// The reporter for one station.
 class StationReporter {
 public:
     StationReporter(EventReporter& reporter, int station) : reporter_(&reporter), station_(station) {}

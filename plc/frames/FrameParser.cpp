@@ -38,7 +38,7 @@ int stationOnTheWay(std::span<FrameKey const> keys, ByteView header) {
     return found == keys.end() ? kNoStation : static_cast<int>(found - keys.begin());
 }
 
-/// What is wrong in a header that names the station's way, or nothing.
+/// The error in a header with the station's route, or nothing.
 std::optional<ParsedFrame> headerFault(int station, FrameKey const& key, ByteView header) {
     for (std::size_t i = 0; i < kRoutingHeaderSize; ++i) {
         if (header[i] == key.header[i]) {
@@ -60,7 +60,7 @@ std::optional<ParsedFrame> blockHeaderFault(int station, FrameKey const& key, Bl
     return std::nullopt;
 }
 
-/// What is wrong in a whole block frame, or nothing.
+/// The error in a whole block frame, or nothing.
 std::optional<ParsedFrame> blockFault(int station, FrameKey const& key, BlockHeader const& header, ByteView frame) {
     std::uint8_t const sum = blockChecksum(frame);
     if (sum != header.checksum) {
@@ -120,7 +120,7 @@ ParsedFrame parseBehindHeader(int station, FrameKey const& key, ByteView frame, 
     return frame[0] == kBlockMark ? parseBlock(station, key, frame, before) : parseAck(station, key, frame, before);
 }
 
-/// Whether the bytes are a block frame whose checksum is right but whose length field tells another length.
+/// Whether the bytes are a block frame whose checksum is right but whose length field has another length.
 bool onlyLengthIsWrong(FrameKey const& key, ByteView frame) {
     return frame.size() >= kBlockHeaderSize && frame[0] == kBlockMark &&
            decodeBlockHeader(frame, key.order).length != frame.size() - kBlockHeaderSize &&

@@ -8,7 +8,7 @@ namespace plc {
 
 namespace {
 
-/// What is kept of a burst without end: any frame fits in it.
+/// The most bytes kept of an endless burst: any frame fits into them.
 constexpr std::size_t kMostKept = 4096;
 
 } // namespace
@@ -39,7 +39,7 @@ std::optional<Micros> FrameReader::deadline() const {
     return kept_.empty() && lost_ == 0 ? std::nullopt : std::optional(lastByte_ + silence_);
 }
 
-/// Hands on the right frames at the front, up to the first byte that cannot belong to one.
+/// Passes on the valid frames at the start, up to the first byte that cannot belong to one.
 void FrameReader::takeFrames(Micros now) {
     while (!kept_.empty()) {
         ParsedFrame const frame = parseFrame(framing_, keys_, kept_);
@@ -64,7 +64,7 @@ void FrameReader::handOn(ParsedFrame const& frame, Micros now) {
     }
 }
 
-/// The line is silent: what is kept is all there is.
+/// The line is silent: the kept bytes are complete.
 void FrameReader::endBurst(Micros now) {
     Bytes const burst = std::exchange(kept_, {});
     std::size_t const lost = std::exchange(lost_, 0);
@@ -83,7 +83,7 @@ void FrameReader::endBurst(Micros now) {
     }
 }
 
-/// Where the right frame begins with which the bytes end, or their size. The start itself is not tried.
+/// The position of a valid frame at the end of the bytes, or their size if there is none. Position 0 is not tried.
 std::size_t FrameReader::frameAtEnd(ByteView burst) const {
     for (std::size_t start = 1; start < burst.size(); ++start) {
         ByteView const bytes = burst.subspan(start);

@@ -9,7 +9,7 @@
 
 namespace plc {
 
-/// Told what the reader makes of the bytes.
+/// Receives frames and rejected bytes.
 class FrameHandler {
 public:
     FrameHandler() = default;
@@ -23,11 +23,11 @@ public:
 };
 
 /**
- * Makes frames of bytes that come split or merged.
+ * Makes frames from bytes that arrive split or merged.
  *
- * A right frame is handed on with its last byte. From the first wrong byte on everything is kept until the line has
- * been silent; then, when the kept bytes end in a right frame, that frame is handed on after all, and the rest is
- * reported with its cause.
+ * A valid frame is passed on with its last byte. From the first wrong byte on, everything is kept until the line has
+ * been silent; then, if the kept bytes end with a valid frame, that frame is passed on, and the rest is reported with
+ * its cause.
  */
 class FrameReader {
 public:
@@ -35,9 +35,9 @@ public:
 
     /// The time must not run backwards.
     void receive(ByteView bytes, Micros now);
-    /// Ends what is there when the line has been silent long enough.
+    /// Ends the burst when the line has been silent long enough.
     void advance(Micros now);
-    /// The end of the silence that is being waited for.
+    /// When the silence would be long enough.
     [[nodiscard]] std::optional<Micros> deadline() const;
 
 private:

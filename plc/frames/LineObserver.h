@@ -10,10 +10,10 @@
 
 namespace plc {
 
-/// What happened on the line or in a station. Everything up to kFaultInjected is the normal course of things.
+/// What happened on the line or in a station. Everything up to kFaultInjected is normal operation.
 enum class Cause : std::uint8_t {
     kExchangeDone,  ///< the closing acknowledge of an exchange was sent
-    kLinkChecked,   ///< the link check request was right
+    kLinkChecked,   ///< a valid link check request came
     kLoggedIn,      ///< login accepted
     kLoggedOut,     ///< logout accepted
     kListRead,      ///< a variable list was read
@@ -23,32 +23,32 @@ enum class Cause : std::uint8_t {
     kProgramChanged,
     kRestarted,
     kProjectMismatch,   ///< a list was refused because it carries another project identifier
-    kExchangeAbandoned, ///< a new request began before the exchange was over, as when the station misbehaves
-    kExchangeTimeout,   ///< the panel fell silent in the middle of an exchange, for the same reason
-    kFaultInjected,     ///< the station misbehaved because it was told to
+    kExchangeAbandoned, ///< a new request began before the exchange was over, as after a fault of the station
+    kExchangeTimeout,   ///< the panel stopped sending in the middle of an exchange, for the same reason
+    kFaultInjected,     ///< the station showed a configured fault
 
-    // Bytes that are no frame. None of them is answered.
-    kGarbage,        ///< bytes that begin no frame, alone or before a good frame
+    // Bytes that are not a frame. None of them is answered.
+    kGarbage,        ///< bytes that do not begin a frame, alone or before a good frame
     kTruncatedFrame, ///< a frame that stops before its end
     kLengthField,    ///< the length field differs from the number of payload bytes received
     kBlockTooLong,   ///< a length field beyond the station's block size
-    kBlockNotFull,   ///< a block that carries nothing, or carries less than it could and is not the last
+    kBlockNotFull,   ///< a block without payload, or one that is not full although it is not the last
     kChecksum,
     kLastFlag, ///< a last-block flag that is neither 0 nor 1
     kAckCode,  ///< an acknowledge whose code is not 10
     kRoutingHeader,
     kRoutingBlockSize, ///< a routing header whose block size is not the station's
-    kUnknownStation,   ///< a routing header that names the way to no station
+    kUnknownStation,   ///< a routing header with the route of no station
 
-    kSpokeTooEarly, ///< bytes from the panel while bytes to it were due and not taken; they are dealt with all the same
+    kSpokeTooEarly, ///< bytes from the panel while bytes to it were due and not taken; they are processed nevertheless
 
-    // Frames that do not belong where they come. None of them is answered.
+    // Frames at the wrong point of an exchange. None of them is answered.
     kBlockNumber,
     kAckNumber,
     kUnexpectedAck,
     kRequestTooLong,
 
-    // Payloads that are wrong. Refused with a status word, the link check not answered at all.
+    // Wrong payloads. Refused with a status word; a wrong link check is not answered at all.
     kUnknownService,
     kLinkCheckBytes,
     kLogoutRequest,
@@ -59,7 +59,7 @@ enum class Cause : std::uint8_t {
     kReplyTooLong, ///< a list whose reply would be longer than 75,000 bytes
     kNoSuchMemory, ///< an item beyond its area's end, or in no area
     kNoSuchFile,   ///< an unknown file name
-    kNoOpenFile,   ///< a next piece wanted while no file is open, or after its last piece
+    kNoOpenFile,   ///< a next piece requested while no file is open, or after its last piece
     kCount
 };
 
@@ -68,11 +68,11 @@ inline constexpr std::size_t kCauseCount = static_cast<std::size_t>(Cause::kCoun
 /// The cause in a few words, for logs.
 [[nodiscard]] std::string_view nameOf(Cause cause);
 
-/// Whether the cause tells of something that a well-behaved panel never does, whatever the station does. Two of them
-/// can still befall it: kNotLoggedIn after a restart, kSpokeTooEarly after a frame that it gave up and that came late.
+/// Whether the cause is something that a correct panel never does, whatever the station does. Two can still happen to
+/// it: kNotLoggedIn after a restart, and kSpokeTooEarly after a frame that it no longer expected and that came late.
 [[nodiscard]] bool isComplaint(Cause cause);
 
-/// The station number of an event that no station could be found for.
+/// The station number of an event without a station.
 inline constexpr int kNoStation = -1;
 
 struct LineEvent {
@@ -84,7 +84,7 @@ struct LineEvent {
 
 enum class Direction : std::uint8_t { kFromPanel, kToPanel };
 
-/// Told of everything that happens. Called while the line works: it must not call the line back.
+/// Notified of everything that happens. Called while the line works, so it must not call the line.
 class LineObserver {
 public:
     LineObserver() = default;
@@ -93,7 +93,7 @@ public:
     virtual ~LineObserver() = default;
 
     virtual void onEvent(LineEvent const& event) = 0;
-    /// The raw bytes, as they came and as they were taken.
+    /// The raw bytes, as received from and taken by the panel.
     virtual void onBytes(Direction /*direction*/, ByteView /*bytes*/, Micros /*time*/) {}
 };
 

@@ -43,7 +43,7 @@ std::optional<Micros> OutputQueue::nextDue() const {
     return wholeFrames_ ? start() : start() + lasts(left_ + 1);
 }
 
-/// When the first frame began or begins to leave.
+/// When the first frame started or starts to be sent.
 Micros OutputQueue::start() const {
     return std::max(frames_.front().due, lineFree_);
 }
@@ -62,7 +62,7 @@ void OutputQueue::takeWhole(Bytes& out) {
     frames_.erase(frames_.begin());
 }
 
-/// Takes what has left of the first frame; true when that is all of it.
+/// Takes the bytes of the first frame sent by now; true when these are all of them.
 bool OutputQueue::takePaced(Bytes& out, Micros now) {
     Bytes const& bytes = frames_.front().bytes;
     Micros const begun = start();

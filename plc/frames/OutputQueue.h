@@ -9,7 +9,7 @@
 
 namespace plc {
 
-/// Takes the frames to the panel.
+/// Receives the frames for the panel.
 class FrameSink {
 public:
     FrameSink() = default;
@@ -17,25 +17,26 @@ public:
     FrameSink& operator=(FrameSink const&) = delete;
     virtual ~FrameSink() = default;
 
-    /// Sends the bytes from `due` on. Answers when the last of them will have left.
+    /// Sends the bytes from `due` on. Returns when the last of them will be sent.
     virtual Micros send(Bytes bytes, Micros due) = 0;
 };
 
 /// Frames on their way to the panel, each with the time at which it is due, at the pace of the line.
 class OutputQueue final : public FrameSink {
 public:
-    /// 0 bytes a second: every frame leaves at once when it is due.
-    /// @param wholeFrames what takes the bytes has the line's pace itself: a frame is given to it whole when it begins
+    /// 0 bytes a second: every frame is sent at once when it is due.
+    /// @param wholeFrames the receiver of the bytes has the line's pace itself, so it gets each frame as a whole when
+    /// the frame begins
     explicit OutputQueue(std::uint32_t bytesPerSecond, bool wholeFrames = false)
         : bytesPerSecond_(bytesPerSecond), wholeFrames_(wholeFrames) {}
 
     Micros send(Bytes bytes, Micros due) override;
 
-    /// Removes the bytes that have left by `now`.
+    /// Removes the bytes that are sent by `now`.
     [[nodiscard]] Bytes take(Micros now);
-    /// Whether a frame is due that has not been taken whole.
+    /// Whether a frame is due that has not been taken completely.
     [[nodiscard]] bool isSending(Micros now) const { return !frames_.empty() && start() <= now; }
-    /// When the next byte leaves.
+    /// When the next byte is sent.
     [[nodiscard]] std::optional<Micros> nextDue() const;
 
 private:
@@ -51,8 +52,8 @@ private:
 
     std::uint32_t bytesPerSecond_;
     bool wholeFrames_;
-    std::vector<Frame> frames_; ///< by due time; of frames due at the same time the one sent first comes first
-    std::size_t left_ = 0;      ///< bytes of the first frame that have left; such a frame is not overtaken
+    std::vector<Frame> frames_; ///< by due time; frames due at the same time in the order of send()
+    std::size_t left_ = 0;      ///< bytes of the first frame already sent; a frame that has begun is not overtaken
     Micros lineFree_{Micros::min()};
     Micros lastLeaves_{Micros::min()};
 };

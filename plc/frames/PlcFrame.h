@@ -27,7 +27,7 @@ inline constexpr std::size_t kAckSize = 6;
 inline constexpr std::size_t kSmallestBlockSize = 128;
 inline constexpr std::size_t kLargestBlockSize = 1460;
 
-/// Fields of a block frame. Each can be chosen wrongly on purpose; the checksum always fits the bytes built.
+/// Fields of a block frame. Each can be deliberately wrong; the checksum always matches the built bytes.
 struct BlockFields {
     std::array<std::uint8_t, 2> mark{kBlockMark, kBlockMark};
     std::uint16_t length = 0;
@@ -50,13 +50,13 @@ struct AckFields {
     std::uint16_t number = 0;
 };
 
-/// The sum, modulo 256, of every byte of a block frame but the checksum itself. At least 8 bytes.
+/// The sum, modulo 256, of every byte of a block frame except the checksum itself. At least 8 bytes.
 [[nodiscard]] std::uint8_t blockChecksum(ByteView frame);
 
 [[nodiscard]] Bytes encodeBlock(BlockFields const& fields, ByteOrder order);
 [[nodiscard]] Bytes encodeAck(AckFields const& fields, ByteOrder order);
 
-/// Reads the first 8 bytes of a block frame; the mark is not looked at.
+/// Reads the first 8 bytes of a block frame; the mark is not checked.
 [[nodiscard]] BlockHeader decodeBlockHeader(ByteView frame, ByteOrder order);
 /// Reads the 6 bytes of an acknowledge.
 [[nodiscard]] AckFields decodeAck(ByteView frame, ByteOrder order);

@@ -13,7 +13,7 @@ namespace plc {
 /// How frames are put on the line.
 enum class Framing : std::uint8_t {
     kBare,  ///< "Serial_RS232": the frame alone, one station on the line
-    kRouted ///< "ABB_RS232_AC": every frame behind a 19-byte routing header, any number of stations
+    kRouted ///< "ABB_RS232_AC": every frame after a 19-byte routing header, any number of stations
 };
 
 /// The framing that a configuration names, or nothing.
@@ -24,14 +24,14 @@ using Address = std::array<std::uint8_t, 4>;
 /// The address in a dotted text of four numbers 0..255, first number first, or nothing.
 [[nodiscard]] std::optional<Address> addressFromText(std::string_view text);
 
-/// One coupler level of the way from the panel to a station.
+/// One coupler level of the route from the panel to a station.
 struct RouteLevel {
     int coupler = 0; ///< 0 and above
     int channel = 0; ///< 0..19
     Address address{};
 };
 
-/// The way from the panel to a station.
+/// The route from the panel to a station.
 struct Route {
     int levels = 0; ///< 0..2: how many of the levels below are passed
     std::array<RouteLevel, 2> level{};
@@ -41,7 +41,7 @@ struct Route {
 [[nodiscard]] std::uint8_t hopByte(RouteLevel const& level);
 
 /**
- * The routing header, in front of every frame in both directions:
+ * The routing header, before every frame in both directions:
  *
  * | offset | size | content |
  * |--------|------|---------|
@@ -62,7 +62,7 @@ using RoutingHeader = std::array<std::uint8_t, kRoutingHeaderSize>;
 
 [[nodiscard]] RoutingHeader encodeRoutingHeader(Route const& route, std::size_t blockSize);
 
-/// Whether both headers (19 bytes each) name the same way: levels, hops and addresses. Nothing else is compared.
+/// Whether both headers (19 bytes each) have the same route: levels, hops and addresses. Nothing else is compared.
 [[nodiscard]] bool sameWay(RoutingHeader const& header, ByteView received);
 
 } // namespace plc

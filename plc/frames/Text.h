@@ -17,7 +17,7 @@ void appendText(std::string& text, std::integral auto number) {
 
 } // namespace detail
 
-/// The parts in a row, whole numbers in decimal.
+/// The parts one after the other, whole numbers in decimal.
 template <typename... Parts>
 std::string textOf(Parts const&... parts) {
     std::string text;

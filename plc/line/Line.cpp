@@ -27,7 +27,7 @@ void checkPair(Framing framing, StationDescription const& left, StationDescripti
     }
 }
 
-/// The description itself, once it is known to make sense.
+/// The description itself, after it was checked.
 LineDescription const& checked(LineDescription const& description) {
     checkLine(description);
     return description;

@@ -23,18 +23,18 @@ struct LineDescription {
     std::vector<StationDescription> stations{}; ///< exactly one with bare framing, at least one with routed framing
     Micros frameSilence{std::chrono::milliseconds(20)}; ///< a pause this long ends a frame
     std::uint32_t bytesPerSecond = 0; ///< the pace of the bytes to the panel; 0 sends a frame in no time
-    bool portPaces = false;           ///< the port has that pace itself: it is given whole frames
-    LineSpeed speed{};                ///< for who opens the port; a description file that tells it sets the pace, too
+    bool portPaces = false;           ///< the port has that pace itself, so it gets whole frames
+    LineSpeed speed{};                ///< for the opener of the port; in a description file it sets the pace, too
 };
 
-/// Throws DescriptionError when the line makes no sense. The programs are not looked at.
+/// Throws DescriptionError when the line is not valid. The programs are not checked.
 void checkLine(LineDescription const& description);
 
 /**
- * The stations' end of a serial line, driven by bytes and by the time that the caller gives.
+ * The stations' end of a serial line, driven by bytes and by the caller's time.
  *
- * Time never runs by itself: every call says what time it is (a time before an earlier one counts as that earlier
- * one). Bytes may come split or merged in any way. A panel's side in memory is written like this:
+ * Time never runs by itself: every call gives the time (one before an earlier time counts as that earlier time). Bytes
+ * may arrive split or merged in any way. A panel's side in memory is written like this:
  *
  *     line.receive(request, now);                       // write
  *     for (;;) {                                        // read, waiting until `limit`
@@ -55,17 +55,17 @@ public:
     Line& operator=(Line const&) = delete;
     ~Line() override;
 
-    /// Bytes from the panel, all of them come at `now`.
+    /// Bytes from the panel, all arriving at `now`.
     void receive(ByteView bytes, Micros now);
 
-    /// Does everything that time alone brings about: ends of frames by silence, time-outs, ticks.
+    /// Does everything that depends on time alone: ends of frames by silence, time-outs, ticks.
     void advance(Micros now);
 
-    /// Does as advance(), then takes the bytes to the panel whose time has come, in order.
+    /// Calls advance(), then takes the bytes that are due for the panel, in order.
     [[nodiscard]] Bytes takeOutput(Micros now);
 
-    /// When there is something to do next: a byte is due, a silence or a time-out ends, a tick comes. Nothing: never,
-    /// unless the panel sends.
+    /// When there is something to do next: a byte is due, a silence or a time-out ends, a tick is due. Nothing means
+    /// never, unless the panel sends.
     [[nodiscard]] std::optional<Micros> nextDeadline() const;
 
     [[nodiscard]] std::size_t stationCount() const { return stations_.size(); }
@@ -73,7 +73,7 @@ public:
     [[nodiscard]] Station& station(std::size_t index = 0);
     [[nodiscard]] Station& station(std::string_view name);
 
-    /// What happened so far, on the whole line or at one station.
+    /// The events so far, on the whole line or at one station.
     [[nodiscard]] EventCounters const& counters() const { return reporter_.all(); }
     [[nodiscard]] EventCounters const& counters(std::size_t station) const { return reporter_.of(station); }
 

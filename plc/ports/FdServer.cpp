@@ -18,13 +18,13 @@ namespace plc {
 
 namespace {
 
-/// How often a pseudo-terminal without a client is looked at: poll() answers at once as long as there is none.
+/// How often a pseudo-terminal without a client is checked: poll() returns at once while there is none.
 constexpr Micros kClientLook = std::chrono::milliseconds(20);
 
-/// What is kept for a client that does not read; beyond it the oldest bytes are lost.
+/// The most bytes kept for a client that does not read; beyond that the oldest are lost.
 constexpr std::size_t kMostUnsent = 65'536;
 
-/// What may be on its way from a panel that sends faster than the line is; beyond it nothing is read.
+/// The most bytes in transit from a panel that sends faster than the line; beyond that nothing is read.
 constexpr std::size_t kMostUnheard = 8'192;
 
 void makeNonBlocking(int descriptor) {
@@ -79,7 +79,7 @@ FdServer::End FdServer::run(std::stop_token const& stop) {
 
 void FdServer::wake() const {
     std::uint64_t const one = 1;
-    // It can only fail when the counter is full: then the server is woken already.
+    // It can only fail when the counter is full: then the server is already woken.
     static_cast<void>(::write(wakeUp_.get(), &one, sizeof one) == sizeof one);
 }
 
@@ -87,7 +87,7 @@ Micros FdServer::now() const {
     return std::chrono::duration_cast<Micros>(std::chrono::steady_clock::now() - start_);
 }
 
-/// Takes what is due from the line and answers when to look again.
+/// Takes the bytes that are due from the line and returns when to check again.
 std::optional<Micros> FdServer::collectOutput() {
     std::scoped_lock const lock(mutex_);
     deliverInput(now());
@@ -101,14 +101,14 @@ std::optional<Micros> FdServer::collectOutput() {
     return arrival && deadline ? std::min(arrival, deadline) : arrival ? arrival : deadline;
 }
 
-/// Gives the line what has arrived. The lock must be held.
+/// Passes arrived bytes to the line. The lock must be held.
 void FdServer::deliverInput(Micros now) {
     if (Bytes const bytes = input_.take(now); !bytes.empty()) {
         line_.receive(bytes, now);
     }
 }
 
-/// What one side makes of the other's bytes when the panel has set its port to a speed of its own.
+/// The bytes that one side receives from the other when the panel has set its port to a different speed.
 Bytes FdServer::heard(ByteView bytes, Direction direction) const {
     std::uint32_t const panels =
         pseudoTerminal_ && wire_.baud != 0 && !bytes.empty() ? speedOf(descriptor_).value_or(wire_.baud) : wire_.baud;
@@ -129,7 +129,7 @@ FdServer::Port FdServer::writeOutput() {
     return Port::kThere;
 }
 
-/// Waits for bytes, for room to write, for the deadline or to be woken, and takes in what has come.
+/// Waits for bytes, for room to write, for the deadline or to be woken, and reads the bytes that have arrived.
 FdServer::Port FdServer::wait(std::optional<Micros> deadline, Port port) {
     if (port == Port::kClientAway) {
         Micros const look = now() + kClientLook;
@@ -140,7 +140,7 @@ FdServer::Port FdServer::wait(std::optional<Micros> deadline, Port port) {
     auto const events = static_cast<short>(unsent_.empty() ? input : input | POLLOUT);
     std::array<pollfd, 2> ports{
         {{.fd = wakeUp_.get(), .events = POLLIN, .revents = 0}, {.fd = descriptor_, .events = events, .revents = 0}}};
-    // A pseudo-terminal without a client would end every wait at once: it is looked at when the wait is over.
+    // A pseudo-terminal without a client would end every wait at once, so it is checked after the wait.
     nfds_t const watched = port == Port::kClientAway ? 1 : 2;
     if (::ppoll(ports.data(), watched, deadline ? &timeout : nullptr, nullptr) < 0) {
         return errno == EINTR ? port : Port::kGone;

@@ -14,34 +14,34 @@
 
 namespace plc {
 
-/// What makes a pseudo-terminal like a serial line. Serial ports have all of it themselves.
+/// Makes a pseudo-terminal behave like a serial line. Real serial ports behave so by themselves.
 struct WireLikeness {
-    std::uint32_t bytesPerSecond = 0; ///< the pace of the bytes from the panel; 0: they are there at once
+    std::uint32_t bytesPerSecond = 0; ///< the pace of the bytes from the panel; 0: they arrive at once
     std::uint32_t baud =
-        0; ///< a panel that sets its port to another speed says and hears garbage; 0: any speed will do
+        0; ///< a panel that sets its port to another speed sends and receives garbage; 0: any speed works
 };
 
 /**
  * Serves a line over a file descriptor: a pseudo-terminal's master side or a serial port.
  *
- * The descriptor stays the caller's; it is made non-blocking and should be raw (makeRaw()). The line's time is the
- * steady clock since the server was made. run() works in one thread; others reach the line through locked().
+ * The caller keeps the descriptor; it is made non-blocking and should be raw (makeRaw()). The line's time is the steady
+ * clock since the server was created. run() works in one thread; other threads use the line through locked().
  */
 class FdServer {
 public:
     enum class End : std::uint8_t {
         kStopped, ///< the stop token asked for it
-        kPortGone ///< the descriptor failed or was hung up for good
+        kPortGone ///< the descriptor failed or was hung up permanently
     };
 
-    /// Throws std::system_error when the descriptor is none. The line must outlive the server.
+    /// Throws std::system_error when the descriptor is invalid. The line must outlive the server.
     FdServer(Line& line, int descriptor, WireLikeness wire = {});
 
-    /// Serves until asked to stop. A pseudo-terminal that its client closed is served on: the next client finds it.
-    /// What is sent while there is no client is lost, as on a line that nobody listens to.
+    /// Serves until asked to stop. When its client closes a pseudo-terminal, serving continues for the next client.
+    /// Bytes sent while there is no client are lost, as on a line without a receiver.
     End run(std::stop_token const& stop);
 
-    /// Calls `work(line)` while the server leaves the line alone. Not from within an observer or a behaviour.
+    /// Calls `work(line)` while the server does not use the line. Must not be called from an observer or a behaviour.
     template <typename Work>
     auto locked(Work&& work) {
         Waker const waker(*this);
@@ -52,7 +52,7 @@ public:
 private:
     enum class Port : std::uint8_t { kThere, kClientAway, kGone };
 
-    /// Wakes the server at its end, so that it looks at the line again.
+    /// Its destructor wakes the server, so that it checks the line again.
     class Waker {
     public:
         explicit Waker(FdServer& server) : server_(server) {}

@@ -10,10 +10,10 @@
 namespace plc {
 
 /**
- * Bytes on their way from the panel over a line that has a pace, where the port itself has none.
+ * Delays the bytes from the panel to the pace of the line, for ports that have no pace.
  *
- * What comes together is passed on together, when its last byte has arrived; what comes while the line is busy begins
- * when it is free.
+ * Bytes that come together are passed on together, when the last of them has arrived; bytes that come while the line is
+ * busy start when it is free.
  */
 class InputDelay {
 public:
@@ -21,11 +21,11 @@ public:
     explicit InputDelay(std::uint32_t bytesPerSecond) : bytesPerSecond_(bytesPerSecond) {}
 
     void put(ByteView bytes, Micros now);
-    /// Removes the bytes that have arrived by `now`.
+    /// Removes the bytes that arrived by `now`.
     [[nodiscard]] Bytes take(Micros now);
     /// When the next bytes have arrived.
     [[nodiscard]] std::optional<Micros> nextDue() const;
-    /// How many bytes are on their way.
+    /// How many bytes are in transit.
     [[nodiscard]] std::size_t size() const { return size_; }
     void clear();
 

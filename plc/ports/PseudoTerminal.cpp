@@ -24,7 +24,7 @@ std::string unlockedSlave(int master) {
 PseudoTerminal::PseudoTerminal()
     : master_(base::openedOrThrow(::posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC), "pseudo-terminal")),
       slaveName_(unlockedSlave(master_.get())) {
-    // The settings outlive this slave: they are the pair's.
+    // The settings remain after this slave is closed, because they belong to the pair.
     base::FileDescriptor const slave =
         base::openedOrThrow(::open(slaveName_.c_str(), O_RDWR | O_NOCTTY | O_CLOEXEC), slaveName_);
     makeRaw(slave.get());

@@ -21,8 +21,8 @@ private:
     std::string slaveName_;
 };
 
-/// Makes a terminal pass every byte as it is: no echo, no line editing, no flow control, 8 data bits. The speed stays.
-/// Throws std::system_error.
+/// Makes a terminal pass every byte unchanged: no echo, no line editing, no flow control, 8 data bits. The speed is
+/// kept. Throws std::system_error.
 void makeRaw(int terminal);
 
 } // namespace plc

@@ -3,7 +3,7 @@
 #include "base/SystemError.h"
 
 #include <array>
-// The kernel's own terminal settings have the speed as a number. They do not go together with <termios.h>.
+// The kernel's own terminal settings have the speed as a number. They cannot be used together with <termios.h>.
 #include <asm/termbits.h>
 #include <sys/ioctl.h>
 
@@ -15,7 +15,7 @@ struct SpeedCode {
     tcflag_t code;
 };
 
-/** The speeds that have a name; a program which knows the names only shall see them. */
+/** The speeds that have a name, for programs that know only the names. */
 constexpr std::array<SpeedCode, 10> kSpeedCodes{{{300, B300},
                                                  {600, B600},
                                                  {1'200, B1200},
@@ -57,13 +57,13 @@ bool setNumber(int terminal, std::uint32_t baud) {
     if (::ioctl(terminal, TCGETS2, &settings) != 0) {
         return false;
     }
-    settings.c_cflag = withSpeed(settings.c_cflag, speedCode(baud).value_or(BOTHER)); // BOTHER: the number says it
+    settings.c_cflag = withSpeed(settings.c_cflag, speedCode(baud).value_or(BOTHER)); // BOTHER: see c_ospeed
     settings.c_ispeed = baud;
     settings.c_ospeed = baud;
     return ::ioctl(terminal, TCSETS2, &settings) == 0;
 }
 
-/** For emulated systems, which know the speeds by their names only. */
+/** For emulated systems, which know only the named speeds. */
 bool setName(int terminal, std::uint32_t baud) {
     std::optional<tcflag_t> const code = speedCode(baud);
     termios settings{};

@@ -8,7 +8,7 @@ namespace {
 
 constexpr std::uint64_t kBits = 10; ///< of a character: start, eight of data, stop
 
-/// The levels on the line while bytes are sent. Times count in 1 / (sender's speed * receiver's speed) seconds.
+/// The levels on the line while bytes are sent. The unit of time is 1 / (sender's speed * receiver's speed) seconds.
 class Levels {
 public:
     Levels(ByteView sent, std::uint64_t bitTime) : sent_(sent), bitTime_(bitTime) {}
@@ -51,7 +51,7 @@ Bytes heardAt(std::uint32_t receiverBaud, ByteView sent, std::uint32_t senderBau
     std::uint64_t start = levels.nextStart(0);
     while (start < levels.end()) {
         if (levels.isHigh(start + bitTime / 2)) {
-            start = levels.nextStart(start + 1); // no start bit: a disturbance
+            start = levels.nextStart(start + 1); // not a start bit but a disturbance
             continue;
         }
         unsigned byte = 0;

@@ -7,9 +7,9 @@
 namespace plc {
 
 /**
- * What a receiver makes of characters that are sent at another speed than its own: it finds the edge of a start bit and
- * looks at the line where it takes the middles of the bits to be. Eight data bits, no parity, one stop bit; the
- * characters follow each other without a pause, and a wrong stop bit does not keep a character from being heard.
+ * The bytes that a receiver gets from characters sent at a different speed: it finds the edge of a start bit and
+ * samples the line where it expects the middle of each bit. Eight data bits, no parity, one stop bit; the characters
+ * follow each other without a pause, and a character with a wrong stop bit is still received.
  *
  * The same speed gives the same bytes. Neither speed may be 0.
  */

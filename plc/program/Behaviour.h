@@ -6,8 +6,7 @@ namespace plc {
 
 class Station;
 
-/// What a station's program does by itself, for example counting. Called in the line's time. It must not
-/// replace itself.
+/// The activity of a station's program, for example counting. Called in the line's time. It must not replace itself.
 class Behaviour {
 public:
     Behaviour() = default;

@@ -104,7 +104,7 @@ std::size_t TypeTable::typeOf(std::string_view text, int line) {
     return elementaryType(text, line);
 }
 
-/// The position of an equal type that is there already, or that of the new one.
+/// The position of an equal existing type, or that of the new one.
 std::size_t TypeTable::add(DataType type) {
     auto const found = std::find_if(types_.begin(), types_.end(), [&](DataType const& known) {
         return known.kind == type.kind && known.name == type.name;
@@ -124,7 +124,7 @@ std::size_t TypeTable::elementaryType(std::string_view text, int line) {
     if (type == nullptr) {
         throw DescriptionError(textOf("there is no type \"", text, "\""), line);
     }
-    // A single bit is a BOOL to everyone who reads the symbol file.
+    // To readers of the symbol file, a single bit is a BOOL.
     std::string_view const name = type->kind == TypeKind::kBit ? "BOOL" : type->word;
     return add({.kind = type->kind, .name = std::string(name), .size = type->size, .alignment = type->size});
 }

@@ -11,7 +11,7 @@
 
 namespace plc {
 
-/// What kind of type a data type is.
+/// The kind of a data type.
 enum class TypeKind : std::uint8_t {
     kBool,
     kByte,
@@ -51,14 +51,14 @@ struct DataType {
     std::vector<Member> members{};       ///< structures
 };
 
-/// The types of a program, each once, the parts of a type always before the type itself.
+/// The types of a program, each once; the parts of a type always come before the type itself.
 class TypeTable {
 public:
-    /// Throws DescriptionError for structures that make no sense.
+    /// Throws DescriptionError for invalid structures.
     explicit TypeTable(std::vector<StructureDescription> structures);
 
-    /// The type that the text names, made when it is new. Names are taken whatever the case of their letters. Throws
-    /// DescriptionError with the given line.
+    /// The type that the text names, created when it is new. Names are not case-sensitive. Throws DescriptionError with
+    /// the given line.
     std::size_t typeOf(std::string_view text, int line);
 
     [[nodiscard]] DataType const& operator[](std::size_t position) const { return types_[position]; }
@@ -67,7 +67,7 @@ public:
 private:
     struct Known {
         StructureDescription description{};
-        bool underWay = false; ///< its members are being made: it must not contain itself
+        bool underWay = false; ///< its members are being created: it must not contain itself
     };
 
     [[nodiscard]] std::size_t add(DataType type);

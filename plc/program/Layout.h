@@ -5,13 +5,13 @@
 
 namespace plc {
 
-/// Finds free places in one memory area. Offsets are in bytes unless something else is said.
+/// Finds free places in one memory area. Offsets are in bytes unless stated otherwise.
 class Layout {
 public:
-    /// Keeps [offset, offset + size) free of variables without an offset of their own.
+    /// Keeps [offset, offset + size) free of variables without a given offset.
     void reserve(std::uint64_t offset, std::uint64_t size) { reserved_.push_back({offset, offset + size}); }
 
-    /// The next free place; places only ever grow.
+    /// The next free place; places only increase.
     [[nodiscard]] std::uint64_t place(std::uint64_t size, std::uint32_t alignment);
 
     /// The next free single bit, as an offset in bits. Bits share bytes among themselves only.

@@ -11,7 +11,7 @@ namespace plc {
 
 namespace {
 
-/// The part of a variable that a description names.
+/// The part of a variable named in a description.
 Place partOf(Program const& program, VariableDescription const& variable, std::vector<PartStep> const& way) {
     Place place = program.find(variable.name).value();
     for (PartStep const& step : way) {

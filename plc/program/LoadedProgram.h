@@ -9,7 +9,7 @@
 
 namespace plc {
 
-/// A program in a station: its variables, its memory with the initial values, its symbol file, what it does by itself.
+/// A program in a station: its variables, its memory with the initial values, its symbol file, its behaviours.
 struct LoadedProgram {
     Program program;
     Memory memory;

@@ -11,7 +11,7 @@
 
 namespace plc {
 
-/// The memory areas 0..5 of a PLC. Places outside an area, or in no area, answer nothing instead of failing.
+/// The memory areas 0..5 of a PLC. For places outside an area, or in no area, nothing is returned instead of failing.
 class Memory {
 public:
     explicit Memory(std::array<std::uint32_t, kAreaCount> const& sizes);

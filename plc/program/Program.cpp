@@ -22,7 +22,7 @@ std::string upperCase(std::string_view text) {
     return upper;
 }
 
-/// Gives every variable of a description its place.
+/// Assigns a place to every variable of a description.
 class Placing {
 public:
     Placing(ProgramDescription const& description, TypeTable& types) : description_(description) {
@@ -82,7 +82,7 @@ private:
     std::array<Layout, kAreaCount> areas_;
 };
 
-/// The next index of `1, 2`, taken off the text.
+/// The next index of `1, 2`, removed from the text.
 std::optional<std::int32_t> nextIndex(std::string_view& text) {
     std::size_t const comma = std::min(text.find(','), text.size());
     std::string_view const number = trimmed(text.substr(0, comma));
@@ -153,7 +153,7 @@ std::string Program::describe(std::uint32_t area, std::uint32_t offset, std::uin
             return symbol.name;
         }
         if (!bit && place.offset <= offset && end <= std::uint64_t{place.offset} + place.size) {
-            whole = &symbol; // the last one is the innermost: members come behind their structure
+            whole = &symbol; // the last match is the innermost: members come after their structure
         }
     }
     std::string const figures = bit ? textOf("area ", area, ", bit ", offset)

@@ -14,7 +14,7 @@
 
 namespace plc {
 
-/// Where a variable, a member or an element lies and what it is.
+/// The place and the type of a variable, a member or an element.
 struct Place {
     TypeKind kind = TypeKind::kBool;
     std::size_t type = 0; ///< position in the program's type table
@@ -31,7 +31,7 @@ struct Symbol {
     std::uint16_t flags = 0;
 };
 
-/// A program as its description gives it: every variable with its type and its place in memory.
+/// A program made from its description: every variable with its type and its place in memory.
 class Program {
 public:
     /// Throws DescriptionError: unknown types, names that occur twice, variables beyond their area's end.
@@ -39,17 +39,16 @@ public:
 
     [[nodiscard]] std::uint32_t projectId() const { return projectId_; }
     [[nodiscard]] TypeTable const& types() const { return types_; }
-    /// Every variable in the order of the description, the members of a structure right behind it.
+    /// Every variable in the order of the description, the members of a structure directly after it.
     [[nodiscard]] std::vector<Symbol> const& symbols() const { return symbols_; }
 
-    /// A variable, member or element, `PLC_PRG.Pumps[1].Speed`, whatever the case of its letters; nothing when there
-    /// is none.
+    /// A variable, member or element, `PLC_PRG.Pumps[1].Speed`, not case-sensitive; nothing when there is none.
     [[nodiscard]] std::optional<Place> find(std::string_view path) const;
 
     /// An element or a member of a place; nothing when there is none.
     [[nodiscard]] std::optional<Place> partOf(Place const& place, PartStep const& step) const;
 
-    /// What lies at a place of the memory: a variable, a part of one, or else the place in figures. A size of 0 is a
+    /// What is at a place of the memory: a variable, a part of one, or else the place in numbers. A size of 0 is a
     /// single bit, whose offset counts bits.
     [[nodiscard]] std::string describe(std::uint32_t area, std::uint32_t offset, std::uint32_t size) const;
 

@@ -17,8 +17,8 @@ namespace plc {
 /// The number of memory areas: 0 M, 1 I, 2 Q, and 3, 4, 5 without a letter.
 inline constexpr std::size_t kAreaCount = 6;
 
-/// A step from a variable to a part of it: an element's position, counted from 0 over all dimensions, the last one
-/// fastest, or a member's name.
+/// A step from a variable to a part of it: an element's position, counted from 0 over all dimensions with the last one
+/// running fastest, or a member's name.
 using PartStep = std::variant<std::size_t, std::string>;
 
 /// The initial value of an element or a member.
@@ -44,8 +44,8 @@ struct VariableDescription {
     std::optional<Value> value{};          ///< the initial value; without it all bytes are 0
     std::vector<PartValue> parts{};        ///< of arrays and structures: the initial values of parts
     std::uint16_t flags = 0;               ///< the two flag bytes of the symbol file, low byte first
-    bool listedOnly = false; ///< only in the symbol file: no memory behind it, area and offset as they are
-    int line = 0;            ///< where the description file says so; 0 when written in code
+    bool listedOnly = false; ///< only in the symbol file: it has no memory, and area and offset are not checked
+    int line = 0;            ///< its line in the description file; 0 when written in code
 };
 
 struct MemberDescription {
@@ -59,25 +59,25 @@ struct StructureDescription {
     int line = 0;
 };
 
-/// Odd but right forms of the symbol file, for those who read it.
+/// Unusual but valid forms of the symbol file, to test its readers.
 struct SymbolFileForm {
     std::uint32_t variant = 0;     ///< the header's format variant, 0 or 1
     std::uint32_t headerExtra = 0; ///< bytes between the 16-byte header and the first section
     bool foreignSections = false;  ///< a section of an unknown kind before each of the two that matter
     bool placeholders = false;     ///< a record of an unknown kind at the start of both sections
-    bool spacedNames = false;      ///< variable records with two bytes in front of the name and two behind it
+    bool spacedNames = false;      ///< variable records with two bytes before the name and two after it
 };
 
 struct ProgramDescription {
     std::uint32_t projectId = 1;
     std::vector<StructureDescription> structures{};
     std::vector<VariableDescription> variables{};
-    std::vector<BehaviourDescription> behaviours{}; ///< in the order in which they are carried out
+    std::vector<BehaviourDescription> behaviours{};                                      ///< in the order of execution
     std::array<std::uint32_t, kAreaCount> areaSizes{4096, 1024, 1024, 1024, 1024, 1024}; ///< in bytes
     SymbolFileForm symbolFile{};
 };
 
-/// A description that makes no sense. `line()` is the line of the description file, 0 when there is none.
+/// An invalid description. `line()` is the line of the description file, 0 when there is none.
 class DescriptionError : public std::runtime_error {
 public:
     DescriptionError(std::string const& text, int line) : std::runtime_error(text), line_(line) {}

@@ -24,10 +24,10 @@ constexpr std::uint32_t kForeignRecord = 6;
 constexpr std::size_t kTypeRecordSize = 18;
 constexpr std::size_t kVariableRecordSize = 26;
 constexpr std::size_t kRecordLengthOffset = 4;
-constexpr std::size_t kSpace = 2; ///< bytes in front of and behind a spaced name
+constexpr std::size_t kSpace = 2; ///< bytes before and after a spaced name
 
-// Readers tell only arrays and structures from the rest; the other classes are this simulation's own numbering, clear
-// of those that bring something behind the name (13, 23) and of the placeholders' (29).
+// Readers distinguish only arrays and structures from the rest. The other classes are this simulation's own numbers;
+// they avoid those with bytes after the name (13, 23) and that of placeholders (29).
 constexpr std::uint32_t kArrayClass = 9;
 constexpr std::uint32_t kStructureClass = 11;
 
@@ -80,7 +80,7 @@ void putName(Bytes& bytes, std::string_view name) {
     bytes.push_back(0);
 }
 
-/// Behind the name of an array: element type, number of dimensions, both bounds of each.
+/// After the name of an array: element type, number of dimensions, both bounds of each.
 void putArray(Bytes& bytes, DataType const& type) {
     put32(bytes, type.element);
     put32(bytes, type.dimensions.size());

@@ -15,7 +15,7 @@ constexpr std::string_view kBlanks = " \t";
 constexpr std::uint32_t kUsualStringLength = 80;
 constexpr std::uint32_t kLongestString = 32'767;
 
-/// The text behind the word, when the text begins with it.
+/// The text after the word, when the text begins with it.
 std::optional<std::string_view> behindWord(std::string_view text, std::string_view word) {
     if (text.size() < word.size() || !base::sameName(text.substr(0, word.size()), word)) {
         return std::nullopt;

@@ -29,7 +29,7 @@ struct ArrayText {
 /// Whether the text begins with the word ARRAY.
 [[nodiscard]] bool isArrayText(std::string_view text);
 
-/// Takes the text apart, or answers nothing when it is not written as an array type.
+/// Splits the text; nothing when it is not written as an array type.
 [[nodiscard]] std::optional<ArrayText> parseArrayText(std::string_view text);
 
 /// n of STRING(n), 80 for STRING alone; nothing for any other text. n is 1..32,767.

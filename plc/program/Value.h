@@ -8,7 +8,7 @@
 
 namespace plc {
 
-/// A value of a variable as a test or a description writes it; the variable's type decides how it lies in memory.
+/// A value of a variable as given in a test or a description; the variable's type decides its form in memory.
 class Value {
 public:
     using Content = std::variant<bool, std::int64_t, std::uint64_t, double, std::string>;

@@ -17,7 +17,7 @@ namespace plc {
 
 namespace {
 
-/// The value as a whole number of type T, or nothing when it is no number or does not fit.
+/// The value as a whole number of type T, or nothing when it is not a number or does not fit.
 template <std::integral T>
 std::optional<T> wholeNumber(Value const& value) {
     return std::visit(
@@ -50,7 +50,7 @@ std::optional<double> realNumber(Value const& value) {
     throw std::invalid_argument(std::string(text));
 }
 
-/// Descriptions have no whole number above 2^63 - 1: a larger one is written as a text.
+/// Descriptions cannot have whole numbers above 2^63 - 1, so a larger one is written as a text.
 Value withoutQuotes(Value const& value) {
     auto const* const text = std::get_if<std::string>(&value.content());
     if (text == nullptr) {
@@ -70,7 +70,7 @@ T given(std::optional<T> const& number) {
     return *number;
 }
 
-/// The bytes behind a place, or the one that holds its bit.
+/// The bytes at a place, or the one that holds its bit.
 template <typename AnyMemory>
 auto bytesAt(AnyMemory& memory, Place const& place) {
     auto const bytes = place.kind == TypeKind::kBit ? memory.at(place.area, place.offset / 8, 1)

@@ -7,8 +7,8 @@
 
 namespace plc {
 
-/// Writes a value to its place. Throws std::invalid_argument when the place is no elementary variable with memory, or
-/// when the value does not fit the type.
+/// Writes a value to its place. Throws std::invalid_argument when the place is not an elementary variable with memory,
+/// or when the value does not fit the type.
 void writeValue(Memory& memory, Place const& place, Value const& value, ByteOrder order);
 
 /// Reads the value at a place: bool for BOOL and BIT, a signed or unsigned number, a double, a text. Throws as

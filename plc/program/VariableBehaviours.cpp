@@ -16,7 +16,7 @@ namespace {
 
 /// Whole numbers up to here are exact as double.
 constexpr double kExact = 9'007'199'254'740'992.0;
-/// So far from the largest double that no sum of two runs over.
+/// Far enough below the largest double that no sum of two overflows.
 constexpr double kMostLreal = 1e300;
 constexpr double kGeneratorMost = 4294967295.0;
 
@@ -30,7 +30,7 @@ constexpr Range rangeOfWhole() {
     return {static_cast<double>(std::numeric_limits<T>::min()), static_cast<double>(std::numeric_limits<T>::max())};
 }
 
-/// What a number of the type can be; nothing for what is no number.
+/// The range of a numeric type; nothing for other types.
 std::optional<Range> rangeOf(TypeKind kind) {
     switch (kind) {
     case TypeKind::kBool:
@@ -129,7 +129,7 @@ void checkNumbers(BehaviourDescription const& description) {
     require(description.lag >= Micros::zero(), description, "the lag must not be negative");
 }
 
-/// The bounds between which a variable moves.
+/// The bounds of a variable's values.
 Range boundsOf(BehaviourDescription const& description, TypeKind kind) {
     bool const bounded = description.kind == BehaviourKind::kRamp || description.kind == BehaviourKind::kSine ||
                          description.kind == BehaviourKind::kRandomWalk ||
@@ -143,7 +143,7 @@ Range boundsOf(BehaviourDescription const& description, TypeKind kind) {
     return bounds;
 }
 
-/// The number within the bounds; what goes beyond one comes back from there.
+/// The number within the bounds; a value beyond a bound is reflected at it.
 double reflected(double number, double low, double high) {
     if (number > high) {
         number = 2 * high - number;
@@ -238,7 +238,7 @@ void VariableBehaviours::tick(Mover& mover, Memory& memory) const {
         return put(mover, memory, (mover.low + mover.high) / 2 + (mover.high - mover.low) / 2 * swing);
     }
     case BehaviourKind::kRandomWalk: {
-        // The generator's own numbers, not a distribution's: those differ from library to library.
+        // Uses the generator's numbers directly: those of a distribution differ between libraries.
         double const part = static_cast<double>(mover.generator()) / kGeneratorMost;
         double const next = mover.exact + description.step * (2 * part - 1);
         return put(mover, memory, reflected(next, mover.low, mover.high));
@@ -248,7 +248,7 @@ void VariableBehaviours::tick(Mover& mover, Memory& memory) const {
     }
 }
 
-/// Goes on from what is in memory when somebody else wrote it.
+/// Continues from the value in memory if it was written by another side.
 void VariableBehaviours::adopt(Mover& mover, Memory const& memory) const {
     Value const current = readValue(memory, mover.place, order_);
     if (mover.put != current) {
@@ -276,7 +276,7 @@ double VariableBehaviours::target(Mover const& mover, Memory const& memory) cons
     return mover.exact + (safeGoal - mover.exact) * share;
 }
 
-/// How much of the period is over at the mover's tick, 0 to 1.
+/// The part of the period that has passed at the mover's tick, 0 to 1.
 double VariableBehaviours::phaseOf(Mover const& mover) const {
     auto const over = static_cast<double>((mover.next - *start_).count());
     double const periods = over / static_cast<double>(mover.description.period.count()) + mover.description.phase;

@@ -13,19 +13,19 @@
 namespace plc {
 
 /**
- * Moves the variables of a program in the line's time.
+ * Changes the variables of a program in the line's time.
  *
  * The time of the first advance() is the start; at the start ramps, sines and variables that follow without a lag get
- * their first values, the others keep their initial ones. When somebody else writes a counter, a random walk or a
- * variable that follows, it goes on from there.
+ * their first values, the others keep their initial ones. A counter, a random walk or a following variable that is
+ * written from outside continues from the written value.
  */
 class VariableBehaviours {
 public:
-    /// Throws DescriptionError with the behaviour's line when one of them makes no sense.
+    /// Throws DescriptionError with the behaviour's line when one of them is invalid.
     VariableBehaviours(std::vector<BehaviourDescription> const& descriptions, Program const& program, ByteOrder order);
 
     void advance(Memory& memory, Micros now);
-    /// The next tick; nothing before the start, and when nothing moves.
+    /// The next tick; nothing before the start, or when no variable changes.
     [[nodiscard]] std::optional<Micros> deadline() const;
 
 private:
@@ -37,8 +37,8 @@ private:
         double low = 0;
         double high = 0;
         Value initial{false};       ///< kConstant
-        double exact = 0;           ///< the value before it was made to fit the type
-        std::optional<Value> put{}; ///< the value as it was written last
+        double exact = 0;           ///< the value before it was fitted to the type
+        std::optional<Value> put{}; ///< the value written last
         std::mt19937 generator;
         Micros next{0};
     };

@@ -136,7 +136,7 @@ bool FaultPlan::takes(CountedRule& counted) {
     if (counted.chances < when.first || counted.chances - when.first >= when.count) {
         return false;
     }
-    // The generator's own numbers, not a distribution's: those differ from library to library.
+    // Uses the generator's numbers directly: those of a distribution differ between libraries.
     return !when.probability || static_cast<double>(generator_()) < *when.probability * kGeneratorRange;
 }
 

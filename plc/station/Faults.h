@@ -15,27 +15,27 @@
 namespace plc {
 
 /**
- * The ways in which a station misbehaves when told to. "One chance" is what a rule's occurrences count; `value` and
+ * The faults that a station can show. A rule counts "chances": occasions at which its fault can happen; `value` and
  * `delay` are fields of the rule.
  */
 enum class FaultKind : std::uint8_t {
-    kSilent, ///< a frame from the panel is taken as never received. One chance a good frame.
+    kSilent, ///< a frame from the panel is ignored as if not received. One chance per good frame.
 
-    // Acknowledges of request blocks. One chance an acknowledge.
+    // Acknowledges of request blocks. One chance per acknowledge.
     kAckMissing,
     kAckTooShort,    ///< only `value` bytes of the frame, routing header included; default: all but one
     kAckWrongHeader, ///< first byte `value`, default 0x56
     kAckWrongCode,   ///< code `value`, default 11
     kAckWrongNumber, ///< number `value`, default: one too high
 
-    // Response blocks. One chance a block.
+    // Response blocks. One chance per block.
     kBlockMissing,
     kBlockTooShort,        ///< only `value` bytes of the frame, routing header included; default: 7 of the block
     kBlockWrongProtocolId, ///< first byte `value`, default 0xAB
     kBlockWrongChecksum,   ///< checksum off by `value`, default 1
-    kBlockWrongNumber,     ///< number `value` with a right checksum, default: one too high
-    kBlockWrongLength,     ///< length field `value` with all bytes and a right checksum, default: one too high
-    kResponseTooLong,      ///< the response is filled up to `value` bytes, default 75,001. One chance a response.
+    kBlockWrongNumber,     ///< number `value` with a correct checksum, default: one too high
+    kBlockWrongLength,     ///< length field `value` with all bytes and a correct checksum, default: one too high
+    kResponseTooLong,      ///< the response is filled up to `value` bytes, default 75,001. One chance per response.
 
     // The closing acknowledge. One chance each.
     kClosingMissing,
@@ -44,17 +44,17 @@ enum class FaultKind : std::uint8_t {
     kClosingWrongCode,   ///< as kAckWrongCode
     kClosingWrongNumber, ///< number `value`, default 1
 
-    kRoutingStatus, ///< byte 17 of the routing header is `value`, default 1. One chance a frame to the panel.
+    kRoutingStatus, ///< byte 17 of the routing header is `value`, default 1. One chance per frame to the panel.
 
-    // Replies. One chance a request of the service.
+    // Replies. One chance per request of the service.
     kStatusWord,    ///< nothing is done, the reply is the status word `value`, default 1
     kReplyTooShort, ///< `value` bytes are cut from the reply's end, default 1
     kReplyTooLong,  ///< `value` zero bytes are added to the reply's end, default 1
     kBadQuality,    ///< quality byte `value`, default 0, for `item` or `variable` of a read list, or for all items
     kFileDataCount, ///< the data count of a file piece is too high by `value`, default 1
-    kFileEndless,   ///< the file never ends: after its last byte comes its first
+    kFileEndless,   ///< the file never ends: its last byte is followed by its first
 
-    // The line. One chance a frame to the panel.
+    // The line. One chance per frame to the panel.
     kFlippedBits,  ///< `value` bits are flipped, default 1
     kDroppedBytes, ///< `value` bytes are lost, default 1
     kGarbage,      ///< `value` random bytes come before the frame, default 5
@@ -63,32 +63,32 @@ enum class FaultKind : std::uint8_t {
     kCount
 };
 
-/// The fault under the name that description files use ("ack_missing"), and the other way round.
+/// Converts between faults and their names in description files ("ack_missing").
 [[nodiscard]] std::string_view nameOf(FaultKind kind);
 [[nodiscard]] std::optional<FaultKind> faultNamed(std::string_view name);
-/// All that faultNamed() knows: "silent, ack_missing ... or pause".
+/// All names that faultNamed() knows: "silent, ack_missing ... or pause".
 [[nodiscard]] std::string faultNames();
 
-/// A service under its name, and all that can be named, as above.
+/// The same for services, and the list of their names.
 [[nodiscard]] std::optional<ServiceKind> serviceNamed(std::string_view name);
 [[nodiscard]] std::string serviceNames();
 
-/// A part of the line's time.
+/// A window in the line's time.
 struct TimeWindow {
-    Micros from{0};                ///< it opens after so much time ...
-    Micros lasts{0};               ///< ... and closes after so much more
-    std::optional<Micros> every{}; ///< it opens again each time that so much more is over; without it only once
+    Micros from{0};                ///< it opens after this time ...
+    Micros lasts{0};               ///< ... and closes after this further time
+    std::optional<Micros> every{}; ///< it opens again after each such interval; without it only once
 };
 
 /// Whether the window is open.
 [[nodiscard]] bool isOpen(TimeWindow const& window, Micros now);
 
-/// Which of its chances a rule takes.
+/// At which of its chances a rule acts.
 struct Trigger {
     std::uint64_t first = 1;             ///< the first chance, counted from 1 ...
     std::uint64_t count = UINT64_MAX;    ///< ... and how many from there on
     std::optional<double> probability{}; ///< of those, each with this probability; without it all of them
-    std::optional<TimeWindow> window{};  ///< only while it is open; the rest is no chance
+    std::optional<TimeWindow> window{};  ///< only while it is open; other times do not count
 
     [[nodiscard]] static Trigger always() { return {}; }
     [[nodiscard]] static Trigger nth(std::uint64_t n) { return {.first = n, .count = 1}; }
@@ -98,16 +98,16 @@ struct Trigger {
 struct FaultRule {
     FaultKind kind = FaultKind::kSilent;
     Trigger when{};
-    std::optional<ServiceKind> service{}; ///< only while a request of this service is dealt with; the rest is no chance
+    std::optional<ServiceKind> service{}; ///< only during a request of this service; other occasions do not count
     std::optional<std::uint32_t> value{}; ///< see FaultKind
     Micros delay{std::chrono::milliseconds(100)};
     std::optional<std::uint32_t> item{}; ///< kBadQuality: position in the list, counted from 0
-    std::string variable{};              ///< kBadQuality: items that lie within this variable
+    std::string variable{};              ///< kBadQuality: items within this variable
 };
 
 /**
- * A station's rules with their counts and the one random generator behind them. The same seed and the same
- * conversation give the same misbehaviour.
+ * A station's rules with their counts and their common random generator. The same seed and the same conversation give
+ * the same faults.
  */
 class FaultPlan {
 public:
@@ -116,13 +116,13 @@ public:
     void add(FaultRule rule);
     void clear() { rules_.clear(); }
 
-    /// The service whose request is being dealt with from now on.
+    /// Sets the service whose request is processed from now on.
     void setService(ServiceKind service) { service_ = service; }
 
-    /// Counts one chance for every rule of the kind and answers those that take it. The pointers live until the next
+    /// Counts one chance for every rule of the kind and returns those that act. The pointers are valid until the next
     /// add() or clear().
     [[nodiscard]] std::vector<FaultRule const*> strikeAll(FaultKind kind);
-    /// The same when one is enough: the first rule that takes the chance, or null.
+    /// The same when one is enough: the first rule that acts, or null.
     [[nodiscard]] FaultRule const* strike(FaultKind kind);
 
     /// A number below `limit`, which must not be 0.

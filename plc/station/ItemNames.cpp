@@ -37,7 +37,7 @@ std::string valueText(Value const& value) {
         value.content());
 }
 
-/// " = 5"; nothing for what has no value of its own.
+/// " = 5"; nothing for items without a single value.
 std::string assigned(std::string const& name, LoadedProgram const& loaded, ByteOrder order) {
     auto const place = loaded.program.find(name);
     if (!place) {

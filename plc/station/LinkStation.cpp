@@ -192,7 +192,7 @@ void LinkStation::close(Micros now) {
     reset();
 }
 
-/// Puts the routing header in front, does to the frame what the line is told to do to it, and sends what is left.
+/// Adds the routing header, applies the configured faults of the line, and sends the result.
 void LinkStation::sendFrame(Bytes frame, std::optional<std::size_t> cutTo, Micros due) {
     if (settings_.framing == Framing::kRouted) {
         RoutingHeader header = settings_.key.header;

@@ -14,7 +14,7 @@
 
 namespace plc {
 
-/// Answers the payload of a request with the payload of the response, or with nothing to stay silent.
+/// Returns the payload of the response to a request, or nothing to stay silent.
 class RequestHandler {
 public:
     RequestHandler() = default;
@@ -43,8 +43,8 @@ inline constexpr std::size_t kLargestPayload = 75'000;
  *     panel: turnaround acknowledge (0)       station: response block 1
  *     panel: acknowledge of each block        station: the next block; after the last the closing acknowledge (0)
  *
- * A block 1 begins a new exchange whatever the state. A frame that does not fit is reported and not answered. When the
- * panel falls silent the exchange is given up.
+ * A block 1 begins a new exchange in any state. An unexpected frame is reported and not answered. When the panel stops
+ * sending, the exchange is given up.
  */
 class LinkStation {
 public:

@@ -16,7 +16,7 @@ struct ListItem {
     std::uint16_t area = 0;
     std::uint32_t offset = 0;
     std::uint32_t size = 0;
-    ByteView value{}; ///< writes only; lies in the request
+    ByteView value{}; ///< writes only; part of the request
 
     [[nodiscard]] bool isBit() const { return size == 0; }
     [[nodiscard]] std::uint64_t valueSize() const { return isBit() ? 1 : size; }
@@ -28,9 +28,9 @@ struct ListRequest {
 };
 
 /**
- * Takes a variable-list request apart: service byte, 0, item count (4), for each item area (2), offset (4) and size
- * (4), with the value behind it when writing, and at the end the project identifier (4). Answers what is wrong with
- * it when the length does not fit exactly.
+ * Splits a variable-list request: service byte, 0, item count (4), for each item area (2), offset (4) and size (4),
+ * followed by the value when writing, and at the end the project identifier (4). Returns a description of the error
+ * when the length does not match exactly.
  */
 [[nodiscard]] std::variant<ListRequest, std::string> parseListRequest(ByteView request, ByteOrder order);
 

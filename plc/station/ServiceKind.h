@@ -7,7 +7,7 @@
 
 namespace plc {
 
-/// The services of the PLC, told apart by the first byte of a request.
+/// The services of the PLC, distinguished by the first byte of a request.
 enum class ServiceKind : std::uint8_t {
     kUnknown = 0,
     kLogin = 0x01,

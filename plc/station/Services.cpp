@@ -27,7 +27,7 @@ bool isLogin(ByteView request, ByteOrder order) {
            std::all_of(request.begin() + kLoginZeros, request.end(), [](std::uint8_t byte) { return byte == 0; });
 }
 
-/// The name in a file request, or nothing when the request is not built as it must be.
+/// The name in a file request, or nothing when the request is malformed.
 std::optional<std::string_view> fileName(ByteView request, ByteOrder order) {
     if (request.size() <= kFileNameOffset + 1 || request[1] != 0 || request.back() != 0 ||
         loadOrdered<std::uint16_t>(request, 2, order) != request.size() - kFileNameOffset) {
@@ -40,7 +40,7 @@ std::optional<std::string_view> fileName(ByteView request, ByteOrder order) {
     return std::string_view(reinterpret_cast<char const*>(bytes.data()), bytes.size());
 }
 
-/// Where an item lies in memory: its bytes, or the one byte that holds its bit. Nothing when it lies outside.
+/// The memory of an item: its bytes, or the one byte that holds its bit. Nothing when it is outside.
 std::optional<std::span<std::uint8_t>> bytesOf(Memory& memory, ListItem const& item) {
     return item.isBit() ? memory.at(item.area, item.offset / 8, 1) : memory.at(item.area, item.offset, item.size);
 }
@@ -293,7 +293,7 @@ Bytes Services::statusOnly(std::uint16_t word) const {
     return reply;
 }
 
-/// A file reply without data: status, nothing more, no bytes.
+/// A file reply without data: status, no further piece, no bytes.
 Bytes Services::fileStatus(std::uint16_t word) const {
     Bytes reply = statusOnly(word);
     reply.resize(6);

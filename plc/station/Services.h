@@ -16,7 +16,7 @@
 
 namespace plc {
 
-/// Status words at the start of a reply. Those from 1 to 8 are this simulation's own ways to say no.
+/// Status words at the start of a reply. Those from 1 to 8 are this simulation's own codes for refusals.
 namespace status {
 inline constexpr std::uint16_t kDone = 0;
 inline constexpr std::uint16_t kRefused = 1;
@@ -45,9 +45,9 @@ struct ServiceSettings {
 };
 
 /**
- * What a panel can ask of a station: link check, login and logout, reading and writing lists of variables, reading the
- * symbol file in pieces. Lists and files need a login. A wrong request is refused with a status word and reported; a
- * wrong link check, whose reply says nothing, is not answered.
+ * The services of a station: link check, login and logout, reading and writing lists of variables, reading the symbol
+ * file in pieces. Lists and files need a login. A wrong request is refused with a status word and reported; a wrong
+ * link check is not answered, because its reply could not report anything.
  */
 class Services final : public RequestHandler {
 public:

@@ -18,7 +18,7 @@
 
 namespace plc {
 
-/// One PLC: a program with its memory, the services that a panel can ask for, and the station's end of the link.
+/// One PLC: a program with its memory, its services, and the station's end of the link.
 class Station {
 public:
     /// Throws DescriptionError.
@@ -30,9 +30,9 @@ public:
     [[nodiscard]] std::string const& name() const { return name_; }
 
     /**
-     * Sets a variable by name, whatever the case of its letters; members and elements are named as in
-     * `PLC_PRG.Pumps[1].Speed`. std::invalid_argument when there is no such variable, when it is not of an elementary
-     * type, or when the value does not fit its type.
+     * Sets a variable by name, not case-sensitive; members and elements are named as in `PLC_PRG.Pumps[1].Speed`.
+     * std::invalid_argument when there is no such variable, when it is not of an elementary type, or when the value
+     * does not fit its type.
      */
     void setValue(std::string_view variable, Value const& value);
     [[nodiscard]] Value getValue(std::string_view variable) const;
@@ -45,14 +45,14 @@ public:
     [[nodiscard]] FaultPlan& faults() { return faults_; }
     [[nodiscard]] bool loggedIn() const { return services_.loggedIn(); }
 
-    /// Takes another program: new variables with their initial values, new project identifier, new symbol file. A file
-    /// transfer under way ends, a login stays. Throws DescriptionError and then keeps the old program.
+    /// Replaces the program: new variables with their initial values, new project identifier, new symbol file. A
+    /// running file transfer ends, a login stays. Throws DescriptionError and then keeps the old program.
     void replaceProgram(ProgramDescription const& description);
 
     /// Power off and on: login, file transfer and exchange are lost, the variables keep their values.
     void restart();
 
-    /// What the program does by itself, called every `interval` from the line's time on. Null ends it.
+    /// Sets the program's own activity, called every `interval` from the line's present time on. Null ends it.
     void setBehaviour(std::unique_ptr<Behaviour> behaviour, Micros interval);
 
     /// For the line.

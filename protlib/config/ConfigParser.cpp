@@ -63,7 +63,7 @@ CfgParser::CfgParser(char const* configuration) : text_(configuration == nullptr
     collectEntries();
 }
 
-/** Sorted, because every node asks for every parameter: a lookup must not search the whole text. */
+/** Sorted, because every node reads every parameter: a lookup must not search the whole text. */
 void CfgParser::collectEntries() {
     auto behind = text_.cbegin();
     for (auto begin = behind; begin != text_.cend(); begin = std::find_if_not(behind, text_.cend(), isWhiteSpace)) {

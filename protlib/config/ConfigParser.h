@@ -19,17 +19,17 @@ public:
     /** Result of a lookup; the numbers are fixed. */
     enum parseResult : int {
         kFound = 0,
-        kNotApplicable = 1, ///< node-only, asked without a node, no general entry, but nodes exist; not an error
+        kNotApplicable = 1, ///< node-only, looked up without a node, no general entry, but nodes exist; not an error
         kNotFound = 2,
         kIllegalValue = 3,
         kCannotBePrefixed = 4,        ///< a node entry for a parameter of the whole line
         kCannotBeNodeIndependent = 5, ///< a general entry for a node-only parameter while nodes exist
-        kInvalidSpecification = 6     ///< the caller asked for both restrictions
+        kInvalidSpecification = 6     ///< the caller requested both restrictions
     };
 
-    static constexpr int kGeneralOnly = 1; ///< flag: the parameter may not have a node prefix
+    static constexpr int kGeneralOnly = 1; ///< flag: the parameter must not have a node prefix
     static constexpr int kNodeOnly = 2;    ///< flag: the parameter must have a node prefix
-    static constexpr int kAnyNode = -1;    ///< node id of a lookup for no particular node
+    static constexpr int kAnyNode = -1;    ///< node id for a lookup without a particular node
 
     /** A null configuration is an empty one. */
     explicit CfgParser(char const* configuration);
@@ -37,7 +37,7 @@ public:
     /** Whether the configuration holds "CfgVer=1". */
     [[nodiscard]] bool KnownFormat() const;
 
-    /** Number of different nodes with entries of their own. */
+    /** Number of different nodes that have their own entries. */
     [[nodiscard]] int GetNodeCount() const;
 
     /** Number of the node at @p index, in the order of first appearance; 0 outside 0 to GetNodeCount() - 1. */

@@ -19,7 +19,7 @@ namespace {
 
 constexpr std::size_t kValueOnStack = 64;
 
-/** A value is cut short so that this many bytes stay free for the line feed and the zero behind it. */
+/** A value is cut short so that this many bytes stay free for the line feed and the zero after it. */
 constexpr int kReservedBehindDigits = 4;
 
 constexpr std::string_view kHelp = "help - displays this message\n"
@@ -58,7 +58,7 @@ void replyWithLastError(ProtocolBase const& protocol, ConsoleLine const& line) {
     replyWithName(line, protocol.GetLastErrorString());
 }
 
-/** A tag that lives as long as one command. */
+/** A tag that exists for one command only. */
 class CommandTag {
 public:
     CommandTag(ProtocolBase& protocol, std::string const& address)

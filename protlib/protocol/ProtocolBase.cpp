@@ -163,7 +163,7 @@ char const* ProtocolBase::GetNextInstanceName() const {
     return GetName();
 }
 
-// What a protocol can do only when its driver says so
+// Optional abilities of a driver
 
 bool ProtocolBase::Start() {
     return true;

@@ -7,10 +7,10 @@
 #include <string>
 
 /**
- * What is the same in every driver: the registry of its tags, its last error, its ident, the console, and the
- * default answer to everything that a protocol may or may not be able to do.
+ * The part common to all drivers: the registry of tags, the last error, the ident, the console, and a default result
+ * for everything that a protocol need not support.
  *
- * A driver derives from it and overrides what it can do. Left abstract: GetImpName, GetImpVersion, Config,
+ * A driver derives from it and overrides what it supports. Left abstract: GetImpName, GetImpVersion, Config,
  * CanBeOptimized, Write, ReadBlock, GetName, GetProtocolVersion, GetProtocolType, GetProtocolName, GetNodeID,
  * CreateTagBase and GetMaxTm. The class adds no slots to those of IProtocol3.
  *
@@ -26,17 +26,17 @@ public:
     /** This object for "ProtocolBase", "IProtocol3", "IProtocol2" and "IProtocol", else null. */
     IInterface* ConvertTo(char const* name) override;
 
-    /** Asks CreateTagBase() for the tag and keeps it; null when that refused the address. */
+    /** Gets the tag from CreateTagBase() and keeps it; null when CreateTagBase() refused the address. */
     ITag* CreateTag(char const* address) override;
 
-    /** Forgets every registration of @p tag and destroys it, registered or not. Null is not destroyed. */
+    /** Forgets every registration of @p tag and destroys it, registered or not. Null is ignored. */
     void FreeTag(ITag* tag) override;
 
     bool Start() override; ///< true
     bool Stop() override;  ///< true
 
     /**
-     * Reads one value, through ReadBitBlock() when the driver can, else through ReadBlock(), and converts it.
+     * Reads one value, through ReadBitBlock() when the driver supports that, else through ReadBlock(), and converts it.
      *
      * @param value room for the tag's GetVarLength() bytes
      */
@@ -51,7 +51,9 @@ public:
     [[nodiscard]] int GetLastError() const override;                                       ///< 1 until an error is set
     [[nodiscard]] char const* GetLastErrorString() const override; ///< valid until the next error
 
-    /** The version banner, one item a line: at most @p size bytes, no zero added. Answers the bytes written. */
+    /**
+     * The version banner, one item a line: at most @p size bytes, no zero added. Returns the number of bytes written.
+     */
     int GetInfo(char* text, int size) const override;
 
     [[nodiscard]] char const* GetXml() const override;   ///< null
@@ -72,10 +74,10 @@ public:
 
     int Extend(int what, void* argument) override; ///< 0
 
-    /** True when @p tag may share a datagram with tags[0] and neither limit of the driver is passed. */
+    /** True when @p tag may share a datagram with tags[0] and neither limit of the driver is exceeded. */
     bool CanAddToDatagram(ITag const* const* tags, int count, ITag const* tag) override;
 
-    /** ReadDatagram(); every status is good when that succeeded, else the statuses are left as they were. */
+    /** ReadDatagram(); every status is good when that succeeded, else the statuses are unchanged. */
     bool ReadDatagramWithStatus(ITag const* const* tags, int count, unsigned char* values,
                                 idal_error_t* status) override;
 

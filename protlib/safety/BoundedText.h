@@ -4,9 +4,9 @@
 #include <string_view>
 
 /**
- * Appends text to a buffer of the caller that may be too small for it: what does not fit is dropped.
+ * Appends text to a caller's buffer that may be too small: text that does not fit is dropped.
  *
- * Never writes outside the buffer; a null buffer or a size that is not positive takes nothing.
+ * Never writes outside the buffer; a null buffer or a size that is not positive holds nothing.
  */
 class BoundedText {
 public:
@@ -21,13 +21,13 @@ public:
     /** Appends a zero-terminated text; a null pointer appends nothing and stops every later append. */
     void appendName(char const* name) noexcept;
 
-    /** Puts a zero behind the text where there is room; the zero is not part of the text. */
+    /** Puts a zero after the text if there is room; the zero is not part of the text. */
     void terminate() noexcept;
 
     /** Bytes of text so far. */
     [[nodiscard]] int length() const noexcept;
 
-    /** Bytes that are left. */
+    /** Bytes that are still free. */
     [[nodiscard]] int remaining() const noexcept;
 
 private:

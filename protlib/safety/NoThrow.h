@@ -9,24 +9,24 @@ namespace ProtUtilsN {
 enum class Outcome {
     Done,
     OutOfMemory,  ///< it threw std::bad_alloc
-    HostException ///< it threw anything else, which only a service of the host does
+    HostException ///< it threw anything else, which only a host service does
 };
 
 inline constexpr char const* kOutOfMemoryText = "Out of memory";
 inline constexpr char const* kHostExceptionText = "Exception in a host service";
 
 /**
- * Says what kind of exception has just been caught; for the functions below.
+ * Returns the kind of exception that has just been caught; for the functions below.
  *
- * The unwinding of a thread that the host cancels goes on from here: stopping it would abort the process.
+ * The unwinding of a thread that the host cancels continues from here: stopping it would abort the process.
  */
 Outcome outcomeOfCaught();
 
 /**
- * Runs @p step and answers how it ended.
+ * Runs @p step and returns how it ended.
  *
- * Nothing may be thrown across the module's boundary: every operation that the host can call and that allocates or
- * calls a service of the host runs its body through this.
+ * No exception may cross the module's boundary: every operation that the host can call and that allocates or calls a
+ * service of the host runs its body through this.
  *
  * The unwinding of a cancelled thread passes through. So neither this nor any function around a call of a host's
  * service may be noexcept.
@@ -41,7 +41,7 @@ Outcome contain(Step&& step) {
     }
 }
 
-/** contain() for a step with a result: answers that, or @p fallback when the step throws. */
+/** contain() for a step with a result: returns that, or @p fallback when the step throws. */
 template <typename Step>
 std::invoke_result_t<Step> noThrow(Step&& step, std::invoke_result_t<Step> fallback) {
     try {

@@ -46,10 +46,10 @@ public:
     ScratchBuffer& operator=(ScratchBuffer const&) = delete;
     ~ScratchBuffer() = default;
 
-    /** False when the buffer could not be made; it is empty then. */
+    /** False when the buffer could not be created; it is then empty. */
     [[nodiscard]] bool available() const noexcept { return available_; }
 
-    /** The buffer, exactly as long as asked for. */
+    /** The buffer, exactly as long as requested. */
     [[nodiscard]] std::span<unsigned char> bytes() noexcept { return bytes_; }
 
 private:

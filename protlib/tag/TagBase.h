@@ -7,16 +7,16 @@
 #include <vector>
 
 /**
- * What is the same in every driver's tag: its conversions, its error text, and the move of a value between the
- * PLC's representation and the host's.
+ * The part common to all drivers' tags: the conversions, the error text, and moving a value between the PLC's
+ * representation and the host's.
  *
- * A driver derives its tag, answers address and type (slots 2 to 8) and fills `conversions` in its constructor.
- * Slots 13 and 14 follow those of ITag. One thread at a time uses a tag.
+ * A driver derives its tag from this class, returns address and type (slots 2 to 8) and fills `conversions` in its
+ * constructor. Slots 13 and 14 follow those of ITag. One thread at a time uses a tag.
  */
 class TagBase : public ITag {
 public:
     TagBase& operator=(TagBase const&) = delete;
-    ~TagBase() override; ///< leaves the registry
+    ~TagBase() override; ///< removes the tag from its registry
 
     /** For bit types the bytes that the bits touch, else GetVarLength(). */
     int PackedLen() const override;
@@ -33,8 +33,8 @@ public:
      *
      * @param source PackedLen() bytes as the PLC has them; towards the PLC GetVarLength() host bytes
      * @param destination the other one. Bits are packed into it without touching their neighbours.
-     * @return false when a conversion fails (the error text then names it) or memory is short; the destination is
-     *         not written then
+     * @return false when a conversion fails (the error text then names it) or memory runs out; the destination is then
+     *         not written
      */
     virtual bool Convert(unsigned char const* source, unsigned char* destination, bool towardsPlc) const;
 

@@ -7,10 +7,10 @@
 class ITag;
 
 /**
- * Where a tag lies and what it is made of. Tags are asked through ITag only and must not be null.
+ * Position and elements of a tag. Tags are used through ITag only and must not be null.
  *
- * Positions are counted in bits from the start of the tag's address space. They are computed in 64 bits; the
- * functions that answer an int answer the nearest int.
+ * Positions are counted in bits from the start of the tag's address space. They are computed in 64 bits; the functions
+ * that return an int return the nearest int.
  */
 namespace ProtUtilsN {
 

@@ -2,7 +2,7 @@
 
 class TagBase;
 
-/** A tag's place in the registry of its protocol. It gives the place up when it is destroyed. */
+/** A tag's place in the registry of its protocol. Its destructor removes the tag from the registry. */
 class TagPlace {
 public:
     explicit TagPlace(TagBase* tag) noexcept : tag_(tag) {}
@@ -18,22 +18,22 @@ private:
     void leave() noexcept;
 
     TagBase* tag_;
-    TagPlace* previous_ = this; // the neighbours in the ring; a tag that is not registered is alone in its own
+    TagPlace* previous_ = this; // the neighbours in the ring; an unregistered tag is a ring by itself
     TagPlace* next_ = this;
 };
 
 /**
  * The tags of a protocol in the order of their creation.
  *
- * The tags themselves are linked to a ring: adding one needs no memory, removing one no search. The registry does not
- * own its tags.
+ * The tags themselves are linked into a ring, so adding one needs no memory and removing one needs no search. The
+ * registry does not own its tags.
  */
 class TagRegistry {
 public:
-    /** Puts a tag behind all others; one that is in a registry already stays where it is. */
+    /** Appends a tag after all others; one that is already in a registry stays where it is. */
     void append(TagPlace& place) noexcept;
 
-    /** Removes and answers the tag that was appended before all others; null when there is none. */
+    /** Removes and returns the tag that was appended first; null when there is none. */
     TagBase* takeFirst() noexcept;
 
 private:

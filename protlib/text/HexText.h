@@ -10,7 +10,7 @@ namespace HexTextN {
 /** Value of a digit 0-9, A-F or a-f; -1 for any other character. */
 int HexDigitValue(char digit);
 
-/** Reads @p bytes.size() bytes. False when @p digits is not twice as long or holds anything but digits. */
+/** Reads @p bytes.size() bytes. False when @p digits is not twice as long or contains anything but digits. */
 bool DecodeHex(std::string_view digits, std::span<unsigned char> bytes);
 
 /** The two lower-case digits of @p byte. */

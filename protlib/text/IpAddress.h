@@ -10,7 +10,7 @@ public:
     /**
      * Reads four decimal numbers below 256 with a dot between them; an empty number is 0.
      *
-     * When it fails, the octets before the fault are kept.
+     * On failure the octets before the fault are kept.
      */
     bool Parse(char const* text);
 

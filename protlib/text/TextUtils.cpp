@@ -58,7 +58,7 @@ char* itoa(int value, char* buffer, int radix) {
     char* end = buffer;
     if (radix >= 2) {
         auto const base = static_cast<unsigned>(radix);
-        // Negated as unsigned, so that the smallest int has a magnitude too.
+        // Negated as unsigned, because the magnitude of the smallest int does not fit an int.
         auto rest = value < 0 ? 0U - static_cast<unsigned>(value) : static_cast<unsigned>(value);
         do {
             *end++ = digitOf(rest % base, base);

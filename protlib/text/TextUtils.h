@@ -33,7 +33,7 @@ int clampToInt(std::int64_t value);
 } // namespace ProtUtilsN
 
 /**
- * Writes the digits of @p value, terminated by a zero, and answers @p buffer.
+ * Writes the digits of @p value, terminated by a zero, and returns @p buffer.
  *
  * Radix 16 uses 0-9 and a-f; every other radix writes '0' plus the digit's value. No sign is ever written: a negative
  * value gives the digits of its magnitude. A radix below 2 gives an empty text.

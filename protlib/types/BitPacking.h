@@ -18,7 +18,7 @@ int GetLenOfBits(int startBit, int bitCount);
  */
 void UnpackBits(unsigned char* bits, unsigned char const* packed, int startBit, int count);
 
-/** The inverse: a byte that is not 0 sets its bit, a 0 clears it. The other bits of @p packed stay as they are. */
+/** The inverse: a byte that is not 0 sets its bit, a 0 clears it. The other bits of @p packed are unchanged. */
 void PackBits(unsigned char* packed, unsigned char const* bits, int startBit, int count);
 
 } // namespace ProtUtilsN

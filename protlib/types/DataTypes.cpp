@@ -40,7 +40,7 @@ constinit std::array<DataType, 26> const DataTypes{{
 
 namespace {
 
-constexpr int kLastTypeWithLength = ICU_INT64; // the lookup leaves out the 64-bit arrays on purpose
+constexpr int kLastTypeWithLength = ICU_INT64; // the lookup omits the 64-bit arrays on purpose
 constexpr int kVersion = 200;
 
 /** Cuts "(word,word)" off @p text and appends its words to @p params; false when the ")" is missing. */
@@ -53,14 +53,14 @@ bool takeParameters(std::string& text, std::vector<std::string>& params) {
     if (close == std::string::npos) {
         return false;
     }
-    // With a ")" before the "(", everything after the "(" is taken for words.
+    // With a ")" before the "(", everything after the "(" is treated as words.
     auto const length = close > open ? close - open - 1 : std::string::npos;
     ParseSubstrings(text.substr(open + 1, length), params, ',');
     text = GetTrim(text.substr(0, open));
     return true;
 }
 
-/** Cuts @p text down to the name and answers the count behind its first "-", 1 without one. */
+/** Shortens @p text to the name and returns the count after its first "-", 1 without one. */
 std::int64_t takeCount(std::string& text) {
     auto const hyphen = text.find('-');
     if (hyphen == std::string::npos) {
@@ -71,7 +71,7 @@ std::int64_t takeCount(std::string& text) {
     return count;
 }
 
-/** Host length of @p count elements; none when it is negative or does not fit. */
+/** Host length of @p count elements; nothing when it is negative or does not fit. */
 std::optional<int> lengthOf(DataType const& row, std::int64_t count) {
     constexpr std::int64_t kMaxInt = std::numeric_limits<int>::max();
     if (row.length != 0) {

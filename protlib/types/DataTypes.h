@@ -11,7 +11,7 @@ namespace ProtUtilsN {
 
 /** One row of the type table. */
 struct DataType {
-    char const* name;   ///< as in type texts; a name that ends in "-" is followed by a count there
+    char const* name;   ///< as in type texts; there a name that ends in "-" is followed by a count
     ICU_Type type;      ///< the type itself
     ICU_Type basicType; ///< type of one element of an array or string, ICU_NONE for a scalar
     int length;         ///< bytes of one value, 0 when the length depends on the count
@@ -26,8 +26,8 @@ extern std::array<DataType, 26> const DataTypes;
  *
  * @param type the type
  * @param basicType its element type, ICU_NONE for a scalar
- * @param length length of the host value in bytes: that of one element times the count behind the "-" (a count
- *        that is missing or is not a number is 0); for booleans also the number of bits
+ * @param length length of the host value in bytes: that of one element times the count after the "-" (a count that is
+ *        missing or is not a number is 0); for booleans also the number of bits
  * @param params the words in the parentheses, trimmed, are appended (the conversions of a tag)
  * @return false for an unknown name, a "(" without a ")", and a length that is negative or does not fit an int;
  *         the outputs are then unchanged, except for @p params

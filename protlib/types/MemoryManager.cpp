@@ -11,7 +11,7 @@ Model const* MemoryManager::getModel(std::string const& name) const {
     if (model != nullptr || models_.empty()) {
         return model;
     }
-    return &models_.front(); // an unknown model in a configuration shall not stop the driver
+    return &models_.front(); // an unknown model in a configuration must not stop the driver
 }
 
 MemoryType const* MemoryManager::getMemoryType(std::string const& modelName, std::string const& memoryTypeName) const {

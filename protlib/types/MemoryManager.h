@@ -8,7 +8,7 @@
 /** The models of a driver. Filled once, then only read; pointers into it are valid until the next addModel(). */
 class MemoryManager {
 public:
-    /** Appends a copy, also of a name that is there already. */
+    /** Appends a copy, even if there is already one of that name. */
     void addModel(Model const& model);
 
     /** The first model called exactly @p name, else the first of all; null only when there is none. */

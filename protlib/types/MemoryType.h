@@ -4,7 +4,7 @@
 
 #include <string>
 
-/** One address space of a PLC model and how it behaves. Setters store what they are given. */
+/** One address space of a PLC model and its properties. Setters store values unchecked. */
 class MemoryType {
 public:
     [[nodiscard]] std::string const& getName() const { return name_; }              ///< as in tag addresses: "M", "IB"

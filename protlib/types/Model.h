@@ -18,7 +18,7 @@ public:
     [[nodiscard]] int getMaxDatagramItems() const; ///< 0 until set
     void setMaxDatagramItems(int items);
 
-    /** Appends a copy. False, with nothing added, when there is one of the same name already. */
+    /** Appends a copy. False, with nothing added, when there is already one of the same name. */
     bool addMemoryType(MemoryType const& type);
 
     /** The memory type called exactly @p name, or null. Valid until the next one is added. */

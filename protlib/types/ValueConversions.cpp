@@ -16,7 +16,7 @@ constexpr std::uint32_t kLowNibble = 0x0F;
 /** Largest value that fits 1, 2, 3 and 4 bytes of packed decimal. */
 constexpr std::array<std::uint32_t, 4> kPackedDecimalLimits{99, 9999, 999999, 99999999};
 
-/** Stores the bytes of @p value, least significant first; bytes that the number does not reach become zero. */
+/** Stores the bytes of @p value, least significant first; bytes above the number become zero. */
 void storeLittleEndian(Bytes element, std::uint32_t value) {
     for (auto& byte : element) {
         byte = static_cast<unsigned char>(value & 0xFFU);
@@ -81,7 +81,7 @@ void negateBytes(Bytes bytes, int itemCount) {
 /**
  * Changes elements of the width of @p Number as long as the byte position is below the item count.
  *
- * The item count is compared with a byte position on purpose: of an array only the first elements are changed.
+ * The item count is compared with a byte position on purpose, so only the first elements of an array are changed.
  */
 template <typename Number, typename Change>
 void walkElements(Bytes bytes, int itemCount, Change change) {

@@ -8,8 +8,8 @@
 /**
  * The conversions that a tag can carry, applied in place to the bytes of one host value.
  *
- * Numbers are in host order (little-endian on every machine this runs on). Each function answers false when the
- * value or its type does not fit; the bytes may then be half converted. An empty span always succeeds.
+ * Numbers are in host order (little-endian on every machine this runs on). Each function returns false when the value
+ * or its type does not fit; the bytes may then be partly converted. An empty span always succeeds.
  */
 namespace ValueConversionsN {
 
@@ -22,8 +22,8 @@ bool ReverseGroups(std::span<unsigned char> bytes, std::size_t width);
 /**
  * "bcd" towards the host: packed decimal to binary, element by element of @p elementLength bytes.
  *
- * Byte i of an element weighs 100^i, so the bytes 34 12 are 1234. Sum and weight have 32 bits and wrap; of an
- * element longer than 4 bytes the rest becomes zero. Fails on a nibble above 9 and on an element length below 1.
+ * Byte i of an element weighs 100^i, so the bytes 34 12 are 1234. Sum and weight have 32 bits and wrap; in an element
+ * longer than 4 bytes the remaining bytes become zero. Fails on a nibble above 9 and on an element length below 1.
  */
 bool PackedDecimalToBinary(std::span<unsigned char> bytes, int elementLength);
 
@@ -36,11 +36,11 @@ bool PackedDecimalToBinary(std::span<unsigned char> bytes, int elementLength);
 bool BinaryToPackedDecimal(std::span<unsigned char> bytes, int elementLength);
 
 /**
- * "neg": arithmetic negation; the smallest integer stays what it is.
+ * "neg": arithmetic negation; the smallest integer is unchanged.
  *
  * @param elementType signed 8, 16 or 32 bits, float, double, or either 64-bit integer; any other type fails
- * @param itemCount number of elements. Bytes are all negated, but wider elements only as far as their byte
- *        position is below the number of elements: in an array that is not all of them.
+ * @param itemCount number of elements. All byte elements are negated, but wider ones only while their byte position is
+ *        below the number of elements: in an array these are not all elements.
  */
 bool Negate(std::span<unsigned char> bytes, ICU_Type elementType, int itemCount);
 

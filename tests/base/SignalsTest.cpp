@@ -12,9 +12,9 @@ namespace {
 
 using base::Signals;
 
-constexpr std::int64_t kVeryLong = 3'600'000'000; // microseconds; a test that waited for it would be seen
+constexpr std::int64_t kVeryLong = 3'600'000'000; // microseconds; a test that really waited this long would be noticed
 
-/** Whoever starts the tests in the background may have these signals ignored. */
+/** These signals may be ignored when the tests are started in the background. */
 class SignalsTest : public testing::Test {
 protected:
     SignalsTest() {
@@ -24,7 +24,7 @@ protected:
     }
 };
 
-/** A pipe that closes with the test. */
+/** A pipe that is closed at the end of the test. */
 struct Pipe {
     Pipe() {
         int ends[2] = {};
@@ -126,7 +126,7 @@ TEST_F(SignalsTest, AreTakenOverByOneObjectAtATime) {
     EXPECT_TRUE(signals.requested()) << "the first one goes on";
 }
 
-/** Sends itself the signals one after the other, and ends well if it is still there. */
+/** Sends itself the signals one after the other, and exits successfully if it survives. */
 [[noreturn]] void receive(std::initializer_list<int> signals) {
     Signals const taken;
     for (int const signal : signals) {
@@ -148,7 +148,7 @@ TEST_F(SignalsTest, TheTimeIsCountedInWhichTheProgramIsStopped) {
     pid_t const child = fork();
     ASSERT_NE(child, -1);
     if (child == 0) {
-        setpgid(0, 0); // or nobody could let it go on, and it would not be stopped
+        setpgid(0, 0); // otherwise nobody could resume it, and the signal would not stop it
         Signals signals;
         bool const before = Signals::stoppedMicroseconds() == 0 && !signals.takeResumption();
         static_cast<void>(raise(SIGTSTP));

@@ -14,7 +14,7 @@ using base::TomlSection;
 using testing::ElementsAre;
 using Texts = std::vector<std::string>;
 
-/** What is wrong in a text for somebody who reads it so. */
+/** The complaints about a text that is read in this way. */
 Texts complaints(std::string const& text, std::function<void(TomlSection&)> const& read, int columnsBefore = 0) {
     try {
         base::readToml(text, base::Complaints("t.toml", columnsBefore), "the file", [&](TomlSection& top) {

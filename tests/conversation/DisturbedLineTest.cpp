@@ -5,7 +5,7 @@
 #include <random>
 #include <string>
 
-/** A station that misbehaves in one way at a time, and then in all ways at once. */
+/** A station with one fault at a time, and then with all faults at once. */
 namespace {
 
 using namespace velktest;
@@ -41,7 +41,7 @@ protected:
         ExpectNumber<std::int32_t>(counter, 1);
     }
 
-    /** A healthy station must be readable again, with its own value, within a few calls. */
+    /** A faultless station must be readable again, with its own value, within a few calls. */
     void ExpectRecovery() {
         bool ok = false;
         for (int call = 0; call < 7 && !ok; ++call) {
@@ -63,8 +63,8 @@ protected:
 struct OneFault {
     char const* name;
     plc::FaultRule rule;
-    int code;         ///< 2 when the read succeeds all the same, 3 when it may (nobody looks at routing headers)
-    char const* text; ///< null when the fault's text depends on where it strikes
+    int code;         ///< 2 when the read still succeeds, 3 when it may (routing headers are not checked)
+    char const* text; ///< null when the fault's text depends on where it happens
 };
 
 std::ostream& operator<<(std::ostream& out, OneFault const& fault) {
@@ -131,7 +131,7 @@ INSTANTIATE_TEST_SUITE_P(EveryFault, OneFaultTest,
 TEST_P(OneFaultTest, IsReportedAndOvercome) {
     auto const& [framing, fault] = GetParam();
     BeginWarm(framing, ConfigFor(framing));
-    driver->Config("nonsense"); // an error of another kind is on record
+    driver->Config("nonsense"); // set an error of another kind first
     Plc().setValue("Counter", 2);
     Plc().faults().add(fault.rule);
     ReadOutcome const outcome = Read({counter});
@@ -205,7 +205,7 @@ TEST_F(DisturbedLineTest, FileWithoutAnEndIsGivenUp) {
     stations.stations[0].filePieceSize = 65535;
     stations.stations[0].blockSize = 1460;
     stations.stations[0].program.areaSizes[0] = 100'000;
-    for (int i = 0; i < 1'000; ++i) { // so that the file itself is of some size
+    for (int i = 0; i < 1'000; ++i) { // so that the file has some size
         stations.stations[0].program.variables.push_back({.name = "V" + std::to_string(i), .type = "DINT"});
     }
     stations.stations[0].faults = {{.kind = FaultKind::kFileEndless}};
@@ -245,7 +245,7 @@ TEST_F(DisturbedLineTest, LostAnswerToAWriteMayOrMayNotHaveWritten) {
 
 class StormTest : public DisturbedLineTest, public ::testing::WithParamInterface<int> {
 protected:
-    /** Every kind of fault with a small probability. A late answer can be taken for the next one, see below. */
+    /** Every kind of fault with a small probability. A late answer can be mistaken for the next one, see below. */
     std::vector<plc::FaultRule> Storm(bool withLate) const {
         std::vector<plc::FaultRule> rules;
         for (std::size_t i = 0; i < static_cast<std::size_t>(FaultKind::kCount); ++i) {
@@ -315,7 +315,7 @@ TEST_P(StormTest, LateAnswersPass) {
     }
     Plc().faults().clear();
     ExpectRecovery();
-    for (int i = 0; i < 20; ++i) { // no answer stays one behind for ever
+    for (int i = 0; i < 20; ++i) { // the answers do not stay one request behind for ever
         Plc().setValue("Counter", 1000 + i);
         ExpectNumber<std::int32_t>(counter, 1000 + i);
     }

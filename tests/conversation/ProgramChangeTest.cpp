@@ -3,7 +3,7 @@
 #include <filesystem>
 #include <string>
 
-/** PLCs whose program changes, whose power goes, and whose symbol files come in every right form. */
+/** PLCs whose program changes, whose power fails, and whose symbol files have all valid forms. */
 namespace {
 
 using namespace velktest;

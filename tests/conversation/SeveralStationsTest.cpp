@@ -3,12 +3,12 @@
 #include <random>
 #include <string>
 
-/** Several stations behind couplers, with programs of their own, on one line. */
+/** Several stations with different programs, reached through couplers, on one line. */
 namespace {
 
 using namespace velktest;
 
-/** Stations 1 (Intel), 2 (Motorola, two levels) and 3 (Intel); the same names at other places in each. */
+/** Stations 1 (Intel), 2 (Motorola, two levels) and 3 (Intel); the same names at different places in each. */
 class SeveralStationsTest : public ConversationTest {
 protected:
     void SetUp() override {
@@ -73,7 +73,7 @@ TEST_F(SeveralStationsTest, EveryVariableOfEveryStationInAnyOrder) {
         int const node = static_cast<int>(random() % 3) + 1;
         auto const variable = static_cast<std::uint32_t>(random() % kVariables);
         int const value = static_cast<int>(random());
-        ITag* const tag = Tag(Address(node, variable)); // each time a tag that has to be bound
+        ITag* const tag = Tag(Address(node, variable)); // each time a tag that must be bound
         if (random() % 2 == 0) {
             ExpectReadable(tag, node, variable, value);
         } else {

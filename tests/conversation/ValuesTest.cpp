@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-/** Values of every type, there and back, over every framing and in both byte orders. */
+/** Values of every type, in both directions, over every framing and in both byte orders. */
 namespace {
 
 using namespace velktest;

@@ -15,7 +15,7 @@ namespace {
 using Attributes = std::vector<std::pair<std::string, std::string>>;
 using Texts = std::vector<std::string>;
 
-/** The result of inflating what the driver hands out, as the host does it: by the length in front of the stream. */
+/** The driver's description, inflated as the host does it: by the length before the stream. */
 struct Inflated {
     Inflated() {
         char const* const start = GetXml_VELK();
@@ -223,7 +223,7 @@ struct DescriptionParameter : Document {
         return index < all.size() ? all[index] : pugi::xml_node();
     }
 
-    /** Checks the parameter at that place; @p entries are its choices. */
+    /** Checks the parameter at that position; @p entries are its choices. */
     void expectParameter(std::size_t index, char const* key, Attributes const& expected, Texts const& entries = {}) {
         pugi::xml_node const node = at(index);
         expectElement(node, "parameter", key, expected);
@@ -335,7 +335,7 @@ TEST_F(DescriptionParameter, ProtocolType) {
                     {"Serial_RS232", "ABB_RS232_AC"});
 }
 
-/** What the routing keys have at their end. */
+/** Adds the attributes common to all routing keys. */
 Attributes routed(Attributes attributes) {
     attributes.emplace_back("disable_list_id", "protType");
     attributes.emplace_back("disable_list_entry", "0");
@@ -432,7 +432,7 @@ TEST_F(Document, FieldsOfATagAddress) {
                              {"addressSpace", "Address Space", "", "", "false", "prop_memTypeRef", "false", "true"},
                              {"offset", "Offset.SubIndex", "", "0", "false", "prop_subIndex", "false", "false"},
                              {"datatype", "Data Type", "boolean", "", "false", "prop_idalType", "true", "true"}};
-    // The group is fixed for the first three; those of offset and datatype are only asked to be there.
+    // The group is fixed for the first three; those of offset and datatype only have to exist.
     constexpr char const* kGroups[] = {"network", "tag_parser", "field", nullptr, nullptr};
     auto const fields = elements(root.child("tag_uri"));
     ASSERT_EQ(fields.size(), std::size(kRows));

@@ -8,7 +8,7 @@
 #include <new>
 #include <string>
 
-/** Memory that runs out at every possible place: nothing may be thrown to the host, and nothing may break. */
+/** Memory runs out at every possible place: no exception may reach the host, and nothing may break. */
 namespace {
 
 using namespace velktest;
@@ -21,9 +21,9 @@ protected:
     }
 
     /**
-     * Runs @p operation again and again, refusing its first allocation, then its second, and so on until it needs
-     * no more; @p prepare comes before each run, @p check after it. Once with a single refusal, once with all
-     * memory gone from there on.
+     * Runs @p operation again and again, refusing its first allocation, then its second, and so on until it needs no
+     * more; @p prepare comes before each run, @p check after it. Once with a single refusal, once with all later
+     * allocations refused, too.
      */
     void RefuseEach(std::function<void()> const& prepare, std::function<void()> const& operation,
                     std::function<void(bool refused)> const& check, bool needsMemory = true) {
@@ -141,7 +141,7 @@ TEST_F(AllocationFailureTest, SmallOperations) {
 
 /**
  * One read or write with a login and the loading of symbols before it. The PLC answers every exchange; whatever
- * memory is lost, no list may leave that is not the one expected.
+ * allocation fails, no list other than the expected one may be sent.
  */
 class ExchangeAllocationTest : public AllocationFailureTest {
 protected:
@@ -299,7 +299,7 @@ TEST_F(ExchangeAllocationTest, BigEndianArray) {
 }
 
 TEST_F(ExchangeAllocationTest, LateTagAfterAnotherNodeTookTheTable) {
-    // The reload of the node's own file loses memory; the other node's address must not be used for want of it.
+    // Reloading the node's own file fails for lack of memory; the other node's address must not be used instead.
     Store(2, SymbolFileBytes(7).Variable("A", 0, 200).Variable("B", 0, 300).Build());
     file = SymbolFileBytes(7).Variable("A", 0, 16).Variable("B", 0, 32).Build();
     AnsweringPort both(framing,

@@ -2,7 +2,7 @@
 
 #include <string>
 
-/** The service console, as far as the driver has a part in it. */
+/** The driver's part of the service console. */
 namespace {
 
 using namespace velktest;

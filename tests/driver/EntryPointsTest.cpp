@@ -8,7 +8,7 @@ namespace {
 
 using namespace velktest;
 
-/** Node 1 has declared project 7, so that tags go out with their configured addresses. */
+/** Node 1 has declared project 7, so that tags are sent with their configured addresses. */
 class EntryPointsTest : public VelkTest {
 protected:
     void StartDeclared(ConfigText const& text = {}) {
@@ -195,7 +195,7 @@ TEST_F(EntryPointsTest, StatusesAreZeroAfterAFailedRead) {
 TEST_F(EntryPointsTest, StatusesAreLeftAloneAfterAFailedWrite) {
     StartDeclared();
     Intel().DeadLinkCheck();
-    EXPECT_FALSE(Write({Tag("1?A?M?16?short"), Tag("1?A?M?16?short")}, Hex("01 02 03 04"))); // Write() looks at them
+    EXPECT_FALSE(Write({Tag("1?A?M?16?short"), Tag("1?A?M?16?short")}, Hex("01 02 03 04"))); // Write() checks them
 }
 
 TEST_F(EntryPointsTest, ReadDatagramConvertsEveryValue) {
@@ -347,7 +347,8 @@ TEST_F(EntryPointsTest, BlockLongerThanItsBitOverrunsNothing) {
         StartDeclared();
         Bytes block(200, 0xCC);
         Intel().LinkCheck().Login().Exchange(ReadOf("00 00 0D 00 00 00 00 00 00 00"), Value(Hex("FF")));
-        // A sanitized run sees whether more is read than there is. What is delivered must be the PLC's or nothing.
+        // A sanitized run sees whether more is read than there is. The delivered bytes must come from the PLC, or there
+        // must be none.
         EXPECT_TRUE(driver->ReadBlock(Tag("1?A?MB?13?boolean"), block.data(), length)) << driver->GetLastErrorString();
         auto const wanted = static_cast<std::size_t>(length);
         EXPECT_EQ(block, Hex("FF") + Bytes(wanted - 1, 0x00) + Bytes(200 - wanted, 0xCC));
@@ -588,7 +589,7 @@ TEST_F(ElementTest, FirstPartOfAnElementIsWrittenAfterReadingTheElement) {
 }
 
 TEST_F(ElementTest, WriteOfALaterPartCarriesTheFirstBytesOfTheBlock) {
-    // Kept on purpose: what goes out is the image from its start, not from the part.
+    // Kept on purpose: the image is sent from its start, not from the part.
     Motorola()
         .LinkCheck()
         .Login()
@@ -661,7 +662,7 @@ protected:
                Bytes(static_cast<std::size_t>(length), 0x41) + Hex("07 00 00 00");
     }
 
-    /** Logs in, so that what follows is a steady cycle. */
+    /** Logs in, so that a steady cycle follows. */
     void WarmUp() {
         Line().LinkCheck().Login().Exchange(ReadOfLength(1), Value(Hex("41")));
         EXPECT_TRUE(Read({String(1)}).ok);

@@ -6,12 +6,12 @@
 #include <stdexcept>
 #include <string>
 
-/** Services of the host that throw, and threads that the host cancels in them, at every call of a service. */
+/** Host services that throw, and threads that the host cancels inside them, at every call of a service. */
 namespace {
 
 using namespace velktest;
 
-/** A PLC that answers everything, on a port that can be in trouble. */
+/** A PLC that answers everything, on a port that can fail. */
 class TroubledPort : public AnsweringPort {
 public:
     TroubledPort(Trouble& trouble, Answer answer) : AnsweringPort(Framing{}, std::move(answer)), trouble_(&trouble) {}
@@ -95,7 +95,7 @@ protected:
         trouble.calls = 0;
     }
 
-    /** The driver can go on, and be stopped and deleted. */
+    /** The driver can continue, and can be stopped and deleted. */
     void ExpectHealthy(std::string const& where) {
         trouble.at = 0;
         EXPECT_TRUE(driver->Stop()) << where;

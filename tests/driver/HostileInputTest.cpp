@@ -8,8 +8,8 @@
 #include <string>
 
 /**
- * Nonsense from every side. What these tests ask is that nothing crashes, hangs or overruns (a sanitized run sees
- * more), and that a driver that has been through it serves a healthy PLC again. Every seed is fixed.
+ * Invalid input from every side. These tests require that nothing crashes, hangs or overruns (a sanitized run sees
+ * more), and that the driver afterwards serves a faultless PLC again. Every seed is fixed.
  */
 namespace {
 
@@ -52,7 +52,7 @@ protected:
         return text;
     }
 
-    /** A healthy PLC of node 1, whose project is 7 and whose variable A is at offset 16. */
+    /** A faultless PLC of node 1, whose project is 7 and whose variable A is at offset 16. */
     Bytes Healthy(Bytes const& request) {
         switch (request.empty() ? 0 : request[0]) {
         case 0x42:
@@ -70,7 +70,7 @@ protected:
         }
     }
 
-    /** A healthy PLC must be readable again within a few calls. */
+    /** A faultless PLC must be readable again within a few calls. */
     void ExpectRecovery(ITag* tag) {
         bool ok = false;
         for (int call = 0; call < 12 && !ok; ++call) {
@@ -165,7 +165,7 @@ TEST_F(HostileInputTest, HugeValuesAreRefusedCleanly) {
     for (char const* type : {"string-2147483647", "short-1073741823", "boolean-2147483647", "double-268435455"}) {
         ITag* const tag = Tag(std::string("1?A?M?0?") + type);
         ITag const* const tags[] = {tag, tag, tag};
-        // Only what is refused before it is looked at may be asked for with so small a place.
+        // Only a length that is refused before the buffer is used may be tried with so small a buffer.
         EXPECT_FALSE(driver->ReadBlock(tag, &byte, 2'000'000'000)) << type;
         EXPECT_FALSE(driver->CanAddToDatagram(tags, 2, tag)) << type;
         EXPECT_GT(tag->PackedLen(), 0) << type;
@@ -259,7 +259,7 @@ TEST_F(HostileInputTest, MutatedCommands) {
 
 // --- the line ---
 
-/** Answers every read with random bytes, and with random lies about how many they are. */
+/** Answers every read with random bytes, and claims random numbers of bytes. */
 class NoisePort : public ScriptedPort {
 public:
     explicit NoisePort(bool lies) : lies_(lies) {}
@@ -304,7 +304,7 @@ TEST_F(HostileInputTest, NoiseOnTheLine) {
     }
 }
 
-/** A PLC that frames its messages well but answers nonsense, or whose messages are spoilt on the way. */
+/** A PLC that frames its messages well but answers nonsense, or whose messages are corrupted on the line. */
 class NonsenseTest : public HostileInputTest {
 protected:
     AnsweringPort Plc(bool bigEndian) {
@@ -451,7 +451,7 @@ TEST_F(HostileInputTest, MutatedSymbolFiles) {
 }
 
 TEST_F(HostileInputTest, SchedulerThatIsAbsentIsNotCalled) {
-    // A module that was closed under a living driver has no scheduler any more.
+    // A module that was closed while a driver exists no longer has a scheduler.
     Store(1, file);
     ConfigureAndStart();
     ITag* const tag = Tag("1?A?M?0?short");

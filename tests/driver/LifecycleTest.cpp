@@ -5,7 +5,7 @@
 #include <cstring>
 #include <string>
 
-/** The driver object: who it is, what it registers, its configuration, and its port. */
+/** The driver object: its identity, what it registers, its configuration, and its port. */
 namespace {
 
 using namespace velktest;
@@ -322,7 +322,8 @@ TEST_F(LifecycleTest, FreedTagsAreGone) {
     Tag("1?B?M?0?short");
     driver->FreeTag(tag);
     driver->FreeTag(nullptr);
-    EXPECT_NE(Tag("1?C?M?0?short"), nullptr); // and what is left goes with the driver: see the leak checker
+    EXPECT_NE(Tag("1?C?M?0?short"), nullptr); // the remaining tags are deleted with the driver: the leak checker
+                                              // verifies it
 }
 
 TEST_F(LifecycleTest, CloneCanBeFreedThroughTheDriver) {

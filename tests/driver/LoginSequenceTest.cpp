@@ -2,7 +2,7 @@
 
 #include <string>
 
-/** Link check, login, logout and the switch between nodes, as they go over the line. */
+/** Link check, login, logout and the switch between nodes, as they are sent over the line. */
 namespace {
 
 using namespace velktest;
@@ -175,7 +175,7 @@ TEST_F(LoginSequenceTest, FailedLoginExchangeIsTheLinksError) {
 TEST_F(LoginSequenceTest, OldBufferContentIsNoAnswerToALogin) {
     ConfigureAndStart();
     ITag* const tag = Tag("1?A?M?0?short");
-    // The link check leaves the bytes of a good login reply behind; the login itself is answered with too little.
+    // The link check leaves the bytes of a good login reply in the buffer; the reply to the login itself is too short.
     Intel().Exchange(Conversation::LinkCheckRequest(), Hex("E8 03")).Exchange(Intel().LoginRequest(), {});
     EXPECT_FALSE(Read({tag}).ok);
     Intel().Exchange(Conversation::LinkCheckRequest(), Hex("E8 03")).Exchange(Intel().LoginRequest(), Hex("E8"));
@@ -351,7 +351,7 @@ TEST_F(LoggedInTest, LoginIsForgottenAtTheFifthFailedLinkCheckInARow) {
         Intel().DeadLinkCheck();
         EXPECT_FALSE(Read({tag}).ok);
     }
-    ScriptRead(true); // no logout goes out
+    ScriptRead(true); // no logout is sent
     ExpectReadOf(tag);
 }
 
@@ -362,7 +362,7 @@ TEST_F(LoggedInTest, FourFailedLinkChecksDoNotForgetTheLogin) {
     }
     ScriptRead(false);
     ExpectReadOf(tag);
-    for (int i = 0; i < 4; ++i) { // the success began the count anew
+    for (int i = 0; i < 4; ++i) { // after the success, counting started again
         Intel().DeadLinkCheck();
         EXPECT_FALSE(Read({tag}).ok);
     }

@@ -4,7 +4,7 @@
 #include <array>
 #include <cstddef>
 
-/** What must not depend on the machine: where values lie in memory, and whether its characters have a sign. */
+/** What must not depend on the machine: the addresses of values in memory, and whether characters are signed. */
 namespace {
 
 using namespace velktest;
@@ -17,7 +17,7 @@ protected:
         ConfigureAndStart(ConfigText().Set("model", "Motorola"));
     }
 
-    /** What comes before a list: a login before the first one only. */
+    /** The exchanges before a list: a login before the first list only. */
     Conversation Connect() {
         Conversation line = Motorola();
         line.LinkCheck();
@@ -28,7 +28,7 @@ protected:
         return line;
     }
 
-    /** Memory of which each byte may be the first one of a value. */
+    /** Memory in which a value may start at each byte. */
     struct Memory {
         alignas(std::max_align_t) std::array<unsigned char, 64> bytes{};
     };

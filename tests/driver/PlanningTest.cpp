@@ -2,7 +2,7 @@
 
 #include <string>
 
-/** Which tags may share a datagram. None of this goes over the line. */
+/** Which tags may share a datagram. Nothing is sent over the line. */
 namespace {
 
 using namespace velktest;

@@ -56,7 +56,7 @@ TEST_F(SymbolSequenceTest, FileIsFetchedBetweenLoginAndList) {
     Intel().LinkCheck().Login().Upload(file).Exchange(ListAt(16, 0x0A0B0C0D), GoodReply());
     ExpectGoodRead(tag);
     EXPECT_EQ(dir.Get("PLCSymbols_1.sdb"), file);
-    ExpectError(-6, "Symbol file is corrupted"); // of the stored file that was not there; success clears no error
+    ExpectError(-6, "Symbol file is corrupted"); // about the missing stored file; success does not clear an error
     GoodRead(16, 0x0A0B0C0D, false);
     ExpectGoodRead(tag);
 }
@@ -108,7 +108,7 @@ TEST_F(SymbolSequenceTest, RefusedUploadKeepsTheLogin) {
 }
 
 TEST_F(SymbolSequenceTest, FifthRefusedUploadInARowForgetsTheLogin) {
-    // A PLC that has restarted knows no login and refuses the file as it would refuse a list.
+    // A PLC that has restarted has no login, and refuses the file as it would refuse a list.
     ConfigureAndStart();
     ITag* const tag = Tag("1?A?M?0?short");
     for (int call = 0; call < 5; ++call) {
@@ -393,7 +393,7 @@ TEST_F(SymbolSequenceTest, LateTagIsBoundAgainstTheFileOfItsOwnNode) {
     Intel().Logout();
     GoodRead(200, 0xB2);
     ExpectGoodRead(twoA);
-    // Only the table of node 2 is in memory now; nothing but the list may go over the line for node 1's file.
+    // Only the table of node 2 is in memory now; nothing but the list may be sent for node 1's file.
     ITag* const oneB = Tag("1?B?M?0?short");
     Intel().Logout();
     GoodRead(32, 0xA1);
@@ -648,7 +648,7 @@ TEST_F(SymbolSequenceTest, StoredFileServesAfterTheMismatchOfADeclaredProject) {
     ExpectGoodRead(tag);
 }
 
-/** The declared project of node 1 has met a mismatch; the tag's configured offset is 99. */
+/** The declared project of node 1 did not match; the tag's configured offset is 99. */
 class FallbackTest : public SymbolSequenceTest {
 protected:
     void SetUp() override {
@@ -685,7 +685,7 @@ TEST_F(FallbackTest, CorruptedFileFallsBackToTheConfirmedProject) {
 TEST_F(FallbackTest, AfterADeadUploadTheListGoesOutAllTheSame) {
     Intel().LinkCheck().DeadUpload().Exchange(ListAt(99, 7), GoodReply());
     ExpectGoodRead(tag);
-    GoodRead(99, 7, true); // the upload forgot the login
+    GoodRead(99, 7, true); // the upload discarded the login
     ExpectGoodRead(tag);
 }
 

@@ -2,12 +2,12 @@
 
 #include <string>
 
-/** The variable list itself: what is asked for, what is written, and what of the answer reaches the host. */
+/** The variable list itself: what is requested, what is written, and which part of the answer reaches the host. */
 namespace {
 
 using namespace velktest;
 
-/** Node 1 has a stored file of project 7; the login is behind us after LogIn(). */
+/** Node 1 has a stored file of project 7; LogIn() does the login. */
 class VariableListTest : public VelkTest {
 protected:
     void SetUp() override {
@@ -27,7 +27,7 @@ protected:
         return Hex("2E 00 | 01 00 00 00") + Hex(descriptor) + Hex("07 00 00 00");
     }
 
-    /** Links, logs in and answers the list. */
+    /** Checks the link, logs in and answers the list. */
     void Script(Bytes const& request, Bytes const& reply) { Intel().LinkCheck().Login().Exchange(request, reply); }
     void Script(std::string_view request, std::string_view reply) { Script(Hex(request), Hex(reply)); }
 };
@@ -206,7 +206,7 @@ TEST_F(VariableListTest, ReplyThatEndsInsideAValue) {
 TEST_F(VariableListTest, ReplyWithoutItsItems) {
     ConfigureAndStart();
     ITag* const tag = Tag("1?A?M?0?short");
-    // The full reply of a first read lies in the buffer when the shorter ones come.
+    // The full reply of a first read is still in the buffer when the shorter ones arrive.
     Script(OneItem("00 00 10 00 00 00 02 00 00 00"), Hex("00 00 | 00 00 00 00 | 01 34 12"));
     EXPECT_TRUE(Read({tag}).ok);
     for (std::string_view const reply : {"00 00 | 00 00 00 00 | 01", "00 00 | 00 00 00 00", "00 00 00", "00 00"}) {
@@ -255,11 +255,11 @@ TEST_F(VariableListTest, AnyOtherStatusWordIsARefusal) {
     EXPECT_FALSE(Read({tag}).ok);
     ExpectError(-6, "Command not acknowledged by PLC");
     for (std::string_view const status : {"01 00", "00 01", "48 01", "33 33", "FF FF 00 00 00 00 01 34 12"}) {
-        driver->Config("none"); // another text takes the error's place
+        driver->Config("none"); // another text replaces the error
         Intel().LinkCheck().Exchange(OneItem("00 00 10 00 00 00 02 00 00 00"), Hex(status));
         EXPECT_FALSE(Read({tag}).ok);
         ExpectError(-6, "Command not acknowledged by PLC");
-        // A good one in between, so that the login is not given up.
+        // A good read in between, so that the login is not discarded.
         Intel().LinkCheck().Exchange(OneItem("00 00 10 00 00 00 02 00 00 00"), Hex("00 00 | 00 00 00 00 | 01 34 12"));
         EXPECT_TRUE(Read({tag}).ok);
     }
@@ -283,7 +283,7 @@ TEST_F(VariableListTest, WriteReplyIsExactlyAStatusWordOfZero) {
     }
 }
 
-// --- variables that are not there ---
+// --- missing variables ---
 
 TEST_F(VariableListTest, MissingVariableIsReadFromItsDefaultAddress) {
     ConfigureAndStart();
@@ -626,7 +626,7 @@ TEST_F(VariableListTest, HugeWriteIsRefusedBeforeItIsCopied) {
                                   Tag("1?A?M?0?string-60000")};
     Intel().LinkCheck().Login();
     EXPECT_FALSE(Write(tags, Bytes(180000)));
-    port.Forget(); // whether link check and login go out before is not settled
+    port.Forget(); // it is open whether link check and login are sent before
     ExpectError(-1, "Tx Buffer dimension exceeded");
     for (Bytes const& written : port.writes) {
         EXPECT_LE(written.size(), 22U) << "nothing of the list is sent";

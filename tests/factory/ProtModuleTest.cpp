@@ -214,7 +214,10 @@ TEST_F(ProtModuleTest, LastErrorIsATextThatStays) {
 
 // --- the end of the module object ---
 
-/** A module object that the test can destroy. It keeps its services where the other one does, which holds none. */
+/**
+ * A module object that the test can destroy. It keeps its services in the same variables as the other one, which holds
+ * none.
+ */
 class OwnProtModuleTest : public ::testing::Test {
 protected:
     std::unique_ptr<ProtModule> module = std::make_unique<ProtModule>();
@@ -250,7 +253,7 @@ TEST_F(OwnProtModuleTest, GivesNothingBackInTheEndWhenItHoldsNothing) {
     EXPECT_TRUE(host.log.empty()) << "nor after the last close";
 }
 
-// --- a host in trouble ---
+// --- a failing host ---
 
 /** A host that does something else, once, instead of creating or releasing a service. */
 class TroubledHost final : public IInterfaceFactory {

@@ -6,16 +6,16 @@
 #include <vector>
 
 /**
- * Configuration strings and tag addresses as a host hands them over.
+ * Configuration strings and tag addresses as a host passes them.
  *
- * The first byte says whether a good configuration comes first, the second how many of the texts that follow, each up
- * to a zero, are further configurations. The rest of them are tag addresses.
+ * The first byte says whether a good configuration comes first, the second how many of the following zero-terminated
+ * texts are further configurations. The rest are tag addresses.
  */
 namespace {
 
 using namespace velktest;
 
-constexpr std::size_t kMostMemoryForAByte = 1'000; ///< eight characters name a node, which takes about 300 bytes
+constexpr std::size_t kMostMemoryForAByte = 1'000; ///< eight characters can declare a node, which takes about 300 bytes
 constexpr std::size_t kOtherMemory = 1'000'000;
 constexpr int kMostConverted = 100'000;
 
@@ -43,7 +43,7 @@ public:
     }
 };
 
-/** Converts there and, when that went well, back: the buffers are as long as the tag says and not a byte longer. */
+/** Converts in one direction and, if that succeeds, back: the buffers are exactly as long as the tag says. */
 void Convert(ITag const& tag) {
     ExactBuffer const fromPlc(static_cast<std::size_t>(tag.PackedLen()), 0x12);
     ExactBuffer value(static_cast<std::size_t>(tag.GetVarLength()));
@@ -57,7 +57,7 @@ void Exchange(FuzzedDriver const& driver, ITag* tag) {
     ExactBuffer value(static_cast<std::size_t>(tag->GetVarLength()), 0);
     idal_error_t status = 77;
     if (driver->ReadDatagramWithStatus(&tag, 1, value.Data(), &status)) {
-        // Nobody answers, so that only what needs no answer can succeed.
+        // There is no PLC, so only calls that need no answer can succeed.
         Require(std::strstr(tag->GetVarName(), "PROJ_ID") != nullptr, "nothing is read from a dead line");
     }
     driver->WriteDatagramWithStatus(&tag, 1, value.Data(), &status);

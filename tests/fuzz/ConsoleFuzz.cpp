@@ -8,8 +8,8 @@
 #include <utility>
 
 /**
- * Lines of the diagnostic console, with a PLC behind it that answers. Of each line the first byte is the size of the
- * reply, the rest, up to a line feed, the command.
+ * Lines of the diagnostic console, with a PLC that answers. Of each line the first byte is the size of the reply, the
+ * rest, up to a line feed, the command.
  */
 namespace {
 
@@ -17,7 +17,7 @@ using namespace velktest;
 
 constexpr std::size_t kMostMemory = 80'000'000; ///< values of up to 16 MiB are tried, in a few copies
 
-/** Answers each request in one block, as long as that holds it: every value is 0x81. */
+/** Answers each request in one block, as far as one block can hold it: every value is 0x81. */
 class AnsweringLine final : public ISerialPort {
 public:
     IInterface* ConvertTo(char const* /*name*/) override { return nullptr; }

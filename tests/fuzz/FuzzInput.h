@@ -13,7 +13,7 @@
 
 namespace velktest {
 
-/** Ends the program, so that the fuzzer keeps the input, when something is not as it has to be. */
+/** Ends the program when a condition is false, so that the fuzzer keeps the input. */
 inline void Require(bool holds, char const* what) {
     if (!holds) {
         std::fprintf(stderr, "does not hold: %s\n", what);
@@ -21,7 +21,7 @@ inline void Require(bool holds, char const* what) {
     }
 }
 
-/** What the fuzzer gave, taken from the front. Behind its end there are zeros, which should mean the ordinary. */
+/** The fuzzer's input, taken from the front. After its end come zeros, which should select normal behaviour. */
 class FuzzInput {
 public:
     FuzzInput(std::uint8_t const* data, std::size_t size) : rest_(data, size) {}
@@ -50,7 +50,7 @@ public:
         return table[Below(std::size(table))];
     }
 
-    /** @p count bytes, or as many as there are. */
+    /** @p count bytes, or as many as are left. */
     Bytes Take(std::size_t count) {
         auto const taken = rest_.first(std::min(count, rest_.size()));
         rest_ = rest_.subspan(taken.size());
@@ -68,7 +68,7 @@ private:
     std::span<std::uint8_t const> rest_;
 };
 
-/** Memory of an exact size, so that the address sanitizer sees the first byte that is touched behind it. */
+/** Memory of an exact size, so that the address sanitizer notices the first access after its end. */
 class ExactBuffer {
 public:
     explicit ExactBuffer(std::size_t size, unsigned char fill = 0xCC) : bytes_(new unsigned char[size]), size_(size) {

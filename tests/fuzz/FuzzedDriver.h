@@ -17,7 +17,10 @@ extern "C" IInterfaceFactory* GetInterfaceFactory();
 
 namespace velktest {
 
-/** A driver as a host makes it, with an empty storage; it is given back like by a host, so that nothing may be left. */
+/**
+ * A driver created as a host does it, with an empty storage, and released as a host does it, so that nothing may
+ * remain.
+ */
 class FuzzedDriver {
 public:
     explicit FuzzedDriver(ISerialPort& port) : host_(Host()), port_(port) {
@@ -42,7 +45,7 @@ public:
 
     IProtocol3* operator->() const { return driver_; }
 
-    /** The ways in which the host's services let the driver down. */
+    /** The ways in which the host's services fail. */
     void LoseStorage() { host_.storage.directory = "/nonexistent"; }
     void SpoilPaths() { host_.storage.unterminated = true; }
     void LosePort() {
@@ -65,7 +68,7 @@ public:
         }
     }
 
-    /** Keeps a symbol file, as an earlier run would have left it. */
+    /** Stores a symbol file, as an earlier run would have left it. */
     static void Store(int node, Bytes const& file) { Folder().Put(FileOf(node), file); }
 
 private:
@@ -73,7 +76,7 @@ private:
         static TempDir const folder;
         return folder;
     }
-    /** One for all inputs, for none of them changes it; the module gives it back at the end of the process. */
+    /** One for all inputs, because none of them changes it; the module releases it at the end of the process. */
     static FakeHost& Host() {
         static FakeHost* const host = [] {
             auto* const made = new FakeHost;
@@ -84,7 +87,7 @@ private:
         }();
         return *host;
     }
-    /** The number that the next file gets: another one when a file has been left open. */
+    /** The number that the next opened file gets: it changes when a file was left open. */
     static int LowestHandle() {
         int const handle = dup(STDERR_FILENO);
         close(handle);
@@ -99,7 +102,7 @@ private:
     FakeHost& host_;
     ISerialPort& port_;
     bool lostPort_ = false;
-    std::string full_; ///< the file that takes no byte, or none
+    std::string full_; ///< the file that accepts no byte, or empty
     int lowestHandle_ = -1;
     IProtocol3* driver_ = nullptr;
 };

@@ -11,7 +11,7 @@ namespace velktest {
 namespace {
 
 constexpr int kMostCalls = 24;
-constexpr std::size_t kMostTags = 100; // ten more than a datagram takes
+constexpr std::size_t kMostTags = 100; // ten more than fit a datagram
 constexpr std::size_t kLongestValue = 80'000;
 constexpr int kCallsThatRecoveryMayTake = 12;
 
@@ -124,7 +124,7 @@ void HostCalls::Call() {
     }
 }
 
-/** Something that a host or its services do to the driver. */
+/** A failure caused by the host or its services. */
 void HostCalls::Trouble() {
     switch (input_.Below(8)) {
     case 0:
@@ -166,7 +166,7 @@ ITag* HostCalls::MakeTag() {
     return nullptr;
 }
 
-/** One tag or a few; sometimes more than a datagram takes, or to be taken as none. */
+/** One tag or a few; sometimes more than fit a datagram, or for a call with a count of 0. */
 std::vector<ITag*> HostCalls::SomeTags() {
     unsigned const wish = input_.Byte();
     emptyList_ = wish == 0xFD;
@@ -244,7 +244,7 @@ void HostCalls::Command() {
     Driver([&] { return driver_->DoCommand(command, text, static_cast<int>(reply.Size())); });
 }
 
-/** One tag always stays. */
+/** At least one tag is always kept. */
 void HostCalls::ForgetTag() {
     if (tags_.size() > 1) {
         auto const tag = tags_.begin() + static_cast<std::ptrdiff_t>(input_.Below(tags_.size()));
@@ -253,7 +253,7 @@ void HostCalls::ForgetTag() {
     }
 }
 
-/** A good file, or one with some bytes that are not. */
+/** A good file, or one with some wrong bytes. */
 void HostCalls::StoreFile() {
     int const node = static_cast<int>(input_.Below(3));
     Bytes file = GoodFile(7 + input_.Below(3)).Build();
@@ -263,7 +263,7 @@ void HostCalls::StoreFile() {
     if (input_.Below(8) == 7) {
         file.resize(input_.Byte() % file.size());
     }
-    driver_.RestoreServices(); // nothing is kept in what is full
+    driver_.RestoreServices(); // nothing can be stored on a full device
     FuzzedDriver::Store(node, file);
 }
 

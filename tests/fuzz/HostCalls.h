@@ -8,18 +8,17 @@
 
 namespace velktest {
 
-/** What a host does all day, in the order that the input chooses: tags, reads, writes, stops, other configurations. */
+/** The calls of a host, in the order that the input chooses: tags, reads, writes, stops, other configurations. */
 class HostCalls {
 public:
     /** Configures and starts the driver. */
     HostCalls(FuzzedDriver& driver, FuzzInput& input);
 
-    /** Makes calls until the input is at its end. */
+    /** Makes calls until the end of the input. */
     void Run();
 
     /**
-     * With a line on which everything is as it should be a variable can be read again within a few calls, whatever
-     * came before. Its node is 1.
+     * On a faultless line, a variable can be read again within a few calls, whatever happened before. Its node is 1.
      */
     void ExpectRecovery(char const* address);
 
@@ -42,7 +41,7 @@ private:
     void Trouble();
     void Restart();
 
-    /** The driver's part of a call; its memory may run out at the allocation that was chosen before. */
+    /** The driver's part of a call; the allocation chosen before may fail. */
     template <typename Part>
     auto Driver(Part part) {
         AllocationGate const gate(std::exchange(refusedAllocation_, 0));

@@ -8,8 +8,8 @@
 #include <array>
 
 /**
- * A line on which the bytes come as the input has them, and a port that may lie about them. Now and then it helps
- * with an acknowledge or a block that fits, so that more than the first message of an exchange is reached.
+ * A line whose bytes come from the input, and a port that may report them wrongly. Sometimes it sends the expected
+ * acknowledge or block, so that more than the first message of an exchange is reached.
  */
 namespace {
 
@@ -97,7 +97,7 @@ public:
     }
 
 private:
-    /** The message that the driver waits for, with the input's payload. */
+    /** The message that the driver expects, with the input's payload. */
     Bytes Fitting() {
         if (awaitsEnd_) {
             return framing_.Ack(0);

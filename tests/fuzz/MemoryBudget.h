@@ -5,8 +5,8 @@
 namespace velktest {
 
 /**
- * Ends the program when, while it lives, more memory than its budget is in use beyond what was before: an input must
- * not be able to multiply itself. Looks only where the address sanitizer counts for it, else it has no effect.
+ * Ends the program when, during its lifetime, memory use grows by more than its budget: a small input must not cause a
+ * large use of memory. Works only with the address sanitizer, which counts the memory; otherwise it has no effect.
  */
 class MemoryBudget {
 public:

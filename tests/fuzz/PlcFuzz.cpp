@@ -9,10 +9,11 @@
 #include <utility>
 
 /**
- * A PLC that frames its messages well, so that what the input puts into them reaches what lies behind the frames:
- * answers to logins, lists and file reads. Some messages it spoils on their way. Time is virtual.
+ * A PLC that frames its messages well, so that the input reaches the layers above the frames: answers to logins, lists
+ * and file reads. It corrupts some messages. Time is virtual.
  *
- * The input first configures the line, then chooses the host's calls and the PLC's answers, as they come.
+ * The input first configures the line, then chooses the host's calls and the PLC's answers, in the order in which they
+ * are needed.
  */
 namespace {
 
@@ -21,7 +22,7 @@ using namespace velktest;
 constexpr std::size_t kRoutingLength = 19;
 constexpr std::size_t kMostMemory = 12'000'000;
 
-/** Not that of a spoilt file: the driver trusts a file that has the identifier of the running program. */
+/** Not the identifier of a corrupted file: the driver trusts a file that has the identifier of the running program. */
 constexpr std::uint32_t kHealthyProject = 0x5EED1234;
 
 class FuzzedPlc final : public ISerialPort {
@@ -32,7 +33,7 @@ public:
         program_ = Program();
     }
 
-    /** From now on everything is answered as it should be. */
+    /** From now on everything is answered correctly. */
     void Heal() {
         healthy_ = true;
         program_ = SymbolFileBytes(kHealthyProject).Variable("A", 0, 16).Build();
@@ -78,7 +79,7 @@ public:
     }
 
 private:
-    /** A symbol file: good, with many variables, with some changed bytes, or of the input's bytes. */
+    /** A symbol file: good, with many variables, with some changed bytes, or consisting of the input's bytes. */
     Bytes Program() {
         unsigned const kind = input_.Below(8);
         if (kind == 7) {
@@ -105,7 +106,7 @@ private:
     void TakeBlock(Bytes const& block) {
         Require(block.size() > 8, "a block is not empty");
         unsigned const next = number_ + 1;
-        if (answering_ || NumberOf(block) != next) { // the first block: only its number tells the order of the bytes
+        if (answering_ || NumberOf(block) != next) { // the first block: only its number shows the byte order
             framing_.bigEndian = block[5] == 1;
             request_.clear();
         }
@@ -152,7 +153,7 @@ private:
             return WithStatus(input_.Pick(kStatuses));
         case 9:
             return input_.Take(input_.Word() % 2048);
-        case 10: // about as much as the driver has room for
+        case 10: // about as much as fits the driver's buffer
             return Bytes((framing_.blockSize < 1000 ? 2'000 : 74'500) + input_.Byte() * 4U,
                          static_cast<unsigned char>(input_.Byte()));
         case 11:
@@ -166,7 +167,7 @@ private:
             Bytes const head = framing_.Word(0) + framing_.Word(input_.Below(4)) + framing_.Word(input_.Word());
             return head + input_.Take(input_.Word() % 1024);
         }
-        case 14: // the PLC gets another program and starts again
+        case 14: // the PLC gets another program and restarts
             program_ = Program();
             loggedIn_ = false;
             return Healthy();
@@ -236,7 +237,7 @@ private:
         return number;
     }
 
-    /** Walks the request, so that it must be whole. */
+    /** Walks through the request, so that it must be complete. */
     Bytes ListReply() {
         bool const write = request_[0] == 0x3C;
         Bytes values;
@@ -293,7 +294,7 @@ private:
     Framing framing_;
     Bytes program_;
     bool healthy_ = false;
-    bool loggedIn_ = false; ///< nothing is answered to a list without that
+    bool loggedIn_ = false; ///< a list is not answered without a login
     bool silent_ = false;
 
     Bytes request_;
@@ -302,7 +303,7 @@ private:
     std::size_t sent_ = 0;
     std::size_t position_ = 0;
     unsigned number_ = 0;
-    bool answering_ = true; ///< the request is whole
+    bool answering_ = true; ///< the request is complete
     int messagesUntilSpoilt_ = 0;
 };
 

@@ -6,7 +6,7 @@
 
 extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size);
 
-/** Gives the harness each file that is named: what it finds wrong ends the program. */
+/** Runs the harness with each file given as an argument: an error ends the program. */
 int main(int count, char** arguments) {
     if (count < 2) {
         std::fprintf(stderr, "usage: %s FILE...\n", arguments[0]);

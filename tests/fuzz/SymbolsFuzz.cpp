@@ -8,8 +8,8 @@
 #include <cstring>
 
 /**
- * A symbol file as it lies in storage, loaded as the driver does it. The first byte chooses what is asked afterwards,
- * the rest is the file.
+ * A stored symbol file, loaded as the driver does it. The first byte chooses the look-ups afterwards, the rest is the
+ * file.
  */
 namespace {
 
@@ -31,7 +31,7 @@ std::string WithOtherCase(std::string name) {
     return name;
 }
 
-/** Every text ends, and every name leads to the first symbol that has it. */
+/** Every text is terminated, and every name finds the first symbol that has it. */
 void CheckSymbols(_VELK::RtsSym const& table, std::size_t fileSize) {
     std::size_t characters = 0;
     for (_VELK::Symbol const& symbol : table.symbols().all()) {
@@ -55,7 +55,7 @@ extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size
 
     MemoryBudget const budget(fileSize * kMostMemoryForAByte + kOtherMemory);
     _VELK::RtsSym table(3);
-    for (int round = 0; round < 2; ++round) { // what the first load leaves must not be in the way of the second
+    for (int round = 0; round < 2; ++round) { // the first load must not leave anything that disturbs the second
         std::uint32_t project = 0xDEAD;
         bool const loaded = table.SymLoadSymbolsFromFile(node, path.c_str(), &project) == 1;
         Require(loaded == table.SymIsActive(node), "a node is active when its file was loaded");

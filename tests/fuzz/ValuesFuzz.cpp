@@ -9,8 +9,8 @@
 #include <limits>
 
 /**
- * Values on their way through a tag, of every type, byte order and list of conversions: what comes from the PLC and
- * can be converted for the host goes back as the bytes that it was.
+ * Converts values of every type, byte order and list of conversions: a value from the PLC that can be converted for the
+ * host is converted back to the same bytes.
  *
  * The input: type, number of elements, area, bit, conversions, and the value as the PLC sends it.
  */
@@ -52,7 +52,7 @@ public:
     }
 };
 
-/** Whether the bits of the tag, or all bits of a tag that is not of bits, are the same. */
+/** Whether the bits of the tag, or all bytes of another tag, are the same. */
 bool AreSame(ITag const& tag, bool isBit, ExactBuffer const& one, ExactBuffer const& other) {
     if (!isBit) {
         return one.Copy() == other.Copy();
@@ -96,7 +96,7 @@ void ThereAndBack(FuzzedDriver const& driver, FuzzInput& input) {
     if (tag->ConvertVariable(fromPlc.Data(), value.Data(), false)) {
         ExactBuffer toPlc(packedLength, 0);
         bool const back = tag->ConvertVariable(value.Data(), toPlc.Data(), true);
-        // Of eight bytes and more, packed decimal has no way back.
+        // Packed decimal of eight bytes or more cannot be converted back.
         bool const oneWay = address.find("bcd") != std::string::npos && !back;
         Require(oneWay || (back && AreSame(*tag, type.isBit, fromPlc, toPlc)), "what came from the PLC goes back");
     } else {
@@ -109,7 +109,7 @@ void ThereAndBack(FuzzedDriver const& driver, FuzzInput& input) {
     driver->FreeTag(tag);
 }
 
-/** The functions underneath, with arguments that no tag gives them. */
+/** Calls the underlying functions with arguments that no tag passes. */
 void Underneath(FuzzInput& input) {
     int const number = static_cast<int>(input.Word() << 16U | input.Word());
     std::array<char, 40> digits{};

@@ -5,7 +5,7 @@
 
 namespace hosttest {
 
-/** Works in a folder while it lives. */
+/** Makes a folder the current one during its lifetime. */
 class CurrentFolder {
 public:
     explicit CurrentFolder(std::filesystem::path const& folder) : before_(std::filesystem::current_path()) {

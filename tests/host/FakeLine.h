@@ -15,7 +15,7 @@ namespace hosttest {
 
 using Bytes = std::vector<unsigned char>;
 
-/** A byte line in virtual time: what happens on it is written down beforehand. */
+/** A byte line in virtual time: its events are scripted beforehand. */
 class FakeLine final : public host::ByteLine {
 public:
     enum class Event {
@@ -27,7 +27,7 @@ public:
 
     explicit FakeLine(FakeClock& clock) : clock_(clock), start_(clock.now) {}
 
-    /** Bytes that arrive @p milliseconds after the line was made. */
+    /** Bytes that arrive @p milliseconds after the line was created. */
     void arrive(std::int64_t milliseconds, Bytes bytes) { add(milliseconds, Event::Arrival, std::move(bytes)); }
     void happen(std::int64_t milliseconds, Event event) { add(milliseconds, event, {}); }
 
@@ -108,9 +108,9 @@ public:
     int waits = 0;
     int pauses = 0;
     std::int64_t longestWait = 0;
-    std::size_t roomAtOnce = 64;          ///< room there is when it was waited for
+    std::size_t roomAtOnce = 64;          ///< room after a wait for it
     std::int64_t roomAfter = 1000;        ///< microseconds until there is room
-    std::int64_t bytesPerMillisecond = 1; ///< how fast bytes leave
+    std::int64_t bytesPerMillisecond = 1; ///< how fast bytes are sent
     std::size_t dropped = 0;
     bool drained = false;
     bool diesSending = false;

@@ -15,10 +15,10 @@
 
 namespace hosttest {
 
-/** A driver instance without a PLC: its tags hold their values themselves. Writes down every call that moves values. */
+/** A driver instance without a PLC: its tags hold their values themselves. Records every call that moves values. */
 class FakeProtocol final : public IProtocol3 {
 public:
-    // What a test sets.
+    // Set by tests.
     int maxItems = 90;
     int maxLength = 1024;
     bool writesDatagrams = true;

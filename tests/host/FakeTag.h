@@ -9,7 +9,7 @@
 
 namespace hosttest {
 
-/** A tag as the host sees it; what a test needs to know about it is open. */
+/** A tag as the host sees it; everything that a test sets or checks is public. */
 class FakeTag final : public ITag {
 public:
     FakeTag(std::string tagName, int nodeNumber, ICU_Type tagType, int valueLength)
@@ -34,9 +34,9 @@ public:
     int length;
     int packed;
     bool readOnly = false;
-    bool alone = false;                       ///< coexists with nothing
-    bool spoils = false;                      ///< makes every call that it is part of fail
-    idal_error_t status = kItemGood;          ///< what a read says about it
+    bool alone = false;                       ///< coexists with no other tag
+    bool spoils = false;                      ///< every call that includes it fails
+    idal_error_t status = kItemGood;          ///< its status in a read
     mutable std::vector<unsigned char> value; ///< in the PLC
 };
 

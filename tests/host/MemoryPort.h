@@ -12,7 +12,7 @@
 
 namespace hosttest {
 
-/** A serial port without hardware: answers what a test put in, one frame a read; an empty optional is a fault. */
+/** A serial port without hardware: returns what a test put in, one frame per read; an empty optional is a fault. */
 class MemoryPort final : public ISerialPort {
 public:
     using Bytes = std::vector<unsigned char>;

@@ -34,7 +34,7 @@ public:
         ASSERT_EQ(::write(master_.get(), bytes.data(), bytes.size()), static_cast<ssize_t>(bytes.size()));
     }
 
-    /** @p count bytes from the port; fewer when nothing comes for ten seconds. */
+    /** @p count bytes from the port; fewer when nothing arrives for ten seconds. */
     std::vector<unsigned char> receive(std::size_t count) const {
         std::vector<unsigned char> bytes(count);
         std::size_t have = 0;
@@ -53,7 +53,7 @@ public:
         return bytes;
     }
 
-    /** The other side goes away, as a cable that is pulled out. */
+    /** Closes the other side, as if a cable were pulled out. */
     void hangUp() { master_.close(); }
 
 private:

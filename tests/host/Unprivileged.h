@@ -8,7 +8,10 @@
 
 namespace hosttest {
 
-/** While it lives, a test that runs as the superuser is an ordinary user without groups, so that rights count. */
+/**
+ * During its lifetime, a test run by the superuser acts as an ordinary user without groups, so that permissions are
+ * checked.
+ */
 class Unprivileged {
 public:
     Unprivileged() : user_(geteuid()), group_(getegid()), groupCount_(getgroups(64, groups_.data())) {

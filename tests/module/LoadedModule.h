@@ -6,7 +6,7 @@
 
 namespace velktest {
 
-/** The built module, loaded the way a host loads it, and unloaded again. */
+/** The built module, loaded and unloaded as a host does it. */
 class LoadedModule {
 public:
     LoadedModule() : handle_(dlopen(VELK_MODULE_PATH, RTLD_NOW | RTLD_LOCAL)) {

@@ -20,7 +20,7 @@
 #include <string>
 #include <vector>
 
-/** A host that has nothing but the interfaces' headers and the built module. */
+/** A host that uses only the interfaces' headers and the built module. */
 namespace {
 
 using namespace velktest;

@@ -17,8 +17,8 @@
 /**
  * The binary contract, slot by slot, in both directions.
  *
- * This host knows no class of the module: it calls everything by its number in the virtual table, with the object
- * as first argument, and the services that it offers are arrays of function pointers.
+ * This host uses no class of the module: it calls everything by its number in the virtual table, with the object as
+ * first argument, and the services that it offers are arrays of function pointers.
  */
 namespace {
 

@@ -8,7 +8,7 @@
 #include <string_view>
 #include <vector>
 
-/** The panel's end of a simulated line, and someone who watches it. */
+/** The panel's end of a simulated line, and an observer of the line. */
 namespace plctest {
 
 using namespace std::chrono_literals;
@@ -54,7 +54,7 @@ public:
     std::string traffic;
 };
 
-/** Speaks literal bytes and hears what comes at once, in virtual time. */
+/** Sends literal bytes and receives what comes at once, in virtual time. */
 class Panel {
 public:
     explicit Panel(plc::Line& line) : line_(line) {}
@@ -105,11 +105,11 @@ inline constexpr std::string_view kAck2 = "55 55 0A 00 02 00";
 inline constexpr std::string_view kStatusDone = "AA AA 02 00 01 00 58 01 00 00";
 inline constexpr std::string_view kLoginAccepted = "AA AA 02 00 01 00 43 01 E8 03";
 
-/** A list of no items with project identifier 1, and its reply. */
+/** A list without items with project identifier 1, and its reply. */
 inline constexpr std::string_view kEmptyRead = "AA AA 0A 00 01 00 8F 01 | 2E 00 00 00 00 00 01 00 00 00";
 inline constexpr std::string_view kEmptyReadReply = "AA AA 06 00 01 00 5C 01 00 00 00 00 00 00";
 
-/** Has one request in one block answered by one block; answers that block. */
+/** Exchanges one request block for one response block; returns the response block. */
 inline std::string Exchange(Panel& panel, std::string_view request) {
     if (panel.say(request) != kAck1) {
         return "no acknowledge";

@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-/** The smallest driver that can be built on ProtocolBase: it answers only what is left abstract there. */
+/** The smallest driver that can be built on ProtocolBase: it implements only the abstract operations. */
 class TestDriver : public ProtocolBase {
 public:
     char const* GetImpName() const override { return impName; }
@@ -55,7 +55,7 @@ public:
         return maxTm;
     }
 
-    /** The next tag that CreateTagBase() answers; its destruction is noted in deletions under the given name. */
+    /** The next tag that CreateTagBase() returns; its destruction is recorded in deletions under the given name. */
     TestTag* offer(TestTag const& model, std::string name = "tag") {
         auto* const tag = new TestTag(model);
         tag->name = std::move(name);
@@ -67,7 +67,7 @@ public:
     char const* impName = "MiniImp";
     char const* driverName = "MINI";
     int maxTm = 0;
-    std::vector<unsigned char> image; ///< what the PLC holds
+    std::vector<unsigned char> image; ///< the PLC's memory
     bool readSucceeds = true;
     bool writeSucceeds = true;
 
@@ -79,7 +79,7 @@ public:
     std::vector<unsigned char> written;
     std::vector<std::string> addresses;
     std::deque<TestTag*> created;
-    /// Outlives the driver, whose base destroys the last tags after these members are gone.
+    /// Outlives the driver, whose base destroys the last tags after these members are destroyed.
     std::shared_ptr<std::vector<std::string>> const log = std::make_shared<std::vector<std::string>>();
     std::vector<std::string>& deletions = *log;
 };

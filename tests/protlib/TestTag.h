@@ -9,7 +9,7 @@
 #include <utility>
 #include <vector>
 
-/** A tag whose every answer is set by the test. */
+/** A tag whose results are all set by the test. */
 class TestTag : public TagBase {
 public:
     explicit TestTag(ICU_Type varType = ICU_UNSIGNED_BYTE, ICU_Type elementType = ICU_NONE, int varLength = 1,
@@ -45,7 +45,7 @@ public:
     std::shared_ptr<std::vector<std::string>> deletions; ///< receives the name of a destroyed tag
 };
 
-/** Calls one slot of an object's virtual table, as a host does that knows no more than the order of the slots. */
+/** Calls one slot of an object's virtual table, as a host does that knows only the order of the slots. */
 template <typename Result, typename... Arguments>
 Result callSlot(void const* object, std::size_t slot, Arguments... arguments) {
     char const* table = nullptr;

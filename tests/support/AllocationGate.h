@@ -5,9 +5,9 @@
 /**
  * Counts, and on demand refuses, the allocations of the code under test.
  *
- * The replaced operators new are in AllocationGate.cpp; without it a gate has no effect.
- * Only what happens between a gate's construction and destruction counts. The fakes that the code under test
- * calls back into hold an AllocationPause, so that their own memory is not charged to it.
+ * The replaced operators new are in AllocationGate.cpp; without it a gate has no effect. Only what happens between a
+ * gate's construction and destruction counts. The fakes that the code under test calls back into hold an
+ * AllocationPause, so that their own memory is not counted.
  */
 namespace velktest {
 
@@ -34,7 +34,7 @@ public:
     AllocationPause& operator=(AllocationPause const&) = delete;
 };
 
-/** Counts allocations while it lives. */
+/** Counts allocations during its lifetime. */
 class AllocationGate {
 public:
     explicit AllocationGate(std::size_t refuseAt = 0, bool refuseAllAfter = false) {

@@ -9,13 +9,13 @@
 namespace velktest {
 
 /**
- * A port with a PLC behind it that answers whatever it is asked: it takes the request's blocks, gives the payload to
- * a function, and sends what that answers. For tests that do not know beforehand how many exchanges there will be.
+ * A port with a PLC that answers every request: it receives the request's blocks, passes the payload to a function, and
+ * sends the function's result. For tests that do not know beforehand how many exchanges there will be.
  */
 class AnsweringPort : public ScriptedPort {
 public:
     using Answer = std::function<Bytes(Bytes const& request)>;
-    /** What becomes of a message on its way to the panel. */
+    /** Changes a message before it reaches the panel. */
     using Disturbance = std::function<Bytes(Bytes message)>;
 
     explicit AnsweringPort(Framing framing, Answer answer) : framing_(std::move(framing)), answer_(std::move(answer)) {}

@@ -8,7 +8,7 @@
 #include <string_view>
 #include <vector>
 
-/** Bytes as the tests write them down: "AA AA 09 00", blanks and "|" between the digits at will. */
+/** Bytes as the tests write them down: "AA AA 09 00", with any blanks and "|" between the digits. */
 namespace velktest {
 
 using Bytes = std::vector<unsigned char>;
@@ -47,7 +47,7 @@ inline Bytes Hex(std::string_view text) {
     return bytes;
 }
 
-/** The bytes as upper-case digit pairs; a long run is cut in the middle. */
+/** The bytes as upper-case digit pairs; a long text is shortened in the middle. */
 inline std::string ToHex(std::span<unsigned char const> bytes) {
     constexpr std::size_t kShown = 80;
     constexpr char const* kDigits = "0123456789ABCDEF";

@@ -13,13 +13,13 @@ namespace velktest {
 /** Cancels the calling thread, as a host may do: its stack is unwound from here. */
 inline void CancelThisThread() {
 #if defined(__SANITIZE_ADDRESS__)
-    __asan_handle_no_return(); // the sanitizer does not see that the frames above this one end without returning
+    __asan_handle_no_return(); // the sanitizer does not notice that the frames above this one end without returning
 #endif
     pthread_cancel(pthread_self());
     pthread_testcancel();
 }
 
-/** Runs @p step on a thread of its own; true when that thread was cancelled before the step ended. */
+/** Runs @p step on a separate thread; true when that thread was cancelled before the step ended. */
 inline bool IsCancelledIn(std::function<void()> step) {
     auto const run = [](void* argument) -> void* {
         (*static_cast<std::function<void()>*>(argument))();

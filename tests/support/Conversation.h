@@ -16,7 +16,7 @@ public:
 
     Framing const& Line() const { return framing_; }
 
-    /** The panel sends @p request, the PLC acknowledges each block, the panel hands the line over. */
+    /** The panel sends @p request, the PLC acknowledges each block, the panel turns the line around. */
     Conversation& Request(Bytes const& request) {
         std::size_t const room = framing_.blockSize - 8;
         unsigned number = 1;
@@ -72,11 +72,11 @@ public:
     Conversation& Logout() { return Exchange(Hex("02"), Hex("00 00")); }
     Conversation& DeadLinkCheck() { return Dead(LinkCheckRequest()); }
 
-    /** The PLC hands its symbol file over in one piece. */
+    /** The PLC sends its symbol file in one piece. */
     Conversation& Upload(Bytes const& file) { return Exchange(OpenFileRequest(), FilePiece(file, false)); }
     /** The PLC does not answer when asked for its symbol file. */
     Conversation& DeadUpload() { return Dead(OpenFileRequest()); }
-    /** The PLC has no symbol file to hand over. */
+    /** The PLC has no symbol file to send. */
     Conversation& RefusedUpload() {
         return Exchange(OpenFileRequest(), framing_.Word(5) + framing_.Word(0) + framing_.Word(0));
     }

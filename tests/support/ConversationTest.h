@@ -16,7 +16,7 @@ namespace velktest {
 
 static_assert(std::endian::native == std::endian::little, "host values are written down as the panel has them");
 
-/** A number as the host has it. */
+/** A number in the host's representation. */
 template <typename Number>
 Bytes HostValue(Number value) {
     Bytes bytes(sizeof value);
@@ -55,7 +55,7 @@ protected:
 
     std::uint64_t Count(plc::Cause cause) const { return line->counters().of(cause); }
 
-    /** The stations found nothing wrong with what the driver sent. */
+    /** The stations found no error in what the driver sent. */
     void ExpectNoComplaints() const {
         for (std::size_t i = 0; i < plc::kCauseCount; ++i) {
             auto const cause = static_cast<plc::Cause>(i);

@@ -21,13 +21,13 @@ protected:
         HostedDriverTest::TearDown();
     }
 
-    /** Makes the driver anew, for services that are looked at when it is made. */
+    /** Creates the driver again, for services that are used at its creation. */
     void RemakeDriver() {
         DeleteDriver();
         MakeDriver();
     }
 
-    /** Keeps a symbol file for @p node, as an earlier run would have left it. */
+    /** Stores a symbol file for @p node, as an earlier run would have left it. */
     void Store(int node, Bytes const& file) const { dir.Put("PLCSymbols_" + std::to_string(node) + ".sdb", file); }
 
     Conversation Intel() { return {port, Framing{}}; }

@@ -15,7 +15,7 @@
 
 namespace velktest {
 
-/** What happens in one of the calls of a host's services, before the service does its work. */
+/** A failure in one call of a host service, before the service does its work. */
 class Trouble {
 public:
     std::function<void()> strike; ///< throws, or ends the thread
@@ -48,7 +48,7 @@ public:
     Trouble* trouble = nullptr;
     int yields = 0;
     int lastAmount = 0;
-    int foreignCalls = 0; ///< calls of slots 5 to 8, which are not the module's
+    int foreignCalls = 0; ///< calls of slots 5 to 8, which the module must not call
 
     IInterface* ConvertTo(char const* /*name*/) override { return nullptr; }
     char const* GetImpName() const override { return "FakeScheduler"; }
@@ -130,7 +130,7 @@ public:
     std::string directory = ".";
     bool hasInterface2 = true;
     bool hasPaths = true;
-    bool unterminated = false; ///< every path is one long name without its zero
+    bool unterminated = false; ///< every path is a long name without a terminating zero
     int lastSize = 0;
     std::vector<std::pair<std::string, std::string>> asked; ///< instance, file name
 
@@ -145,7 +145,7 @@ private:
     Paths paths_{*this};
 };
 
-/** The host: all services, any of which can be made to lack; a log of what was asked for and given back. */
+/** The host: all services, any of which can be missing; a log of what was requested and released. */
 class FakeHost final : public IInterfaceFactory {
 public:
     FakeScheduler scheduler;

@@ -10,7 +10,7 @@ namespace velktest {
 struct Framing {
     bool bigEndian = false;
     std::size_t blockSize = 128;
-    Bytes routing = {}; ///< the 19 bytes in front of every message, or none
+    Bytes routing = {}; ///< the 19 bytes before every message, or none
 
     Bytes Number(std::uint64_t value, int width) const { return bigEndian ? Big(value, width) : Little(value, width); }
     Bytes Word(std::uint64_t value) const { return Number(value, 2); }

@@ -18,7 +18,7 @@ extern "C" IInterfaceFactory* GetInterfaceFactory();
 
 namespace velktest {
 
-/** One driver instance, made the way a host makes it, with storage of its own; its port is the derived fixture's. */
+/** One driver instance, created as a host does it, with its own storage; the derived fixture provides the port. */
 class HostedDriverTest : public ::testing::Test {
 protected:
     HostedDriverTest() { host.storage.directory = dir.Path(); }
@@ -65,14 +65,14 @@ protected:
         std::vector<idal_error_t> status;
     };
 
-    /** Reads the tags; the values' and the statuses' places hold 0xCC and 77 before. */
+    /** Reads the tags; before the call, the values are filled with 0xCC and the statuses with 77. */
     ReadOutcome Read(std::vector<ITag*> const& tags) {
         ReadOutcome outcome;
         std::size_t size = 0;
         for (auto const* tag : tags) {
             size += static_cast<std::size_t>(tag->GetVarLength());
         }
-        outcome.values.assign(size + 1, 0xCC); // one more, so that there is a place even for nothing
+        outcome.values.assign(size + 1, 0xCC); // one more, so that the address is valid even for no bytes
         outcome.status.assign(tags.size(), 77);
         outcome.ok = driver->ReadDatagramWithStatus(tags.data(), static_cast<int>(tags.size()), outcome.values.data(),
                                                     outcome.status.data());
@@ -83,7 +83,7 @@ protected:
 
     /** Writes host values to the tags; true and all statuses good, or false. */
     bool Write(std::vector<ITag*> const& tags, Bytes values) {
-        values.push_back(0xEE); // so that there is a place even for nothing
+        values.push_back(0xEE); // so that the address is valid even for no bytes
         std::vector<idal_error_t> status(tags.size(), 77);
         bool const ok =
             driver->WriteDatagramWithStatus(tags.data(), static_cast<int>(tags.size()), values.data(), status.data());

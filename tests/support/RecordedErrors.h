@@ -9,7 +9,7 @@
 
 namespace velktest {
 
-/** The last error of a part of the driver that is tried without the driver. */
+/** The last error of a part of the driver that is tested without the driver. */
 class RecordedErrors {
 public:
     int code = kErrorNone;

@@ -53,7 +53,7 @@ public:
     }
     ScriptedPort& Silence() { return Add({Kind::kRead, {}, 0, 1}); }
     ScriptedPort& Fault() { return Add({Kind::kRead, {}, 0, 0}); }
-    /** A fault of the port that claims bytes all the same. */
+    /** A fault of the port that nevertheless claims bytes. */
     ScriptedPort& FaultWith(Bytes bytes) {
         int const count = static_cast<int>(bytes.size());
         return Add({Kind::kRead, std::move(bytes), count, 0});
@@ -63,7 +63,7 @@ public:
     /** The driver must empty the port here (calls to Purge() are only checked against the script when asked). */
     ScriptedPort& ExpectPurge() { return Add({Kind::kPurge, {}, 0, 0}); }
 
-    /** Reports what of the script was not played. */
+    /** Reports the part of the script that was not played. */
     void ExpectDone() {
         if (!derailed_) {
             EXPECT_TRUE(script_.empty()) << script_.size() << " steps were not played; the next is "
@@ -73,21 +73,21 @@ public:
         derailed_ = false;
     }
 
-    /** Leaves out what was not played, where it is not settled whether it is. */
+    /** Drops the rest of the script, for tests where it is open whether it is played. */
     void Forget() {
         script_.clear();
         derailed_ = false;
     }
 
-    // What was seen.
+    // Observations.
     std::vector<ReadCall> reads;
     std::vector<Bytes> writes;
     std::vector<OpenCall> opens;
     int purges = 0;
     int closes = 0;
     int openResult = 1;
-    bool writesFail = false;  ///< whether writes answer 0; the bytes are looked at all the same
-    int purgesThatRemove = 0; ///< so many calls to Purge() answer 1, after each of which one fewer does
+    bool writesFail = false;  ///< whether writes return 0; the bytes are checked nevertheless
+    int purgesThatRemove = 0; ///< this many calls to Purge() return 1; each call lowers the number
     bool purgesForEver = false;
     long long nowMs = 0;
 

@@ -13,8 +13,8 @@ namespace velktest {
 /**
  * The panel's end of a simulated line: a serial port whose time is virtual.
  *
- * Writing takes no time. Reading runs the line forward until a frame has come or the time-out is over; nothing
- * sleeps and nothing reads a clock.
+ * Writing takes no time. Reading advances the line until a frame has arrived or the time-out is over; nothing sleeps
+ * and nothing reads a clock.
  */
 class SimulatedPort : public ISerialPort {
 public:
@@ -89,7 +89,7 @@ private:
     }
 
     plc::Line* line_;
-    plc::Bytes waiting_; ///< come, but not read yet
+    plc::Bytes waiting_; ///< arrived, but not read yet
 };
 
 } // namespace velktest

@@ -6,7 +6,7 @@
 
 namespace velktest {
 
-/** Writes the bytes of a PLC's symbol file down: one simple data type, and variables of it. */
+/** Builds the bytes of a PLC's symbol file: one simple data type, and variables of it. */
 class SymbolFileBytes {
 public:
     explicit SymbolFileBytes(std::uint32_t projectId) : projectId_(projectId) {}

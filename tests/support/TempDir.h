@@ -11,7 +11,7 @@
 
 namespace velktest {
 
-/** A directory of its own for one test; it is removed with everything in it. */
+/** A separate directory for one test; it is removed with its content. */
 class TempDir {
 public:
     TempDir() {
@@ -51,7 +51,7 @@ private:
     std::string path_;
 };
 
-/** How many of this process's open files are @p path. */
+/** How many times this process has @p path open. */
 inline int OpenHandles(std::string const& path) {
     int handles = 0;
     std::error_code ignored;

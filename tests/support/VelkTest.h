@@ -8,7 +8,7 @@
 
 namespace velktest {
 
-/** A driver on a scripted port, with a view of what it remembers. */
+/** A driver on a scripted port, with access to its state. */
 class VelkTest : public DriverTest {
 protected:
     Protocol_VELK& Velk() { return *static_cast<Protocol_VELK*>(driver); }

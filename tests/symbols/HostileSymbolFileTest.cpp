@@ -29,13 +29,13 @@ Bytes fullFile() {
     return file.bytes();
 }
 
-/** Parses from memory: many thousands of files are made here. */
+/** Parses from memory, because many thousands of files are created here. */
 int parse(RtsSym const& table, Bytes bytes, SymbolListTag& list) {
     OpenFile const open(fmemopen(bytes.data(), bytes.size(), "rb"));
     return table.SymParseBinaryFile(open.get(), &list);
 }
 
-/** Uses everything that a parse has left, so that a wild pointer or an unterminated text shows. */
+/** Uses everything that a parse has produced, so that a wild pointer or an unterminated text is noticed. */
 std::size_t walk(SymbolListTag const& list) {
     std::size_t characters = 0;
     for (auto const& symbol : list.all()) {
@@ -142,7 +142,7 @@ TEST(HostileSymbolFile, RandomBytesBehindAGoodHeaderAreHarmless) {
 }
 
 TEST(HostileSymbolFile, OverlappingRecordsDoNotMultiplyTheMemory) {
-    // Each of the many records claims the longest possible name, which all of the others behind it make up.
+    // Each of the many records claims the longest possible name, which consists of all the records after it.
     SdbBytes file = SdbBytes::withInt();
     constexpr std::uint32_t kCount = 20000;
     file.section(3, 0x100000, kCount);

@@ -220,7 +220,7 @@ TEST_F(NameIndex, AnswersLikeAWalkThroughTheChain) {
 }
 
 TEST_F(NameIndex, OneChainOfManyNamesDoesNotSlowTheIndexDown) {
-    // A walk through this one chain for each name would take twenty thousand million steps and not end in time.
+    // A walk through this one chain for each name would take twenty billion steps and not end in time.
     constexpr int kNames = 200000;
     RtsHashTag single(1, true);
     for (int i = 0; i < kNames; ++i) {

@@ -44,7 +44,7 @@ velktest::Bytes corruptedFile() {
 }
 
 struct Table : testing::Test {
-    /** Writes the bytes to a file and loads it; -1 as identifier pointer means none is wanted. */
+    /** Writes the bytes to a file and loads it; -1 as identifier pointer means that none is requested. */
     short load(std::uint16_t node, velktest::Bytes const& bytes) {
         directory.Put("test.sdb", bytes);
         projectId = kUntouched;
@@ -274,7 +274,7 @@ TEST_F(Table, DirectoryFailsToLoad) {
 TEST_F(Table, ClearingReleasesTheSymbolsAndResetsTheFlagOfOneNode) {
     ASSERT_EQ(load(1, fileWith({"a"})), 1);
     ASSERT_EQ(load(2, fileWith({"a", "b"})), 1);
-    // The table's own list can be cleared only through a load or the end; a list of the caller's shows the rest.
+    // The table's own list can be cleared only through a load or the end; the rest is shown with the caller's own list.
     SymbolListTag list;
     OpenFile const open = openFile(fileWith({"x"}));
     ASSERT_EQ(table.SymParseBinaryFile(open.get(), &list), 1);
@@ -404,7 +404,7 @@ TEST_F(Table, ThreadThatIsCancelledInAYieldEndsAndLeavesAUsableTable) {
     }
 }
 
-/** An open file of which the first read ends the thread, as a cancelled thread ends when it reads a file. */
+/** An open file whose first read ends the thread, as a cancelled thread ends when it reads a file. */
 struct CancellingFile {
     explicit CancellingFile(velktest::Bytes content) : bytes(std::move(content)) {}
 
@@ -468,7 +468,7 @@ TEST_F(Table, TensOfThousandsOfSimilarNamesAreAllFound) {
 
 // --- the default files ---
 
-/** Puts the process into a directory of its own for one test. */
+/** Makes a separate directory the current one for one test. */
 struct DefaultFile : Table {
     DefaultFile() { std::filesystem::current_path(directory.Path()); }
     ~DefaultFile() override { std::filesystem::current_path(before); }

@@ -8,7 +8,7 @@
 #include <string>
 #include <string_view>
 
-/** A symbol file, written down field by field; all numbers little-endian. */
+/** A symbol file, built field by field; all numbers little-endian. */
 class SdbBytes {
 public:
     SdbBytes& u16(std::uint32_t value) { return byte(value).byte(value >> 8U); }
@@ -94,7 +94,7 @@ public:
     velktest::Bytes const& bytes() const { return bytes_; }
     std::uint32_t size() const { return static_cast<std::uint32_t>(bytes_.size()); }
 
-    /** A file header and one type INT: what most files begin with. The variable section follows. */
+    /** A file header and one type INT: the start of most files. The variable section follows. */
     static SdbBytes withInt() {
         SdbBytes file;
         return file.fileHeader().section(2, 16 + 22, 1).simpleType("INT", 3, 2);

@@ -65,7 +65,7 @@ TEST_F(SymbolMemory, SingleRefusedAllocationIsAFailureToo) {
             result = table.SymLoadSymbolsFromFile(0, path.c_str(), nullptr);
             wasRefused = AllocationGate::Refused();
         }
-        // A load may do without some of its memory, but what it then calls a success must be one.
+        // A load may succeed although an allocation fails, but then it must be a real success.
         if (result == 1) {
             EXPECT_NE(table.SymGetSymbol("PLC_PRG.Value0"), nullptr) << refused;
             EXPECT_NE(table.SymGetSymbol("PLC_PRG.Value299"), nullptr) << refused;

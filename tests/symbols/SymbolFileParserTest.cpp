@@ -17,7 +17,7 @@ void countParserYield() noexcept {
     ++parserYields;
 }
 
-/** Parses a file into a list of its own; the list is cleared at the end. */
+/** Parses a file into a separate list; the list is cleared at the end. */
 class Parsed {
 public:
     explicit Parsed(SdbBytes const& file) {
@@ -367,8 +367,8 @@ TEST(SymbolFileTypes, StructureAndTheClasses13And23HaveFourBytesBehindTheirName)
 }
 
 /**
- * A file whose only type has its record end before its name, which is read from the whole variable section behind it.
- * So the file has everything that a parse needs, and only its last bytes decide whether the type is complete.
+ * A file whose only type has its record end before its name, which is read from the whole variable section after it. So
+ * the file has everything that a parse needs, and only its last bytes decide whether the type is complete.
  */
 SdbBytes fileWithLongType(std::uint32_t typeClass, std::string_view tail, std::uint32_t nameLength = 44) {
     SdbBytes file;
@@ -596,7 +596,7 @@ TEST(SymbolFileVariables, NameLongerThanItsRecordStandsBehindTheGapToo) {
 
 TEST(SymbolFileVariables, NextRecordMayLieInsideTheNameOfTheLast) {
     SdbBytes file = SdbBytes::withInt();
-    file.section(3, 500, 2).variableRecord(5, 28, 0, 1, 10, 29).hex("EE EE"); // next: right behind the gap
+    file.section(3, 500, 2).variableRecord(5, 28, 0, 1, 10, 29).hex("EE EE"); // next: directly after the gap
     file.variable("second", 0, 2, 20);
     Parsed const parsed(file);
     ASSERT_EQ(parsed.result, 1);
@@ -643,7 +643,7 @@ TEST(SymbolFileVariables, OtherKindsGivePlaceholders) {
 
 TEST(SymbolFileVariables, RecordThatDoesNotLeadForwardIsRefused) {
     expectRefused(SdbBytes::withInt().section(3, 500, 1).variableRecord(6, 0, 0, 0, 0, 0));
-    // Length 0 with a name takes the path with the gap, whose next record would be the same one again.
+    // Length 0 with a name is handled as with the gap, whose next record would be the same one again.
     SdbBytes variable = SdbBytes::withInt();
     expectRefused(variable.section(3, 500, 2).variableRecord(5, 0, 0, 0, 0, 1).hex("EE EE").byte(0).variable("b"));
 }
@@ -673,11 +673,11 @@ TEST(SymbolFileVariables, LastRecordMayEndBehindTheFile) {
 }
 
 TEST(SymbolFileVariables, PlaceholderShorterThanItsFixedPartLeadsToItsOwnMiddle) {
-    // 12 bytes after its start the placeholder holds the whole of another record.
+    // 12 bytes after its start the placeholder contains another complete record.
     SdbBytes file = SdbBytes::withInt();
     file.section(3, 500, 2).u32(6).u32(12).u32(0);
     file.variableRecord(5, 26 + 2, 0, 4, 1234, 2).text("b").byte(0);
-    file.hex("EE EE EE EE EE EE EE EE EE EE EE EE"); // as many bytes as two records have at least
+    file.hex("EE EE EE EE EE EE EE EE EE EE EE EE"); // the least number of bytes of two records
     Parsed const parsed(file);
     ASSERT_EQ(parsed.result, 1);
     EXPECT_EQ(names(parsed), (Names{"", "b"}));

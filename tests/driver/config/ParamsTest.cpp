@@ -157,7 +157,7 @@ TEST(Params, TheLastRangeIsTestedAfterEveryEarlierKey) {
 }
 
 TEST(Params, NumbersOutsideAnIntAreOutOfRange) {
-    // 4294967424 is 128 modulo 2^32; a 64-bit build must not take it for 128.
+    // 4294967424 is 128 modulo 2^32; a 64-bit build must not read it as 128.
     EXPECT_EQ(Refusal(ConfigText().Set("BlockSize", "4294967424")), "parameter 'BlockSize' out of range");
     EXPECT_EQ(Refusal(ConfigText().Set("Timeout", "99999999999999999999")), "parameter 'Timeout' out of range");
     EXPECT_EQ(Refusal(ConfigText().Set("RoutingLevels", "4294967296")), "parameter 'RoutingLevels' out of range");
@@ -210,7 +210,7 @@ TEST(Params, NodeEntryOverridesOneField) {
     EXPECT_EQ(manager.getNodeParams(4)->Timeout, 1000);
 }
 
-// Were the text searched for every key of every node, this would take minutes where tests are emulated.
+// If the text were searched for every key of every node, this would take minutes in an emulator.
 TEST(Params, ThousandsOfNodesAreRead) {
     constexpr int kNodes = 6'000;
     std::string text = ConfigText().Build();

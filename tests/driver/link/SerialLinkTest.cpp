@@ -13,7 +13,7 @@
 #include <ostream>
 #include <string>
 
-/** One exchange with a PLC: blocks, acknowledges, turnaround, and everything that can go wrong on the way. */
+/** One exchange with a PLC: blocks, acknowledges, turnaround, and everything that can go wrong. */
 namespace {
 
 using namespace velktest;
@@ -117,7 +117,7 @@ TEST_F(SerialLinkTest, BareBigEndian) {
 
 TEST_F(SerialLinkTest, RoutedOverTwoLevelsLittleEndian) {
     StartRouted(2);
-    // Of the headers that come back only the status at offset 17 is looked at.
+    // In received headers only the status at offset 17 is checked.
     port.Expect("4F 80 00 20 2B 0A 01 02 03 00 0D C0 A8 00 07 00 00 00 00 AA AA 01 00 01 00 59 01 02")
         .Answer("4F 80 00 20 2B 0A 01 02 03 00 0D C0 A8 00 07 00 00 00 00 55 55 0A 00 01 00")
         .Expect("4F 80 00 20 2B 0A 01 02 03 00 0D C0 A8 00 07 00 00 00 00 55 55 0A 00 00 00")
@@ -241,7 +241,7 @@ TEST_F(SerialLinkTest, LargestBlocksRouted) {
     node.BlockSize = 1460;
     Framing const framing{.blockSize = 1460,
                           .routing = Hex("4F B4 05 10 2B 0A 01 02 03 00 00 C0 A8 00 07 00 00 00 00")};
-    // What is sent may be 1,479 bytes long; what is received may not, so the response comes in smaller blocks.
+    // Sent frames may be 1,479 bytes long, received frames not, so the response comes in smaller blocks.
     Conversation(port, framing).Request(Counting(1452));
     Conversation(port, {.blockSize = 1441, .routing = framing.routing}).Reply(Counting(1433 + 5));
     EXPECT_EQ(Exchange(Counting(1452)).response, Counting(1438));
@@ -373,7 +373,7 @@ TEST_F(SerialLinkTest, NothingIsExchangedWithoutAPort) {
     errors.Expect(-3, "Protocol not started");
 }
 
-/** Leaves the count as it finds it. */
+/** Does not change the count. */
 class CountlessPort : public ScriptedPort {
 public:
     int Read(unsigned char* /*buffer*/, int /*maximum*/, int /*first*/, int /*inter*/, int* /*count*/,
@@ -414,7 +414,7 @@ TEST_F(SerialLinkTest, CountsBeyondTheReadBufferOverrunNothing) {
         for (int const count : {1461, 1480, 75001, INT_MAX}) {
             Conversation(port, framing).Request(Hex("02"));
             port.AnswerClaiming(framing.Block(1, true, Hex("02")), count);
-            EXPECT_EQ(Exchange(Hex("02")).result, 0U) << count; // the sum over whatever was there cannot be right
+            EXPECT_EQ(Exchange(Hex("02")).result, 0U) << count; // the checksum over old bytes cannot be right
             port.Expect(framing.Block(1, true, Hex("02"))).AnswerClaiming(Bytes(30, 0x55), count);
             EXPECT_EQ(Exchange(Hex("02")).result, 0U) << count;
         }
@@ -441,7 +441,7 @@ protected:
         Routed() ? StartRouted(GetParam().levels) : StartBare();
         framing.bigEndian = GetParam().bigEndian;
         framing.routing = Hex(GetParam().header);
-        // A text of its own, to see whether a failure leaves the error alone.
+        // A distinct text, to see whether a failure leaves the error unchanged.
         errors.sink.fail(-99, "an earlier failure");
     }
 
@@ -494,7 +494,7 @@ INSTANTIATE_TEST_SUITE_P(EveryFraming, LinkFailureTest,
                                            kOneLevelBig, kTwoLevelsLittle, kTwoLevelsBig),
                          [](auto const& framed) { return framed.param.name; });
 
-/** What only a routing header can report. */
+/** Failures that only a routing header can report. */
 class RoutedFailureTest : public LinkFailureTest {};
 
 INSTANTIATE_TEST_SUITE_P(RoutedFramings, RoutedFailureTest,
@@ -507,7 +507,7 @@ TEST_P(LinkFailureTest, NothingIsWrongWithoutAFault) {
     Outcome const outcome = Exchange(Hex("02"), framing.bigEndian);
     EXPECT_NE(outcome.result, 0U) << errors.text;
     EXPECT_EQ(outcome.response, Hex("34 12"));
-    errors.Expect(-99, "an earlier failure"); // success leaves the error alone
+    errors.Expect(-99, "an earlier failure"); // success leaves the error unchanged
 }
 
 TEST_P(LinkFailureTest, BlockAckPortFault) {
@@ -659,7 +659,7 @@ TEST_P(RoutedFailureTest, ResponseWithARoutingStatusFailsSilently) {
     port.Answer(Header(0x02) + Framing{.bigEndian = framing.bigEndian}.Block(1, true, Hex("00 00")));
     ExpectSilentFailure();
     ScriptUpToResponse();
-    port.Answer(Header(0x02)); // the status counts before the length does
+    port.Answer(Header(0x02)); // the status is checked before the length
     ExpectSilentFailure();
 }
 
@@ -704,7 +704,7 @@ TEST_P(RoutedFailureTest, ClosingAckWithARoutingStatusFailsSilently) {
 
 // --- a response without end ---
 
-/** Acknowledges what it gets and answers with empty blocks that are never the last. */
+/** Acknowledges everything and answers with empty blocks that are never the last. */
 class EndlessPort : public ScriptedPort {
 public:
     int blocks = 0;

@@ -4,13 +4,13 @@
 
 #include <string>
 
-/** Whom the driver is logged in to, and when it stops believing so; nothing is exchanged here. */
+/** Which node the driver is logged in to, and when it discards the login; nothing is exchanged here. */
 namespace {
 
 using _VELK::Login;
 using _VELK::NodeParams;
 
-/** One call of the driver that ends as @p outcome says. */
+/** How one call of the driver ends. */
 enum class Call { Succeeds, Fails, SaysNothing };
 
 void Make(Login& login, Call outcome) {

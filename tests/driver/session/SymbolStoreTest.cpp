@@ -14,7 +14,7 @@
 #include <memory>
 #include <string>
 
-/** What the driver knows of the nodes' variables, from a folder of files; nothing is exchanged here. */
+/** The driver's knowledge of the nodes' variables, from a folder of files; nothing is exchanged here. */
 namespace {
 
 using namespace velktest;
@@ -28,7 +28,7 @@ protected:
         EXPECT_TRUE(params.parse(ConfigText().Build().c_str()));
     }
 
-    /** The file of a node in the test's folder, whether it is there or not. */
+    /** The file of a node in the test's folder, whether it exists or not. */
     StoredFile FileOf(int node) const {
         StoredFile file;
         file.node = static_cast<std::uint16_t>(node);
@@ -40,7 +40,7 @@ protected:
 
     Tag_VELK MakeTag(std::string const& address) const { return Tag_VELK(address.c_str(), {params, memory}); }
 
-    /** What the sequence does for one tag of @p node. */
+    /** Does what a read or write does for one tag of @p node. */
     bool Bind(Tag_VELK const& tag, int node) {
         ITag const* const tags[] = {&tag};
         return store.areReady(FileOf(node)) && store.provideTable(FileOf(node), tags) && store.bind(tag, node);
@@ -187,7 +187,7 @@ TEST_F(SymbolStoreTest, MissingVariableIsLookedUpOncePerFileOfItsNode) {
     Tag_VELK const missing = MakeTag("1?NO/SUCH?M?0?short");
     EXPECT_FALSE(Bind(missing, 1));
     ITag const* const tags[] = {&missing};
-    // Other nodes' files, and the node's own file loaded again for another tag, make no new search.
+    // Other nodes' files, and the node's own file loaded again for another tag, cause no new search.
     ASSERT_TRUE(Bind(MakeTag("2?A?M?0?short"), 2));
     std::filesystem::rename(dir.Path("1.sdb"), dir.Path("aside"));
     EXPECT_TRUE(store.provideTable(FileOf(1), tags)) << "the file is not looked at";

@@ -168,7 +168,7 @@ TEST_F(SymbolUploadTest, CountBeyondTheResponseIsRefused) {
 
 TEST_F(SymbolUploadTest, ResponseShorterThanItsHeadIsRefused) {
     for (std::size_t length = 0; length < 6; ++length) {
-        // What a good response left behind in the buffer must not be taken for this one.
+        // Bytes of an earlier good response in the buffer must not be taken for this one.
         Intel().Upload(Text("good"));
         EXPECT_NE(Fetch(), 0U);
         dir.Put("local.sdb", {});
@@ -249,7 +249,7 @@ TEST_F(SymbolUploadTest, FileThatCannotBeOpened) {
 }
 
 TEST_F(SymbolUploadTest, FileThatCannotBeWritten) {
-    // The device that is always full; small pieces fail only when the buffer goes out.
+    // The device that is always full; small pieces fail only when the buffer is written.
     struct stat info {};
     ASSERT_EQ(stat("/dev/full", &info), 0);
     node.BlockSize = 1460;
@@ -287,7 +287,7 @@ TEST_F(SymbolUploadTest, RefusedUploadIsAFailedCallOfTheLogin) {
     }
 }
 
-/** A PLC with a file of any size, which it hands over in pieces of one size. */
+/** A PLC with a file of any size, which it sends in pieces of one size. */
 class FileServerPort : public ScriptedPort {
 public:
     long long pieces = 0;

@@ -102,7 +102,7 @@ TEST_F(TagAddressTest, UnknownMemoryTypes) {
 }
 
 TEST_F(TagAddressTest, ModelOfAnotherNameHasNoMemoryTypes) {
-    // The model falls back to the first one, its memory types do not.
+    // An unknown model falls back to the first one, but its memory types do not.
     RemakeDriver();
     ASSERT_TRUE(driver->Config(ConfigText().Set("model", "intel").Build().c_str()));
     ExpectRefusal("1?A?M?0?short", "Can't access memory type");

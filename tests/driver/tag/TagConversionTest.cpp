@@ -3,7 +3,10 @@
 
 #include <string>
 
-/** The PLC's byte order around the conversions. Node 1 is "Intel", node 2 "Motorola", node 3 of another name. */
+/**
+ * The PLC's byte order together with the conversions. Node 1 is "Intel", node 2 "Motorola", node 3 has another model
+ * name.
+ */
 namespace {
 
 using namespace velktest;
@@ -29,14 +32,14 @@ protected:
         return plc;
     }
 
-    /** The move of @p type of a big-endian node, both ways. */
+    /** Converts @p type for a big-endian node, in both directions. */
     void ExpectBigEndian(std::string const& type, std::string_view plc, std::string_view value) {
         ITag const* const tag = Tag("2?A?M?0?" + type);
         EXPECT_EQ(ToHost(tag, Hex(plc)), Hex(value)) << type;
         EXPECT_EQ(ToPlc(tag, Hex(value)), Hex(plc)) << type;
     }
 
-    /** The move of @p type of a little-endian node changes nothing. */
+    /** Converting @p type for a little-endian node changes nothing. */
     void ExpectLittleEndian(std::string const& type, std::string_view bytes) {
         ITag const* const tag = Tag("1?A?M?0?" + type);
         EXPECT_EQ(ToHost(tag, Hex(bytes)), Hex(bytes)) << type;
@@ -187,7 +190,7 @@ TEST_F(TagConversionTest, LittleEndianNodesUseOneScratchOnly) {
 // --- a further configuration ---
 
 TEST_F(TagConversionTest, TagsFollowTheirNodesPresentByteOrder) {
-    ITag* const tag = Tag("3?A?M?0?short"); // the node has the general model
+    ITag* const tag = Tag("3?A?M?0?short"); // the node uses the general model
     ITag* const copy = tag->Clone();
     EXPECT_EQ(ToHost(tag, Hex("12 34")), Hex("12 34"));
     ASSERT_TRUE(driver->Config(ConfigText().Set("model", "Motorola").Build().c_str()));

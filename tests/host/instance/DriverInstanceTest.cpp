@@ -18,7 +18,7 @@ namespace {
 
 using Calls = std::vector<std::string>;
 
-/** A module whose every call is written down. */
+/** A module that records every call. */
 class FakeModule final : public IInterfaceFactory { // NOLINT(cppcoreguidelines-virtual-class-destructor)
 public:
     IInterface* CreateInterface(char const* name) override {

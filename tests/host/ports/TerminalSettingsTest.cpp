@@ -8,7 +8,7 @@
 namespace hosttest {
 namespace {
 
-/** A pseudo-terminal never takes over a parity: taken for a port with a line, it is one without parity. */
+/** A pseudo-terminal never accepts a parity, so it can act as a port with a line that does not support parity. */
 class TerminalSettings : public testing::Test {
 protected:
     base::Outcome apply(int parity, bool pseudoTerminal) const {

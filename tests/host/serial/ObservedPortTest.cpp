@@ -15,7 +15,7 @@ namespace {
 
 using Bytes = std::vector<unsigned char>;
 
-/** Writes down what it sees, a line an event. */
+/** Records what it observes, one line per event. */
 class Diary final : public host::PortObserver {
 public:
     void onFrame(host::PortFrame const& frame) override {
@@ -142,10 +142,10 @@ TEST(TrafficMeter, CountsBytesFramesAndExchanges) {
     auto const received = [&] { meter.onFrame({host::FrameDirection::Received, bytes, 0, 0}); };
     sent();
     received();
-    received(); // a second frame in answer to nothing
+    received(); // a second frame without a request
     sent();
     meter.onTimeout(0);
-    received(); // too late for the frame that timed out
+    received(); // too late for the request that timed out
     meter.onDropped(bytes, 0);
     meter.onFault("", 0);
     auto const& traffic = meter.traffic();

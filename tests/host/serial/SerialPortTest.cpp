@@ -29,7 +29,7 @@ namespace {
 
 using Bytes = std::vector<unsigned char>;
 
-constexpr int kLong = 60'000; ///< milliseconds; no test waits for it, one that did would be seen
+constexpr int kLong = 60'000; ///< milliseconds; no test waits this long; one that did would be noticed
 
 Bytes allBytes() {
     Bytes bytes(256);
@@ -138,7 +138,7 @@ TEST_F(SerialPort, ADeadPortAnswersFaultsAtOnceAndKeepsTheReason) {
     EXPECT_EQ(textOf(report.lastFault), reason);
 }
 
-/** What a user's wish to end is: a descriptor that can be read from then on. */
+/** A user's request to stop: a descriptor that becomes readable. */
 class Interruption {
 public:
     Interruption() : event_(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)) { EXPECT_TRUE(event_.isOpen()); }
@@ -203,7 +203,7 @@ TEST_F(SerialPort, PurgeTakesOutWhatIsThereAndEnds) {
     ASSERT_NE(read(1, kLong, kLong), 0);
     int removed = 0;
     int calls = 0;
-    // The kernel hands the bytes over in pieces of its own: wait until all were seen, with a bound.
+    // The kernel passes the bytes on in pieces of its choice: wait until all were seen, but not for ever.
     while (removed < 1999 && calls < 1'000'000) {
         int const now = port.Purge(buffer.data(), 0, 0);
         EXPECT_LE(now, 1460);
@@ -421,7 +421,7 @@ TEST(PseudoTerminal, IsToldFromEverythingElse) {
     EXPECT_FALSE(host::isPseudoTerminal(-1));
 }
 
-/** Says when the reader has begun to wait. */
+/** Reports when the reader has begun to wait. */
 class WatchedLine final : public host::DescriptorLine {
 public:
     using DescriptorLine::DescriptorLine;

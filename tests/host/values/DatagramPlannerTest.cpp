@@ -17,7 +17,7 @@ protected:
         return tags.back();
     }
 
-    /** The plan as text: "1[0 2] 2[1]"; a "!" behind a tag that has to go through a single call. */
+    /** The plan as text: "1[0 2] 2[1]"; a "!" after a tag that needs a single call. */
     std::string plan(host::Purpose purpose = host::Purpose::Read) {
         std::string text;
         for (auto const& datagram : host::planDatagrams(protocol, list, purpose)) {

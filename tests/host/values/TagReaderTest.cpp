@@ -23,7 +23,7 @@ protected:
         return tags.back();
     }
 
-    /** "good 1 2", "-4 Timeout on Acknowledge" for what the driver said, or "the tag is read-only" of the host. */
+    /** "good 1 2", "-4 Timeout on Acknowledge" for the driver's failures, or "the tag is read-only" for the host's. */
     static std::string shown(host::TagResult const& result) {
         if (!result.good) {
             EXPECT_TRUE(result.value.empty());

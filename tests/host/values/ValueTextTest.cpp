@@ -12,7 +12,7 @@ namespace {
 
 using Bytes = std::vector<unsigned char>;
 
-/** A number's bytes as this machine keeps them. */
+/** A number's bytes in this machine's representation. */
 template <typename Number>
 Bytes bytesOf(std::initializer_list<Number> numbers) {
     Bytes bytes(numbers.size() * sizeof(Number));
@@ -33,7 +33,7 @@ std::string refusal(base::Result<Bytes> const& result) {
     return result.ok() ? "accepted" : result.failure().text;
 }
 
-/** The bytes for a text, or a text that shows in the test's report why there are none. */
+/** The bytes for a text, or, in the test's report, a text that says why there are none. */
 Bytes parse(std::string_view text, ICU_Type type, std::size_t length) {
     auto const bytes = host::parseValue(text, type, length);
     EXPECT_TRUE(bytes.ok()) << refusal(bytes);

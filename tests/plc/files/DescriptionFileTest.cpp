@@ -286,7 +286,7 @@ TEST(LineFile, ComplaintsNameTheirPlace) {
     EXPECT_EQ(station("[station.program]\nproject = 1"), "l.toml:4:1: there is no 'project' in [program]");
 }
 
-/** A folder that goes with the test. */
+/** A folder that is removed with the test. */
 class InFolder : public testing::Test {
 protected:
     void write(std::string const& name, std::string_view text) const { std::ofstream(folder / name) << text; }

@@ -11,7 +11,7 @@ using plc::Cause;
 using plctest::Hex;
 using plctest::operator+;
 
-/** Keeps what the reader makes of the bytes, one line a frame. */
+/** Records the reader's results, one line per frame. */
 class Kept : public plc::FrameHandler {
 public:
     void onBlock(plc::BlockReceived const& block, plc::Micros /*now*/) override {

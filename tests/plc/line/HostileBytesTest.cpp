@@ -9,7 +9,7 @@ namespace {
 using namespace std::chrono_literals;
 using namespace plctest;
 
-/** Frames that a panel sends, to be spoilt. */
+/** Frames of a panel, to be corrupted. */
 std::vector<plc::Bytes> GoodFrames() {
     std::vector<plc::Bytes> frames;
     for (std::string_view const frame : {kLinkCheck, kLogin, kLogout, kAck0, kAck1, kAck2, kEmptyRead}) {
@@ -22,7 +22,7 @@ std::vector<plc::Bytes> GoodFrames() {
     return frames;
 }
 
-/** Makes the checksum of a bare block frame right again, so that what lies behind it is reached. */
+/** Corrects the checksum of a bare block frame, so that the checks after it are reached. */
 void MendChecksum(plc::Bytes& frame) {
     if (frame.size() < 8) {
         return;

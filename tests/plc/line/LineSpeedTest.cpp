@@ -99,7 +99,7 @@ TEST(WrongSpeed, TheSameSpeedGivesTheSameBytes) {
 TEST(WrongSpeed, AReceiverTwiceAsFastSeesEveryBitTwice) {
     // FF is one low bit and then high: twice as fast it is a start bit and one low data bit, FE.
     EXPECT_EQ(Show(plc::heardAt(19'200, Hex("FF"), 9'600)), "FE");
-    // 00 is low for nine bits: all eight data bits and the stop bit are low; what is left of it is no new edge.
+    // 00 is low for nine bits: all eight data bits and the stop bit are low; the rest of it has no new edge.
     EXPECT_EQ(Show(plc::heardAt(19'200, Hex("00"), 9'600)), "00");
     // 55 is 0 1010 1010 1 on the line. Its first four and a half bits are a start bit and 0 11 00 11 0, which is 66;
     // its seventh bit is the next start bit, and what follows it is 0 11 00 111, which is E6.

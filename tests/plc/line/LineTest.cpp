@@ -19,7 +19,7 @@ std::string ComplaintAboutLine(plc::LineDescription const& description) {
     }
 }
 
-/** Two stations: "near" behind no coupler, little-endian, and "far" behind one, big-endian with blocks of 256. */
+/** Two stations: "near" without a coupler, little-endian, and "far" behind one, big-endian with blocks of 256. */
 plc::LineDescription TwoStations() {
     plc::StationDescription near = OneStation();
     near.name = "near";
@@ -76,7 +76,7 @@ TEST(SeveralStations, WrongHeadersAreCountedWhereTheyBelong) {
     Panel panel(line);
     // The far station with the near one's block size.
     EXPECT_EQ(panel.say(To("4F 80 00 10 14 01 02 03 04 00 00 00 00 00 00 00 00 00 00", kLinkCheck)), "");
-    // Nobody's address.
+    // An address of no station.
     panel.now += 1s;
     EXPECT_EQ(panel.say(To("4F 00 01 10 14 01 02 03 05 00 00 00 00 00 00 00 00 00 00", kLinkCheck)), "");
     panel.hearAfter(1s);

@@ -32,7 +32,7 @@ public:
         ASSERT_EQ(::write(port_.get(), bytes.data(), bytes.size()), static_cast<ssize_t>(bytes.size()));
     }
 
-    /** Waits until so many bytes have come; gives up after a time that no working server needs. */
+    /** Waits until this many bytes have arrived; gives up after more time than a working server needs. */
     [[nodiscard]] std::string read(std::size_t count) const {
         plc::Bytes heard;
         pollfd port{.fd = port_.get(), .events = POLLIN, .revents = 0};
@@ -124,7 +124,7 @@ TEST_F(Served, PassesEveryByteAsItIs) {
     // 256 bytes of area 0: AA + AA + 14 + 01 + 01 + 2E + 01 + 01 + 01 = 19B; blocks of 120, 120 and 23 bytes.
     EXPECT_EQ(client.say("AA AA 14 00 01 00 9B 01 2E 00 01 00 00 00 00 00 00 00 00 00 00 01 00 00 01 00 00 00", 6),
               kAck1);
-    // Three characters a byte: 8 bytes of header in front of each block, and 7 of the reply in the first.
+    // Three characters a byte: 8 bytes of header before each block, and 7 of the reply in the first.
     std::string values = client.say(kAck0, 128).substr(45) + " ";
     values += client.say(kAck1, 128).substr(24) + " ";
     values += client.say(kAck2, 31).substr(24);
@@ -158,7 +158,7 @@ TEST(FdServer, NoDescriptorIsAnError) {
     EXPECT_THROW(plc::makeRaw(-1), std::system_error);
 }
 
-/** Silence and time-outs run by the clock, without anyone sending. */
+/** Silence and time-outs end by the clock alone, without bytes from the panel. */
 class Impatient : public Served {
 protected:
     Impatient() : Served(Description()) {}
@@ -172,7 +172,7 @@ protected:
 
 TEST_F(Impatient, TimersAndPaceRunByTheClock) {
     Client const client(terminal.slaveName());
-    // The frame behind the garbage is found when the line has been silent; its acknowledge is delayed and paced.
+    // The frame after the garbage is found when the line has been silent; its acknowledge is delayed and paced.
     EXPECT_EQ(client.say("00 AA AA 09 00 01 00 52 01 42 E0 20 26 29 00 00 5D 05", 6), kAck1);
 }
 
@@ -227,7 +227,7 @@ TEST(FdServerAsAWire, TheAnswerIsNotUnderstoodEither) {
     SetClientSpeed(client, B9600);
     client.write(Hex(kLinkCheck));
     while (server.locked([](plc::Line& locked) { return !locked.nextDeadline(); })) {
-        std::this_thread::yield(); // until the acknowledge is on its way
+        std::this_thread::yield(); // until the acknowledge is being sent
     }
     SetClientSpeed(client, B19200);
     std::string const heard = client.read(1);

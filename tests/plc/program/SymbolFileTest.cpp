@@ -46,10 +46,10 @@ TEST(SymbolFile, StructureAndArray) {
                              {.name = "PLC_PRG.Data", .type = "ARRAY [1..3] OF INT"}};
     plc::Bytes const types = Hex("04 00 00 00 16 00 00 00 02 00 00 00 02 00 00 00 04 00") + Name("INT") +
                              Hex("04 00 00 00 17 00 00 00 00 00 00 00 01 00 00 00 05 00") + Name("BOOL") +
-                             // class 11, 4 bytes, behind the name the number of members
+                             // class 11, 4 bytes, after the name the number of members
                              Hex("04 00 00 00 1B 00 00 00 0B 00 00 00 04 00 00 00 05 00") + Name("PUMP") +
                              Hex("02 00 00 00") +
-                             // class 9, 6 bytes, behind the name: element type 0, one dimension, 1 to 3
+                             // class 9, 6 bytes, after the name: element type 0, one dimension, 1 to 3
                              Hex("04 00 00 00 36 00 00 00 09 00 00 00 06 00 00 00 14 00") +
                              Name("ARRAY [1..3] OF INT") + Hex("00 00 00 00 01 00 00 00 01 00 00 00 03 00 00 00");
     plc::Bytes const variables =
@@ -94,7 +94,7 @@ TEST(SymbolFile, PlaceholdersShiftTheElementTypeToo) {
     description.variables = {{.name = "v", .type = "ARRAY [0..1] OF INT"}};
     description.symbolFile.placeholders = true;
     plc::Bytes const file = FileOf(description);
-    // 16 + 16 + 22 (placeholder) + 22 (INT) + 18 + 20 (name) bytes stand before the element type.
+    // 16 + 16 + 22 (placeholder) + 22 (INT) + 18 + 20 (name) bytes come before the element type.
     EXPECT_EQ(Show(plc::ByteView(file).subspan(114, 4)), "01 00 00 00");
 }
 

@@ -12,7 +12,7 @@ using namespace plctest;
 using plc::BehaviourDescription;
 using plc::BehaviourKind;
 
-/** A line with one station of that program; its time starts at 0. */
+/** A line with one station that runs the program; its time starts at 0. */
 class Moving {
 public:
     explicit Moving(std::string_view program) : line_(description(plc::readProgramText(program, "p.toml"))) {
@@ -159,7 +159,7 @@ TEST(Behaviour, WhatIsBeyondTheTypeStopsAtItsEnd) {
                    "{ name = 'v', type = 'USINT', behaviour = { kind = 'follow', source = 'set', factor = 1e10 } },\n"
                    "{ name = 'w', type = 'USINT', behaviour = { kind = 'follow', source = 'set', factor = -1 } }]");
     EXPECT_EQ(program.at<unsigned>(100ms, "w"), 0U);
-    EXPECT_EQ(program.at<unsigned>(100ms, "v"), 0U); // endless is no number: the lowest one
+    EXPECT_EQ(program.at<unsigned>(100ms, "v"), 0U); // infinity does not fit: the lowest value
     program.line().station().setValue("set", 1e6);
     EXPECT_EQ(program.at<unsigned>(200ms, "v"), 255U);
 }

@@ -21,7 +21,7 @@ class Plan : public testing::Test {
 protected:
     Plan() : reporter(&recorder, 1), plan(1, {}, {reporter, 0}) {}
 
-    /** One letter a chance: x for a strike. */
+    /** One letter per chance: x when the rule acts. */
     std::string chances(FaultKind kind, int count) {
         std::string text;
         for (int i = 0; i < count; ++i) {
@@ -106,13 +106,13 @@ TEST(CauseNames, EveryCauseHasOne) {
     EXPECT_TRUE(isComplaint(Cause::kNoOpenFile));
 }
 
-/** A bare line whose station misbehaves in one way at the first chance. */
+/** A bare line whose station shows one fault at the first chance. */
 class Misbehaving {
 public:
     explicit Misbehaving(FaultRule fault, plc::StationDescription station = OneStation())
         : line(BareLine(std::move(station), Once(std::move(fault)))), panel(line) {}
 
-    /** The station's three frames of a link check, each after what the panel says in turn. */
+    /** The station's three frames of a link check, each after what the panel sends. */
     std::string linkCheck() {
         std::string said = panel.say(kLinkCheck) + " | ";
         said += panel.say(kAck0) + " | ";
@@ -134,7 +134,7 @@ std::string LinkCheckWith(FaultRule fault) {
     Misbehaving plc(std::move(fault));
     std::string const bad = plc.linkCheck();
     plc.panel.now += 2s;
-    // The station is itself again in the next exchange.
+    // The station works correctly again in the next exchange.
     EXPECT_EQ(plc.linkCheck(), kGoodLinkCheck);
     return bad;
 }
@@ -261,7 +261,7 @@ TEST(Fault, ReplyOfAnotherLength) {
 
 class BadQuality : public testing::Test {
 protected:
-    /** The reply to a read of area 0: byte 0, byte 2 and bit 8, behind the status. */
+    /** The reply to a read of area 0: byte 0, byte 2 and bit 8, after the status. */
     static std::string Read(FaultRule fault) {
         plc::StationDescription station = OneStation();
         station.program.variables = {{.name = "a", .type = "BYTE", .value = 0x11},

@@ -106,7 +106,7 @@ TEST(Link, TurnaroundWithoutARequestIsNotAnswered) {
     Panel panel(line);
     EXPECT_EQ(panel.say(kAck0), "");
     EXPECT_EQ(line.counters().of(Cause::kUnexpectedAck), 1U);
-    // Nor is one in the middle of a request.
+    // Nor is an acknowledge in the middle of a request.
     ASSERT_EQ(panel.say(Hex("AA AA 78 00 01 00 4C 00 7F") + Zeros(119)), kAck1);
     EXPECT_EQ(panel.say(kAck0), "");
     EXPECT_EQ(line.counters().of(Cause::kUnexpectedAck), 2U);
@@ -179,7 +179,7 @@ TEST(Link, WaitsFromTheEndOfItsOwnFrameOn) {
     Panel panel(line);
     EXPECT_EQ(panel.say(kLinkCheck), "");
     EXPECT_EQ(panel.hearAfter(6ms), kAck1);
-    // The acknowledge was out after 6 ms; the panel has until 16 ms.
+    // The acknowledge was sent after 6 ms; the panel has until 16 ms.
     EXPECT_EQ(panel.hearAfter(9'999us), "");
     EXPECT_EQ(line.counters().of(Cause::kExchangeTimeout), 0U);
     EXPECT_EQ(panel.hearAfter(1us), "");

@@ -141,7 +141,7 @@ TEST_F(LoggedInBig, ReadListInBigEndianNumbers) {
     program.memory.area(0)[2] = 0x11;
     program.memory.area(0)[3] = 0x22;
     EXPECT_EQ(ask("2E 00 00 00 00 01 | 00 00 00 00 00 02 00 00 00 02 | 12 34 56 78"), "00 00 00 00 00 00 01 11 22");
-    // The little-endian request is not understood: its one item would be 0x01000000 items.
+    // The little-endian request is wrong here: its one item is read as 0x01000000 items.
     EXPECT_EQ(ask("2E 00 01 00 00 00 | 00 00 02 00 00 00 02 00 00 00 | 78 56 34 12"), "00 03");
     EXPECT_EQ(lastCause(), Cause::kListRequest);
 }
@@ -207,7 +207,7 @@ TEST_F(LoggedInLittle, WriteListStoresBytesAndBits) {
     program.memory.area(0)[2] = 0xF0;
     EXPECT_EQ(ask("3C 00 03 00 00 00"
                   "| 00 00 04 00 00 00 02 00 00 00 | 11 22"
-                  "| 00 00 0D 00 00 00 00 00 00 00 | FF" // bit 13: only bit 5 of byte 1 is taken
+                  "| 00 00 0D 00 00 00 00 00 00 00 | FF" // bit 13: only bit 5 of byte 1 is written
                   "| 00 00 15 00 00 00 00 00 00 00 | DF" // bit 21: bit 5 of byte 2, which is 0
                   "| 78 56 34 12"),
               "00 00");

@@ -274,7 +274,7 @@ TEST(CfgLookup, NamesThatNoEntryCanHaveAreSearchedInTheText) {
 
 TEST(CfgLookup, FirstOfManyEntriesOfOneNameCounts) {
     std::string text = "CfgVer=1";
-    for (int i = 0; i < 300; ++i) { // so many that no sort leaves them in order by chance
+    for (int i = 0; i < 300; ++i) { // enough entries that no sort leaves them in order by chance
         text += " z=" + std::to_string(i) + " a=" + std::to_string(i) + " m=" + std::to_string(i);
     }
     EXPECT_EQ(lookup(text, "a"), "0");

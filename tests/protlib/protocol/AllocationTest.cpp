@@ -127,7 +127,7 @@ TEST(MemoryShortage, CreateTagDoesNotThrowAndLosesNoTag) {
             wasRefused = AllocationGate::Refused();
         }
         EXPECT_EQ(tag == nullptr, wasRefused && driver.created.empty()) << refused;
-        // Whoever holds the tag now destroys it once.
+        // The present owner of the tag destroys it once.
         driver.DeleteTags();
         EXPECT_EQ(driver.deletions.size(), 1U) << refused;
     }

@@ -32,10 +32,10 @@ public:
     bool converted = false;
 };
 
-/** What a command left in the reply buffer. */
+/** The reply buffer after a command. */
 struct Reply {
     bool known = false;
-    std::string bytes; ///< the whole buffer; where nothing was written it holds guards
+    std::string bytes; ///< the whole buffer; guard bytes where nothing was written
     std::string text;  ///< up to the first zero or guard
 };
 
@@ -372,7 +372,7 @@ struct Banner : testing::Test {
         piSocketFactory = nullptr;
     }
 
-    /** GetInfo() into a guarded buffer: the text, without a zero behind it. */
+    /** GetInfo() into a guarded buffer: the text, without a zero after it. */
     std::string info(int size = 1000) {
         std::string buffer(static_cast<std::size_t>(std::max(size, 0)) + 16, kGuard);
         int const length = driver.GetInfo(buffer.data(), size);
@@ -512,7 +512,7 @@ TEST_F(Console, RandomLinesStayInsideTheirBuffer) {
         for (int i = number(random) % 7; i > 0; --i) {
             command += pieces[piece(random)];
         }
-        // A tag is on offer only sometimes; the line decides whether it is taken.
+        // A tag is offered only sometimes; the line decides whether it is used.
         std::unique_ptr<TestTag> left;
         TestTag* offered = nullptr;
         if (number(random) % 2 == 0) {

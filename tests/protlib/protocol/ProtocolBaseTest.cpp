@@ -563,7 +563,7 @@ TEST(ReadTag, FailedBitReadKeepsTheDriversError) {
 
 // --- datagrams ---
 
-/** A tag that tells when its packed length is asked for. */
+/** A tag that records requests for its packed length. */
 class SizedTag : public TestTag {
 public:
     SizedTag(std::vector<std::string>& log, std::string title, int packedLength)
@@ -579,7 +579,7 @@ private:
     int packed_;
 };
 
-/** A driver with datagrams that notes what it is asked. */
+/** A driver with datagrams that records its calls. */
 class DatagramDriver : public TestDriver {
 public:
     bool CanCoexistInDatagram(ITag const* a, ITag const* b) const override {

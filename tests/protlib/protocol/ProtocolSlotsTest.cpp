@@ -8,7 +8,7 @@
 
 namespace {
 
-/** Overrides every operation and notes which one was called; the base's own body never runs. */
+/** Overrides every operation and records which one was called; the base's own body never runs. */
 class SlotDriver : public ProtocolBase {
 public:
     ~SlotDriver() override { called = "destructor"; }
@@ -105,7 +105,7 @@ struct ProtocolSlots : testing::Test {
     using Tag = ITag const*;
     using Tags = ITag const* const*;
 
-    /** Calls a slot and answers the name of the operation that stood there. */
+    /** Calls a slot and returns the name of its operation. */
     template <typename Result, typename... Arguments>
     std::string at(std::size_t slot, Arguments... arguments) {
         SlotDriver::called = "nothing";
@@ -122,7 +122,7 @@ struct ProtocolSlots : testing::Test {
     Tag oneTag = &tag;
     unsigned char byte = 0;
     idal_error_t status = 0;
-    long answer = 0; ///< of the last slot that answers a number
+    long answer = 0; ///< result of the last called slot that returns a number
 
 private:
     static long asNumber(int value) { return value; }

@@ -124,7 +124,7 @@ TEST(TagConvert, ConversionsOfBitsWorkOnTheUnpackedBits) {
     EXPECT_EQ(convert(bitTag(2, 7, {"inv"}), Hex("01 00"), Hex("80 00"), kTowardsPlc), Hex("00 01"));
 }
 
-/** A tag whose value is not as long on both sides. */
+/** A tag whose value has different lengths on the two sides. */
 class UnevenTag : public TestTag {
 public:
     UnevenTag(int hostLength, int plcLength) : TestTag(ICU_BINARY, ICU_UNSIGNED_BYTE, hostLength), packed(plcLength) {}
@@ -167,7 +167,7 @@ TEST(TagConvert, SourceAndDestinationMayBeTheSameBytes) {
 
 // --- the list of conversions ---
 
-/** Notes which conversions are asked for, and can refuse one. */
+/** Records which conversions are requested, and can refuse one. */
 class RecordingTag : public TestTag {
 public:
     using TestTag::TestTag;
@@ -272,7 +272,7 @@ TEST(TagConversionList, MixedListIsUndoneExactly) {
     EXPECT_EQ(convert(tag, host, Hex("00 00 00 00"), kTowardsPlc), Hex("56 78 12 34"));
 }
 
-/** A driver's tag that puts its own step around the common one. */
+/** A driver's tag that adds its own step to the common one. */
 class OverridingTag : public TestTag {
 public:
     using TestTag::TestTag;
@@ -297,7 +297,7 @@ TEST(TagConvert, ConvertVariableUsesTheDriversConvert) {
 
 // --- slots ---
 
-/** Notes which operation was called; the answers differ, so that no two slots can be mistaken for each other. */
+/** Records which operation was called; the results differ, so that no two slots can be confused. */
 class SlotTag : public TagBase {
 public:
     ~SlotTag() override { called = "destructor"; }

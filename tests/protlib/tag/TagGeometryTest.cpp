@@ -105,7 +105,7 @@ TEST(TagGeometry, PositionsBeyondAnIntAreExact) {
     TestTag const bits = tagAt(ICU_BOOLEAN_ARRAY, ICU_BOOLEAN, 2147483647, 2147483647, 7);
     EXPECT_EQ(ProtUtilsN::getStartingBitExact(&bits), 17179869183LL);
     EXPECT_EQ(ProtUtilsN::getEndingBitExact(&bits), 19327352830LL);
-    // The int answers must at least not overflow.
+    // The int results must at least not overflow.
     EXPECT_EQ(ProtUtilsN::getStartingBit(&far), 2147483647);
     EXPECT_EQ(ProtUtilsN::getEndingBit(&wide), 2147483647);
 }

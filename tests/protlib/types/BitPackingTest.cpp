@@ -10,7 +10,7 @@ namespace {
 using Bytes = std::vector<unsigned char>;
 
 Bytes unpack(Bytes const& packed, int startBit, int count) {
-    // One byte more than asked for, to see that nothing is written behind.
+    // One byte more than asked for, to see that nothing is written after the end.
     Bytes bits(static_cast<std::size_t>(count) + 1, 0xEE);
     ProtUtilsN::UnpackBits(bits.data(), packed.data(), startBit, count);
     EXPECT_EQ(bits.back(), 0xEE);

@@ -50,7 +50,7 @@ TEST(MemoryType, SettersStoreWhatTheyAreGiven) {
     EXPECT_EQ(type.getBlockWriteCount(), 12);
 }
 
-/** The eight flags in one number, so that a setter that changes a neighbour shows. */
+/** The eight flags in one number, so that a setter that changes another flag is noticed. */
 unsigned flagsOf(MemoryType const& type) {
     return (type.isSwap2() ? 1U : 0U) | (type.isSwap4() ? 2U : 0U) | (type.isBitWrite() ? 4U : 0U) |
            (type.isBitArrayWrite() ? 8U : 0U) | (type.isReadOnly() ? 16U : 0U) | (type.isWriteOnly() ? 32U : 0U) |

@@ -60,7 +60,7 @@ struct Result {
     Bytes bytes;
 };
 
-/** Applies one keyword to a value of the type; the length of the value is the tag's. */
+/** Applies one keyword to a value of the type; the length of the value is that of the tag. */
 Result apply(char const* keyword, Type type, std::string_view value, bool towardsPlc) {
     Bytes bytes = Hex(value);
     TestTag const tag(type.type, type.item, static_cast<int>(bytes.size()));
@@ -363,7 +363,7 @@ TEST(Neg, SixtyFourBitIntegersOfBothSigns) {
     }
 }
 
-/** @p bytes with @p count elements behind them, each the @p element. */
+/** @p bytes followed by @p count elements, each the @p element. */
 Bytes repeated(std::string_view element, int count, Bytes bytes = {}) {
     Bytes const one = Hex(element);
     for (int i = 0; i < count; ++i) {
