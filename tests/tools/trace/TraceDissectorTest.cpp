@@ -56,7 +56,7 @@ protected:
     /** Columns of every packet, "|" between them. */
     std::string columns(std::string const& fields, std::string const& more = "") {
         std::ofstream(folder_ / "trace.pcapng", std::ios::binary) << bytes_;
-        // In a home directory of its own: the user's settings are none of the test's business.
+        // In a separate home directory: the user's settings must not matter.
         return OutputOf("HOME='" + folder_.string() + "' tshark -X lua_script:" VELK_DISSECTOR " -r '" +
                         (folder_ / "trace.pcapng").string() + "' " + more + " -T fields -E separator='|' " + fields +
                         " 2>'" + (folder_ / "errors").string() + "'");

@@ -17,7 +17,7 @@ using velk::trace::statusText;
 
 using Faults = std::vector<std::string>;
 
-/** What is behind the 8 bytes of a block's header. */
+/** What follows the 8 bytes of a block's header. */
 Bytes Payload(std::string_view frame) {
     Bytes const bytes = Hex(frame);
     return {bytes.begin() + 8, bytes.end()};

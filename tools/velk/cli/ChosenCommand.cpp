@@ -24,7 +24,7 @@ void append(std::string& line, std::span<std::string const> words) {
     }
 }
 
-/** A flag where a command is expected: either it belongs behind one, or there is none such. */
+/** A flag where a command is expected: either it belongs after one, or it does not exist. */
 [[noreturn]] void refuseFlag(ChosenCommand const& at) {
     auto const& words = at.words;
     std::string const name = flagName(words.front());

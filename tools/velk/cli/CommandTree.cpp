@@ -53,7 +53,7 @@ std::unique_ptr<Command const> makeCommandTree(Context& context) {
         Command{.name = "velk",
                 .description = "Variables of a PLC by name, over its serial line",
                 .flags = {flag("-V,--version", {}, "Print the versions of velk and of the driver module", {})}});
-    // In the order in which somebody at a machine needs them.
+    // In the order in which a user at a machine needs them.
     root->commands = {portsCommand(context),      initCommand(context),    checkCommand(context),
                       symbolsCommand(context),    readCommand(context),    writeCommand(context),
                       watchCommand(context),      consoleCommand(context), traceCommand(context),

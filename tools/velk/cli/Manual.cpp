@@ -47,7 +47,7 @@ void replaceAll(std::string& text, std::string const& mark, std::string const& c
     }
 }
 
-/** What counts where nothing else is said, by the marks for it. */
+/** The defaults, by their marks in the template. */
 std::map<std::string, std::string> usualSettings() {
     host::DriverConfig const line;
     host::NodeSettings const& node = line.nodes;

@@ -61,7 +61,7 @@ base::Result<std::string> addressOf(NamedTag const& tag, Settings const& setting
         {node, tag.variable, access.value().addressSpace, tag.offset.value_or("0"), access.value().dataType});
 }
 
-/** What the driver itself says to the configuration and the tags; nothing goes over a line. */
+/** The driver's own check of the configuration and the tags; no line is used. */
 class DriverOpinion {
 public:
     static base::Result<std::vector<std::string>> ask(std::filesystem::path const& module, Settings const& settings) {

@@ -17,7 +17,7 @@ Command traceCommand(Context& context) {
     auto const run = [&context, options, words] {
         auto const isTraced = wantTrace(context, options);
         ExitCode const code = context.runCommandLine(*words);
-        if (!isTraced() && code != ExitCode::Usage) { // else the reason was told
+        if (!isTraced() && code != ExitCode::Usage) { // else the reason was printed
             context.terminal.complain("nothing is traced: no line was used");
         }
         return code;

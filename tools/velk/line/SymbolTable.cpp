@@ -34,7 +34,7 @@ base::Result<SymbolTable> SymbolTable::load(std::filesystem::path const& file) {
     }
     std::vector<Variable> variables;
     for (_VELK::Symbol const& symbol : symbols.symbols().all()) {
-        if (*symbol.name != '\0') { // else a record that describes no variable
+        if (*symbol.name != '\0') { // else the record does not describe a variable
             variables.push_back({symbol.name, symbol.typeName, symbol.area, symbol.offset, symbol.size});
         }
     }

@@ -17,7 +17,7 @@
 namespace velk {
 namespace {
 
-/** Whether "192.168.0.1" is written right. */
+/** Whether a text has the form of 192.168.0.1. */
 bool isAddress(std::string_view text) {
     int parts = 0;
     while (true) {
@@ -39,7 +39,7 @@ bool isAddress(std::string_view text) {
 
 using base::TomlSection;
 
-/** Reads one project file; what is wrong is complained about, and reading goes on. */
+/** Reads one project file; reports what is wrong and continues. */
 class Reader {
 public:
     explicit Reader(std::filesystem::path folder) : folder_(std::move(folder)) {
@@ -229,7 +229,7 @@ void Reader::readTagType(TomlSection& section, NamedTag& tag) {
     if (section.has("type") && !bit) {
         if (base::Result<DriverType> const type = parseDriverType(tag.type); !type.ok()) {
             section.complain("type", type.failure().text);
-            return; // what becomes of no type needs no word
+            return; // a missing type needs no message
         }
     }
     if (!conversions || conversions->empty()) {

@@ -12,7 +12,7 @@
 namespace velk {
 namespace {
 
-/** "key = value", with the comment behind it in the column of all comments. */
+/** "key = value", with its comment in the column of all comments. */
 std::string entry(std::string const& key, std::string const& value, std::string const& comment) {
     constexpr std::size_t kColumn = 24;
     std::string const line = key + " = " + value;
@@ -63,7 +63,7 @@ std::string levelEntries(std::string const& mark, char const* level, std::string
            entry(mark + "address" + level, tomlText(address), "the one behind the coupler");
 }
 
-/** Belongs to the station above it; what is not needed is there as a comment. */
+/** Belongs to the station above it; what is not needed is written as a comment. */
 std::string routingEntries(host::NodeSettings const& nodes) {
     std::string const mark = nodes.routingLevels == 0 ? "# " : "";
     std::string text =

@@ -5,7 +5,7 @@
 namespace velk::trace {
 namespace {
 
-/** The longest payload that either side takes. */
+/** The longest payload that either side accepts. */
 constexpr std::size_t kLongestPayload = 75'000;
 
 } // namespace
@@ -85,7 +85,7 @@ void Conversation::onAcknowledge(Way way, Frame& frame) const {
     }
 }
 
-/** Both sides of a line have to speak in the same byte order. */
+/** Both sides of a line must use the same byte order. */
 void Conversation::compareOrders(Way way, Frame& frame) const {
     auto const panels = orders_.find(Way::ToPlc);
     if (way == Way::FromPlc && frame.orderIsCertain && panels != orders_.end() && panels->second != frame.order) {
@@ -94,7 +94,7 @@ void Conversation::compareOrders(Way way, Frame& frame) const {
     }
 }
 
-/** The next exchange may be with another station, which has an order of its own. */
+/** The next exchange may be with another station, which has its own byte order. */
 void Conversation::learnOrder(Way way, Frame const& frame) {
     if (frame.kind == FrameKind::Closing) {
         orders_.clear();

@@ -40,7 +40,7 @@ Routing decodeRouting(ByteView header) {
     return routing;
 }
 
-/** The order in which the numbers at an offset make @p wanted, when it is one of the two only. */
+/** The order in which the numbers at an offset make @p wanted, when only one of the two does. */
 std::optional<ByteOrder> orderThatGives(ByteView bytes, std::size_t offset, std::size_t wanted) {
     bool const little = plc::loadOrdered<std::uint16_t>(bytes, offset, ByteOrder::kLittle) == wanted;
     bool const big = plc::loadOrdered<std::uint16_t>(bytes, offset, ByteOrder::kBig) == wanted;
@@ -109,7 +109,7 @@ void decodeAcknowledge(Frame& frame, ByteView bytes, Way way, std::optional<Byte
     }
 }
 
-/** Takes a routing header off the bytes. False when that is all there is to say. */
+/** Removes a routing header from the bytes. False when nothing is left to decode. */
 bool takeRouting(Frame& frame, ByteView& bytes, Way way) {
     if (bytes.size() < plc::kRoutingHeaderSize) {
         frame.faults.push_back(fmt::format("a routing header stops after {} bytes", bytes.size()));

@@ -18,7 +18,7 @@ bool isFrame(trace::Frame const& frame) {
     return frame.kind != trace::FrameKind::Unknown;
 }
 
-/** What was sent stands at the front of what came. */
+/** The reply begins with the bytes that were sent. */
 bool isEcho(LastWords const& lastWords) {
     if (lastWords.sent.empty() || lastWords.came.empty()) {
         return false;
@@ -28,7 +28,7 @@ bool isEcho(LastWords const& lastWords) {
            std::equal(lastWords.sent.begin(), lastWords.sent.end(), first.begin());
 }
 
-/** What frames say by their outside alone; nothing when they are as they have to be. */
+/** What framing and byte order alone show; nothing when they are as expected. */
 std::optional<Symptom> frameSymptom(trace::Frame const& frame, CheckedSettings const& settings) {
     if (frame.routing && frame.routing->status != 0) {
         return Symptom::Routing;
@@ -45,7 +45,7 @@ std::optional<Symptom> frameSymptom(trace::Frame const& frame, CheckedSettings c
     return frame.faults.empty() ? std::nullopt : std::optional(Symptom::Damaged);
 }
 
-/** From the frames behind the one that was sent last. */
+/** From the frames after the one that was sent last. */
 std::optional<Symptom> lastWordsSymptom(LastWords const& lastWords, CheckedSettings const& settings) {
     if (isEcho(lastWords)) {
         return Symptom::Echo;
@@ -259,7 +259,7 @@ std::array<std::string, 3> likelyCauses(CheckStep failed, Symptom symptom, Check
 
 std::vector<std::string> lastWordsText(LastWords const& lastWords, CheckedSettings const& settings) {
     auto const shown = [](plc::Bytes const& bytes) {
-        constexpr std::size_t kMostBytes = 64; // of a frame that is shown
+        constexpr std::size_t kMostBytes = 64; // shown of a frame
         std::string text = trace::hexText(plc::ByteView(bytes).first(std::min(bytes.size(), kMostBytes)));
         return bytes.size() > kMostBytes ? fmt::format("{} ... ({} bytes)", text, bytes.size()) : text;
     };

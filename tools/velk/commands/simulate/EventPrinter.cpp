@@ -26,7 +26,7 @@ std::string stationName(int station, std::vector<std::string> const& names) {
     return station == plc::kNoStation || position >= names.size() ? "-" : names[position];
 }
 
-/** The causes that are always in the line of counts; the others only when they occurred. */
+/** The causes that are always counted in the line; the others only when they occurred. */
 constexpr std::array kAlwaysCounted{Cause::kExchangeDone, Cause::kListRead, Cause::kListWritten};
 
 } // namespace

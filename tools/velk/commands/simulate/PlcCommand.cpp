@@ -46,10 +46,10 @@ using simulation::PlcPort;
 using simulation::PlcService;
 using simulation::StreamWriter;
 
-/** Events that wait for a reader; beyond them they are left out. */
+/** Events that wait for a reader; further ones are dropped. */
 constexpr std::size_t kMostWaitingBytes = 1'048'576;
 
-/** For a reader that has stopped reading, or is slow, when the end has come. */
+/** For a slow or stopped reader at the end of the program. */
 constexpr StreamWriter::Patience kPatience{.standstill = std::chrono::milliseconds(500),
                                            .altogether = std::chrono::seconds(10)};
 
@@ -83,7 +83,7 @@ EventQueue::LeftOut leftOut(EventStyle style) {
     };
 }
 
-/** Neither stream is waited for: whoever does not read must not hold the PLC up. */
+/** Neither stream is waited for: a slow reader must not delay the PLC. */
 struct Streams {
     StreamWriter output{STDOUT_FILENO};
     StreamWriter notes{STDERR_FILENO, StreamWriter::OnFailure::Forget};
@@ -119,7 +119,7 @@ void carryOut(Happening const& happening, plc::Line& line) {
     }
 }
 
-/** Has everything happen at its time and prints, until the user wants the end, the time is over or the service is. */
+/** Runs timed events and prints, until the user asks to stop, or the time or the service ends. */
 class Play {
 public:
     Play(Plan const& plan, PlcOptions const& options, Context& context, EventQueue& events, Streams& streams)
@@ -142,10 +142,10 @@ public:
     [[nodiscard]] std::int64_t now() const { return context_.clock.microseconds() - begun_; }
 
 private:
-    static constexpr int kNoDescriptor = -1; // poll leaves it out
+    static constexpr int kNoDescriptor = -1; // ignored by poll
     static constexpr std::int64_t kNever = std::numeric_limits<std::int64_t>::max();
 
-    /** Waits until there is something to do. False as soon as the user wants the end. */
+    /** Waits until there is something to do. False as soon as the user asks to stop. */
     bool wait(PlcService const& service) {
         constexpr std::int64_t kMicrosPerMilli = 1000;
         StreamWriter const& output = streams_.output;
@@ -159,7 +159,7 @@ private:
         return !context_.interrupt.requested();
     }
 
-    /** What the last events left over first: so nobody has to remember more than the queue holds. */
+    /** Prints the rest of the last events first, so the queue is the only buffer. */
     void print() {
         if (!streams_.output.isPending()) {
             streams_.output.put(events_.take());
@@ -199,7 +199,7 @@ std::string endLine(plc::Line const& line, std::int64_t time, PlcOptions const& 
     return "";
 }
 
-/** A reader that has stopped reading does not keep the program. */
+/** A reader that has stopped reading must not keep the program running. */
 void printRest(Streams& streams, Terminal const& terminal) {
     if (std::size_t const left = streams.output.finish(kPatience); left > 0) {
         note(fmt::format("Nobody read standard output: {} left out at the end.",
@@ -265,7 +265,7 @@ std::vector<Argument> outputFlags(PlcOptions& options) {
 
 ExitCode runPlc(PlcOptions const& options, Context& context) {
     context.terminal.setQuiet(options.quiet);
-    std::signal(SIGPIPE, SIG_IGN); // a reader that goes away must not leave the link behind
+    std::signal(SIGPIPE, SIG_IGN); // the link must be removed even when the reader goes away
     Plan const plan = simulation::makePlan(options);
     EventQueue events(kMostWaitingBytes, leftOut(styleOf(options)));
     EventPrinter printer(styleOf(options), options.verbose, stationNames(plan), events);

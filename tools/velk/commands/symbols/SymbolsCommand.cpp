@@ -19,8 +19,8 @@ namespace {
 struct SymbolsOptions {
     std::vector<std::string> patterns;
     SymbolsFormat format = SymbolsFormat::Table;
-    bool stored = false; ///< nothing on the line
-    bool fetch = false;  ///< in any case
+    bool stored = false; ///< without using the line
+    bool fetch = false;  ///< even if a file is stored
 };
 
 /** The variables that the patterns find, each once, in the order of the file; all of them without a pattern. */
@@ -40,7 +40,7 @@ std::vector<Variable const*> chosen(SymbolTable const& table, std::vector<std::s
     return variables;
 }
 
-/** Tells of each pattern that finds nothing; false when there is one. */
+/** Reports each pattern that finds nothing; false when there is one. */
 bool tellWhatFindsNothing(SymbolTable const& table, std::vector<std::string> const& patterns, Terminal& terminal) {
     bool allFound = true;
     for (std::string const& pattern : patterns) {

@@ -64,7 +64,7 @@ std::string Change::reason(base::Failure const& failure, ExitCode code) const {
     if (programReplaced) {
         return "the PLC's program was replaced";
     }
-    return endsEverything(code) ? "" : failure.text; // the end of everything is told once, below the table
+    return endsEverything(code) ? "" : failure.text; // a fatal failure is printed once, below the table
 }
 
 std::string Change::text() const {
