@@ -94,7 +94,7 @@ void takeArguments(ChosenCommand const& chosen, ParsedWords const& parsed) {
     Command const& command = *chosen.command;
     auto const refuseIf = [&](std::string const& fault) {
         if (!fault.empty()) {
-            throw CommandError(ExitCode::Usage, fault + "\n" + chosen.path + " --help tells what it takes");
+            throw CommandError(ExitCode::Usage, fault + "\n" + chosen.path + " --help lists what it takes");
         }
     };
     if (parsed.openFlag != nullptr) {

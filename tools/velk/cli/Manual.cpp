@@ -34,7 +34,7 @@ std::string commandEntry(Command const& command, std::string const& path, std::v
         text += isAmong(common, flag) ? "" : flagEntry(flag);
         hasLine = hasLine || flag.group == "Line";
     }
-    text += hasLine ? ".PP\nTakes the options of every command with a line.\n" : "";
+    text += hasLine ? ".PP\nTakes the options of every command that uses a line.\n" : "";
     for (Command const& each : command.commands) {
         text += commandEntry(each, path + " " + each.name, common);
     }

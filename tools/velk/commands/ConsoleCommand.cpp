@@ -117,7 +117,7 @@ ExitCode runConsole(Context& context) {
 
 Command consoleCommand(Context& context) {
     return {.name = "console",
-            .description = "Talk to the module's own console, with its diagnostic commands",
+            .description = "Use the module's own console, with its diagnostic commands",
             .flags = lineFlags(context),
             .action = [&context] { return runConsole(context); }};
 }

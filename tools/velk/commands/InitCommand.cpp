@@ -104,7 +104,7 @@ void askForAll(Questions const& questions, LineOptions const& options) {
     questions.ask("--mode", "Mode");
     questions.ask("--framing", "Framing");
     if (isRouted(options)) {
-        questions.ask("--routing-levels", "Levels of couplers on the way");
+        questions.ask("--routing-levels", "Levels of couplers on the route");
         for (int level = 1; level <= options.routingLevels.value_or(0); ++level) {
             questions.ask(fmt::format("--coupler{}", level), fmt::format("Coupler of level {}", level));
             questions.ask(fmt::format("--channel{}", level), fmt::format("Channel of the coupler of level {}", level));
@@ -153,7 +153,7 @@ std::string storageAsWritten(std::filesystem::path const& storage, std::filesyst
 void refuseOddName(char const* what, std::string const& name) {
     if (displayable(name) != name) {
         throw CommandError(ExitCode::Usage,
-                           fmt::format("the name of the {} has to be UTF-8 without control characters", what));
+                           fmt::format("the name of the {} must be UTF-8 without control characters", what));
     }
 }
 
@@ -171,7 +171,7 @@ NewProject projectFromFlags(InitOptions const& init, LineOptions const& options)
 }
 
 [[noreturn]] void refuseToReplace(std::filesystem::path const& file) {
-    throw CommandError(ExitCode::Usage, file.string() + " is there already; give --force to write over it");
+    throw CommandError(ExitCode::Usage, file.string() + " exists already; give --force to overwrite it");
 }
 
 void writeFile(std::filesystem::path const& file, std::string const& text, bool force) {
@@ -190,9 +190,8 @@ std::string portToUse(std::string const& answer) {
 
 /** Some flags have a different meaning here than in other commands. */
 std::vector<Argument> flagsToWrite(InitOptions& options, Context& context) {
-    std::vector<Argument> flags{
-        flag("--name", "NAME", "What to call the station", into(options.name, stationNameFault)),
-        flag("--force", {}, "Write over a file that is there", into(options.force))};
+    std::vector<Argument> flags{flag("--name", "NAME", "Name of the station", into(options.name, stationNameFault)),
+                                flag("--force", {}, "Overwrite an existing file", into(options.force))};
     appendFlags(flags, settingFlags(context));
     flagNamed(flags, "--file").description = "Project file to write; velk.toml in the current folder by default";
     flagNamed(flags, "--quiet").description = "Say nothing when the file is written";
@@ -215,7 +214,7 @@ ExitCode runInit(InitOptions const& options, Questions const& questions, Context
     if (context.terminal.kinds().inputIsTerminal) {
         askForAll(questions, flags);
     } else if (!flags.port) {
-        throw CommandError(ExitCode::Usage, "there is no terminal to ask on: give at least --port");
+        throw CommandError(ExitCode::Usage, "no terminal for questions: give at least --port");
     }
     NewProject const project = projectFromFlags(options, flags);
     checkCouplers(project.config, flags);
@@ -243,7 +242,7 @@ Command initCommand(Context& context) {
         };
     }
     return {.name = "init",
-            .description = "Write a commented project file; ask on a terminal for what the flags leave out",
+            .description = "Write a commented project file; ask on a terminal for settings not given as flags",
             .flags = std::move(flags),
             .action = [options, questions, &context] { return runInit(*options, *questions, context); }};
 }

@@ -197,8 +197,7 @@ base::Result<std::string> bitArea(std::string const& area, Variable const* varia
 
 base::Result<std::string> byteArea(std::string const& area, Variable const* variable) {
     if (area.empty() && variable != nullptr && variable->area >= kAddressableAreas) {
-        return base::Failure{base::FailureKind::Unreachable, "it lies in memory area " +
-                                                                 std::to_string(variable->area) +
+        return base::Failure{base::FailureKind::Unreachable, "it is in memory area " + std::to_string(variable->area) +
                                                                  ", which the driver cannot reach"};
     }
     return !area.empty() ? area : variable != nullptr ? areaName(variable->area) : "M";

@@ -52,7 +52,7 @@ std::optional<std::string> whyNotKept(std::filesystem::path const& file) {
     std::filesystem::path const folder = file.parent_path();
     std::error_code error;
     if (std::filesystem::exists(file, error) && !std::filesystem::is_regular_file(file, error)) {
-        return file.string() + " is no file";
+        return file.string() + " is not a file";
     }
     if (::access(folder.c_str(), W_OK | X_OK) != 0) {
         return folder.string() + ": " + std::strerror(errno);
@@ -219,8 +219,9 @@ base::Failure Session::whyNoSymbols(base::Failure const& failure, int node) cons
     bool const came = uploadLine_.upload().bytes > 0 && !lineWatch_.silent();
     std::optional<std::string> const reason =
         failure.kind == FailureKind::NoSymbolFile && came ? whyNotKept(symbolFile(node)) : std::nullopt;
-    return reason ? base::Failure{FailureKind::Storage, "the symbol file comes, but it cannot be kept: " + *reason}
-                  : failure;
+    return reason
+               ? base::Failure{FailureKind::Storage, "the symbol file was received, but cannot be stored: " + *reason}
+               : failure;
 }
 
 bool Session::isProgramReplaced(int node) {

@@ -16,7 +16,8 @@ Variable const* arrayOf(SymbolTable const& table, std::string_view name) {
 }
 
 base::Failure onlyWithTheArray(Variable const& array) {
-    return {base::FailureKind::Missing, "the elements of an array are there with the whole array only, " + array.name};
+    return {base::FailureKind::Missing,
+            "the elements of an array can only be read with the whole array, " + array.name};
 }
 
 } // namespace

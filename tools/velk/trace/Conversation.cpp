@@ -61,7 +61,7 @@ void Conversation::onReceived(Step& step) {
 void Conversation::collect(Collected& collected, Frame& frame) {
     auto const due = static_cast<std::uint16_t>(collected.blocks + 1);
     if (frame.number != due) {
-        frame.faults.push_back(fmt::format("block {} came where block {} was due", frame.number, due));
+        frame.faults.push_back(fmt::format("block {} instead of block {}", frame.number, due));
         collected.whole = false;
         return;
     }
@@ -79,9 +79,9 @@ void Conversation::onAcknowledge(Way way, Frame& frame) const {
     }
     std::uint16_t const due = way == Way::ToPlc ? received_.blocks : sent_.blocks;
     if (frame.number != due) {
-        frame.faults.push_back(due == 0
-                                   ? fmt::format("no block {} was sent before", frame.number)
-                                   : fmt::format("block {} is acknowledged, block {} came last", frame.number, due));
+        frame.faults.push_back(
+            due == 0 ? fmt::format("no block {} was sent before", frame.number)
+                     : fmt::format("block {} is acknowledged, block {} was sent last", frame.number, due));
     }
 }
 

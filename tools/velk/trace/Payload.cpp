@@ -59,7 +59,8 @@ void decodeFileName(Request& request, ByteView payload) {
     ByteView const bytes = payload.subspan(kFileNameOffset);
     request.fileName = std::string(bytes.begin(), std::find(bytes.begin(), bytes.end(), 0));
     if (length != bytes.size() || request.fileName->size() + 1 != bytes.size()) {
-        request.faults.push_back(fmt::format("the name's length field says {} bytes, {} came", length, bytes.size()));
+        request.faults.push_back(
+            fmt::format("the name's length field says {} bytes, {} received", length, bytes.size()));
     }
 }
 
@@ -129,7 +130,7 @@ void decodeFilePiece(Response& response, ByteView payload, ByteOrder order) {
                           .count = plc::loadOrdered<std::uint16_t>(payload, 4, order),
                           .carried = payload.size() - kReplyHeader};
     if (piece.count > piece.carried) {
-        response.faults.push_back(fmt::format("it says {} bytes of the file, {} came", piece.count, piece.carried));
+        response.faults.push_back(fmt::format("it says {} bytes of the file, {} received", piece.count, piece.carried));
     }
     response.piece = piece;
 }

@@ -106,7 +106,7 @@ std::string PcapngTrace::frame(TracedFrame const& frame) {
 }
 
 std::string PcapngTrace::dropped(plc::ByteView bytes, std::int64_t at) {
-    return packet(bytes, at, kInbound, "dropped: nobody waited for these bytes");
+    return packet(bytes, at, kInbound, "dropped: these bytes were not expected");
 }
 
 } // namespace velk::trace

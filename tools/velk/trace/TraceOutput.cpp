@@ -85,14 +85,14 @@ private:
 
 TraceKind chooseKind(TraceOptions const& options) {
     if (options.format == TraceKind::Pcapng && !options.file) {
-        refuse("a pcapng trace is not for reading: name a file for it");
+        refuse("a pcapng trace cannot be printed: give a file name");
     }
     if (options.format) {
         return *options.format;
     }
     auto const kind = options.file ? traceKindOf(*options.file) : TraceKind::Text;
     if (!kind) {
-        refuse(fmt::format("the name {} does not tell the format of the trace: end it in .txt, .jsonl or .pcapng, or "
+        refuse(fmt::format("the format of the trace is not clear from the name {}: use .txt, .jsonl or .pcapng, or "
                            "give the format",
                            *options.file));
     }

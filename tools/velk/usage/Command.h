@@ -106,7 +106,7 @@ struct Command {
 /** "velk read [OPTION]... [NAME]..." */
 std::string usageLine(Command const& command, std::string const& path);
 
-/** The flag called @p name; there has to be one. */
+/** The flag called @p name; it must exist. */
 Argument& flagNamed(std::vector<Argument>& flags, std::string const& name);
 
 /** Appends flags to others, under a separate heading in the help when one is given. */
@@ -136,7 +136,7 @@ Take into(Target& target, Check check = {}) {
         } else if (auto const number = wholeNumber<typename Target::value_type>(text)) {
             target = number;
         } else {
-            return "'" + text + "' is no whole number";
+            return "'" + text + "' is not a whole number";
         }
         return "";
     };

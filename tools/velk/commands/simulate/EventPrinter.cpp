@@ -52,8 +52,7 @@ std::string eventJson(plc::LineEvent const& event, std::vector<std::string> cons
 }
 
 std::string leftOutText(std::size_t count, plc::Micros time) {
-    return fmt::format("{:12.3f}  left out: {} that nobody read in time", seconds(time),
-                       counted(count, "event", "events"));
+    return fmt::format("{:12.3f}  omitted: {} not read in time", seconds(time), counted(count, "event", "events"));
 }
 
 std::string leftOutJson(std::size_t count, plc::Micros time) {

@@ -202,7 +202,7 @@ std::string endLine(plc::Line const& line, std::int64_t time, PlcOptions const& 
 /** A reader that has stopped reading must not keep the program running. */
 void printRest(Streams& streams, Terminal const& terminal) {
     if (std::size_t const left = streams.output.finish(kPatience); left > 0) {
-        note(fmt::format("Nobody read standard output: {} left out at the end.",
+        note(fmt::format("Standard output was not read: {} omitted at the end.",
                          counted(left, "line was", "lines were")),
              terminal, streams);
     }
@@ -212,16 +212,15 @@ void printRest(Streams& streams, Terminal const& terminal) {
 // ---- the flags
 
 std::vector<Argument> portFlags(PlcOptions& options) {
-    return {
-        flag("--link", "PATH", "Make a symbolic link to the port while it works", into(options.link)),
-        flag("-p,--port", {"PORT", Offer::Ports}, "A real port, in place of a pseudo-terminal", into(options.port)),
-        flag("-b,--baud", "BAUD",
-             "Line speed in bit/s; on a pseudo-terminal bytes take their time, and a panel at another speed says and "
-             "hears garbage",
-             into(options.baud)),
-        flag("--parity", parities(), "Parity of the characters", into(options.parity)),
-        flag("--stopbits", Range{1, kMostStopBits}, "Stop bits of the characters", into(options.stopBits)),
-        flag("--mode", modes(), "What a real port drives", into(options.mode))};
+    return {flag("--link", "PATH", "Make a symbolic link to the port as long as it runs", into(options.link)),
+            flag("-p,--port", {"PORT", Offer::Ports}, "A real port, in place of a pseudo-terminal", into(options.port)),
+            flag("-b,--baud", "BAUD",
+                 "Line speed in bit/s; on a pseudo-terminal bytes take as long as on a real line, and a panel at "
+                 "another speed sends and receives garbage",
+                 into(options.baud)),
+            flag("--parity", parities(), "Parity of the characters", into(options.parity)),
+            flag("--stopbits", Range{1, kMostStopBits}, "Stop bits of the characters", into(options.stopBits)),
+            flag("--mode", modes(), "Type of the line at a real port", into(options.mode))};
 }
 
 std::vector<Argument> stationFlags(PlcOptions& options) {
@@ -232,32 +231,33 @@ std::vector<Argument> stationFlags(PlcOptions& options) {
 
 std::vector<Argument> faultFlags(PlcOptions& options) {
     Rules const many{.repeats = true};
-    char const* const noShare = "is no share such as 1% or 0.01";
-    return {flag("--drop", "SHARE", "Lose so many frames, in either direction: 1%",
-                 parsed(options.drop, parseShare, noShare)),
-            flag("--flip", "SHARE", "Flip a bit in so many frames from the PLC: 0.1%",
-                 parsed(options.flip, parseShare, noShare)),
-            flag("--silent", "WHEN", "Do not answer for 5 s every 60 s: 5s@60s; only once: 5s@60s/once; always",
-                 parsed(options.silent, parseSilence,
-                        "is not written as 5s@60s (for 5 s, every 60 s), 5s@60s/once or always"),
-                 many),
-            flag("--refuse-login", {}, "Refuse every login", into(options.refuseLogin)),
-            flag("--bad-quality", "NAME", "Give this variable a bad quality", into(options.badQuality), many),
-            flag("--replace-program", "TIME[:FILE]",
-                 "Run another program after this time: that of a file, or the same under another project identifier",
-                 parsed(options.replaceProgram, parseReplacement, "is not written as 30s or 30s:FILE"), many),
-            flag("--restart", "TIME", "Switch the PLC off and on after this time",
-                 parsed(options.restart, parseTime, "is no time such as 30s"), many),
-            flag("--fault", "RULE",
-                 "Misbehave by a rule as in a description: 'kind = \"late\", probability = 0.1, delay_ms = 500'",
-                 into(options.faults), many),
-            flag("--only", "STATION", "Do all this at one station only", into(options.station)),
-            flag("--seed", "NUMBER", "Take another run of chances", into(options.seed))};
+    char const* const noShare = "is not a share such as 1% or 0.01";
+    return {
+        flag("--drop", "SHARE", "Lose this share of frames, in either direction: 1%",
+             parsed(options.drop, parseShare, noShare)),
+        flag("--flip", "SHARE", "Flip a bit in this share of frames from the PLC: 0.1%",
+             parsed(options.flip, parseShare, noShare)),
+        flag("--silent", "WHEN", "Do not answer for 5 s every 60 s: 5s@60s; only once: 5s@60s/once; always",
+             parsed(options.silent, parseSilence,
+                    "is not written as 5s@60s (for 5 s, every 60 s), 5s@60s/once or always"),
+             many),
+        flag("--refuse-login", {}, "Refuse every login", into(options.refuseLogin)),
+        flag("--bad-quality", "NAME", "Give this variable a bad quality", into(options.badQuality), many),
+        flag("--replace-program", "TIME[:FILE]",
+             "Run another program after this time: that of a file, or the same under another project identifier",
+             parsed(options.replaceProgram, parseReplacement, "is not written as 30s or 30s:FILE"), many),
+        flag("--restart", "TIME", "Switch the PLC off and on after this time",
+             parsed(options.restart, parseTime, "is not a time such as 30s"), many),
+        flag("--fault", "RULE",
+             "Apply a fault rule, written as in a description: 'kind = \"late\", probability = 0.1, delay_ms = 500'",
+             into(options.faults), many),
+        flag("--only", "STATION", "Apply the faults to one station only", into(options.station)),
+        flag("--seed", "NUMBER", "Use another random sequence", into(options.seed))};
 }
 
 std::vector<Argument> outputFlags(PlcOptions& options) {
     return {flag("--for", "TIME", "End after this time, such as 30s",
-                 parsed(options.forMicroseconds, parseInterval, "is no time such as 500ms, 2s or 1min")),
+                 parsed(options.forMicroseconds, parseInterval, "is not a time such as 500ms, 2s or 1min")),
             flag("-q,--quiet", {}, "Print nothing but the name of the port", into(options.quiet)),
             flag("-v,--verbose", {}, "Print finished exchanges, too", into(options.verbose)),
             flag("--json", {}, "Print events as JSON lines", into(options.json))};
@@ -293,16 +293,16 @@ Command plcCommand(Context& context) {
     auto const options = std::make_shared<PlcOptions>();
     Command command{
         .name = "plc",
-        .description = "Play the PLCs of a line on a pseudo-terminal or a real port",
+        .description = "Simulate the PLCs of a line on a pseudo-terminal or a real port",
         .words = {word(
             "PROJECT", Offer::Files,
-            "Description of a line with its stations, or of one program, which is played with the defaults of "
+            "Description of a line with its stations, or of one program, which is simulated with the defaults of "
             "the other commands: routed framing, big-endian, blocks of 128 bytes, 19200 bit/s",
             into(options->project), {.required = true})},
         .flags = outputFlags(*options),
         .action = [options, &context] { return runPlc(*options, context); }};
     appendFlags(command.flags, portFlags(*options), "Port");
-    appendFlags(command.flags, stationFlags(*options), "Stations, in place of what the description says");
+    appendFlags(command.flags, stationFlags(*options), "Station settings that override the description");
     appendFlags(command.flags, faultFlags(*options), "Misbehaviour");
     return command;
 }

@@ -64,7 +64,7 @@ char const* stateOf(std::filesystem::file_type there) {
     case std::filesystem::file_type::character:
         return "which is in use, by another simulated PLC perhaps";
     case std::filesystem::file_type::none:
-        return "which cannot be looked at";
+        return "which cannot be examined";
     default:
         return "which is there";
     }
@@ -129,7 +129,7 @@ void PlcPort::openTerminal(plc::LineSpeed const& speed) {
             plc::setSpeed(terminal_->master(), speed.baud); // for panels that do not set one
         }
     } catch (std::system_error const& error) {
-        refusePort(fmt::format("no pseudo-terminal can be had: {}", error.what()));
+        refusePort(fmt::format("cannot open a pseudo-terminal: {}", error.what()));
     }
     name_ = terminal_->slaveName();
 }

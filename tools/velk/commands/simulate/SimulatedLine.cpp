@@ -52,7 +52,7 @@ plc::LineDescription lineOfOneProgram(std::string_view text, std::string const& 
 void refuseProjectFile(std::string const& text, std::string const& file) {
     bool const described = plc::hasAnyKey(text, file, {"framing", "variable"});
     if (!described && plc::hasAnyKey(text, file, {"line", "defaults"})) {
-        refuse(file + ": this is a project file, which tells velk where the PLCs are; to be played, they have to be "
+        refuse(file + ": this is a project file, which tells velk where the PLCs are; to simulate them, they must be "
                       "described: see simulated-plc.md of the documents");
     }
 }
@@ -97,7 +97,8 @@ void checkBaud(int baud, bool realPort) {
             refuse("--baud: " + settings.failure().text);
         }
     } else if (baud < static_cast<int>(plc::kLeastBaud) || baud > static_cast<int>(plc::kMostBaud)) {
-        refuse(fmt::format("--baud: {} is no line speed from {} to {} bit/s", baud, plc::kLeastBaud, plc::kMostBaud));
+        refuse(
+            fmt::format("--baud: {} is not a line speed from {} to {} bit/s", baud, plc::kLeastBaud, plc::kMostBaud));
     }
 }
 

@@ -90,7 +90,7 @@ Command symbolsCommand(Context& context) {
             .description = "List the variables of the PLC's program",
             .words = {word("PATTERN", Offer::Variables, "Only the variables of these names; * and ? are patterns",
                            into(options->patterns), {.repeats = true})},
-            .flags = withLineFlags({flag("--stored", {}, "What is stored from an earlier call; nothing on the line",
+            .flags = withLineFlags({flag("--stored", {}, "Show what an earlier run has stored, without using the line",
                                          into(options->stored), {.oneOf = "source"}),
                                     flag("--fetch", {}, "Fetch the symbol file even when the stored one is right",
                                          into(options->fetch), {.oneOf = "source"}),

@@ -361,14 +361,14 @@ Command watchCommand(Context& context) {
     };
     return {
         .name = "watch",
-        .description = "Read variables again and again and show how they change",
+        .description = "Read variables repeatedly and show how they change",
         .words = {word("NAME", Offer::Variables, "Variables, as for read; without one: all tags of the project file",
                        into(options->names), {.repeats = true})},
         .flags = withLineFlags(
             {flag("--every", "INTERVAL", "Time from round to round, such as 500ms (the default), 2s or 1min",
-                  parsed(options->everyMicroseconds, parseInterval, "is no interval such as 500ms, 2s or 1min")),
-             flag("--count", "N", "End after so many rounds; one in which no station was due is none",
-                  parsed(options->count, rounds, "is no number of rounds; it takes 1 or more")),
+                  parsed(options->everyMicroseconds, parseInterval, "is not an interval such as 500ms, 2s or 1min")),
+             flag("--count", "N", "End after this number of rounds; rounds without a due station do not count",
+                  parsed(options->count, rounds, "is not a number of rounds (1 or more)")),
              flag("--json", {}, "One JSON object a round, each on its line", into(options->json)),
              flag("--csv", {"FILE", Offer::Files},
                   "Append the values to this file as well, with the reasons of those that are not good",

@@ -57,7 +57,7 @@ std::vector<TagRequest> requestsOf(std::vector<Assignment> const& assignments, S
 
 void requireSomebodyToAsk(WriteOptions const& options, Terminal const& terminal) {
     if (!options.yes && !terminal.kinds().inputIsTerminal) {
-        throw CommandError(ExitCode::Usage, "there is no terminal to ask on: give --yes to write without a question");
+        throw CommandError(ExitCode::Usage, "no terminal for questions: give --yes to write without a question");
     }
 }
 
@@ -66,7 +66,7 @@ void requireSamePrograms(Session& session, std::span<Tag const> tags, StationNam
     for (Tag const& tag : tags) {
         if (session.isProgramReplaced(tag.node)) {
             throw CommandError(ExitCode::ItemNotGood, "the program of " + naming.place(tag) +
-                                                          " was replaced: nothing was written, call again");
+                                                          " was replaced: nothing was written; run the command again");
         }
     }
 }
@@ -204,7 +204,7 @@ Command writeCommand(Context& context) {
     auto const options = std::make_shared<WriteOptions>();
     return {
         .name = "write",
-        .description = "Write values, after a look at the old ones, and read them back",
+        .description = "Show old values, write new ones, and read them back",
         .words = {word("NAME=VALUE", Offer::Variables,
                        "What to write, as [STATION:]NAME[:TYPE[(CONVERSIONS)]]=VALUE; arrays as [1, 2, 3], texts as "
                        "they are or in quotes, bytes as pairs of hexadecimal digits",

@@ -43,9 +43,10 @@ std::string pitfallOf(Change const& change, StationNaming const& naming) {
     }
     // In the symbol file a BOOL that is a byte looks like one that is a single bit.
     if (tag.plcType == "BOOL") {
-        return fmt::format("{0} is written as a whole byte; if it is a single bit, its neighbours are lost: then write "
-                           "{0}:bit",
-                           name);
+        return fmt::format(
+            "{0} is written as a whole byte; if it is a single bit, the neighbouring bits are overwritten: use "
+            "{0}:bit",
+            name);
     }
     return "";
 }
