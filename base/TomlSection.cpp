@@ -47,11 +47,11 @@ void TomlSection::complain(std::string_view key, std::string text) {
 }
 
 void TomlSection::refuseKind(std::string_view key, std::string_view wanted) {
-    complain(key, quoted(key) + " has to be " + std::string(wanted) + ", not " + kindOf(*find(key)));
+    complain(key, quoted(key) + " must be " + std::string(wanted) + ", not " + kindOf(*find(key)));
 }
 
 void TomlSection::refuseChoice(std::string_view key, std::string_view given, std::string_view names) {
-    complain(key, quoted(key) + " is " + quoted(given) + "; it has to be " + std::string(names));
+    complain(key, quoted(key) + " is " + quoted(given) + "; it must be " + std::string(names));
 }
 
 void TomlSection::need(std::string_view key) {
@@ -63,8 +63,8 @@ void TomlSection::need(std::string_view key) {
 std::optional<std::int64_t> TomlSection::wholeNumber(std::string_view key, std::int64_t low, std::int64_t high) {
     auto const number = valueOf<std::int64_t>(key, "a whole number");
     if (number && (*number < low || *number > high)) {
-        complain(key, quoted(key) + " is " + std::to_string(*number) + "; it has to be " + std::to_string(low) +
-                          " to " + std::to_string(high));
+        complain(key, quoted(key) + " is " + std::to_string(*number) + "; it must be " + std::to_string(low) + " to " +
+                          std::to_string(high));
         return std::nullopt;
     }
     return number;
@@ -80,7 +80,7 @@ std::optional<double> TomlSection::real(std::string_view key) {
 std::optional<double> TomlSection::fraction(std::string_view key) {
     std::optional<double> const number = real(key);
     if (number && !(*number >= 0 && *number <= 1)) {
-        complain(key, quoted(key) + " has to be a number from 0 to 1");
+        complain(key, quoted(key) + " must be a number from 0 to 1");
         return std::nullopt;
     }
     return number;
@@ -148,7 +148,7 @@ void TomlSection::sections(std::string_view key, Read const& read) {
     std::string const title = "[[" + std::string(key) + "]]";
     auto const* const list = value->as<TomlNode::List>();
     if (list == nullptr || !holdsOnly<TomlNode::Table>(*list)) {
-        complain(key, "every " + quoted(key) + " has to be a table of its own: " + title);
+        complain(key, "every " + quoted(key) + " must be a table of its own: " + title);
         return;
     }
     for (TomlNode const& each : *list) {

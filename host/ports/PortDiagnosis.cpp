@@ -88,7 +88,7 @@ base::Failure notATerminal(std::string const& path) {
 base::Failure noPermission(std::string const& path, DeviceAccess const& access) {
     std::string const text = "no permission to use the serial port " + path;
     if (access.everybody) {
-        return {FailureKind::PortDenied, text + " although its own access rights allow it"};
+        return {FailureKind::PortDenied, text + " although the permissions of the file allow it"};
     }
     if (access.groupMay) {
         return {FailureKind::PortDenied, text + ": it belongs to the group '" + access.group +
@@ -133,7 +133,7 @@ base::Failure openFailure(std::string const& path, int error) {
 
 base::Failure settingFailure(std::string const& path, int error) {
     if (error == EIO) {
-        return {FailureKind::PortNoHardware, "there is no serial hardware behind " + path};
+        return {FailureKind::PortNoHardware, "there is no serial hardware at " + path};
     }
     return portFailure(kindOf(error), path, "cannot be set up", error);
 }

@@ -180,7 +180,7 @@ int SerialPort::write(std::span<unsigned char const> bytes) {
         return static_cast<int>(bytes.size());
     case SendResult::Stuck:
         report_.lastFault =
-            base::Failure{base::FailureKind::PortDied, "the serial port " + path_ + " sends no more bytes"};
+            base::Failure{base::FailureKind::PortDied, "the serial port " + path_ + " no longer sends bytes"};
         return 0;
     case SendResult::Fault:
         break;

@@ -27,7 +27,7 @@ std::optional<TimeWindow> readWindow(base::TomlSection& table) {
     if (!lasts) {
         if (from || every) {
             std::string_view const key = from ? "from_ms" : "every_ms";
-            table.complain(key, textOf("'", key, "' needs 'lasts_ms' beside it"));
+            table.complain(key, textOf("'", key, "' also needs 'lasts_ms'"));
         }
         return std::nullopt;
     }
@@ -66,7 +66,7 @@ void refuseWhatCannotApply(base::TomlSection& table, FaultRule const& rule) {
     }
     for (std::string_view const key : {"item", "variable"}) {
         if (rule.kind != FaultKind::kBadQuality && table.has(key)) {
-            table.complain(key, textOf("'", key, "' means nothing to ", nameOf(rule.kind), ", only to bad_quality"));
+            table.complain(key, textOf("'", key, "' has no meaning for ", nameOf(rule.kind), ", only for bad_quality"));
         }
     }
 }

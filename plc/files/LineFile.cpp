@@ -100,7 +100,7 @@ LineSpeed readSpeed(TomlSection& table) {
     speed.stopBits = table.number("stop_bits", 1, 2).value_or(1);
     for (std::string_view const key : {"parity", "stop_bits"}) {
         if (table.has(key) && !table.has("baud")) {
-            table.complain(key, textOf("'", key, "' needs 'baud' beside it"));
+            table.complain(key, textOf("'", key, "' also needs 'baud'"));
         }
     }
     return speed;

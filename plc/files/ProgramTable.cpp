@@ -116,7 +116,7 @@ StructureDescription readStructure(base::TomlSection& table) {
     TomlNode const* const node = table.node("members");
     auto const* const members = node == nullptr ? nullptr : node->as<TomlNode::List>();
     if (members == nullptr) {
-        table.complain("members", R"('members' has to be a list of ["name", "type"])");
+        table.complain("members", R"('members' must be a list of ["name", "type"])");
         return structure;
     }
     for (TomlNode const& each : *members) {

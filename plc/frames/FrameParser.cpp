@@ -143,7 +143,7 @@ bool canBeginFrame(Framing framing, ByteView bytes) {
 
 ParsedFrame parseFrame(Framing framing, std::span<FrameKey const> keys, ByteView bytes) {
     if (!canBeginFrame(framing, bytes)) {
-        return bad(kNoStation, Cause::kGarbage, textOf(bytes.size(), " bytes that begin no frame"));
+        return bad(kNoStation, Cause::kGarbage, textOf(bytes.size(), " bytes that are not a frame"));
     }
     if (framing == Framing::kBare) {
         return parseBehindHeader(0, keys[0], bytes, 0);
@@ -154,7 +154,7 @@ ParsedFrame parseFrame(Framing framing, std::span<FrameKey const> keys, ByteView
     ByteView const header = bytes.first(kRoutingHeaderSize);
     int const station = stationOnTheWay(keys, header);
     if (station == kNoStation) {
-        return bad(kNoStation, Cause::kUnknownStation, "the routing header names the way to no station");
+        return bad(kNoStation, Cause::kUnknownStation, "the routing header is not the route to any station");
     }
     FrameKey const& key = keys[static_cast<std::size_t>(station)];
     if (auto fault = headerFault(station, key, header)) {

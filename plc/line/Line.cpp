@@ -23,7 +23,7 @@ void checkPair(Framing framing, StationDescription const& left, StationDescripti
         throw DescriptionError(textOf("two stations are named ", left.name), 0);
     }
     if (framing == Framing::kRouted && sameWay(frameKey(left).header, frameKey(right).header)) {
-        throw DescriptionError(textOf("stations ", left.name, " and ", right.name, " are reached by the same way"), 0);
+        throw DescriptionError(textOf("stations ", left.name, " and ", right.name, " have the same route"), 0);
     }
 }
 
@@ -70,7 +70,7 @@ Line::~Line() = default;
 void Line::receive(ByteView bytes, Micros now) {
     advance(now);
     if (!bytes.empty() && output_.isSending(now_)) {
-        reporter_.report(kNoStation, Cause::kSpokeTooEarly, "the panel spoke before it had heard the answer");
+        reporter_.report(kNoStation, Cause::kSpokeTooEarly, "the panel sent before it had received the answer");
     }
     reporter_.bytes(Direction::kFromPanel, bytes);
     reader_.receive(bytes, now_);

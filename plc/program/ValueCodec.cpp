@@ -109,7 +109,7 @@ void storeBit(std::span<std::uint8_t> bytes, Place const& place, Value const& va
 void storeText(std::span<std::uint8_t> bytes, Value const& value) {
     auto const* const text = std::get_if<std::string>(&value.content());
     if (text == nullptr || text->size() >= bytes.size()) {
-        refuse("the value is no text, or too long for the type");
+        refuse("the value is not a text, or is too long for the type");
     }
     std::fill(std::copy(text->begin(), text->end(), bytes.begin()), bytes.end(), std::uint8_t{0});
 }

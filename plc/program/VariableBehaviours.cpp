@@ -115,7 +115,7 @@ Place numberPlace(BehaviourDescription const& description, std::string const& na
         refuse(description, textOf("there is no variable ", name));
     }
     require(!place->listedOnly && rangeOf(place->kind).has_value(), description,
-            textOf(name, " is no number and no truth value with memory"));
+            textOf(name, " is not a number or BOOL with memory"));
     return *place;
 }
 

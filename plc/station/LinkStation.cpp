@@ -43,7 +43,7 @@ void LinkStation::onBlock(BlockReceived const& block, Micros now) {
         reporter_.report(Cause::kBlockNumber,
                          state_ == State::kRequest
                              ? textOf("block ", block.number, " came instead of block ", block_ + 1)
-                             : textOf("block ", block.number, " came although no request is under way"));
+                             : textOf("block ", block.number, " came without a request"));
         return;
     }
     takeBlock(block, now);
@@ -54,7 +54,7 @@ void LinkStation::onAck(AckReceived const& ack, Micros now) {
         return;
     }
     if (state_ != State::kTurnaround && state_ != State::kResponse) {
-        reporter_.report(Cause::kUnexpectedAck, textOf("an acknowledge of block ", ack.number, " came out of turn"));
+        reporter_.report(Cause::kUnexpectedAck, textOf("an acknowledge of block ", ack.number, " came unexpectedly"));
         return;
     }
     int const expected = state_ == State::kTurnaround ? 0 : block_;

@@ -49,7 +49,7 @@ std::variant<ListRequest, std::string> parseListRequest(ByteView request, ByteOr
         list.items.push_back(item);
     }
     if (!rest.empty()) {
-        return textOf(rest.size(), " bytes too many behind the ", count, " items of a list request");
+        return textOf(rest.size(), " bytes too many after the ", count, " items of a list request");
     }
     list.projectId = loadOrdered<std::uint32_t>(request, request.size() - kProjectIdSize, order);
     return list;

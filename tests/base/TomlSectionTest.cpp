@@ -69,9 +69,9 @@ TEST(TomlSection, CollectsWhatIsWrongInTheOrderOfTheFile) {
                                EXPECT_EQ(top.number("n", 0, 3), std::nullopt);
                                EXPECT_EQ(top.text("x"), std::nullopt);
                            }),
-                ElementsAre("t.toml:1:5: 'x' has to be a text, not a whole number",
-                            "t.toml:2:5: 'n' is 4; it has to be 0 to 3", "t.toml:3:1: 'name' is missing",
-                            "t.toml:4:5: 'f' has to be a number from 0 to 1"));
+                ElementsAre("t.toml:1:5: 'x' must be a text, not a whole number",
+                            "t.toml:2:5: 'n' is 4; it must be 0 to 3", "t.toml:3:1: 'name' is missing",
+                            "t.toml:4:5: 'f' must be a number from 0 to 1"));
 }
 
 TEST(TomlSection, RefusesEveryKeyThatNobodyAskedFor) {
@@ -92,7 +92,7 @@ TEST(TomlSection, NamesAreLookedUp) {
                                EXPECT_EQ(top.named("b", digit, "one"), std::nullopt);
                                EXPECT_EQ(top.named("c", digit, "one"), std::nullopt);
                            }),
-                ElementsAre("t.toml:2:5: 'b' is 'two'; it has to be one"));
+                ElementsAre("t.toml:2:5: 'b' is 'two'; it must be one"));
 }
 
 TEST(TomlSection, TheFirstLineMayHaveSomethingInFrontOfTheUsersText) {

@@ -50,7 +50,7 @@ def require(program):
 
 
 class Line:
-    """A simulated line behind a symbolic link that stays the same when the pseudo-terminal changes."""
+    """A simulated line at a symbolic link that stays the same when the pseudo-terminal changes."""
 
     def __init__(self, description, link, flags=()):
         self.description = description
@@ -93,7 +93,7 @@ class Line:
 
 
 class Dead:
-    """A port behind which nobody answers; what is sent can be looked at, and answered by hand."""
+    """A port where no PLC answers; what is sent can be examined and answered by hand."""
 
     def __init__(self):
         self.master, self.slave = pty.openpty()
@@ -108,7 +108,7 @@ class Dead:
 
 
 class ServiceTest(unittest.TestCase):
-    """A test with a folder of its own, in which the program runs."""
+    """A test with its own folder, in which the program runs."""
 
     def setUp(self):
         self.folder = Path(tempfile.mkdtemp(prefix="velk-e2e-"))
@@ -212,7 +212,7 @@ program = "{program or DEMO / "program-1.toml"}"
         self.assertLessEqual(child.before.count("\x1b[?25l"), child.before.count("\x1b[?25h"))
 
     def variables(self):
-        """A program of its own for tests that write, with one variable of each kind."""
+        """A separate program for tests that write, with one variable of each kind."""
         file = self.folder / "variables.toml"
         file.write_text(VARIABLES)
         return file

@@ -37,7 +37,7 @@ class Check(ServiceTest):
         self.assert_ends(done, SILENT)
         self.assert_steps(done, 1)
         self.assertIn("sent  AA AA 00 09 00 01 52 01 42 E0 20 26 29 00 00 5D 05", done.stdout)
-        self.assertIn("came  nothing within 100 ms", done.stdout)
+        self.assertIn("got   nothing within 100 ms", done.stdout)
         self.assert_three_causes(done)
 
     def test_garbage_as_from_a_wrong_baud_rate(self):
@@ -47,7 +47,7 @@ class Check(ServiceTest):
         os.write(dead.master, b"\xf8\x00\x3c\x81")
         output, complaints = process.communicate(timeout=60)
         self.assertEqual(process.returncode, REFUSED, output + complaints)
-        self.assertIn("came  F8 00 3C 81", output)
+        self.assertIn("got   F8 00 3C 81", output)
         self.assertIn("1. the line speed", output)
 
     def test_an_adapter_that_hears_itself(self):
@@ -62,7 +62,7 @@ class Check(ServiceTest):
         line = self.line()
         done = self.run_velk(["check", "--port", str(line.link), "--framing", "routed", "--block-size", "1024"])
         self.assert_ends(done, REFUSED)
-        self.assertIn("framing has to be bare", done.stdout)
+        self.assertIn("framing must be bare", done.stdout)
 
     def test_refused_login(self):
         line = self.line(more='fault = [{ kind = "status_word", service = "login" }]')

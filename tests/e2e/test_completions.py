@@ -150,7 +150,7 @@ class Completions(ServiceTest):
             self.assertEqual({each.split("\t")[0] for each in done.stdout.splitlines()}, wanted, line)
 
     def test_values_in_the_word_of_their_flag(self):
-        """bash cuts words at "=", and asks for what is behind it."""
+        """bash splits words at "=", and completes the part after it."""
         (self.folder / "plant.toml").touch()
         self.assertEqual(self.complete("check", "--parity", "=", "e"), {"even"})
         self.assertEqual(self.complete("check", "--parity", "="), {"none", "even", "odd", "mark"})

@@ -91,7 +91,7 @@ class Config(ServiceTest):
         self.write(PROJECT + '\n[[tag]]\nname = "odd"\nvariable = "X"\ntype = "strange"\n')
         done = self.run_velk(["config", "check"])
         self.assert_ends(done, USAGE)
-        self.assertRegex(done.stderr, r"velk\.toml:\d+:8: 'strange' is no data type")
+        self.assertRegex(done.stderr, r"velk\.toml:\d+:8: 'strange' is not a data type")
 
     def test_a_tag_at_a_station_that_is_not_there(self):
         self.write(PROJECT.replace('station = "press"', 'station = "pres"'))

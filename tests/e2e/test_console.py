@@ -84,7 +84,7 @@ class Console(ServiceTest):
         self.assert_exit(child, PORT)
 
     def test_stopped_and_going_on(self):
-        """As with Ctrl-Z and fg: the shell has set the terminal to its own ways in between."""
+        """As with Ctrl-Z and fg: the shell has changed the terminal's settings in between."""
         child = self.type_console(self.line())
         child.send("inf")
         child.expect("inf")

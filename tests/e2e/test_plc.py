@@ -84,7 +84,7 @@ class Plc(PlcTest):
     def test_the_kinds_of_faults_are_told(self):
         done = self.run_velk(["plc", PROGRAM_1, "--fault", 'kind = "foo"'])
         self.assert_ends(done, USAGE)
-        self.assertIn("'kind' is 'foo'; it has to be silent, ack_missing, ", done.stderr)
+        self.assertIn("'kind' is 'foo'; it must be silent, ack_missing, ", done.stderr)
 
     def test_a_description_that_is_not_there(self):
         self.assert_ends(self.run_velk(["plc", "nowhere.toml"]), USAGE)

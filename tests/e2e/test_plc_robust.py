@@ -60,7 +60,7 @@ class StuckReader(ServiceTest):
         process = self.play()
         self.read_often()
         process.send_signal(ask)
-        self.assertIn("Nobody read standard output", self.assert_over(process, INTERRUPTED))
+        self.assertIn("Standard output was not read", self.assert_over(process, INTERRUPTED))
 
     def test_does_not_stop_the_plc_nor_an_interrupt(self):
         self.assert_ended_by(signal.SIGINT)
@@ -143,7 +143,7 @@ class WrongUse(ServiceTest):
         self.assertIn(complaint, done.stderr)
 
     def test_a_line_speed_that_cannot_be(self):
-        self.assert_refused([DEMO / "line.toml", "--baud", "-5"], "--baud: -5 is no line speed")
+        self.assert_refused([DEMO / "line.toml", "--baud", "-5"], "--baud: -5 is not a line speed")
         self.assert_refused([DEMO / "line.toml", "--baud", "12345", "--port", "/dev/null"], "--baud: a serial line")
 
     def test_a_link_that_somebody_needs(self):

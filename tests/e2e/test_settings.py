@@ -122,7 +122,7 @@ class NewProjectFile(ServiceTest):
         file.write_text("# mine\n")
         done = self.run_velk(["init", "--port", "/dev/ttyUSB0"])
         self.assert_ends(done, USAGE)
-        self.assertIn("velk.toml is there already; give --force to write over it", done.stderr)
+        self.assertIn("velk.toml exists already; give --force to overwrite it", done.stderr)
         self.assertEqual(file.read_text(), "# mine\n")
         self.assert_ends(self.run_velk(["init", "--port", "/dev/ttyUSB0", "--force"]), GOOD)
         self.assertIn('port = "/dev/ttyUSB0"', file.read_text())
@@ -174,10 +174,10 @@ class NewProjectFile(ServiceTest):
         child = self.type_velk(["init", "--port", "com1"])
         for question, answer in (("Line speed in bit/s [19200]", "9600"), ("or mark) [none]", "even"),
                                  ("Stop bits [1]", "2"), ("[RS-232]", ""), ("(bare or routed) [routed]", ""),
-                                 ("Levels of couplers on the way [0]", "1"), ("Coupler of level 1 [0]", "7"),
-                                 ("it has to be 0 to 6", "6"), ("Channel of the coupler of level 1 [0]", "3"),
+                                 ("Levels of couplers on the route [0]", "1"), ("Coupler of level 1 [0]", "7"),
+                                 ("it must be 0 to 6", "6"), ("Channel of the coupler of level 1 [0]", "3"),
                                  ("Address behind the coupler of level 1 [0.0.0.0]", "10.0.0"),
-                                 ("it has to be like 192.168.0.1", "10.0.0.1"), ("(big or little) [big]", ""),
+                                 ("is not an address such as 192.168.0.1", "10.0.0.1"), ("(big or little) [big]", ""),
                                  ("Bytes of a block [128]", ""), ("wait for an answer [10000]", ""),
                                  ("Node number of the PLC [0]", "4"), ("Name of the PLC", "press")):
             child.expect_exact(question)

@@ -71,7 +71,7 @@ class Symbols(ServiceTest):
         dead = self.dead_port()
         done = self.run_velk(self.words("symbols", dead.port, "--timeout", 100))
         self.assert_ends(done, SILENT)
-        self.assertIn("Nothing came at all", done.stderr)
+        self.assertIn("Nothing was received", done.stderr)
 
     def test_interrupted_while_it_waits(self):
         dead = self.dead_port()

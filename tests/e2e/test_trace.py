@@ -63,7 +63,7 @@ class Trace(ServiceTest):
         dead = self.dead_port()
         done = self.run_velk(["trace", "--", *self.words("read", dead.port, "-q", "--timeout", 100, "--repeat", 1,
                                                          "X")])
-        self.assertIn("!! nothing came within the time-out", done.stderr)
+        self.assertIn("!! nothing received within the time-out", done.stderr)
         self.assertIn("request: link check", done.stderr)
 
     def test_garbage_is_shown_as_no_frame(self):
@@ -104,14 +104,14 @@ class Trace(ServiceTest):
         for command in (["ports"], ["config", "--help"]):
             done = self.run_velk(["trace", "-o", "t.txt", "--", *command])
             self.assert_ends(done, GOOD)
-            self.assertIn("nothing is traced: no line was used", done.stderr)
+            self.assertIn("there is no trace: no line was used", done.stderr)
         self.assertFalse((self.folder / "t.txt").exists())
 
     def test_wrong_usage(self):
         read = self.words("read", "/dev/null", "X")
         for words, reason in ((["trace"], "missing"), (["trace", "--format", "x", "--", *read], "--format"),
                               (["trace", "-o", "t.doc", "--", *read], "t.doc"),
-                              (["trace", "--format", "pcapng", "--", *read], "name a file"),
+                              (["trace", "--format", "pcapng", "--", *read], "give a file name"),
                               (["trace", "-o", "no/folder.txt", "--", *read], "no/folder.txt"),
                               (["trace", "--", "reed"], "reed"),
                               ([*read, "--trace-format", "text"], "--trace")):

@@ -116,14 +116,14 @@ class Write(ServiceTest):
     def test_a_variable_that_does_not_take_it(self):
         done = self.run_velk(self.say("--yes", "Fixed=13"))
         self.assert_ends(done, ITEM_NOT_GOOD)
-        self.assertRegex(done.stdout, r"Fixed +INT +12 +13 +12 +did not take")
+        self.assertRegex(done.stdout, r"Fixed +INT +12 +13 +12 +not kept")
         self.assert_written(1)
 
     def test_one_that_takes_it_beside_one_that_does_not(self):
         done = self.run_velk(self.say("--yes", "Number=13", "Fixed=13"))
         self.assert_ends(done, ITEM_NOT_GOOD)
         self.assertRegex(done.stdout, r"Number +INT +7 +13 +13 +took")
-        self.assertRegex(done.stdout, r"Fixed +INT +12 +13 +12 +did not take")
+        self.assertRegex(done.stdout, r"Fixed +INT +12 +13 +12 +not kept")
 
     def test_beyond_the_range(self):
         self.assert_nothing_written(self.run_velk(self.say("-y", "Number=32768")), "-32768..32767")
@@ -152,7 +152,7 @@ class Write(ServiceTest):
 
     def test_an_element_of_an_array(self):
         done = self.run_velk(self.say("-y", "List[1]=5"))
-        self.assert_nothing_written(done, "the elements of an array are there with the whole array only, List",
+        self.assert_nothing_written(done, "the elements of an array can only be read with the whole array, List",
                                     ITEM_NOT_GOOD)
 
     def test_a_present_value_that_the_type_cannot_show(self):
@@ -295,7 +295,7 @@ class LostOnTheWay(ServiceTest):
         child.sendline("y")
         child.expect(r"name +type +before +to write +after +result")
         child.expect(r"Number +INT +7 +8 +- +not written: Timeout on Acknowledge")
-        child.expect("velk:.* Timeout on Acknowledge. Bytes came, then nothing more")
+        child.expect("velk:.* Timeout on Acknowledge. Bytes were received, then nothing more")
         self.assert_exit(child, SILENT)
 
     def test_a_write_that_is_refused(self):
@@ -324,7 +324,7 @@ class OtherProgram(ServiceTest):
                 plc.wait_until_said("program changed")
                 child.sendline("y")
                 child.expect(r"Number +\S+ +7 +8 +- +not written: the PLC's program was replaced\s")
-                child.expect("velk:.* the program of the PLC was replaced: call again")
+                child.expect("velk:.* the program of the PLC was replaced: run the command again")
                 self.assert_exit(child, REFUSED)
                 plc.pull_out()
                 self.assertIn("0 lists written", plc.said())
@@ -342,7 +342,7 @@ class OtherProgram(ServiceTest):
         child.expect(QUESTION)
         shutil.copy(self.folder / "other.sdb", file)
         child.sendline("y")
-        child.expect("the program of the PLC was replaced: nothing was written, call again")
+        child.expect("the program of the PLC was replaced: nothing was written; run the command again")
         self.assert_exit(child, ITEM_NOT_GOOD)
 
 

@@ -13,7 +13,7 @@ public:
     /** Missing cells are empty. */
     void add(std::vector<std::string> row);
 
-    /** One line a row, a ruled header first, each line behind @p indent. */
+    /** One line a row, a ruled header first, each line after @p indent. */
     [[nodiscard]] std::string text(std::string const& indent = "") const;
 
 private:

@@ -23,7 +23,7 @@ bool isFirstBlock(std::span<unsigned char const> block) {
     return block[kNumberOffset] + block[kNumberOffset + 1] == 1;
 }
 
-/** The block begins a reply that is good, and behind which no other one comes: both words are 0 in any byte order. */
+/** The block begins a good reply, which is the last one: both words are 0 in any byte order. */
 bool isLastPiece(std::span<unsigned char const> block) {
     constexpr std::size_t kStatusAndMore = 4;
     std::span<unsigned char const> const payload = block.subspan(kBlockHeaderLength);
@@ -67,7 +67,7 @@ void UploadProgress::onSent(std::span<unsigned char const> block, std::int64_t a
         underWay_ = true;
         lastPiece_ = false;
     } else if (service != kReadOn) {
-        underWay_ = false; // it broke off
+        underWay_ = false; // it was aborted
     }
     pieceBegins_ = underWay_;
 }

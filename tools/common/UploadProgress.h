@@ -8,7 +8,7 @@
 
 namespace tools {
 
-/** How far a file has come from the PLC. The line does not tell how long the file is. */
+/** The progress of a file's upload. The length of the file is not known from the line. */
 struct Upload {
     std::uint64_t bytes = 0;  ///< of the file
     std::uint64_t pieces = 0; ///< replies of the PLC
@@ -19,7 +19,7 @@ struct Upload {
     [[nodiscard]] double rate() const;
 };
 
-/** Watches the line for the fetching of a file and tells of each piece. */
+/** Watches the line for a file's upload and reports each piece. */
 class UploadProgress final : public host::PortObserver {
 public:
     using Listener = std::function<void(Upload const&)>;
@@ -42,7 +42,7 @@ private:
     Upload upload_;
     std::int64_t began_ = 0;
     bool underWay_ = false;
-    bool lastPiece_ = false;   ///< the reply under way says that none follows
+    bool lastPiece_ = false;   ///< the reply under way says that it is the last
     bool pieceBegins_ = false; ///< the next received block is the first one of a reply
 };
 

@@ -9,7 +9,7 @@
 
 namespace demo {
 
-/** The simulated PLC on a pseudo-terminal, at work in a thread of its own until it is destroyed. */
+/** The simulated PLC on a pseudo-terminal, served by a separate thread until destroyed. */
 class PlcOnTerminal {
 public:
     explicit PlcOnTerminal(plc::LineDescription description);

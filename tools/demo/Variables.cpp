@@ -87,7 +87,7 @@ base::Outcome createTags(host::Panel& panel, int node, std::span<Variable> varia
 Reading readAll(host::Panel& panel, std::span<Variable const> variables) {
     std::vector<ITag*> tags(variables.size());
     std::transform(variables.begin(), variables.end(), tags.begin(), [](Variable const& each) { return each.tag; });
-    // A failed datagram is not cut up to find a culprit: the demonstration wants to show the failure.
+    // A failed datagram is not split to find the cause: the demonstration shows the failure.
     host::TagReader reader(panel.driver().protocol(), {.extraCalls = 0});
     std::vector<host::TagResult> const results = reader.read(tags);
 

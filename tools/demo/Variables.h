@@ -25,7 +25,7 @@ std::vector<Variable> demonstrationVariables();
 /** Creates the tags of @p variables on @p node. */
 base::Outcome createTags(host::Panel& panel, int node, std::span<Variable> variables);
 
-/** Reads all of them, in as few datagrams as the driver allows, and answers a table. */
+/** Reads all of them, in as few datagrams as the driver allows, and returns a table. */
 struct Reading {
     std::string table;
     int good = 0;
@@ -41,7 +41,7 @@ base::Result<std::string> readOne(host::Panel& panel, Variable const& variable);
 /** Writes a value given as text. */
 base::Outcome writeOne(host::Panel& panel, Variable const& variable, std::string const& value);
 
-/** Finds a variable by its name; it has to be there. */
+/** Finds a variable by its name; it must exist. */
 Variable const& find(std::span<Variable const> variables, std::string const& name);
 
 } // namespace demo

@@ -1,5 +1,5 @@
 // A demonstration: the driver module, loaded as a host loads it, talks to the simulated PLC over a pseudo-terminal.
-// All that is shown comes from the line.
+// Everything shown was received over the line.
 
 #include "host/instance/ModuleFile.h"
 #include "host/instance/Panel.h"
@@ -26,7 +26,7 @@ constexpr int kBaudRate = 115'200;
 constexpr int kBlockSize = 1'024;
 constexpr int kTimeoutMs = 2'000;
 
-/** A directory that is gone when this object is. */
+/** A directory that is removed with this object. */
 class WorkDirectory {
 public:
     WorkDirectory() {
@@ -69,7 +69,7 @@ private:
     tools::UploadProgress progress_;
 };
 
-/** Real programs have hundreds of variables; so many that fetching the symbol file takes a moment. */
+/** Real programs have hundreds of variables; enough that fetching the symbol file takes a moment. */
 void addCells(plc::ProgramDescription& program) {
     constexpr int kCells = 400;
     for (int cell = 1; cell <= kCells; ++cell) {
@@ -103,7 +103,7 @@ class Demonstration {
 public:
     explicit Demonstration(std::filesystem::path const& folder) : folder_(folder), watchers_(screen_) {}
 
-    /** Answers whether everything came out as it has to. */
+    /** Returns whether everything went as expected. */
     bool run();
 
 private:
@@ -164,7 +164,7 @@ void Demonstration::loadModule() {
     settings.config.protType = "Serial_RS232";
     settings.config.nodes.blockSize = kBlockSize;
     settings.config.nodes.timeoutMs = kTimeoutMs;
-    settings.config.nodes.repeat = 1; // so that each failure shows
+    settings.config.nodes.repeat = 1; // so that each failure is visible
     base::Result<std::unique_ptr<host::Panel>> panel = host::Panel::create(settings, clock_, &watchers_);
     if (!panel.ok()) {
         throw std::runtime_error(panel.failure().text);

@@ -14,8 +14,8 @@
 namespace {
 
 /**
- * Nothing that is opened later may get the number of a standard stream: it would be read and written in its place.
- * Writing to a stream that was closed goes on failing, as it has to.
+ * No file that is opened later may get the number of a standard stream: it would be used in its place. Writing to a
+ * closed stream keeps failing, as it should.
  */
 void occupyStandardStreams() {
     for (int stream = STDIN_FILENO; stream <= STDERR_FILENO; ++stream) {

@@ -142,9 +142,9 @@ local function splitFrame(range, toPlc, usual)
     elseif mark == ACK_MARK then
         frame.fault = "an acknowledge stops after " .. size .. " bytes"
     elseif frame.routed and size == 0 then
-        frame.fault = "nothing came behind the routing header"
+        frame.fault = "nothing follows the routing header"
     else
-        frame.fault = size .. " bytes that begin no frame"
+        frame.fault = size .. " bytes that are not a frame"
     end
     return frame
 end
@@ -165,7 +165,7 @@ local function collect(collected, frame, block, right)
     local due = collected.blocks + 1
     local size = block:len() - BLOCK_HEADER_SIZE
     if frame.number ~= due then
-        frame.fault = "block " .. frame.number .. " came where block " .. due .. " was due"
+        frame.fault = "block " .. frame.number .. " instead of block " .. due
         collected.whole = false
     elseif not right or collected.bytes:len() + size > LONGEST_PAYLOAD then
         collected.whole = false

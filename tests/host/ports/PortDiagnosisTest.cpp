@@ -22,7 +22,7 @@ TEST(PortDiagnosis, NoPermissionSaysHowToGetIt) {
     EXPECT_EQ(host::noPermission("/dev/ttyUSB0", {"root", "dialout", false, false}).text,
               "no permission to use the serial port /dev/ttyUSB0: only its owner 'root' may use it");
     EXPECT_EQ(host::noPermission("/dev/ttyUSB0", {"root", "dialout", true, true}).text,
-              "no permission to use the serial port /dev/ttyUSB0 although its own access rights allow it");
+              "no permission to use the serial port /dev/ttyUSB0 although the permissions of the file allow it");
 }
 
 TEST(PortDiagnosis, EveryWayADeviceIsMissingReadsAlike) {
@@ -32,7 +32,7 @@ TEST(PortDiagnosis, EveryWayADeviceIsMissingReadsAlike) {
 }
 
 TEST(PortDiagnosis, APortWithoutHardwareIsNotAMissingOne) {
-    EXPECT_EQ(host::settingFailure("/dev/ttyS9", EIO).text, "there is no serial hardware behind /dev/ttyS9");
+    EXPECT_EQ(host::settingFailure("/dev/ttyS9", EIO).text, "there is no serial hardware at /dev/ttyS9");
 }
 
 TEST(PortDiagnosis, OtherErrorsKeepTheSystemsWords) {

@@ -120,29 +120,29 @@ TEST(ProgramFile, ValuesAreOfFourKinds) {
 
 TEST(ProgramFile, ComplaintsNameTheirPlace) {
     EXPECT_EQ(ProgramComplaint("project_id = 1\n\nprojekt = 2\n"), "p.toml:3:1: there is no 'projekt' in a program");
-    EXPECT_EQ(ProgramComplaint("\nproject_id = -1"), "p.toml:2:14: 'project_id' is -1; it has to be 0 to 4294967295");
-    EXPECT_EQ(ProgramComplaint("project_id = 'x'"), "p.toml:1:14: 'project_id' has to be a whole number, not a text");
-    EXPECT_EQ(ProgramComplaint("area_sizes = 3"), "p.toml:1:14: 'area_sizes' has to be a table, not a whole number");
+    EXPECT_EQ(ProgramComplaint("\nproject_id = -1"), "p.toml:2:14: 'project_id' is -1; it must be 0 to 4294967295");
+    EXPECT_EQ(ProgramComplaint("project_id = 'x'"), "p.toml:1:14: 'project_id' must be a whole number, not a text");
+    EXPECT_EQ(ProgramComplaint("area_sizes = 3"), "p.toml:1:14: 'area_sizes' must be a table, not a whole number");
     EXPECT_EQ(ProgramComplaint("[area_sizes]\nX = 3"),
               "p.toml:2:1: there is no 'X' in [area_sizes]; did you mean 3, 4 or 5?");
-    EXPECT_EQ(ProgramComplaint("[symbol_file]\nvariant = 2"), "p.toml:2:11: 'variant' is 2; it has to be 0 to 1");
+    EXPECT_EQ(ProgramComplaint("[symbol_file]\nvariant = 2"), "p.toml:2:11: 'variant' is 2; it must be 0 to 1");
     EXPECT_EQ(ProgramComplaint("[symbol_file]\nplaceholders = 1"),
-              "p.toml:2:16: 'placeholders' has to be true or false, not a whole number");
+              "p.toml:2:16: 'placeholders' must be true or false, not a whole number");
     EXPECT_EQ(ProgramComplaint("variable = 1"),
-              "p.toml:1:12: every 'variable' has to be a table of its own: [[variable]]");
+              "p.toml:1:12: every 'variable' must be a table of its own: [[variable]]");
     EXPECT_EQ(ProgramComplaint("variable = [\n1]"),
-              "p.toml:1:12: every 'variable' has to be a table of its own: [[variable]]");
+              "p.toml:1:12: every 'variable' must be a table of its own: [[variable]]");
     EXPECT_EQ(ProgramComplaint("[[variable]]\ntype = 'INT'"), "p.toml:1:1: 'name' is missing");
     EXPECT_EQ(ProgramComplaint("[[variable]]\nname = 1\ntype = 'INT'"),
-              "p.toml:2:8: 'name' has to be a text, not a whole number");
+              "p.toml:2:8: 'name' must be a text, not a whole number");
     EXPECT_EQ(ProgramComplaint("[[variable]]\nname = 'v'\ntype = 'INT'\narea = 'X'"),
-              "p.toml:4:8: 'area' is 'X'; it has to be M, I, Q, 3, 4 or 5");
+              "p.toml:4:8: 'area' is 'X'; it must be M, I, Q, 3, 4 or 5");
     EXPECT_EQ(ProgramComplaint("[[variable]]\nname = 'v'\ntype = 'INT'\n[[variable]]\nname = 'w'\ntype = 'INTEGER'"),
               "p.toml:4: there is no type \"INTEGER\"");
     EXPECT_EQ(ProgramComplaint("\n[[variable]]\nname = 'v'\ntype = 'INT'\nvalue = 70000"),
               "p.toml:2: variable v: the value does not fit the type");
     EXPECT_EQ(ProgramComplaint("[[structure]]\nname = 'S'"),
-              "p.toml:1:1: 'members' has to be a list of [\"name\", \"type\"]");
+              "p.toml:1:1: 'members' must be a list of [\"name\", \"type\"]");
     EXPECT_EQ(ProgramComplaint("[[structure]]\nname = 'S'\nmembers = [\n['a', 'INT'],\n['b']]"),
               "p.toml:5:1: a member is written as [\"name\", \"type\"]");
     EXPECT_EQ(
@@ -153,12 +153,12 @@ TEST(ProgramFile, ComplaintsNameTheirPlace) {
 TEST(ProgramFile, EverythingThatIsWrongIsSaidAtOnce) {
     EXPECT_EQ(ProgramComplaint("project_id = 'x'\nprojekt = 2\n[[variable]]\nname = 1\ntype = 'INTEGER'\n"
                                "[[variable]]\nbehaviour = { kind = 'x', low = 1 }\n"),
-              "p.toml:1:14: 'project_id' has to be a whole number, not a text\n"
+              "p.toml:1:14: 'project_id' must be a whole number, not a text\n"
               "p.toml:2:1: there is no 'projekt' in a program\n"
-              "p.toml:4:8: 'name' has to be a text, not a whole number\n"
+              "p.toml:4:8: 'name' must be a text, not a whole number\n"
               "p.toml:6:1: 'name' is missing\n"
               "p.toml:6:1: 'type' is missing\n"
-              "p.toml:7:22: 'kind' is 'x'; it has to be constant, counter, ramp, sine, random_walk or follow")
+              "p.toml:7:22: 'kind' is 'x'; it must be constant, counter, ramp, sine, random_walk or follow")
         << "whether the program makes sense is looked at when all values can be read";
 }
 
@@ -241,8 +241,7 @@ name = "oven"
 
 TEST(LineFile, ComplaintsNameTheirPlace) {
     EXPECT_EQ(LineComplaint("[[station]]"), "l.toml:1:1: 'framing' is missing");
-    EXPECT_EQ(LineComplaint("framing = 'x'"),
-              "l.toml:1:11: 'framing' is 'x'; it has to be Serial_RS232 or ABB_RS232_AC");
+    EXPECT_EQ(LineComplaint("framing = 'x'"), "l.toml:1:11: 'framing' is 'x'; it must be Serial_RS232 or ABB_RS232_AC");
     EXPECT_EQ(LineComplaint("framing = 'Serial_RS232'"),
               "l.toml: a line has one station, and only with the routed framing more");
     EXPECT_EQ(LineComplaint("framing = 'Serial_RS232'\nframe_silence_ms = 0\n[[station]]"),
@@ -251,25 +250,25 @@ TEST(LineFile, ComplaintsNameTheirPlace) {
         return LineComplaint("framing = 'Serial_RS232'\n[[station]]\n" + text);
     };
     EXPECT_EQ(station(""), "");
-    EXPECT_EQ(station("model = 'intel'"), "l.toml:3:9: 'model' is 'intel'; it has to be Intel or Motorola");
-    EXPECT_EQ(station("block_size = 1461"), "l.toml:3:14: 'block_size' is 1461; it has to be 128 to 1460");
+    EXPECT_EQ(station("model = 'intel'"), "l.toml:3:9: 'model' is 'intel'; it must be Intel or Motorola");
+    EXPECT_EQ(station("block_size = 1461"), "l.toml:3:14: 'block_size' is 1461; it must be 128 to 1460");
     EXPECT_EQ(station("blocksize = 128"),
               "l.toml:3:1: there is no 'blocksize' in [[station]]; did you mean block_size?");
     EXPECT_EQ(station("mismatch_word = 0x34"), "l.toml:2:1: station plc: the mismatch word must be 0x48 or 0x33");
     EXPECT_EQ(station("address1 = '1.2.3'"),
-              "l.toml:3:12: 'address1' is '1.2.3'; it has to be four numbers from 0 to 255 with dots between them");
-    EXPECT_TRUE(station("fault = [{kind = 'x'}]").starts_with("l.toml:3:18: 'kind' is 'x'; it has to be silent, "));
+              "l.toml:3:12: 'address1' is '1.2.3'; it must be four numbers from 0 to 255 with dots between them");
+    EXPECT_TRUE(station("fault = [{kind = 'x'}]").starts_with("l.toml:3:18: 'kind' is 'x'; it must be silent, "));
     EXPECT_EQ(station("fault = [{kind = 'late', service = 'x'}]"),
-              "l.toml:3:36: 'service' is 'x'; it has to be login, logout, read_list, file_open, file_next, write_list, "
+              "l.toml:3:36: 'service' is 'x'; it must be login, logout, read_list, file_open, file_next, write_list, "
               "link_check or unknown");
     EXPECT_EQ(station("fault = [{kind = 'late', probability = 1.5}]"),
-              "l.toml:3:40: 'probability' has to be a number from 0 to 1");
+              "l.toml:3:40: 'probability' must be a number from 0 to 1");
     EXPECT_EQ(station("fault = [{kind = 'late', nth = 0}]"),
-              "l.toml:3:32: 'nth' is 0; it has to be 1 to 9223372036854775807");
+              "l.toml:3:32: 'nth' is 0; it must be 1 to 9223372036854775807");
     EXPECT_EQ(station("fault = [{kind = 'late', item = 1}]"),
-              "l.toml:3:33: 'item' means nothing to late, only to bad_quality");
+              "l.toml:3:33: 'item' has no meaning for late, only for bad_quality");
     EXPECT_EQ(station("fault = [{kind = 'silent', variable = 'x'}]"),
-              "l.toml:3:39: 'variable' means nothing to silent, only to bad_quality");
+              "l.toml:3:39: 'variable' has no meaning for silent, only for bad_quality");
     EXPECT_EQ(station("fault = [{kind = 'bad_quality', service = 'write_list'}]"),
               "l.toml:3:43: bad_quality cannot happen at the service write_list");
     EXPECT_EQ(station("fault = [{kind = 'file_endless', service = 'login'}]"),
@@ -282,7 +281,7 @@ TEST(LineFile, ComplaintsNameTheirPlace) {
                       "structure = [{name = 'S', members = [['B', 'INT']]}]\n"
                       "variable = [{name = 'a', type = 'ARRAY [1..2] OF S'}]"),
               "");
-    EXPECT_EQ(station("program = 1"), "l.toml:3:11: 'program' has to be a table, not a whole number");
+    EXPECT_EQ(station("program = 1"), "l.toml:3:11: 'program' must be a table, not a whole number");
     EXPECT_EQ(station("[station.program]\nproject = 1"), "l.toml:4:1: there is no 'project' in [program]");
 }
 

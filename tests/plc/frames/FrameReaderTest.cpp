@@ -99,7 +99,7 @@ TEST_F(BareReader, ReportsGarbageAfterASilenceOnly) {
     EXPECT_TRUE(kept.lines.empty());
     reader.advance(30ms);
     EXPECT_EQ(kept.lines, Lines{"garbage"});
-    EXPECT_EQ(kept.text, "4 bytes that begin no frame");
+    EXPECT_EQ(kept.text, "4 bytes that are not a frame");
     EXPECT_EQ(kept.stations, std::vector{plc::kNoStation});
 }
 

@@ -40,10 +40,10 @@ TEST(LineSpeed, IsReadFromALineFileAndSetsThePace) {
     EXPECT_EQ(line.speed.parity, Parity::kOdd);
     EXPECT_EQ(line.speed.stopBits, 2);
     EXPECT_EQ(line.bytesPerSecond, 800U);
-    EXPECT_EQ(ComplaintAboutSpeed("baud = 1"), "l.toml:3:8: 'baud' is 1; it has to be 50 to 4000000");
+    EXPECT_EQ(ComplaintAboutSpeed("baud = 1"), "l.toml:3:8: 'baud' is 1; it must be 50 to 4000000");
     EXPECT_EQ(ComplaintAboutSpeed("baud = 9600\nparity = 'x'"),
-              "l.toml:4:10: 'parity' is 'x'; it has to be none, even, odd or mark");
-    EXPECT_EQ(ComplaintAboutSpeed("stop_bits = 2"), "l.toml:3:13: 'stop_bits' needs 'baud' beside it");
+              "l.toml:4:10: 'parity' is 'x'; it must be none, even, odd or mark");
+    EXPECT_EQ(ComplaintAboutSpeed("stop_bits = 2"), "l.toml:3:13: 'stop_bits' also needs 'baud'");
 }
 
 TEST(LineSpeed, APaceOfItsOwnCountsMore) {

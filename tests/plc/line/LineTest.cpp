@@ -166,7 +166,7 @@ TEST(Line, RefusesDescriptionsThatMakeNoSense) {
     EXPECT_EQ(ComplaintAboutLine(two), "a line has one station, and only with the routed framing more");
     two = TwoStations();
     two.stations[1].route = two.stations[0].route;
-    EXPECT_EQ(ComplaintAboutLine(two), "stations near and far are reached by the same way");
+    EXPECT_EQ(ComplaintAboutLine(two), "stations near and far have the same route");
     two = TwoStations();
     two.stations[1].name = "near";
     EXPECT_EQ(ComplaintAboutLine(two), "two stations are named near");

@@ -229,18 +229,18 @@ std::string ComplaintAboutBehaviour(std::string const& behaviour, std::string co
 
 TEST(Behaviour, ComplaintsNameTheirPlace) {
     EXPECT_EQ(ComplaintAboutBehaviour("{ kind = 'counter' }"), "");
-    EXPECT_EQ(ComplaintAboutBehaviour("3"), "p.toml:5:13: 'behaviour' has to be a table, not a whole number");
+    EXPECT_EQ(ComplaintAboutBehaviour("3"), "p.toml:5:13: 'behaviour' must be a table, not a whole number");
     EXPECT_EQ(ComplaintAboutBehaviour("{ }"), "p.toml:5:13: 'kind' is missing");
     EXPECT_EQ(ComplaintAboutBehaviour("{ kind = 'x' }"),
-              "p.toml:5:22: 'kind' is 'x'; it has to be constant, counter, ramp, sine, random_walk or follow");
+              "p.toml:5:22: 'kind' is 'x'; it must be constant, counter, ramp, sine, random_walk or follow");
     EXPECT_EQ(ComplaintAboutBehaviour("{ kind = 'constant', low = 1 }"),
               "p.toml:5:34: there is no 'low' in [behaviour]");
     EXPECT_EQ(ComplaintAboutBehaviour("{ kind = 'counter', step = 'x' }"),
-              "p.toml:5:40: 'step' has to be a number, not a text");
+              "p.toml:5:40: 'step' must be a number, not a text");
     EXPECT_EQ(ComplaintAboutBehaviour("{ kind = 'counter', step = nan }"),
               "p.toml:5: behaviour of v: a number must be finite");
     EXPECT_EQ(ComplaintAboutBehaviour("{ kind = 'counter', every_ms = 0 }"),
-              "p.toml:5:44: 'every_ms' is 0; it has to be 1 to 86400000");
+              "p.toml:5:44: 'every_ms' is 0; it must be 1 to 86400000");
     EXPECT_EQ(ComplaintAboutBehaviour("{ kind = 'ramp' }"), "p.toml:5: behaviour of v: low and high are missing");
     EXPECT_EQ(ComplaintAboutBehaviour("{ kind = 'counter' }", "REAL"),
               "p.toml:5: behaviour of v: low and high are missing");
@@ -249,14 +249,14 @@ TEST(Behaviour, ComplaintsNameTheirPlace) {
     EXPECT_EQ(ComplaintAboutBehaviour("{ kind = 'sine', low = 0, high = 256 }", "BYTE"),
               "p.toml:5: behaviour of v: low or high is beyond the type's range");
     EXPECT_EQ(ComplaintAboutBehaviour("{ kind = 'sine', low = 0, high = 1, phase = 2 }"),
-              "p.toml:5:57: 'phase' has to be a number from 0 to 1");
+              "p.toml:5:57: 'phase' must be a number from 0 to 1");
     EXPECT_EQ(ComplaintAboutBehaviour("{ kind = 'follow' }"), "p.toml:5:13: 'source' is missing");
     EXPECT_EQ(ComplaintAboutBehaviour("{ kind = 'follow', source = 'w' }"),
               "p.toml:5: behaviour of v: there is no variable w");
     EXPECT_EQ(ComplaintAboutBehaviour("{ kind = 'counter' }", "STRING(5)"),
-              "p.toml:5: behaviour of v: v is no number and no truth value with memory");
+              "p.toml:5: behaviour of v: v is not a number or BOOL with memory");
     EXPECT_EQ(ComplaintAboutBehaviour("{ kind = 'counter' }", "ARRAY [0..1] OF INT"),
-              "p.toml:5: behaviour of v: v is no number and no truth value with memory");
+              "p.toml:5: behaviour of v: v is not a number or BOOL with memory");
 }
 
 TEST(Behaviour, WrittenInCodeItIsCheckedToo) {

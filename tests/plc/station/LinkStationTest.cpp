@@ -79,7 +79,7 @@ TEST(Link, WrongBlockNumberIsNotAnswered) {
     plc::Line line(BareLine(), &recorder);
     Panel panel(line);
     EXPECT_EQ(panel.say("AA AA 01 00 02 00 5A 01 02"), "");
-    EXPECT_EQ(recorder.lastText(), "block 2 came although no request is under way");
+    EXPECT_EQ(recorder.lastText(), "block 2 came without a request");
     EXPECT_EQ(panel.say(Hex("AA AA 78 00 01 00 4C 00 7F") + Zeros(119)), kAck1);
     EXPECT_EQ(panel.say("AA AA 01 00 03 00 59 01 00"), "");
     EXPECT_EQ(recorder.lastText(), "block 3 came instead of block 2");

@@ -76,15 +76,13 @@ TEST(FaultText, IsARuleAsInADescription) {
 TEST(FaultText, WhatIsNoRuleIsRefused) {
     EXPECT_EQ(ComplaintAboutFault("kind = 'silent'"), "");
     EXPECT_TRUE(
-        ComplaintAboutFault("kind = 'x'").starts_with("--fault:1:8: 'kind' is 'x'; it has to be silent, ack_missing"));
+        ComplaintAboutFault("kind = 'x'").starts_with("--fault:1:8: 'kind' is 'x'; it must be silent, ack_missing"));
     EXPECT_TRUE(ComplaintAboutFault("kind = 'x'").ends_with(", garbage, late or pause")) << "they are all there";
     EXPECT_EQ(ComplaintAboutFault(""), "--fault:1: 'kind' is missing");
     EXPECT_EQ(ComplaintAboutFault("kind = 'silent', colour = 1"), "--fault:1:18: there is no 'colour' in [fault]");
     EXPECT_EQ(ComplaintAboutFault("kind = 'silent'}\nx = {"), "--fault:2:1: there is no 'x' in a fault");
-    EXPECT_EQ(ComplaintAboutFault("kind = 'silent', from_ms = 1"),
-              "--fault:1:28: 'from_ms' needs 'lasts_ms' beside it");
-    EXPECT_EQ(ComplaintAboutFault("kind = 'silent', every_ms = 1"),
-              "--fault:1:29: 'every_ms' needs 'lasts_ms' beside it");
+    EXPECT_EQ(ComplaintAboutFault("kind = 'silent', from_ms = 1"), "--fault:1:28: 'from_ms' also needs 'lasts_ms'");
+    EXPECT_EQ(ComplaintAboutFault("kind = 'silent', every_ms = 1"), "--fault:1:29: 'every_ms' also needs 'lasts_ms'");
     EXPECT_EQ(ComplaintAboutFault("kind = ").substr(0, 8), "--fault:");
 }
 

@@ -69,7 +69,7 @@ TEST_F(CommandLine, ACommandOfACommandIsToldInItsPlace) {
 
 TEST_F(CommandLine, WhatIsMissingIsCalledAsInTheHelp) {
     EXPECT_EQ(run({"write"}), ExitCode::Usage);
-    EXPECT_EQ(complaint_, "velk: NAME=VALUE is missing\nvelk write --help tells what it takes\n");
+    EXPECT_EQ(complaint_, "velk: NAME=VALUE is missing\nvelk write --help lists what it takes\n");
     EXPECT_EQ(run({"plc"}), ExitCode::Usage);
     EXPECT_THAT(complaint_, StartsWith("velk: PROJECT is missing\n"));
     EXPECT_EQ(run({"config"}), ExitCode::Usage);
@@ -82,12 +82,12 @@ TEST_F(CommandLine, AFlagInFrontOfItsCommandIsToldWhereItBelongs) {
         char const* reason;
     };
     for (Case const& each :
-         {Case{{"-n", "2", "symbols", "A*"}, "'-n' belongs behind the command: velk symbols -n 2 'A*'"},
-          Case{{"--node=2", "symbols"}, "'--node' belongs behind the command: velk symbols --node=2"},
-          Case{{"-n", "2", "write", "X='1'"}, "'-n' belongs behind the command: velk write -n 2 'X='\\''1'\\'''"},
-          Case{{"-q", "-n2", "read", "X"}, "'-q' belongs behind the command: velk read -q -n2 X"},
-          Case{{"-f", "a.toml", "config", "show"}, "'-f' belongs behind the command: velk config show -f a.toml"},
-          Case{{"config", "-f", "a.toml", "show"}, "'-f' belongs behind the command: velk config show -f a.toml"}}) {
+         {Case{{"-n", "2", "symbols", "A*"}, "'-n' belongs after the command: velk symbols -n 2 'A*'"},
+          Case{{"--node=2", "symbols"}, "'--node' belongs after the command: velk symbols --node=2"},
+          Case{{"-n", "2", "write", "X='1'"}, "'-n' belongs after the command: velk write -n 2 'X='\\''1'\\'''"},
+          Case{{"-q", "-n2", "read", "X"}, "'-q' belongs after the command: velk read -q -n2 X"},
+          Case{{"-f", "a.toml", "config", "show"}, "'-f' belongs after the command: velk config show -f a.toml"},
+          Case{{"config", "-f", "a.toml", "show"}, "'-f' belongs after the command: velk config show -f a.toml"}}) {
         EXPECT_EQ(run(each.words), ExitCode::Usage);
         EXPECT_EQ(output_, "");
         EXPECT_EQ(complaint_, std::string("velk: ") + each.reason + "\n");
@@ -97,20 +97,20 @@ TEST_F(CommandLine, AFlagInFrontOfItsCommandIsToldWhereItBelongs) {
 TEST_F(CommandLine, AFlagWithoutACommandIsToldThatItNeedsOne) {
     for (std::vector<std::string> const& words : {std::vector<std::string>{"-n", "2"}, {"-n", "2", "symbls"}}) {
         EXPECT_EQ(run(words), ExitCode::Usage);
-        EXPECT_EQ(complaint_, "velk: '-n' belongs behind a command\nvelk --help lists the commands\n");
+        EXPECT_EQ(complaint_, "velk: '-n' belongs after a command\nvelk --help lists the commands\n");
     }
 }
 
 TEST_F(CommandLine, AFlagThatDoesNotExistIsCalledSo) {
     EXPECT_EQ(run({"--nonsense", "read"}), ExitCode::Usage);
-    EXPECT_EQ(complaint_, "velk: there is no option '--nonsense'\nvelk --help tells what it takes\n");
+    EXPECT_EQ(complaint_, "velk: there is no option '--nonsense'\nvelk --help lists what it takes\n");
     EXPECT_EQ(run({"symbols", "--nonsense", "5"}), ExitCode::Usage);
-    EXPECT_EQ(complaint_, "velk: there is no option '--nonsense'\nvelk symbols --help tells what it takes\n");
+    EXPECT_EQ(complaint_, "velk: there is no option '--nonsense'\nvelk symbols --help lists what it takes\n");
 }
 
 TEST_F(CommandLine, AWordTooManyIsNamed) {
     EXPECT_EQ(run({"ports", "now", "please"}), ExitCode::Usage);
-    EXPECT_EQ(complaint_, "velk: 'now' is one word too many\nvelk ports --help tells what it takes\n");
+    EXPECT_EQ(complaint_, "velk: 'now' is one word too many\nvelk ports --help lists what it takes\n");
 }
 
 TEST_F(CommandLine, WrongWordsAreToldInOneVoiceAndWithTheirCommand) {
@@ -133,38 +133,36 @@ TEST_F(CommandLine, WrongWordsAreToldInOneVoiceAndWithTheirCommand) {
              Case{{"read", "--trace", "a", "--trace", "b"}, "--trace is given more than once", "read"},
              Case{{"read", "--port"}, "--port needs a value: PORT", "read"},
              Case{{"read", "--json=x"}, "--json takes no value", "read"},
-             Case{{"plc", "x", "--seed", "x"}, "--seed: 'x' is no whole number", "plc"},
-             Case{{"plc", "x", "--drop", "much"}, "--drop: 'much' is no share such as 1% or 0.01", "plc"},
+             Case{{"plc", "x", "--seed", "x"}, "--seed: 'x' is not a whole number", "plc"},
+             Case{{"plc", "x", "--drop", "much"}, "--drop: 'much' is not a share such as 1% or 0.01", "plc"},
              Case{{"plc", "x", "--silent", "5s"},
                   "--silent: '5s' is not written as 5s@60s (for 5 s, every 60 s), 5s@60s/once or always",
                   "plc"},
              Case{{"plc", "x", "--replace-program", "x"},
                   "--replace-program: 'x' is not written as 30s or 30s:FILE",
                   "plc"},
-             Case{{"plc", "x", "--restart", "1s", "--restart", "x"}, "--restart: 'x' is no time such as 30s", "plc"},
-             Case{{"plc", "x", "--for", "1"}, "--for: '1' is no time such as 500ms, 2s or 1min", "plc"},
-             Case{{"watch", "--every", "0s"}, "--every: '0s' is no interval such as 500ms, 2s or 1min", "watch"},
-             Case{{"read", "--baud", "x"}, "--baud: 'x' is no line speed", "read"},
-             Case{{"read", "--stopbits", "3"}, "--stopbits: '3' is wrong; it has to be 1 to 2", "read"},
-             Case{{"read", "--stopbits", "x"}, "--stopbits: 'x' is wrong; it has to be 1 to 2", "read"},
-             Case{{"read", "--parity", "x"}, "--parity: 'x' is wrong; it has to be none, even, odd or mark", "read"},
+             Case{{"plc", "x", "--restart", "1s", "--restart", "x"}, "--restart: 'x' is not a time such as 30s", "plc"},
+             Case{{"plc", "x", "--for", "1"}, "--for: '1' is not a time such as 500ms, 2s or 1min", "plc"},
+             Case{{"watch", "--every", "0s"}, "--every: '0s' is not an interval such as 500ms, 2s or 1min", "watch"},
+             Case{{"read", "--baud", "x"}, "--baud: 'x' is not a line speed", "read"},
+             Case{{"read", "--stopbits", "3"}, "--stopbits: '3' is wrong; it must be 1 to 2", "read"},
+             Case{{"read", "--stopbits", "x"}, "--stopbits: 'x' is wrong; it must be 1 to 2", "read"},
+             Case{{"read", "--parity", "x"}, "--parity: 'x' is wrong; it must be none, even, odd or mark", "read"},
              Case{{"trace", "--format", "x", "--", "ports"},
-                  "--format: 'x' is wrong; it has to be text, jsonl or pcapng",
+                  "--format: 'x' is wrong; it must be text, jsonl or pcapng",
                   "trace"},
-             Case{{"watch", "--count", "0"}, "--count: '0' is no number of rounds; it takes 1 or more", "watch"},
+             Case{{"watch", "--count", "0"}, "--count: '0' is not a number of rounds (1 or more)", "watch"},
              Case{{"trace", "--"}, "COMMAND is missing", "trace"},
              Case{{"read", "--port="}, "--port needs a value: PORT", "read"},
              Case{{"read", "-qp"}, "--port needs a value: PORT", "read"},
              Case{{"read", "X", "--port", "--", "Y"}, "--port needs a value: PORT", "read"},
              Case{{"config", "show", "a", "-f", "b"}, "FILE and --file do not go together", "config show"},
-             Case{{"completions", "ksh"}, "SHELL: 'ksh' is wrong; it has to be bash, zsh or fish", "completions"},
-             Case{{"init", "--address1", "1.2.3"},
-                  "--address1: '1.2.3' is no address; it has to be like 192.168.0.1",
-                  "init"},
+             Case{{"completions", "ksh"}, "SHELL: 'ksh' is wrong; it must be bash, zsh or fish", "completions"},
+             Case{{"init", "--address1", "1.2.3"}, "--address1: '1.2.3' is not an address such as 192.168.0.1", "init"},
          }) {
         EXPECT_EQ(run(each.words), ExitCode::Usage) << each.reason;
         EXPECT_EQ(output_, "");
-        EXPECT_EQ(complaint_, "velk: " + each.reason + "\nvelk " + each.command + " --help tells what it takes\n");
+        EXPECT_EQ(complaint_, "velk: " + each.reason + "\nvelk " + each.command + " --help lists what it takes\n");
     }
 }
 

@@ -124,7 +124,7 @@ TEST(Into, RefusesWhatIsNoNumberAndWhatFailsTheCheck) {
     std::optional<int> number;
     std::optional<std::string> text;
     for (char const* const wrong : {"", "x", "5x", "5.5", "99999999999"}) {
-        EXPECT_EQ(velk::into(number)(wrong), "'" + std::string(wrong) + "' is no whole number");
+        EXPECT_EQ(velk::into(number)(wrong), "'" + std::string(wrong) + "' is not a whole number");
     }
     EXPECT_EQ(velk::into(text, [](std::string const& each) { return "no " + each; })("x"), "no x");
     EXPECT_EQ(number, std::nullopt);
@@ -136,7 +136,7 @@ TEST(Argument, TakesAChoiceWhateverTheCaseOfItsLetters) {
     Argument const one = flag("--parity", std::vector<std::string>{"none", "even"}, "Parity", velk::into(parity));
     EXPECT_EQ(one.accept("EVEN"), "");
     EXPECT_EQ(parity, "even");
-    EXPECT_EQ(one.accept("odd"), "'odd' is wrong; it has to be none or even");
+    EXPECT_EQ(one.accept("odd"), "'odd' is wrong; it must be none or even");
     EXPECT_EQ(parity, "even");
 }
 
@@ -147,7 +147,7 @@ TEST(Argument, TakesTheLeastAndTheMostOfARange) {
     EXPECT_EQ(stop, 2);
     EXPECT_EQ(one.accept("1"), "");
     for (char const* const wrong : {"0", "3", "x", ""}) {
-        EXPECT_EQ(one.accept(wrong), "'" + std::string(wrong) + "' is wrong; it has to be 1 to 2");
+        EXPECT_EQ(one.accept(wrong), "'" + std::string(wrong) + "' is wrong; it must be 1 to 2");
     }
     EXPECT_EQ(stop, 1);
 }
@@ -213,7 +213,7 @@ As JSON.
 \fB\-\-csv\fR
 As CSV.
 .PP
-Takes the options of every command with a line.
+Takes the options of every command that uses a line.
 .SS "velk config [OPTION]... COMMAND ..."
 Configuration.
 .SS "velk config check [OPTION]... FILE"

@@ -136,7 +136,7 @@ TEST(InferAccess, TheAreaIsTheVariables) {
     }
     base::Result<Access> const beyond = inferAccess({"X", "INT", 6, 0, 2}, true);
     ASSERT_FALSE(beyond.ok());
-    EXPECT_EQ(beyond.failure().text, "it lies in memory area 6, which the driver cannot reach");
+    EXPECT_EQ(beyond.failure().text, "it is in memory area 6, which the driver cannot reach");
 }
 
 TEST(InferAccess, NothingCanBeReadOfNoSize) {

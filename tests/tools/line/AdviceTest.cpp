@@ -15,7 +15,7 @@ using velk::advice;
 
 TEST(Advice, SilenceIsToldFromAnAnswerThatEnds) {
     EXPECT_THAT(advice(FailureKind::Timeout, false), HasSubstr("cable"));
-    EXPECT_THAT(advice(FailureKind::Timeout, true), StartsWith("Bytes came, then nothing more"));
+    EXPECT_THAT(advice(FailureKind::Timeout, true), StartsWith("Bytes were received, then nothing more"));
 }
 
 TEST(Advice, FramesThatMakeNoSenseAreOtherSettings) {
@@ -25,9 +25,9 @@ TEST(Advice, FramesThatMakeNoSenseAreOtherSettings) {
 TEST(Advice, EachRefusalHasItsOwn) {
     EXPECT_THAT(advice(FailureKind::Coupler, true), StartsWith("Likely the coupler number"));
     EXPECT_THAT(advice(FailureKind::LoginRefused, true), HasSubstr("logged in"));
-    EXPECT_THAT(advice(FailureKind::ReadRefused, true), HasSubstr("or is stopped. Ask again."));
-    EXPECT_THAT(advice(FailureKind::WriteRefused, true), HasSubstr("does not let this be written"));
-    EXPECT_THAT(advice(FailureKind::OtherProject, true), HasSubstr("another program a moment ago"));
+    EXPECT_THAT(advice(FailureKind::ReadRefused, true), HasSubstr("or is stopped. Try again."));
+    EXPECT_THAT(advice(FailureKind::WriteRefused, true), HasSubstr("does not allow this write"));
+    EXPECT_THAT(advice(FailureKind::OtherProject, true), HasSubstr("program was replaced a moment ago"));
     EXPECT_THAT(advice(FailureKind::NoSymbolFile, true), HasSubstr("without its symbol configuration"));
     EXPECT_THAT(advice(FailureKind::WrongLength, true), HasSubstr("shorter than what was asked for"));
     EXPECT_THAT(advice(FailureKind::WrongSize, true), HasSubstr("another size than the type"));

@@ -125,7 +125,7 @@ TEST_F(TagRequestWords, WordsThatCannotBeMeantAreRefused) {
     EXPECT_THAT(refusal("a:b:c:d"), HasSubstr("[STATION:]NAME[:TYPE]"));
     EXPECT_EQ(refusal("mill:X:int"), "'mill:X:int': there is no station 'mill'; there is press or oven");
     EXPECT_EQ(refusal("mill:speed"), "'mill:speed': there is no station 'mill'; there is press or oven");
-    EXPECT_THAT(refusal("X:INT"), HasSubstr("'INT' is no data type; did you mean int?"));
+    EXPECT_THAT(refusal("X:INT"), HasSubstr("'INT' is not a data type; did you mean int?"));
 }
 
 TEST_F(TagRequestWords, WithoutAWordAllTagsAreMeant) {

@@ -165,7 +165,7 @@ TEST(ProjectFile, TheStorageIsSeenFromTheFoldersPlace) {
 
 TEST(ProjectFile, AComplaintHasFileLineAndColumn) {
     EXPECT_THAT(complaintsAbout("[line]\n  baud = \"fast\"\n"),
-                ElementsAre("velk.toml:2:10: 'baud' has to be a whole number, not a text"));
+                ElementsAre("velk.toml:2:10: 'baud' must be a whole number, not a text"));
 }
 
 TEST(ProjectFile, EverythingThatIsWrongIsSaidInTheOrderOfTheFile) {
@@ -179,12 +179,12 @@ stopbits = 3
 block_size = 127
 timeout_ms = 20001
 )"),
-                ElementsAre("velk.toml:2:8: 'port' has to be a text, not a whole number",
+                ElementsAre("velk.toml:2:8: 'port' must be a text, not a whole number",
                             "velk.toml:3:1: there is no 'bauds' in [line]; did you mean baud?",
-                            "velk.toml:4:10: 'parity' is 'strange'; it has to be none, even, odd or mark",
-                            "velk.toml:5:12: 'stopbits' is 3; it has to be 1 to 2",
-                            "velk.toml:8:14: 'block_size' is 127; it has to be 128 to 1460",
-                            "velk.toml:9:14: 'timeout_ms' is 20001; it has to be 100 to 20000"));
+                            "velk.toml:4:10: 'parity' is 'strange'; it must be none, even, odd or mark",
+                            "velk.toml:5:12: 'stopbits' is 3; it must be 1 to 2",
+                            "velk.toml:8:14: 'block_size' is 127; it must be 128 to 1460",
+                            "velk.toml:9:14: 'timeout_ms' is 20001; it must be 100 to 20000"));
 }
 
 TEST(ProjectFile, TheLimitsThemselvesAreRight) {
@@ -201,10 +201,10 @@ TEST(ProjectFile, ARateThatNoPortKnowsIsRefused) {
 
 TEST(ProjectFile, EveryKindIsCalledByAName) {
     EXPECT_THAT(complaintsAbout("[line]\nport = true\nbaud = 9600.5\nparity = [1]\nmode = 2020-01-01\n"),
-                ElementsAre("velk.toml:2:8: 'port' has to be a text, not true or false",
-                            "velk.toml:3:8: 'baud' has to be a whole number, not a number with a fraction",
-                            "velk.toml:4:10: 'parity' has to be a text, not a list",
-                            "velk.toml:5:8: 'mode' has to be a text, not a date or a time"));
+                ElementsAre("velk.toml:2:8: 'port' must be a text, not true or false",
+                            "velk.toml:3:8: 'baud' must be a whole number, not a number with a fraction",
+                            "velk.toml:4:10: 'parity' must be a text, not a list",
+                            "velk.toml:5:8: 'mode' must be a text, not a date or a time"));
 }
 
 TEST(ProjectFile, AStationNeedsANodeAndIsNamedOnce) {
@@ -234,21 +234,21 @@ node = 4
 name = "OVEN"
 )"),
                 ElementsAre("velk.toml:1:1: the station has no 'node', the number that it has on the line",
-                            "velk.toml:5:8: 'node' is 257; it has to be 0 to 256",
-                            "velk.toml:9:8: the name of a station is no number and has no ':' and '='",
+                            "velk.toml:5:8: 'node' is 257; it must be 0 to 256",
+                            "velk.toml:9:8: the name of a station must not be a number or contain ':' or '='",
                             "velk.toml:12:8: there is another station with node 1",
-                            "velk.toml:16:8: the name of a station is no number and has no ':' and '='",
+                            "velk.toml:16:8: the name of a station must not be a number or contain ':' or '='",
                             "velk.toml:24:8: there is another station called 'OVEN'"));
 }
 
 TEST(ProjectFile, RoutingIsChecked) {
     EXPECT_THAT(complaintsAbout("[defaults]\nrouting_levels = 3\ncoupler1 = 7\nchannel2 = 20\naddress1 = \"1.2.3\"\n"
                                 "address2 = \"1.2.3.256\"\n"),
-                ElementsAre("velk.toml:2:18: 'routing_levels' is 3; it has to be 0 to 2",
-                            "velk.toml:3:12: 'coupler1' is 7; it has to be 0 to 6",
-                            "velk.toml:4:12: 'channel2' is 20; it has to be 0 to 19",
-                            "velk.toml:5:12: '1.2.3' is no address; it has to be like 192.168.0.1",
-                            "velk.toml:6:12: '1.2.3.256' is no address; it has to be like 192.168.0.1"));
+                ElementsAre("velk.toml:2:18: 'routing_levels' is 3; it must be 0 to 2",
+                            "velk.toml:3:12: 'coupler1' is 7; it must be 0 to 6",
+                            "velk.toml:4:12: 'channel2' is 20; it must be 0 to 19",
+                            "velk.toml:5:12: '1.2.3' is not an address such as 192.168.0.1",
+                            "velk.toml:6:12: '1.2.3.256' is not an address such as 192.168.0.1"));
 }
 
 TEST(ProjectFile, TagsAreChecked) {
@@ -299,11 +299,11 @@ area = "PROJ_ID"
                     "velk.toml:10:8: there is another tag called 'A'",
                     "velk.toml:12:1: a tag needs a 'name' without ':', '=', '*', '?' and '['",
                     "velk.toml:16:8: a tag needs a 'name' without ':', '=', '*', '?' and '['",
-                    testing::StartsWith("velk.toml:20:8: 'Int' is no data type; did you mean int?"),
-                    "velk.toml:25:15: 'bdc' is no conversion: there are swap2, swap4, swap8, swapnibble, bcd, "
+                    testing::StartsWith("velk.toml:20:8: 'Int' is not a data type; did you mean int?"),
+                    "velk.toml:25:15: 'bdc' is not a conversion: use swap2, swap4, swap8, swapnibble, bcd, "
                     "inv or neg",
                     "velk.toml:29:15: 'conversions' need a 'type' of the driver",
-                    "velk.toml:33:8: 'area' is 'X'; it has to be M, MB, I, IB, Q, QB, 3, 4, 5 or PROJ_ID",
+                    "velk.toml:33:8: 'area' is 'X'; it must be M, MB, I, IB, Q, QB, 3, 4, 5 or PROJ_ID",
                     "velk.toml:37:10: 'offset' needs an 'area'",
                     "velk.toml:41:8: the offset of a PROJ_ID tag is the project identifier, and it is missing"));
 }
@@ -311,15 +311,15 @@ area = "PROJ_ID"
 TEST(ProjectFile, ATagsNameDoesNothingToATerminal) {
     EXPECT_THAT(complaintsAbout("[[tag]]\nname = \"a\\u001B[2J\"\nvariable = \"X\"\n"),
                 ElementsAre("velk.toml:2:8: a tag needs a 'name' without ':', '=', '*', '?' and '['",
-                            "velk.toml:2:8: the name of a tag has no control characters"));
+                            "velk.toml:2:8: the name of a tag must not contain control characters"));
 }
 
 TEST(ProjectFile, ASectionHasToBeOne) {
     EXPECT_THAT(complaintsAbout("line = 5\nstation = 1\n"),
-                ElementsAre("velk.toml:1:8: 'line' has to be a table, not a whole number",
-                            "velk.toml:2:11: every 'station' has to be a table of its own: [[station]]"));
+                ElementsAre("velk.toml:1:8: 'line' must be a table, not a whole number",
+                            "velk.toml:2:11: every 'station' must be a table of its own: [[station]]"));
     EXPECT_THAT(complaintsAbout("[station]\nnode = 1\n"),
-                ElementsAre("velk.toml:1:1: every 'station' has to be a table of its own: [[station]]"));
+                ElementsAre("velk.toml:1:1: every 'station' must be a table of its own: [[station]]"));
 }
 
 TEST(ProjectFile, ATextThatIsNoTomlIsToldWithItsPlace) {
@@ -432,20 +432,20 @@ TEST(ProjectText, AnyNameIsRightInItsCommentToo) {
     velk::NewProject wanted;
     wanted.stationName = "x  # y's";
     std::string const text = velk::projectText(wanted);
-    EXPECT_THAT(text, testing::HasSubstr("\nname = \"x  # y's\"       # what to call it: velk read "
+    EXPECT_THAT(text, testing::HasSubstr("\nname = \"x  # y's\"       # its name, as in: velk read "
                                          "'x  # y'\\''s:PLC_PRG.Counter'\n"));
     EXPECT_EQ(readProjectText(text, "velk.toml").stations.at(0).name, "x  # y's");
     wanted.stationName = "press-2";
     EXPECT_THAT(
         velk::projectText(wanted),
-        testing::HasSubstr("\nname = \"press-2\"        # what to call it: velk read press-2:PLC_PRG.Counter\n"));
+        testing::HasSubstr("\nname = \"press-2\"        # its name, as in: velk read press-2:PLC_PRG.Counter\n"));
 }
 
 TEST(ProjectText, CommentsStandInTheirColumnWhateverTheLetters) {
     velk::NewProject wanted;
     wanted.stationName = "\xC3\x96lpumpe";
     std::string const text = velk::projectText(wanted);
-    EXPECT_THAT(text, testing::HasSubstr("\nname = \"\xC3\x96lpumpe\"        # what to call it"));
+    EXPECT_THAT(text, testing::HasSubstr("\nname = \"\xC3\x96lpumpe\"        # its name, as in: velk read"));
     EXPECT_THAT(text, testing::HasSubstr("\nnode = 0                # the number"));
 }
 
@@ -465,16 +465,16 @@ TEST(ProjectFile, APortIsAPathOrAKnownNameWhetherItIsThereOrNot) {
 TEST(ProjectFile, AnUnknownTypeWithConversionsIsToldOnce) {
     Lines const lines = complaintsAbout("[[tag]]\nname = \"a\"\ntype = \"strange\"\nconversions = [\"bcd\"]\n");
     ASSERT_EQ(lines.size(), 1U);
-    EXPECT_THAT(lines.front(), testing::StartsWith("velk.toml:3:8: 'strange' is no data type"));
+    EXPECT_THAT(lines.front(), testing::StartsWith("velk.toml:3:8: 'strange' is not a data type"));
 }
 
 TEST(ProjectFile, ANameThatATerminalCannotShowIsRefused) {
     for (char const* const name : {"a\nb", "a\x7F", "a\xC2\x85", "\xFF"}) {
-        EXPECT_EQ(velk::stationNameFault(name), "the name of a station is UTF-8 without control characters");
+        EXPECT_EQ(velk::stationNameFault(name), "the name of a station must be UTF-8 without control characters");
     }
     EXPECT_EQ(velk::stationNameFault("P\xC3\xBCnktchen 2"), "");
     EXPECT_THAT(complaintsAbout("[[station]]\nnode = 1\nname = \"a\\u0007\"\n"),
-                ElementsAre("velk.toml:3:8: the name of a station is UTF-8 without control characters"));
+                ElementsAre("velk.toml:3:8: the name of a station must be UTF-8 without control characters"));
 }
 
 TEST(ProjectText, ItsCommentedPartsAreRightToo) {

@@ -69,7 +69,7 @@ TEST_F(SymbolTable, AMissingVariableIsSaidWithTheLikelyOnes) {
 
 TEST_F(SymbolTable, AnElementOfAnArrayIsThereWithTheArray) {
     EXPECT_EQ(velk::missingVariable(table, "plc_prg.levels[1].x").text,
-              "the elements of an array are there with the whole array only, PLC_PRG.Levels");
+              "the elements of an array can only be read with the whole array, PLC_PRG.Levels");
     EXPECT_EQ(velk::missingVariable(table, "nothing[1]").text, "the PLC program has no such variable");
 }
 
@@ -77,7 +77,7 @@ TEST_F(SymbolTable, APatternThatFindsNothingMayBeMeantForAnElement) {
     EXPECT_EQ(velk::nothingMatches(table, "Nix*").kind, base::FailureKind::Missing);
     EXPECT_EQ(velk::nothingMatches(table, "Nix*").text, "no variable of the PLC program matches the pattern");
     EXPECT_EQ(velk::nothingMatches(table, "plc_prg.levels[1]").text,
-              "the elements of an array are there with the whole array only, PLC_PRG.Levels");
+              "the elements of an array can only be read with the whole array, PLC_PRG.Levels");
 }
 
 TEST(SymbolTableFile, OneThatIsNotThereIsToldFromABadOne) {

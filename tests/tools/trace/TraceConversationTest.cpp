@@ -76,7 +76,7 @@ TEST(TraceConversation, ABlockOutOfTurnIsToldAndSpoilsItsMessage) {
     talk.from(kAck1);
     talk.to(kAck0);
     Step const& answered = talk.from("AA AA 05 00 02 00 5E 01 | 00 00 00 01 01");
-    EXPECT_EQ(answered.frame.faults, Faults{"block 2 came where block 1 was due"});
+    EXPECT_EQ(answered.frame.faults, Faults{"block 2 instead of block 1"});
     EXPECT_FALSE(answered.response);
 }
 
@@ -94,7 +94,7 @@ TEST(TraceConversation, AcknowledgesOfOtherBlocksAreTold) {
     Talk talk;
     EXPECT_EQ(talk.from(kAck1).frame.faults, Faults{"no block 1 was sent before"});
     talk.to(kLinkCheck);
-    EXPECT_EQ(talk.from("55 55 0A 00 02 00").frame.faults, Faults{"block 2 is acknowledged, block 1 came last"});
+    EXPECT_EQ(talk.from("55 55 0A 00 02 00").frame.faults, Faults{"block 2 is acknowledged, block 1 was sent last"});
 }
 
 TEST(TraceConversation, AnAnswerInTheOtherByteOrderIsTold) {

@@ -56,7 +56,7 @@ protected:
     /** Columns of every packet, "|" between them. */
     std::string columns(std::string const& fields, std::string const& more = "") {
         std::ofstream(folder_ / "trace.pcapng", std::ios::binary) << bytes_;
-        // In a home directory of its own: the user's settings are none of the test's business.
+        // In a separate home directory: the user's settings must not matter.
         return OutputOf("HOME='" + folder_.string() + "' tshark -X lua_script:" VELK_DISSECTOR " -r '" +
                         (folder_ / "trace.pcapng").string() + "' " + more + " -T fields -E separator='|' " + fields +
                         " 2>'" + (folder_ / "errors").string() + "'");
@@ -161,10 +161,10 @@ TEST_F(Dissector, FindsWhatIsWrong) {
                       "-e _ws.expert.message",
                       "-Y '_ws.expert or frame.comment'"),
               "2|0||||wrong checksum, should be 58\n"
-              "3||2 bytes that begin no frame|||2 bytes that begin no frame\n"
-              "4|1|block 3 came where block 1 was due|||block 3 came where block 1 was due\n"
+              "3||2 bytes that are not a frame|||2 bytes that are not a frame\n"
+              "4|1|block 3 instead of block 1|||block 3 instead of block 1\n"
               "8|1||the PLC runs another project||the PLC runs another project\n"
-              "9||||dropped: nobody waited for these bytes|dropped: nobody waited for these bytes\n")
+              "9||||dropped: these bytes were not expected|dropped: these bytes were not expected\n")
         << errors();
 }
 

@@ -77,7 +77,7 @@ TEST(TraceFrame, WrongChecksumLengthAndFlagAreTold) {
     EXPECT_EQ(decodeFrame(Hex("AA AA 02 00 01 00 59 01 00 00"), Way::FromPlc).faults,
               Faults{"wrong checksum: 59 instead of 58"});
     EXPECT_EQ(decodeFrame(Hex("AA AA 03 00 01 00 59 01 00 00"), Way::FromPlc).faults,
-              Faults{"the length field says 3 bytes, 2 came"});
+              Faults{"the length field says 3 bytes, 2 received"});
     EXPECT_EQ(decodeFrame(Hex("AA AA 02 00 01 00 59 02 00 00"), Way::FromPlc).faults,
               Faults{"the last-block flag is 2"});
     EXPECT_EQ(decodeFrame(Hex("55 55 0B 00 01 00"), Way::FromPlc, ByteOrder::kLittle).faults,
@@ -111,18 +111,18 @@ TEST(TraceFrame, ARoutingStatusCountsInFramesFromThePlcOnly) {
 TEST(TraceFrame, WhatIsNoFrameIsSaidSo) {
     Frame const garbage = decodeFrame(Hex("12 34 AA AA"), Way::FromPlc);
     EXPECT_EQ(garbage.kind, FrameKind::Unknown);
-    EXPECT_EQ(garbage.faults, Faults{"4 bytes that begin no frame"});
-    EXPECT_EQ(decodeFrame({}, Way::FromPlc).faults, Faults{"0 bytes that begin no frame"});
-    EXPECT_EQ(decodeFrame(Hex("AA"), Way::FromPlc).faults, Faults{"1 bytes that begin no frame"});
+    EXPECT_EQ(garbage.faults, Faults{"4 bytes that are not a frame"});
+    EXPECT_EQ(decodeFrame({}, Way::FromPlc).faults, Faults{"0 bytes that are not a frame"});
+    EXPECT_EQ(decodeFrame(Hex("AA"), Way::FromPlc).faults, Faults{"1 bytes that are not a frame"});
     EXPECT_EQ(decodeFrame(Hex("AA AA 00"), Way::FromPlc).faults, Faults{"the header of a block stops after 3 bytes"});
     EXPECT_EQ(decodeFrame(Hex("55 55 0A 00 01"), Way::FromPlc).faults, Faults{"an acknowledge stops after 5 bytes"});
     EXPECT_EQ(decodeFrame(Hex("4F 00 02"), Way::FromPlc).faults, Faults{"a routing header stops after 3 bytes"});
-    EXPECT_EQ(decodeFrame(Hex(kHeader), Way::FromPlc).faults, Faults{"nothing came behind the routing header"});
-    EXPECT_EQ(decodeFrame(Hex(kHeader) + Hex("12"), Way::FromPlc).faults, Faults{"1 bytes that begin no frame"});
+    EXPECT_EQ(decodeFrame(Hex(kHeader), Way::FromPlc).faults, Faults{"nothing follows the routing header"});
+    EXPECT_EQ(decodeFrame(Hex(kHeader) + Hex("12"), Way::FromPlc).faults, Faults{"1 bytes that are not a frame"});
 }
 
 TEST(TraceFrame, TwoFramesWithoutAPauseAreTold) {
-    EXPECT_EQ(decodeFrame(Hex(kAck1) + Hex(kAck0), Way::FromPlc).faults, Faults{"6 more bytes came without a pause"});
+    EXPECT_EQ(decodeFrame(Hex(kAck1) + Hex(kAck0), Way::FromPlc).faults, Faults{"6 more bytes follow without a pause"});
 }
 
 TEST(TraceFrame, EveryBeginningOfAFrameIsTakenWithoutHarm) {

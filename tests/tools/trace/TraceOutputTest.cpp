@@ -55,10 +55,10 @@ std::string Complaint(TraceOptions const& options) {
 TEST(TraceOptions, WhatCannotBeIsRefused) {
     EXPECT_EQ(
         Complaint({.file = "trace.xyz", .format = {}}),
-        "the name trace.xyz does not tell the format of the trace: end it in .txt, .jsonl or .pcapng, or give the "
+        "the format of the trace is not clear from the name trace.xyz: use .txt, .jsonl or .pcapng, or give the "
         "format");
     EXPECT_EQ(Complaint({.file = {}, .format = TraceKind::Pcapng}),
-              "a pcapng trace is not for reading: name a file for it");
+              "a pcapng trace cannot be printed: give a file name");
 }
 
 host::PortFrame Sent(Bytes const& bytes, std::int64_t at) {

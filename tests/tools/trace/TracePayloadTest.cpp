@@ -17,7 +17,7 @@ using velk::trace::statusText;
 
 using Faults = std::vector<std::string>;
 
-/** What is behind the 8 bytes of a block's header. */
+/** What follows the 8 bytes of a block's header. */
 Bytes Payload(std::string_view frame) {
     Bytes const bytes = Hex(frame);
     return {bytes.begin() + 8, bytes.end()};
@@ -65,7 +65,7 @@ TEST(TraceRequest, AFileIsNamed) {
     EXPECT_EQ(decodeRequest(Payload(kFileOpen), ByteOrder::kLittle).faults, Faults{});
     Request const wrong = decodeRequest(Hex("31 00 0D 00 44 00"), ByteOrder::kLittle);
     EXPECT_EQ(wrong.fileName, "D");
-    EXPECT_EQ(wrong.faults, Faults{"the name's length field says 13 bytes, 2 came"});
+    EXPECT_EQ(wrong.faults, Faults{"the name's length field says 13 bytes, 2 received"});
     EXPECT_EQ(decodeRequest(Hex("31 00 01 00 44"), ByteOrder::kLittle).faults.size(), 1U); // no zero byte
     EXPECT_EQ(decodeRequest(Hex("31 00"), ByteOrder::kLittle).faults, Faults{"a file request of 2 bytes is too short"});
 }
@@ -124,7 +124,7 @@ TEST(TraceResponse, AFilePieceSaysHowMuchOfTheFileItCarries) {
     EXPECT_EQ(response.piece->carried, 3U);
     EXPECT_EQ(response.faults, Faults{});
     EXPECT_EQ(decodeResponse(Hex("00 00 00 00 00 04 01 02 03"), ByteOrder::kBig, request).faults,
-              Faults{"it says 4 bytes of the file, 3 came"});
+              Faults{"it says 4 bytes of the file, 3 received"});
     EXPECT_FALSE(decodeResponse(Hex("00 06"), ByteOrder::kBig, request).piece); // refused: nothing else counts
 }
 

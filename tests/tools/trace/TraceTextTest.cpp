@@ -87,7 +87,7 @@ TEST(TextTrace, RoutingAndFaultsHaveLinesOfTheirOwn) {
               "                    !! no block 1 was sent before\n");
     EXPECT_EQ(writer.from("41 42"), "        0.000000 <- no frame\n"
                                     "                    41 42\n"
-                                    "                    !! 2 bytes that begin no frame\n");
+                                    "                    !! 2 bytes that are not a frame\n");
 }
 
 TEST(TextTrace, ALongFrameIsShownInPart) {
@@ -115,10 +115,10 @@ TEST(TextTrace, FilesAndRefusalsAreTold) {
 TEST(TextTrace, WhatIsNoFrameEitherIsTold) {
     Writer writer(TraceKind::Text);
     static_cast<void>(writer.begin());
-    EXPECT_EQ(writer.format().timeout(kStart + 2'000'000), "        2.000000 !! nothing came within the time-out\n");
-    EXPECT_EQ(writer.format().dropped(Hex("01 02"), kStart),
-              "        0.000000 !! 2 bytes that nobody waited for, dropped\n"
-              "                    01 02\n");
+    EXPECT_EQ(writer.format().timeout(kStart + 2'000'000),
+              "        2.000000 !! nothing received within the time-out\n");
+    EXPECT_EQ(writer.format().dropped(Hex("01 02"), kStart), "        0.000000 !! 2 bytes dropped: not expected\n"
+                                                             "                    01 02\n");
     EXPECT_EQ(writer.format().fault("", kStart), "        0.000000 !! the port died\n");
     EXPECT_EQ(writer.format().fault("hang\x1b-up", kStart), "        0.000000 !! hang\\x1B-up\n");
 }
@@ -158,7 +158,7 @@ TEST(JsonTrace, RoutingFilesAndFaults) {
     EXPECT_EQ(nlohmann::json::parse(writer.to(kFileOpen))["request"]["file"], "DOWNLOAD.SDB");
     static_cast<void>(writer.to(kAck0));
     EXPECT_EQ(nlohmann::json::parse(writer.from(kFilePiece))["response"]["file"].dump(), R"({"count":3,"more":true})");
-    EXPECT_EQ(nlohmann::json::parse(writer.from("41"))["faults"][0], "1 bytes that begin no frame");
+    EXPECT_EQ(nlohmann::json::parse(writer.from("41"))["faults"][0], "1 bytes that are not a frame");
     EXPECT_EQ(nlohmann::json::parse(writer.from("41"))["kind"], "unknown");
 }
 
@@ -211,7 +211,7 @@ TEST(PcapngTrace, DroppedBytesSaySoInAComment) {
     Writer writer(TraceKind::Pcapng);
     std::string const packet = writer.format().dropped(Hex("01"), kStart);
     EXPECT_EQ(packet.size() % 4, 0U);
-    EXPECT_NE(packet.find("dropped: nobody waited for these bytes"), std::string::npos);
+    EXPECT_NE(packet.find("dropped: these bytes were not expected"), std::string::npos);
 }
 
 TEST(PcapngTrace, WhatIsNoBytesLeavesNoPacket) {

@@ -11,13 +11,13 @@
 namespace velk {
 namespace {
 
-/** What is given for an argument. */
+/** The values given for an argument. */
 struct Given {
     Argument const* argument;
     std::vector<std::string> values;
 };
 
-/** Which words an argument gets is told by their places; one that repeats takes all that are left. */
+/** Words are assigned to arguments by position; one that repeats takes all that are left. */
 std::vector<Given> giveWords(Command const& command, std::vector<std::string> const& words) {
     std::vector<Given> given;
     for (std::size_t i = 0; i < std::min(command.words.size(), words.size()); ++i) {
@@ -56,7 +56,7 @@ std::string missing(Command const& command, std::vector<Given> const& given) {
     return "";
 }
 
-/** What does not go together, or lacks another flag. */
+/** Flags that exclude each other, or that need another flag. */
 std::string conflict(std::vector<Given> const& given, ParsedWords const& parsed) {
     std::map<std::string, std::string> groups;
     for (auto const& [argument, values] : given) {
@@ -94,7 +94,7 @@ void takeArguments(ChosenCommand const& chosen, ParsedWords const& parsed) {
     Command const& command = *chosen.command;
     auto const refuseIf = [&](std::string const& fault) {
         if (!fault.empty()) {
-            throw CommandError(ExitCode::Usage, fault + "\n" + chosen.path + " --help tells what it takes");
+            throw CommandError(ExitCode::Usage, fault + "\n" + chosen.path + " --help lists what it takes");
         }
     };
     if (parsed.openFlag != nullptr) {

@@ -5,7 +5,7 @@
 
 namespace velk {
 
-/** Has the command take the words behind it. Throws CommandError (usage) when anything is wrong with them. */
+/** Stores the words after a command in its arguments. Throws CommandError (usage) when anything is wrong with them. */
 void takeArguments(ChosenCommand const& chosen, ParsedWords const& parsed);
 
 } // namespace velk

@@ -56,7 +56,7 @@ std::string flagsLike(Command const& command, std::string const& word) {
     return lines.text();
 }
 
-/** @p before stands in front of the value in the same word: "--file=". */
+/** @p before precedes the value in the same word: "--file=". */
 std::string valuesLike(Argument const& argument, std::string const& word, std::string const& before = "") {
     Lines lines(word);
     for (std::string const& choice : argument.value.choices) {
@@ -74,7 +74,7 @@ std::string valuesLike(Argument const& argument, std::string const& word, std::s
         lines.add("--", argument.text());
         break;
     case Offer::Nothing:
-    case Offer::Commands: // told by their place
+    case Offer::Commands: // depends on the position
     case Offer::Stations:
     case Offer::Variables:
         break;
@@ -82,7 +82,7 @@ std::string valuesLike(Argument const& argument, std::string const& word, std::s
     return lines.text();
 }
 
-/** Goes along the words in front of the one to complete. */
+/** Goes through the words before the one to complete. */
 class Place {
 public:
     explicit Place(Command const& root) : root_(root), command_(&root) {}
@@ -134,7 +134,7 @@ private:
     Command const* command_;
     Argument const* open_ = nullptr; ///< the flag whose value comes next
     std::size_t wordCount_ = 0;
-    bool onlyWords_ = false; ///< behind "--"
+    bool onlyWords_ = false; ///< after "--"
 };
 
 } // namespace

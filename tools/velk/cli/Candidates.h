@@ -8,9 +8,8 @@
 namespace velk {
 
 /**
- * What may stand in place of the last one of the words of a command line, which may be empty: a candidate a line, with
- * a description behind a tab. Where files or folders may stand, which shells know better to complete, the only line
- * is ":files" or ":folders".
+ * Completions of the last word of a command line, which may be empty: a candidate a line, followed by a tab and its
+ * description. For files or folders, which shells complete better, the only line is ":files" or ":folders".
  */
 std::string candidates(Command const& root, std::span<std::string const> words);
 

@@ -24,7 +24,7 @@ void append(std::string& line, std::span<std::string const> words) {
     }
 }
 
-/** A flag where a command is expected: either it belongs behind one, or there is none such. */
+/** A flag where a command is expected: either it belongs after one, or it does not exist. */
 [[noreturn]] void refuseFlag(ChosenCommand const& at) {
     auto const& words = at.words;
     std::string const name = flagName(words.front());
@@ -41,11 +41,11 @@ void append(std::string& line, std::span<std::string const> words) {
         append(line, {first, last});
         append(line, {words.begin(), first});
         append(line, {last, words.end()});
-        refuse(shown + " belongs behind the command: " + line);
+        refuse(shown + " belongs after the command: " + line);
     }
     refuse(anyKnows(*at.command, name)
-               ? shown + " belongs behind a command\n" + at.path + " --help lists the commands"
-               : "there is no option " + shown + "\n" + at.path + " --help tells what it takes");
+               ? shown + " belongs after a command\n" + at.path + " --help lists the commands"
+               : "there is no option " + shown + "\n" + at.path + " --help lists what it takes");
 }
 
 } // namespace

@@ -20,11 +20,11 @@
 namespace velk {
 namespace {
 
-// Commands for programs, which no help names.
-constexpr char const* kComplete = "__complete"; ///< what may stand in place of the last one of the words behind it
-constexpr char const* kManual = "__manual";     ///< the build fills the templates of the manual pages with it
+// Commands for programs, not shown in the help.
+constexpr char const* kComplete = "__complete"; ///< completions of the last word after it
+constexpr char const* kManual = "__manual";     ///< used by the build for the manual pages
 
-/** The manual page of the template that comes in. */
+/** Prints the manual page for the template on standard input. */
 std::string manual(Command const& root, Context& context) {
     std::vector<Argument> common = lineFlags(context);
     common.insert(common.begin(), *root.findFlag("--help"));

@@ -8,8 +8,7 @@
 namespace velk {
 
 /**
- * Carries out a command line, the program's name left out. What goes wrong is told on standard error; nothing is
- * thrown.
+ * Runs a command line, given without the program's name. Failures are printed on standard error; nothing is thrown.
  */
 ExitCode runCommandLine(std::vector<std::string> const& arguments, Context& context);
 

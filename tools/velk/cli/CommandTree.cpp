@@ -28,13 +28,13 @@ Command helpCommand(Command const& root, Context& context) {
         ChosenCommand const chosen = chooseCommand(root, *words);
         if (!chosen.words.empty()) {
             throw CommandError(ExitCode::Usage, "'" + displayable(chosen.words.front()) +
-                                                    "' is one word too many\nvelk help --help tells what it takes");
+                                                    "' is one word too many\nvelk help --help lists what it takes");
         }
         context.terminal.out(helpText(*chosen.command, chosen.path));
         return ExitCode::Good;
     };
     return {.name = "help",
-            .description = "Show what velk or one of its commands takes",
+            .description = "Show the options of velk or of a command",
             .words = {word("COMMAND", Offer::Commands, "The command", into(*words), {.repeats = true})},
             .action = run};
 }
@@ -53,7 +53,7 @@ std::unique_ptr<Command const> makeCommandTree(Context& context) {
         Command{.name = "velk",
                 .description = "Variables of a PLC by name, over its serial line",
                 .flags = {flag("-V,--version", {}, "Print the versions of velk and of the driver module", {})}});
-    // In the order in which somebody at a machine needs them.
+    // In the order in which a user at a machine needs them.
     root->commands = {portsCommand(context),      initCommand(context),    checkCommand(context),
                       symbolsCommand(context),    readCommand(context),    writeCommand(context),
                       watchCommand(context),      consoleCommand(context), traceCommand(context),

@@ -8,7 +8,7 @@ namespace velk {
 
 struct Context;
 
-/** velk itself with every command. The commands put what they take into @p context, which must outlive them. */
+/** velk itself with every command. The commands store their options in @p context, which must outlive them. */
 std::unique_ptr<Command const> makeCommandTree(Context& context);
 
 } // namespace velk

@@ -8,7 +8,7 @@
 namespace velk {
 namespace {
 
-/** The shell has cut words at "=" and ":", and puts in place only what is behind the last of these. */
+/** The shell splits words at "=" and ":", and replaces only the part after the last of these. */
 constexpr char const* kBash = R"(# bash completion of velk
 _velk() {
     local each before line words=()

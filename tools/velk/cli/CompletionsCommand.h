@@ -6,7 +6,7 @@ namespace velk {
 
 struct Context;
 
-/** Prints scripts that let a shell ask this program for what may stand on its command line. */
+/** Prints scripts with which a shell asks this program for completions. */
 Command completionsCommand(Context& context);
 
 } // namespace velk

@@ -11,7 +11,7 @@ namespace {
 constexpr std::size_t kWidth = 80;
 constexpr std::size_t kColumn = 26; // where descriptions begin
 
-/** Headings with what stands below them, in order. */
+/** Headings with the text below them, in order. */
 using Sections = std::vector<std::pair<std::string, std::string>>;
 
 /** Adds a name in the left column and what it means in the right one. */

@@ -34,7 +34,7 @@ std::string commandEntry(Command const& command, std::string const& path, std::v
         text += isAmong(common, flag) ? "" : flagEntry(flag);
         hasLine = hasLine || flag.group == "Line";
     }
-    text += hasLine ? ".PP\nTakes the options of every command with a line.\n" : "";
+    text += hasLine ? ".PP\nTakes the options of every command that uses a line.\n" : "";
     for (Command const& each : command.commands) {
         text += commandEntry(each, path + " " + each.name, common);
     }
@@ -47,7 +47,7 @@ void replaceAll(std::string& text, std::string const& mark, std::string const& c
     }
 }
 
-/** What counts where nothing else is said, by the marks for it. */
+/** The defaults, by their marks in the template. */
 std::map<std::string, std::string> usualSettings() {
     host::DriverConfig const line;
     host::NodeSettings const& node = line.nodes;

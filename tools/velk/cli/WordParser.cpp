@@ -14,7 +14,7 @@ CLI::Option* addFlag(CLI::App& parser, Argument const& flag) {
                : parser.add_option(names)->expected(1)->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
 }
 
-/** "--port" of "--port=" and of "-qp": flags of one letter may stand together. */
+/** "--port" of "--port=" and of "-qp": flags of one letter may be combined. */
 Argument const* lastFlag(Command const& command, std::string const& word) {
     return word.starts_with("--") ? command.findFlag(word.substr(0, word.find('=')))
                                   : command.findFlag(std::string("-") + (word.empty() ? ' ' : word.back()));
@@ -34,7 +34,7 @@ ParsedWords parseWords(Command const& command, std::span<std::string const> word
     for (Argument const& flag : command.flags) {
         options.push_back(addFlag(parser, flag));
     }
-    auto const dashes = std::find(words.begin(), words.end(), "--"); // what follows are words, whatever they look like
+    auto const dashes = std::find(words.begin(), words.end(), "--"); // no flag follows, whatever it looks like
     std::vector<std::string> front(words.begin(), dashes);
     std::reverse(front.begin(), front.end()); // the parser takes them from the end
     ParsedWords parsed;

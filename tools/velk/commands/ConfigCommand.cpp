@@ -61,7 +61,7 @@ base::Result<std::string> addressOf(NamedTag const& tag, Settings const& setting
         {node, tag.variable, access.value().addressSpace, tag.offset.value_or("0"), access.value().dataType});
 }
 
-/** What the driver itself says to the configuration and the tags; nothing goes over a line. */
+/** The driver's own check of the configuration and the tags; no line is used. */
 class DriverOpinion {
 public:
     static base::Result<std::vector<std::string>> ask(std::filesystem::path const& module, Settings const& settings) {
@@ -86,7 +86,7 @@ private:
         base::Result<std::string> const text = host::configText(settings.config);
         base::Outcome const configured = text.ok() ? driver.configure(text.value()) : base::Outcome(text.failure());
         if (!configured.ok()) {
-            return {"the driver does not take the configuration: " + configured.failure().text};
+            return {"the driver rejects the configuration: " + configured.failure().text};
         }
         StoredTables tables = storedTables(settings);
         for (NamedTag const& tag : settings.tags) {
@@ -188,7 +188,7 @@ std::string addressText(NamedTag const& tag, Settings const& settings, StoredTab
 Command configCommand(Context& context) {
     return {
         .name = "config",
-        .description = "Check a project file, or show what it stands for",
+        .description = "Check a project file, or show the driver configuration made from it",
         .commands = {
             fileCommand("check", "Say what is wrong in a project file, with line and column", runConfigCheck, context),
             fileCommand("show", "Show the driver's configuration string and tag addresses", runConfigShow, context)}};

@@ -14,14 +14,14 @@ namespace velk {
 
 struct Context;
 
-/** The symbol files of the nodes; each is loaded once, when it is first asked for. */
+/** The symbol files of the nodes; each is loaded once, when it is first needed. */
 class StoredTables {
 public:
     using Load = std::function<base::Result<SymbolTable>(int node)>;
 
     explicit StoredTables(Load load) : load_(std::move(load)) {}
 
-    /** Null where there is none. */
+    /** Null when there is none. */
     SymbolTable const* of(int node);
 
 private:
@@ -32,7 +32,7 @@ private:
 /** The tag address of a tag of the project file, as far as it is known without the PLC. */
 std::string addressText(NamedTag const& tag, Settings const& settings, StoredTables& tables);
 
-/** Checks a project file, or shows what it stands for. */
+/** Checks a project file, or shows the driver configuration made from it. */
 Command configCommand(Context& context);
 
 } // namespace velk

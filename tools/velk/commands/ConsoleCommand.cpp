@@ -42,12 +42,12 @@ private:
     Context& context_;
     Settings settings_;
     std::unique_ptr<Session> session_;
-    bool away_ = false; ///< the port died and is not open again
+    bool away_ = false; ///< the port failed and is not open again
 };
 
-/** False while the port does not come back. */
+/** False while the port is still away. */
 bool Console::openAgain() {
-    session_.reset(); // with its login, which a PLC that was off knows nothing of; the module serves one at a time
+    session_.reset(); // with its login, which a restarted PLC does not know; only one session may exist at a time
     session_ = std::make_unique<Session>(settings_, context_);
     if (base::Outcome const opened = session_->open(); !opened.ok()) {
         if (!session_->hasModule()) {
@@ -117,7 +117,7 @@ ExitCode runConsole(Context& context) {
 
 Command consoleCommand(Context& context) {
     return {.name = "console",
-            .description = "Talk to the module's own console, with its diagnostic commands",
+            .description = "Use the module's own console, with its diagnostic commands",
             .flags = lineFlags(context),
             .action = [&context] { return runConsole(context); }};
 }

@@ -27,10 +27,10 @@ namespace {
 
 struct InitOptions {
     std::optional<std::string> name; ///< of the station
-    bool force = false;              ///< write over a file that is there
+    bool force = false;              ///< overwrite an existing file
 };
 
-/** Ports that an adapter or a board is likely to be, those with a name that stays first. */
+/** Ports that are likely an adapter or a board, those with a stable name first. */
 std::vector<std::string> likelyPorts() {
     std::vector<std::string> ports;
     std::error_code error;
@@ -47,7 +47,7 @@ std::vector<std::string> likelyPorts() {
     return ports;
 }
 
-/** Asks for what the flags leave out; the answers go where the values of the flags go. */
+/** Asks for settings not given as flags; the answers are stored like the flags' values. */
 class Questions {
 public:
     Questions(std::vector<Argument> flags, Context& context) : flags_(std::move(flags)), context_(context) {}
@@ -55,7 +55,7 @@ public:
     /** The flag is given. */
     void leaveOut(std::string const& flag) { given_.insert(flag); }
 
-    /** @p usual is what an empty answer stands for; the flag's default when none is given */
+    /** @p usual is the meaning of an empty answer; the flag's default when none is given */
     void ask(std::string const& flag, std::string const& question, std::string const& usual = "") const {
         Argument const& argument =
             *std::find_if(flags_.begin(), flags_.end(), [&](Argument const& each) { return each.name == flag; });
@@ -69,7 +69,7 @@ public:
     }
 
 private:
-    /** Without those that only the driver's configuration has. */
+    /** Without those that occur only in the driver's configuration. */
     static std::vector<std::string> ourWords(Argument const& argument) {
         std::vector<std::string> words = argument.value.choices;
         std::erase_if(words,
@@ -104,7 +104,7 @@ void askForAll(Questions const& questions, LineOptions const& options) {
     questions.ask("--mode", "Mode");
     questions.ask("--framing", "Framing");
     if (isRouted(options)) {
-        questions.ask("--routing-levels", "Levels of couplers on the way");
+        questions.ask("--routing-levels", "Levels of couplers on the route");
         for (int level = 1; level <= options.routingLevels.value_or(0); ++level) {
             questions.ask(fmt::format("--coupler{}", level), fmt::format("Coupler of level {}", level));
             questions.ask(fmt::format("--channel{}", level), fmt::format("Channel of the coupler of level {}", level));
@@ -119,7 +119,7 @@ void askForAll(Questions const& questions, LineOptions const& options) {
     questions.ask("--name", "Name of the PLC, if you like");
 }
 
-/** A flag that would have no effect is a misunderstanding. */
+/** Refuses flags that would have no effect. */
 void checkCouplers(host::DriverConfig const& config, LineOptions const& options) {
     int const levels = config.nodes.routingLevels;
     if (levels > 0 && framingWord(config.protType) != "routed") {
@@ -140,20 +140,20 @@ std::filesystem::path projectFileOf(LineOptions const& options) {
     return options.file.value_or("velk.toml");
 }
 
-/** A folder beside the file is named as it is seen from there, so that both can be moved together. */
+/** A folder near the file is written relative to it, so that both can be moved together. */
 std::string storageAsWritten(std::filesystem::path const& storage, std::filesystem::path const& file) {
     std::filesystem::path const folder = std::filesystem::absolute(file).lexically_normal().parent_path();
     std::filesystem::path const whole = std::filesystem::absolute(storage).lexically_normal();
     std::filesystem::path const beside = whole.lexically_relative(folder);
     bool const elsewhere = storage.is_absolute() || beside.empty() || *beside.begin() == "..";
-    bool const likeHome = beside.string().starts_with("~/"); // a folder of that name is meant
+    bool const likeHome = beside.string().starts_with("~/"); // a folder that is really called "~"
     return elsewhere ? whole.string() : (likeHome ? "." / beside : beside).string();
 }
 
 void refuseOddName(char const* what, std::string const& name) {
     if (displayable(name) != name) {
         throw CommandError(ExitCode::Usage,
-                           fmt::format("the name of the {} has to be UTF-8 without control characters", what));
+                           fmt::format("the name of the {} must be UTF-8 without control characters", what));
     }
 }
 
@@ -171,7 +171,7 @@ NewProject projectFromFlags(InitOptions const& init, LineOptions const& options)
 }
 
 [[noreturn]] void refuseToReplace(std::filesystem::path const& file) {
-    throw CommandError(ExitCode::Usage, file.string() + " is there already; give --force to write over it");
+    throw CommandError(ExitCode::Usage, file.string() + " exists already; give --force to overwrite it");
 }
 
 void writeFile(std::filesystem::path const& file, std::string const& text, bool force) {
@@ -188,11 +188,10 @@ std::string portToUse(std::string const& answer) {
     return answer.empty() ? "give the path of a serial port" : portFault(answer);
 }
 
-/** Some flags that other commands read with mean another thing here. */
+/** Some flags have a different meaning here than in other commands. */
 std::vector<Argument> flagsToWrite(InitOptions& options, Context& context) {
-    std::vector<Argument> flags{
-        flag("--name", "NAME", "What to call the station", into(options.name, stationNameFault)),
-        flag("--force", {}, "Write over a file that is there", into(options.force))};
+    std::vector<Argument> flags{flag("--name", "NAME", "Name of the station", into(options.name, stationNameFault)),
+                                flag("--force", {}, "Overwrite an existing file", into(options.force))};
     appendFlags(flags, settingFlags(context));
     flagNamed(flags, "--file").description = "Project file to write; velk.toml in the current folder by default";
     flagNamed(flags, "--quiet").description = "Say nothing when the file is written";
@@ -215,12 +214,12 @@ ExitCode runInit(InitOptions const& options, Questions const& questions, Context
     if (context.terminal.kinds().inputIsTerminal) {
         askForAll(questions, flags);
     } else if (!flags.port) {
-        throw CommandError(ExitCode::Usage, "there is no terminal to ask on: give at least --port");
+        throw CommandError(ExitCode::Usage, "no terminal for questions: give at least --port");
     }
     NewProject const project = projectFromFlags(options, flags);
     checkCouplers(project.config, flags);
     std::string const text = projectText(project);
-    readProjectText(text, file.string()); // what is written can be read
+    readProjectText(text, file.string()); // make sure that the written file can be read
     if (context.interrupt.requested()) {
         throw CommandError(ExitCode::Interrupted, "interrupted");
     }
@@ -243,7 +242,7 @@ Command initCommand(Context& context) {
         };
     }
     return {.name = "init",
-            .description = "Write a commented project file; ask on a terminal for what the flags leave out",
+            .description = "Write a commented project file; ask on a terminal for settings not given as flags",
             .flags = std::move(flags),
             .action = [options, questions, &context] { return runInit(*options, *questions, context); }};
 }

@@ -6,7 +6,7 @@ namespace velk {
 
 struct Context;
 
-/** Writes a commented project file from the flags; asks on a terminal for what they leave out. */
+/** Writes a commented project file from the flags; asks on a terminal for settings not given as flags. */
 Command initCommand(Context& context);
 
 } // namespace velk

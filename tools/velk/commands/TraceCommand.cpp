@@ -17,15 +17,15 @@ Command traceCommand(Context& context) {
     auto const run = [&context, options, words] {
         auto const isTraced = wantTrace(context, options);
         ExitCode const code = context.runCommandLine(*words);
-        if (!isTraced() && code != ExitCode::Usage) { // else the reason was told
-            context.terminal.complain("nothing is traced: no line was used");
+        if (!isTraced() && code != ExitCode::Usage) { // else the reason was printed
+            context.terminal.complain("there is no trace: no line was used");
         }
         return code;
     };
     return {.name = "trace",
             .description =
                 "Show every frame that another command exchanges with the PLC, on standard error or in a file",
-            .words = {word("COMMAND", Offer::CommandLine, "The command, behind --: velk trace -- read Motor.Speed",
+            .words = {word("COMMAND", Offer::CommandLine, "The command, after --: velk trace -- read Motor.Speed",
                            into(*words), {.required = true, .repeats = true})},
             .flags = {flag("-o,--output", {"FILE", Offer::Files},
                            "File for the trace: .txt, .jsonl, or .pcapng for packet analysers", into(options->file)),

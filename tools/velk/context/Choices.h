@@ -5,7 +5,7 @@
 
 namespace velk {
 
-// The words of project files and flags, and what the driver's configuration has for them.
+// The words of project files and flags, and the driver's configuration values for them.
 
 inline constexpr int kLeastBlockSize = 128;
 inline constexpr int kMostBlockSize = 1460;

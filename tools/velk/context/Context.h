@@ -19,7 +19,7 @@ namespace velk {
 class Terminal;
 struct Settings;
 
-/** What a command has around it. */
+/** What a command works with. */
 struct Context {
     Terminal& terminal;
     base::Signals& interrupt;
@@ -28,12 +28,12 @@ struct Context {
     LineOptions options{}; ///< as given on the command line
     Observers observers{}; ///< they see every port that the command opens
 
-    /** Set when a trace is wanted: makes the observer of a session, which ends with it. */
+    /** Set when a trace is requested: makes the observer of a session, which lives as long as the session. */
     std::function<std::unique_ptr<host::PortObserver>(Settings const&)> makeTracer{};
 
-    bool tracesToError = false; ///< a trace goes to standard error, among what the command shows
+    bool tracesToError = false; ///< a trace goes to standard error, between the command's own lines
 
-    /** Runs another command line in this context, the program's name left out. */
+    /** Runs another command line in this context, given without the program's name. */
     std::function<ExitCode(std::vector<std::string> const&)> runCommandLine{};
 };
 

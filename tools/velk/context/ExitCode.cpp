@@ -8,7 +8,7 @@ namespace {
 
 using base::FailureKind;
 
-/** From the least to the most telling. */
+/** From the least to the most important. */
 constexpr std::array kRanking{ExitCode::Good,  ExitCode::ItemNotGood, ExitCode::Refused,    ExitCode::Silent,
                               ExitCode::Usage, ExitCode::Port,        ExitCode::Interrupted};
 

@@ -8,14 +8,14 @@
 
 namespace velk {
 
-/** Where a frame is led on one routing level. */
+/** Where a frame is routed on one level. */
 struct CouplerOptions {
     std::optional<int> coupler;
     std::optional<int> channel;
     std::optional<std::string> address;
 };
 
-/** The flags that every command with a line takes. What is not given is as the project file says. */
+/** The flags of every command that uses a line. Those not given follow the project file. */
 struct LineOptions {
     std::optional<std::string> file;
     std::optional<std::string> port;

@@ -3,7 +3,7 @@
 namespace velk {
 namespace {
 
-/** What one observer throws does not keep the others from seeing. */
+/** An exception of one observer does not affect the others. */
 template <typename Tell>
 void tellEach(std::vector<host::PortObserver*> const& observers, Tell&& tell) {
     for (host::PortObserver* const observer : observers) {

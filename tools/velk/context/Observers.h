@@ -6,7 +6,7 @@
 
 namespace velk {
 
-/** Shows a port to any number of observers, in the order in which they came. */
+/** Shows a port to any number of observers, in the order of attachment. */
 class Observers : public host::PortObserver {
 public:
     /** @p observer must outlive this object or be detached. */

@@ -60,7 +60,7 @@ PlcType const* plcTypeNamed(std::string_view name) {
     return found != kPlcTypes.end() && wholeName ? &*found : nullptr;
 }
 
-/** What stands behind OF in "ARRAY [0..9] OF INT"; nothing for what is no array. */
+/** The text after OF in "ARRAY [0..9] OF INT"; nothing when the type is not an array. */
 std::optional<std::string> elementName(std::string_view type) {
     std::string const upper = upperCase(type);
     std::size_t const of = upper.rfind(" OF ");
@@ -71,7 +71,7 @@ std::optional<std::string> elementName(std::string_view type) {
     return name == std::string::npos ? std::nullopt : std::optional(upper.substr(name));
 }
 
-/** Takes a number off the start of a text, blanks around it too. */
+/** Removes a number and the blanks around it from the start of a text. */
 std::optional<std::int64_t> takeNumber(std::string_view& text) {
     text.remove_prefix(std::min(text.find_first_not_of(' '), text.size()));
     std::int32_t number = 0;
@@ -90,7 +90,7 @@ bool take(std::string_view& text, std::string_view word) {
     return there;
 }
 
-/** How many elements "ARRAY [1..3, 0..1] OF ..." has; nothing when its bounds make no sense. */
+/** How many elements "ARRAY [1..3, 0..1] OF ..." has; nothing when its bounds are invalid. */
 std::optional<std::size_t> elementCount(std::string_view type) {
     constexpr std::int64_t kMost = 0x7FFFFFFF;
     std::string_view rest = type.substr(std::min(type.find('['), type.size()));
@@ -197,8 +197,7 @@ base::Result<std::string> bitArea(std::string const& area, Variable const* varia
 
 base::Result<std::string> byteArea(std::string const& area, Variable const* variable) {
     if (area.empty() && variable != nullptr && variable->area >= kAddressableAreas) {
-        return base::Failure{base::FailureKind::Unreachable, "it lies in memory area " +
-                                                                 std::to_string(variable->area) +
+        return base::Failure{base::FailureKind::Unreachable, "it is in memory area " + std::to_string(variable->area) +
                                                                  ", which the driver cannot reach"};
     }
     return !area.empty() ? area : variable != nullptr ? areaName(variable->area) : "M";

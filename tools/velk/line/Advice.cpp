@@ -7,9 +7,9 @@ using base::FailureKind;
 
 std::string silenceAdvice(bool somethingWasReceived) {
     return somethingWasReceived
-               ? "Bytes came, then nothing more: likely the line is disturbed, the time-out is too short, or the PLC "
-                 "was stopped. `velk check` walks the line step by step."
-               : "Nothing came at all: likely the cable (crossed, unplugged, the wrong port), a PLC that is off, or "
+               ? "Bytes were received, then nothing more: likely there is noise on the line, the time-out is too "
+                 "short, or the PLC was stopped. `velk check` walks the line step by step."
+               : "Nothing was received: likely the cable (crossed, unplugged, the wrong port), a PLC that is off, or "
                  "another line speed, parity, framing or byte order. `velk check --scan` tries the usual ones.";
 }
 
@@ -20,20 +20,20 @@ std::string advice(FailureKind kind, bool somethingWasReceived) {
     case FailureKind::Timeout:
         return silenceAdvice(somethingWasReceived);
     case FailureKind::Coupler:
-        return "Likely the coupler number, the channel or the address of a level is another one, or the device behind "
+        return "Likely the coupler number, the channel or the address of a level is wrong, or the device behind "
                "the coupler is off.";
     case FailureKind::LoginRefused:
         return "The line works: likely another panel or the programming tool is logged in, or the PLC is starting or "
                "stopped.";
     case FailureKind::Garbled:
-        return "Something answers: likely the line speed, the parity, the framing or the byte order is another one. "
+        return "Something answers: likely the line speed, the parity, the framing or the byte order is wrong. "
                "`velk check` walks the line step by step.";
     case FailureKind::OtherProject:
-        return "The PLC has got another program a moment ago: ask again.";
+        return "The PLC's program was replaced a moment ago: try again.";
     case FailureKind::ReadRefused:
-        return "The line works: likely the PLC has restarted, or is stopped. Ask again.";
+        return "The line works: likely the PLC has restarted, or is stopped. Try again.";
     case FailureKind::WriteRefused:
-        return "The line works: likely the PLC has restarted, is stopped, or does not let this be written.";
+        return "The line works: likely the PLC has restarted, is stopped, or does not allow this write.";
     case FailureKind::NoSymbolFile:
         return "The line works: likely the project was loaded into the PLC without its symbol configuration.";
     case FailureKind::WrongLength:

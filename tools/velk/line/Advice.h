@@ -6,7 +6,7 @@
 
 namespace velk {
 
-/** What is likely behind a failure, as a sentence to be put behind the complaint; empty when nothing is to be said. */
+/** The likely cause of a failure, as a sentence that follows the message; empty when none is known. */
 std::string advice(base::FailureKind kind, bool somethingWasReceived);
 
 } // namespace velk

@@ -8,7 +8,7 @@
 
 namespace velk {
 
-/** What happened on the line last, for failures whose reason the driver puts into other words. */
+/** The latest events on the line, for failures whose cause the driver does not report. */
 class LineWatch final : public host::PortObserver {
 public:
     /** @param routingHeaderLength bytes before every frame: 19 where frames are routed through couplers, else 0 */
@@ -23,17 +23,17 @@ public:
     }
     void onTimeout(std::int64_t /*at*/) override { silent_ = true; }
 
-    /** The last wait for the PLC was in vain. */
+    /** The last wait for the PLC timed out. */
     [[nodiscard]] bool silent() const { return silent_; }
 
     /** Not 0 when a coupler sent the last frame back instead of passing it on. */
     [[nodiscard]] int couplerStatus() const { return couplerStatus_; }
 
-    /** Frames that came, of whatever kind. */
+    /** Received frames of any kind. */
     [[nodiscard]] std::uint64_t received() const { return received_; }
 
 private:
-    /** The status of a routing header stands in its last byte but one. */
+    /** The status of a routing header is in its last byte but one. */
     [[nodiscard]] int statusOf(std::span<unsigned char const> bytes) const {
         return routingHeaderLength_ > 1 && bytes.size() >= routingHeaderLength_ ? bytes[routingHeaderLength_ - 2] : 0;
     }

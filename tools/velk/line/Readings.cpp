@@ -30,7 +30,7 @@ int millisecondsOf(Time time) {
     return static_cast<int>(since % kPerSecond);
 }
 
-/** "12:34:56.789", where the machine is. */
+/** "12:34:56.789" in local time. */
 std::string localText(Time time) {
     return fmt::format("{:%H:%M:%S}.{:03}", fmt::localtime(std::chrono::system_clock::to_time_t(time)),
                        millisecondsOf(time));
@@ -104,7 +104,7 @@ std::string jsonText(std::span<Reading const> readings) {
     return list.dump(kIndent) + "\n";
 }
 
-/** Reads the tags of one station. Answers whether the line can go on. */
+/** Reads the tags of one station. Returns whether the line can still be used. */
 bool readStation(Session& session, std::span<Tag const> tags, int node, std::vector<Reading>& readings) {
     std::vector<ITag*> wanted(tags.size(), nullptr);
     for (std::size_t i = 0; i < tags.size(); ++i) {

@@ -14,31 +14,31 @@ namespace velk {
 
 struct Context;
 
-/** What came of one tag, and when. */
+/** The result of one tag, and its time. */
 struct Reading {
     Tag const* tag = nullptr;
     host::TagResult result;
     std::chrono::system_clock::time_point at;
 };
 
-/** The requests for the words of a command line; all tags of the project file without a word. */
+/** The requests for the words of a command line; without words, all tags of the project file. */
 std::vector<TagRequest> parseRequests(std::vector<std::string> const& words, Settings const& settings);
 
 /**
  * The tags of all requests, in their order.
  *
- * A station that does not answer is complained about once, and its tags are there with that failure; so is a tag
- * that cannot be made. Throws CommandError when the port is dead, and when the user wants the end.
+ * A station that does not answer is reported once, and its tags have that failure; so has a tag that cannot be created.
+ * Throws CommandError when the port has failed or the user asks to stop.
  */
 std::vector<Tag> createAllTags(Session& session, std::span<TagRequest const> requests, Context& context);
 
-/** Whether nothing more can come of the line: the port is dead, or the user wants the end. */
+/** Whether the line can no longer be used: the port has failed, or the user asks to stop. */
 bool endsEverything(ExitCode code);
 
-/** Reads tags, station by station. When the port dies or the user wants the end, the rest has no value. */
+/** Reads tags, station by station. When the port fails or the user asks to stop, the rest has no value. */
 std::vector<Reading> readWhileItWorks(Session& session, std::span<Tag const> tags);
 
-/** The same for all tags. Throws CommandError when the port is dead or the user wants the end. */
+/** The same for all tags. Throws CommandError when the port fails or the user asks to stop. */
 std::vector<Reading> readAll(Session& session, std::span<Tag const> tags);
 
 /** "good", "missing" or "failed". */

@@ -24,12 +24,12 @@ namespace {
 
 using base::FailureKind;
 
-/** A name that no program has: reading it asks the PLC about the project all the same. */
+/** A name that no program has: reading it still makes the PLC compare the project. */
 constexpr char const* kNoVariable = "VELK_ASKS_FOR_THE_PROJECT";
 
 constexpr int kMostValueBytes = 75'000; // of the driver's buffers
 
-/** The name of a variable that can be read, or of none. */
+/** The name of a variable that can be read, or one that does not exist. */
 std::string probeName(SymbolTable const* table) {
     if (table == nullptr) {
         return kNoVariable;
@@ -47,12 +47,12 @@ std::optional<std::uint64_t> fileSize(std::filesystem::path const& file) {
     return error ? std::nullopt : std::optional(size);
 }
 
-/** Why a file cannot be kept where it belongs, as far as its folder tells. */
+/** Why a file cannot be stored, as far as its folder shows. */
 std::optional<std::string> whyNotKept(std::filesystem::path const& file) {
     std::filesystem::path const folder = file.parent_path();
     std::error_code error;
     if (std::filesystem::exists(file, error) && !std::filesystem::is_regular_file(file, error)) {
-        return file.string() + " is no file";
+        return file.string() + " is not a file";
     }
     if (::access(folder.c_str(), W_OK | X_OK) != 0) {
         return folder.string() + ": " + std::strerror(errno);
@@ -214,13 +214,14 @@ base::Result<SymbolTable const*> Session::symbols(int node) {
     return storedSymbols(node);
 }
 
-/** The driver says of a file that came and could not be stored the same as of one that the PLC does not have. */
+/** The driver reports a file that it cannot store like one that the PLC does not have. */
 base::Failure Session::whyNoSymbols(base::Failure const& failure, int node) const {
     bool const came = uploadLine_.upload().bytes > 0 && !lineWatch_.silent();
     std::optional<std::string> const reason =
         failure.kind == FailureKind::NoSymbolFile && came ? whyNotKept(symbolFile(node)) : std::nullopt;
-    return reason ? base::Failure{FailureKind::Storage, "the symbol file comes, but it cannot be kept: " + *reason}
-                  : failure;
+    return reason
+               ? base::Failure{FailureKind::Storage, "the symbol file was received, but cannot be stored: " + *reason}
+               : failure;
 }
 
 bool Session::isProgramReplaced(int node) {
@@ -241,7 +242,7 @@ base::Result<SymbolTable const*> Session::symbolsAskedOnce(int node) {
 
 base::Result<SymbolTable const*> Session::fetchSymbols(int node) {
     current_.clear();
-    panel_.reset(); // with what it knows of the symbols
+    panel_.reset(); // with the symbols that it knows
     portOpen_ = false;
     std::optional<std::uint64_t> const size = fileSize(symbolFile(node));
     SetAside before(symbolFile(node));
@@ -355,7 +356,7 @@ std::vector<host::TagResult> Session::read(std::span<Tag const> tags, host::Tran
 
 // ---- failures
 
-/** The driver says of a port that died, and of a coupler, the same as of silence, or nothing at all. */
+/** The driver reports a failed port and a coupler's fault like silence, or not at all. */
 base::Failure Session::causeOf(base::Failure const& failure) const {
     bool const ofTheVariable = failure.kind == FailureKind::Missing || failure.kind == FailureKind::Unreachable;
     if (ofTheVariable) {
@@ -371,7 +372,7 @@ base::Failure Session::causeOf(base::Failure const& failure) const {
     if (failure.kind == FailureKind::LoginRefused) {
         return failure.withText("the PLC refused the login, or the logout of another station");
     }
-    // The driver says only that it has no symbol file, and not that the PLC fell silent while it was fetched.
+    // The driver reports only a missing symbol file, not that the PLC stopped answering while it was fetched.
     if (failure.kind == FailureKind::NoSymbolFile && lineWatch_.silent()) {
         return {FailureKind::Timeout, failure.text, failure.driverCode};
     }

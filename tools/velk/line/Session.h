@@ -28,11 +28,11 @@ namespace velk {
 struct Context;
 
 /**
- * A line at work: the driver module with its configuration, the symbol tables of the stations, and tags.
+ * A line in use: the driver module with its configuration, the symbol tables of the stations, and tags.
  *
- * Nothing here throws for what happens on the line: failures are answered, and exitCode() or error() says what they
- * mean for the program. The context's observers see the port. When the user wants the end, the port answers faults
- * at once and every operation ends.
+ * Nothing here throws for what happens on the line: failures are returned, and exitCode() or error() says what they
+ * mean for the program. The context's observers see the port. When the user asks to stop, the port fails at once and
+ * every operation ends.
  */
 class Session {
 public:
@@ -44,16 +44,16 @@ public:
 
     [[nodiscard]] Settings const& settings() const { return settings_; }
 
-    /** Loads and configures the module, when that was not done yet, and opens the port. */
+    /** Loads and configures the module, if not yet done, and opens the port. */
     base::Outcome open();
 
     /** Closes the port; open() opens it again, and the tags stay. */
     void close();
 
-    /** Whether open() has come as far as the module, though not perhaps to the port. */
+    /** Whether open() has loaded the module, though perhaps not opened the port. */
     [[nodiscard]] bool hasModule() const { return panel_ != nullptr; }
 
-    /** Only with the module. */
+    /** Only when the module is loaded. */
     [[nodiscard]] host::Panel& panel() { return *panel_; }
 
     /** Where the module keeps the symbol file of a node. */
@@ -61,22 +61,22 @@ public:
 
     /**
      * The symbols of the program that the PLC runs now. The module fetches the symbol file when none is stored or
-     * when the PLC runs another program. The table stays valid until the symbols of the same node are asked for
-     * again with another result.
+     * when the PLC runs another program. The table stays valid until the symbols of the same node are
+     * requested again with another result.
      */
     base::Result<SymbolTable const*> symbols(int node);
 
-    /** Fetches the symbol file, whatever is stored; that stays when this fails. Tags made before are gone. */
+    /** Fetches the symbol file, whatever is stored; the stored file stays when this fails. Earlier tags are deleted. */
     base::Result<SymbolTable const*> fetchSymbols(int node);
 
-    /** What is stored for a node, with nothing on the line: it may be of another program. */
+    /** The stored symbols of a node, without using the line: they may be of another program. */
     base::Result<SymbolTable const*> storedSymbols(int node);
 
     /**
-     * The tags that a request stands for: one, or as many as its pattern finds. Where the symbols of the node are
-     * needed, for a pattern and for a tag without a type, they are asked for once in a session.
+     * The tags of a request: one, or as many as its pattern finds. Where the symbols of the node are needed, for a
+     * pattern and for a tag without a type, they are requested once in a session.
      *
-     * A tag that cannot be made is there all the same, with its failure, and so is a pattern that finds nothing.
+     * A tag that cannot be created is still listed, with its failure, and so is a pattern that finds nothing.
      */
     base::Result<std::vector<Tag>> createTags(TagRequest const& request);
 
@@ -84,23 +84,23 @@ public:
     void freeTags(std::span<Tag> tags);
 
     /**
-     * Whether the module has fetched the symbols of another program since those of the node were asked for. The tags
-     * that were made from the earlier ones have its types and places, and are to be made anew.
+     * Whether the module has fetched the symbols of another program since those of the node were requested. Tags made
+     * from the earlier symbols have old types and places, and must be created again.
      */
     bool isProgramReplaced(int node);
 
-    /** Reads tags; failures name a dead port where there is one. */
+    /** Reads tags; failures name the port when it has failed. */
     std::vector<host::TagResult> read(std::span<Tag const> tags, host::TransferPolicy policy = {});
 
-    /** What came of one tag means for the program. */
+    /** The exit code for the result of one tag. */
     [[nodiscard]] ExitCode exitCode(host::TagResult const& result) const;
 
-    /** What a failure means for the program. */
+    /** The exit code for a failure. */
     [[nodiscard]] ExitCode exitCode(base::Failure const& failure) const;
 
     /**
-     * A failure with all that is known of the line: a dead port, a coupler's fault or an interruption is its kind and
-     * its text, which can be shown.
+     * A failure with all that is known of the line: a failed port, a coupler's fault or an interruption gives its kind
+     * and its text, which can be shown.
      */
     [[nodiscard]] base::Failure explained(base::Failure const& failure) const;
 
@@ -120,13 +120,13 @@ public:
         return std::move(result.value());
     }
 
-    /** What was fetched last; no bytes when nothing was. */
+    /** The latest upload; no bytes when there was none. */
     [[nodiscard]] tools::Upload const& upload() const { return uploadLine_.upload(); }
 
 private:
     using FileStamp = std::pair<std::filesystem::file_time_type, std::uint64_t>; ///< time of the last change, and size
 
-    /** How a symbol file is found out to be of the PLC's program. */
+    /** Whether the PLC accepts a symbol file as that of its program. */
     struct Probe {
         bool accepted = false;
         base::Failure failure; ///< only when not accepted
@@ -159,7 +159,7 @@ private:
     std::set<int> current_;              ///< nodes whose symbols the PLC has accepted in this session
 };
 
-/** A tag that stands for a request of which nothing can be had, with the reason. */
+/** A tag for a request that has no value, with the reason. */
 Tag missingTag(TagRequest const& request, Settings const& settings, base::Failure const& failure);
 
 } // namespace velk

@@ -4,16 +4,16 @@
 
 namespace velk {
 
-/** Moves a file out of the way and, at the end of its life, back to its place: unless it is not needed any more. */
+/** Moves a file out of the way and, when destroyed, back to its place, unless it is no longer needed. */
 class SetAside {
 public:
-    /** A file that is not there, or cannot be moved, is left alone. */
+    /** A file that does not exist, or cannot be moved, is left alone. */
     explicit SetAside(std::filesystem::path file);
     ~SetAside();
     SetAside(SetAside const&) = delete;
     SetAside& operator=(SetAside const&) = delete;
 
-    /** There is something better in its place. */
+    /** A better file has taken its place. */
     void drop();
 
 private:

@@ -16,7 +16,8 @@ Variable const* arrayOf(SymbolTable const& table, std::string_view name) {
 }
 
 base::Failure onlyWithTheArray(Variable const& array) {
-    return {base::FailureKind::Missing, "the elements of an array are there with the whole array only, " + array.name};
+    return {base::FailureKind::Missing,
+            "the elements of an array can only be read with the whole array, " + array.name};
 }
 
 } // namespace
@@ -34,7 +35,7 @@ base::Result<SymbolTable> SymbolTable::load(std::filesystem::path const& file) {
     }
     std::vector<Variable> variables;
     for (_VELK::Symbol const& symbol : symbols.symbols().all()) {
-        if (*symbol.name != '\0') { // else a record that describes no variable
+        if (*symbol.name != '\0') { // else the record does not describe a variable
             variables.push_back({symbol.name, symbol.typeName, symbol.area, symbol.offset, symbol.size});
         }
     }

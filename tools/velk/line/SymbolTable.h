@@ -11,7 +11,7 @@
 
 namespace velk {
 
-/** A variable of a PLC program, as its symbol file has it. */
+/** A variable of a PLC program, as described in its symbol file. */
 struct Variable {
     std::string name;
     std::string type; ///< the PLC's: "INT", "STRING(20)", "ARRAY [0..9] OF INT", "DATA" for structures
@@ -28,7 +28,7 @@ public:
     /** Reads a symbol file. */
     static base::Result<SymbolTable> load(std::filesystem::path const& file);
 
-    /** The same from what is known already. */
+    /** The same from variables that are known already. */
     SymbolTable(std::uint32_t projectId, std::vector<Variable> variables);
 
     [[nodiscard]] std::uint32_t projectId() const { return projectId_; }
@@ -37,7 +37,7 @@ public:
     /** The variable of a name, whatever the case of its letters, or null. */
     [[nodiscard]] Variable const* find(std::string_view name) const;
 
-    /** The variables whose names match a pattern (see Names.h); one of just that name comes alone. */
+    /** The variables whose names match a pattern (see Names.h); a variable with exactly that name comes alone. */
     [[nodiscard]] std::vector<Variable const*> matching(std::string_view pattern) const;
 
 private:
@@ -46,10 +46,10 @@ private:
     std::map<std::string, std::size_t, std::less<>> byName_; ///< by name in upper case
 };
 
-/** The complaint about a variable that is not there, with those that may be meant. */
+/** The message about an unknown variable, with similar names. */
 base::Failure missingVariable(SymbolTable const& table, std::string_view name);
 
-/** The complaint about a pattern that finds none. */
+/** The message about a pattern that finds nothing. */
 base::Failure nothingMatches(SymbolTable const& table, std::string_view pattern);
 
 /** The name of a memory area in tag addresses: "M", "I", "Q", "3", "4", "5"; its number for any other. */

@@ -13,9 +13,9 @@ class ITag;
 
 namespace velk {
 
-/** A tag of the driver with all that is needed to show and to parse its values. */
+/** A tag of the driver with what is needed to show and to parse its values. */
 struct Tag {
-    std::string name; ///< as the user gave it, or the PLC's name where a pattern found it
+    std::string name; ///< as the user gave it, or the PLC's name when a pattern found it
     int node = 0;
     std::string station; ///< the station's name, or else its number
     std::string variable;
@@ -24,7 +24,7 @@ struct Tag {
     ITag* tag = nullptr;   ///< the driver's; null when it could not be made
     base::Failure failure; ///< only without a tag
 
-    /** What to call the type in a table: the PLC's, or else the driver's. */
+    /** The name of the type for a table: the PLC's, or else the driver's. */
     [[nodiscard]] std::string const& typeText() const { return plcType.empty() ? access.dataType : plcType; }
 
     /** A value that was read, as text. */
@@ -33,10 +33,10 @@ struct Tag {
     /** The same without the quotes of a text. */
     [[nodiscard]] std::string plainText(host::ValueBytes const& bytes) const;
 
-    /** The same for JSON: booleans, numbers, texts, arrays of them; null for what has no value there (NaN). */
+    /** The same for JSON: booleans, numbers, texts, arrays of them; null for NaN and infinity. */
     [[nodiscard]] nlohmann::json json(host::ValueBytes const& bytes) const;
 
-    /** The bytes to write for a text; the failure says what is wrong and which values are taken. */
+    /** The bytes to write for a text; the failure says what is wrong and which values are accepted. */
     [[nodiscard]] base::Result<host::ValueBytes> parse(std::string_view text) const;
 };
 

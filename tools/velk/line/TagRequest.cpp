@@ -9,7 +9,7 @@
 namespace velk {
 namespace {
 
-/** A word cut at its colons; conversions have none. */
+/** A word split at its colons; conversions have none. */
 struct Pieces {
     std::string station; ///< empty: none is named
     std::string name;
@@ -42,7 +42,7 @@ bool isType(std::string const& text) {
     return text == "bit" || parseDriverType(text).ok();
 }
 
-/** A slip in the name of a station is not to be taken for a type that makes no sense. */
+/** A mistyped station must not be reported as a wrong type. */
 void requireTypeOrStation(std::string_view word, std::vector<std::string> const& parts, Settings const& settings) {
     bool const couldBeName = findAlias(settings, parts[1]) != nullptr || parts[1].find('.') != std::string::npos;
     if (!isType(parts[1]) && couldBeName) {

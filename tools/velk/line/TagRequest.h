@@ -8,7 +8,7 @@
 namespace velk {
 
 /**
- * What a user means by a word of the command line: [STATION:]NAME[:TYPE[(CONVERSIONS)]].
+ * A word of the command line that names tags: [STATION:]NAME[:TYPE[(CONVERSIONS)]].
  *
  * NAME is a tag of the project file, a PLC variable, or a pattern over the PLC's variables.
  */
@@ -22,7 +22,7 @@ struct TagRequest {
     bool isPattern = false;
 };
 
-/** Takes a word apart. Throws CommandError (usage) when it cannot be meant so. */
+/** Parses a word. Throws CommandError (usage) when it is not valid. */
 TagRequest parseTagRequest(std::string_view word, Settings const& settings);
 
 } // namespace velk

@@ -21,7 +21,7 @@ std::string bar(double part) {
            std::string(static_cast<std::size_t>(kWidth - filled), '.') + "]";
 }
 
-/** The bar with the time that is left, as far as the earlier file tells; the new one may be longer. */
+/** The bar with the remaining time, estimated from the earlier file; the new one may be longer. */
 std::string estimate(tools::Upload const& upload, std::uint64_t expectedBytes) {
     double const part = std::min(1.0, static_cast<double>(upload.bytes) / static_cast<double>(expectedBytes));
     double const left = static_cast<double>(expectedBytes) - static_cast<double>(upload.bytes);

@@ -12,24 +12,24 @@ namespace velk {
 
 class Terminal;
 
-/** Bytes of the header in front of every frame, as the framing has it. */
+/** Bytes of the header before every frame with this framing. */
 std::size_t routingHeaderLength(host::DriverConfig const& config);
 
-/** "fetching the symbol file: 12,345 bytes, 24 pieces, 5.1 kB/s", with a bar when the length is known about. */
+/** "fetching the symbol file: 12,345 bytes, 24 pieces, 5.1 kB/s", with a bar when the approximate length is known. */
 std::string uploadText(tools::Upload const& upload, std::optional<std::uint64_t> expectedBytes);
 
 /** How an upload is shown. */
 struct UploadStyle {
-    std::string label{};   ///< in front of the line that redraws itself
-    bool vanishes = false; ///< nothing stays on the screen when the upload is done
+    std::string label{};   ///< before the text of the redrawn line
+    bool vanishes = false; ///< removed from the screen when the upload is done
 };
 
-/** Shows on the terminal how a symbol file comes from the PLC. */
+/** Shows the progress of a symbol file's upload on the terminal. */
 class UploadLine final : public host::PortObserver {
 public:
     UploadLine(Settings const& settings, Terminal& terminal, UploadStyle style = {});
 
-    /** What an earlier file had, for the bar; nothing when there was none. */
+    /** Bytes of an earlier file, for the bar; nothing when there was none. */
     void expect(std::optional<std::uint64_t> bytes) { expected_ = bytes; }
 
     /** The upload under way or the last one; no bytes when there was none. */

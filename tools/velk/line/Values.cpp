@@ -41,7 +41,7 @@ nlohmann::json scalarJson(ICU_Type type, Bytes bytes) {
     if (type == ICU_BOOLEAN) {
         return !bytes.empty() && bytes.front() != 0;
     }
-    // Through the text, which is the shortest that reads back to the value: 36.6 and not 36.599998474121094.
+    // Through the shortest text that gives the value again: 36.6 and not 36.599998474121094.
     return nlohmann::json::parse(formatted(type, bytes), nullptr, false);
 }
 
@@ -67,7 +67,7 @@ std::string lowerCase(std::string_view text) {
     return lower;
 }
 
-/** 16#FF, as PLC programs write it, in the form that is parsed: 0xFF. */
+/** 16#FF, as PLC programs write it, in the form that the parser knows: 0xFF. */
 std::string withUsualHex(std::string text) {
     for (std::size_t at = text.find("16#"); at != std::string::npos; at = text.find("16#", at)) {
         text.replace(at, 3, "0x");
@@ -83,7 +83,7 @@ base::Failure withType(base::Failure failure, std::string const& typeName) {
     return failure;
 }
 
-/** A text in the PLC ends with a zero byte, for which there has to be room. */
+/** A text in the PLC ends with a zero byte, for which there must be room. */
 base::Result<host::ValueBytes> parseText(std::string_view text, std::size_t length) {
     if (length == 0) {
         return base::Failure{base::FailureKind::Value, "there is no room for a text"};

@@ -12,10 +12,10 @@
 
 namespace velk {
 
-/** A value as the driver answers it, as text: true, 12, 36.6, [1, 2], "text", and bytes as pairs of hex digits. */
+/** A value from the driver, as text: true, 12, 36.6, [1, 2], "text", and bytes as pairs of hex digits. */
 std::string valueText(Access const& access, host::ValueBytes const& bytes);
 
-/** The same for JSON: booleans, numbers, texts, arrays of them; null for what is no number there (NaN). */
+/** The same for JSON: booleans, numbers, texts, arrays of them; null for NaN and infinity. */
 nlohmann::json valueJson(Access const& access, host::ValueBytes const& bytes);
 
 /**
@@ -23,7 +23,7 @@ nlohmann::json valueJson(Access const& access, host::ValueBytes const& bytes);
  * 0xFF and 16#FF.
  *
  * @param length bytes of the value
- * @param typeName what to call the type in a complaint
+ * @param typeName the name of the type for messages
  */
 base::Result<host::ValueBytes> parseValue(Access const& access, std::string_view text, std::size_t length,
                                           std::string const& typeName);

@@ -47,8 +47,8 @@ base::Failure unknownType(std::string_view text) {
     std::vector<std::string> names = scalarNames();
     std::string const hint = didYouMean(text.substr(0, text.find('-')), names);
     names.emplace_back("string-20");
-    return base::Failure{base::FailureKind::Usage, "'" + std::string(text) + "' is no data type" + hint +
-                                                       (hint.empty() ? ": there are " : " There are ") + orList(names) +
+    return base::Failure{base::FailureKind::Usage, "'" + std::string(text) + "' is not a data type" + hint +
+                                                       (hint.empty() ? ": use " : " Use ") + orList(names) +
                                                        ", and arrays such as short-10"};
 }
 
@@ -76,7 +76,7 @@ base::Result<DriverType> parseCounted(std::string_view text, std::size_t hyphen)
     auto const [end, error] = std::from_chars(digits.data(), digits.data() + digits.size(), count);
     if (error != std::errc() || end != digits.data() + digits.size() || count < 1 || count > kMostElements) {
         return base::Failure{base::FailureKind::Usage, "'" + std::string(text) +
-                                                           "': the count behind the hyphen is 1 to " +
+                                                           "': the count after the hyphen is 1 to " +
                                                            std::to_string(kMostElements)};
     }
     return DriverType{type, count, {}};
@@ -88,8 +88,7 @@ base::Outcome parseConversions(std::string_view list, std::vector<std::string>& 
         std::size_t const comma = list.find(',');
         std::string const word(trimmed(list.substr(0, comma)));
         if (std::find(kKnown.begin(), kKnown.end(), word) == kKnown.end()) {
-            return base::Failure{base::FailureKind::Usage,
-                                 "'" + word + "' is no conversion: there are " + orList(kKnown)};
+            return base::Failure{base::FailureKind::Usage, "'" + word + "' is not a conversion: use " + orList(kKnown)};
         }
         conversions.push_back(word);
         if (comma == std::string_view::npos) {

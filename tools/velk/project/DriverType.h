@@ -9,7 +9,7 @@
 
 namespace velk {
 
-/** A data type as tag addresses have it, taken apart: "short-6(swap2,bcd)". */
+/** The parts of a data type in a tag address: "short-6(swap2,bcd)". */
 struct DriverType {
     ICU_Type type = ICU_NONE;
     int count = 1; ///< elements of an array, bytes of a text
@@ -17,8 +17,8 @@ struct DriverType {
 };
 
 /**
- * Takes a data type apart. Refused are those that no memory area of the PLC takes: names that the driver does not
- * know, and 64-bit, binary and time values, which it knows and takes nowhere; and conversions that it does not know.
+ * Parses a data type. Refuses what no memory area of the PLC accepts: types that the driver does not know, 64-bit,
+ * binary and time values, which it knows but accepts nowhere, and unknown conversions.
  */
 base::Result<DriverType> parseDriverType(std::string_view text);
 

@@ -17,7 +17,7 @@
 namespace velk {
 namespace {
 
-/** Whether "192.168.0.1" is written right. */
+/** Whether a text has the form of 192.168.0.1. */
 bool isAddress(std::string_view text) {
     int parts = 0;
     while (true) {
@@ -39,7 +39,7 @@ bool isAddress(std::string_view text) {
 
 using base::TomlSection;
 
-/** Reads one project file; what is wrong is complained about, and reading goes on. */
+/** Reads one project file; reports what is wrong and continues. */
 class Reader {
 public:
     explicit Reader(std::filesystem::path folder) : folder_(std::move(folder)) {
@@ -229,7 +229,7 @@ void Reader::readTagType(TomlSection& section, NamedTag& tag) {
     if (section.has("type") && !bit) {
         if (base::Result<DriverType> const type = parseDriverType(tag.type); !type.ok()) {
             section.complain("type", type.failure().text);
-            return; // what becomes of no type needs no word
+            return; // a missing type needs no message
         }
     }
     if (!conversions || conversions->empty()) {
@@ -255,7 +255,7 @@ void Reader::readTagPlace(TomlSection& section, NamedTag& tag) {
     tag.offset = section.textOrNumber("offset");
     if (tag.offset &&
         (tag.offset->empty() || tag.offset->find_first_not_of("0123456789.xXabcdefABCDEF") != std::string::npos)) {
-        section.complain("offset", "'offset' is '" + *tag.offset + "'; it has to be like 12, or 12.3 with a subindex");
+        section.complain("offset", "'offset' is '" + *tag.offset + "'; it must be like 12, or 12.3 with a subindex");
     }
     if (tag.offset && !tag.area) {
         section.complain("offset", "'offset' needs an 'area'");
@@ -276,10 +276,10 @@ void Reader::readTag(TomlSection& section) {
         section.complain("name", "a tag needs a 'name' without ':', '=', '*', '?' and '['");
     }
     if (displayable(tag.name) != toUtf8(tag.name)) {
-        section.complain("name", "the name of a tag has no control characters");
+        section.complain("name", "the name of a tag must not contain control characters");
     }
     if (section.has("variable") && (tag.variable.empty() || tag.variable.find_first_of("?:=") != std::string::npos)) {
-        section.complain("variable", "'variable' has to be the name of a PLC variable");
+        section.complain("variable", "'variable' must be the name of a PLC variable");
     }
     auto const same = [&](NamedTag const& other) { return sameName(other.name, tag.name); };
     if (std::any_of(project_.tags.begin(), project_.tags.end(), same)) {
@@ -291,7 +291,7 @@ void Reader::readTag(TomlSection& section) {
 } // namespace
 
 std::string addressFault(std::string_view address) {
-    return isAddress(address) ? "" : "'" + std::string(address) + "' is no address; it has to be like 192.168.0.1";
+    return isAddress(address) ? "" : "'" + std::string(address) + "' is not an address such as 192.168.0.1";
 }
 
 std::string portFault(std::string const& port) {
@@ -304,10 +304,10 @@ std::string stationNameFault(std::string const& name) {
     bool const isNumber = !name.empty() && name.find_first_not_of("0123456789") == std::string::npos;
     bool const hasMark = name.find_first_of(":=") != std::string::npos;
     if (isNumber || hasMark) {
-        return "the name of a station is no number and has no ':' and '='";
+        return "the name of a station must not be a number or contain ':' or '='";
     }
     bool const shownAsItIs = displayable(name) == name;
-    return shownAsItIs ? "" : "the name of a station is UTF-8 without control characters";
+    return shownAsItIs ? "" : "the name of a station must be UTF-8 without control characters";
 }
 
 Project readProjectText(std::string_view text, std::string const& name, std::filesystem::path const& folder) {

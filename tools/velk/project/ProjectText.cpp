@@ -12,7 +12,7 @@
 namespace velk {
 namespace {
 
-/** "key = value", with the comment behind it in the column of all comments. */
+/** "key = value", with its comment in the column of all comments. */
 std::string entry(std::string const& key, std::string const& value, std::string const& comment) {
     constexpr std::size_t kColumn = 24;
     std::string const line = key + " = " + value;
@@ -33,7 +33,7 @@ std::string lineSection(host::DriverConfig const& config) {
            entry("stopbits", config.stopbits, "1 or 2") +
            entry("mode", tomlText(config.mode), R"("RS-232", or "RS-485" where the port has it)") +
            entry("framing", tomlText(framingWord(config.protType)),
-                 R"("bare": frames as they are; "routed": each behind a header that leads it through couplers)");
+                 R"("bare": frames as they are; "routed": each with a header that routes it through couplers)");
 }
 
 std::string defaultsSection(host::NodeSettings const& nodes) {
@@ -41,7 +41,7 @@ std::string defaultsSection(host::NodeSettings const& nodes) {
            entry("byte_order", tomlText(byteOrderWord(nodes.model)),
                  R"("big" or "little": the order of the bytes in the PLC's numbers)") +
            entry("block_size", nodes.blockSize,
-                 fmt::format("bytes of a block, {} to {}; as the PLC has it", kLeastBlockSize, kMostBlockSize)) +
+                 fmt::format("bytes of a block, {} to {}; must match the PLC", kLeastBlockSize, kMostBlockSize)) +
            entry("timeout_ms", nodes.timeoutMs,
                  fmt::format("how long to wait for an answer, {} to {}", kLeastTimeoutMs, kMostTimeoutMs)) +
            entry("repeat", nodes.repeat, "attempts for one request");
@@ -52,7 +52,7 @@ std::string stationSection(NewProject const& project) {
     std::string const name = named ? project.stationName : "press";
     return "[[station]]\n" + entry("node", project.node, fmt::format("the number of the PLC, 0 to {}", kMostNode)) +
            entry(named ? "name" : "# name", tomlText(name),
-                 "what to call it: velk read " + shellWord(name + ":PLC_PRG.Counter"));
+                 "its name, as in: velk read " + shellWord(name + ":PLC_PRG.Counter"));
 }
 
 /** The keys of one routing level, @p mark before each. */
@@ -63,7 +63,7 @@ std::string levelEntries(std::string const& mark, char const* level, std::string
            entry(mark + "address" + level, tomlText(address), "the one behind the coupler");
 }
 
-/** Belongs to the station above it; what is not needed is there as a comment. */
+/** Belongs to the station above it; what is not needed is written as a comment. */
 std::string routingEntries(host::NodeSettings const& nodes) {
     std::string const mark = nodes.routingLevels == 0 ? "# " : "";
     std::string text =
@@ -75,7 +75,7 @@ std::string routingEntries(host::NodeSettings const& nodes) {
 }
 
 constexpr char const* kTags =
-    R"(# Names of your own for variables. The type comes from the PLC's symbol file unless it is given:
+    R"(# Your own names for variables. The type comes from the PLC's symbol file unless it is given:
 # boolean, byte, short, int, unsignedByte, unsignedShort, unsignedInt, float, double, string-20, arrays such as
 # short-10, and "bit" for a BOOL in a single bit. Conversions: swap2, swap4, swap8, swapnibble, bcd, inv, neg.
 #

@@ -6,12 +6,12 @@
 
 namespace velk {
 
-/** What a new project file has to say. */
+/** The contents of a new project file. */
 struct NewProject {
     host::DriverConfig config;
     int node = 0;
     std::string stationName; ///< may be empty
-    std::string storage;     ///< folder of the symbol files as the file is to name it; empty for the usual one
+    std::string storage;     ///< folder of the symbol files as written in the file; empty for the usual one
 };
 
 /** A text between the quotes of TOML. */

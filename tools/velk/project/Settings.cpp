@@ -49,7 +49,7 @@ Project readProject(std::optional<std::filesystem::path> const& file) {
     return readProjectFile(*file);
 }
 
-/** Eight digits that tell texts apart (FNV-1a). */
+/** A hash of a text, as eight digits (FNV-1a). */
 std::string fingerprint(std::string const& text) {
     constexpr std::uint32_t kBasis = 0x811C9DC5;
     constexpr std::uint32_t kPrime = 0x01000193;
@@ -60,7 +60,7 @@ std::string fingerprint(std::string const& text) {
     return fmt::format("{:08x}", hash);
 }
 
-/** Projects keep their symbol files apart, and so do ports without a project. */
+/** Each project has its own symbol files, and so has each port without a project. */
 std::string instanceName(Settings const& settings) {
     if (!settings.projectFile) {
         return std::filesystem::path(settings.config.uart).filename().string();
@@ -71,7 +71,7 @@ std::string instanceName(Settings const& settings) {
     return file.parent_path().filename().string().substr(0, kLongestName) + "-" + fingerprint(file.string());
 }
 
-/** A flag counts for every station, also for one whose own setting the project file has. */
+/** A flag applies to every station, also to one with its own setting in the project file. */
 template <typename Value>
 void overrideAll(std::optional<Value> const& flag, Value host::NodeSettings::*general,
                  std::optional<Value> host::NodeOverrides::*own, host::DriverConfig& config) {
@@ -120,7 +120,7 @@ void overrideLine(host::DriverConfig& config, LineOptions const& options) {
     config.protType = options.framing ? protocolType(*options.framing) : config.protType;
 }
 
-/** Settles which station is meant by default, and makes sure that there is one. */
+/** Determines the default station, and ensures that there is one. */
 void chooseStation(Settings& settings, Project const& project, LineOptions const& options) {
     int const first = settings.stations.empty() ? 0 : settings.stations.front().node;
     settings.node = project.defaultNode.value_or(first);

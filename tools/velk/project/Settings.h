@@ -12,12 +12,12 @@ namespace velk {
 struct Context;
 struct LineOptions;
 
-/** What a command works with: the project file, with the flags over it. */
+/** The settings of a command: the project file, overridden by the flags. */
 struct Settings {
     host::DriverConfig config;
     std::vector<Station> stations; ///< at least the default one
     std::vector<NamedTag> tags;
-    int node = 0;                                     ///< of the station that is meant when none is named
+    int node = 0;                                     ///< of the station used when none is named
     std::filesystem::path storage;                    ///< empty when none is named and there is no home directory
     std::string instance;                             ///< names the line in the storage
     std::optional<std::filesystem::path> projectFile; ///< the one that was read
@@ -25,32 +25,32 @@ struct Settings {
     /** The node of a station given by its name, or by a number whether the project file has it or not; or nothing. */
     [[nodiscard]] std::optional<int> findStation(std::string const& text) const;
 
-    /** The complaint about a station that findStation() does not find. */
+    /** The message about a station that findStation() does not find. */
     [[nodiscard]] std::string noSuchStation(std::string const& text) const;
 
-    /** What a node is called: its station's name, or else its number. */
+    /** The name of a node's station, or else its number. */
     [[nodiscard]] std::string stationName(int node) const;
 
-    /** The settings of a node, its own over those for every node. */
+    /** The settings of a node: its own override those for every node. */
     [[nodiscard]] host::NodeSettings nodeSettings(int node) const;
 };
 
 /** Where the module keeps the symbol file of a node. */
 std::filesystem::path storedSymbolFile(Settings const& settings, int node);
 
-/** The settings from the project file, where there is one, and the flags. Throws CommandError and base::FileError. */
+/** The settings from the project file, if there is one, and the flags. Throws CommandError and base::FileError. */
 Settings loadSettings(LineOptions const& options);
 
-/** The settings of a command with a line. The same, and there has to be a port and a storage. */
+/** The same for a command that uses a line: a port and a storage are required. */
 Settings readSettings(Context const& context);
 
-/** The same from a project and the flags over it, without looking for a file; the storage stays empty without one. */
+/** The same from a project and the flags, without looking for a file; the storage may stay empty. */
 Settings mergeSettings(Project const& project, LineOptions const& options);
 
 /** The lines of echoSettings(). */
 std::vector<std::string> settingsText(Settings const& settings);
 
-/** Tells on standard error what the command works with, unless it is quiet. */
+/** Prints the command's settings on standard error, unless it is quiet. */
 void echoSettings(Settings const& settings, Context& context);
 
 } // namespace velk

@@ -15,7 +15,7 @@
 namespace velk {
 namespace {
 
-/** A file with a name of its own beside another one; gone with this object unless it was given that one's name. */
+/** A temporary file in the folder of another one; removed with this object unless it was given that file's name. */
 class TemporaryFile {
 public:
     explicit TemporaryFile(std::filesystem::path const& beside);
@@ -29,7 +29,7 @@ public:
     bool setMode(mode_t mode) { return fchmod(descriptor_.get(), mode) == 0; }
     bool renameTo(std::filesystem::path const& file);
 
-    /** Fails with EEXIST when a file of that name is there. */
+    /** Fails with EEXIST when a file of that name exists. */
     bool becomeNew(std::filesystem::path const& file);
 
 private:
@@ -46,7 +46,7 @@ private:
 TemporaryFile::TemporaryFile(std::filesystem::path const& beside) {
     constexpr mode_t kMode = 0666;
     constexpr int kAttempts = 100;
-    std::string const start = fmt::format(".velk-{}-", getpid()); // short, whatever the name beside it
+    std::string const start = fmt::format(".velk-{}-", getpid()); // short, however long the final name is
     for (int i = 0; i < kAttempts && !isOpen(); ++i) {
         name_ = beside.parent_path() / (start + std::to_string(i));
         descriptor_ = base::FileDescriptor(::open(name_.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, kMode));
@@ -77,7 +77,7 @@ bool TemporaryFile::renameTo(std::filesystem::path const& file) {
 
 bool TemporaryFile::becomeNew(std::filesystem::path const& file) {
     if (link(name_.c_str(), file.c_str()) == 0) {
-        return true; // the other name goes with this object
+        return true; // the temporary name is removed with this object
     }
     bool const noLinksHere = errno == EPERM || errno == EOPNOTSUPP || errno == ENOSYS;
     if (!noLinksHere || renameat2(AT_FDCWD, name_.c_str(), AT_FDCWD, file.c_str(), RENAME_NOREPLACE) != 0) {
@@ -87,7 +87,7 @@ bool TemporaryFile::becomeNew(std::filesystem::path const& file) {
     return true;
 }
 
-/** The new name outlives a loss of power as well; not every file system can do that. */
+/** Makes the new name survive a power loss; not every file system supports that. */
 void syncFolderOf(std::filesystem::path const& file) {
     std::filesystem::path const folder = file.has_parent_path() ? file.parent_path() : ".";
     base::FileDescriptor const descriptor(::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
@@ -96,7 +96,7 @@ void syncFolderOf(std::filesystem::path const& file) {
     }
 }
 
-/** The file behind symbolic links, so that these stay. */
+/** The file that symbolic links lead to, so that the links stay. */
 std::filesystem::path behindLinks(std::filesystem::path const& file) {
     std::error_code error;
     std::filesystem::path const target = std::filesystem::canonical(file, error);

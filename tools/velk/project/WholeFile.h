@@ -8,9 +8,8 @@
 namespace velk {
 
 /**
- * Writes a file that is there as a whole or not at all. Without @p replace one that is there stays as it is, also one
- * that appears while this one is written; its failure is of the kind FileExists. What is there
- * and is no regular file is never replaced.
+ * Writes a complete file or none. Without @p replace an existing file stays as it is, also one that appears while this
+ * one is written; the failure is of the kind FileExists. Anything that is not a regular file is never replaced.
  */
 base::Outcome writeWholeFile(std::filesystem::path const& file, std::string_view content, bool replace);
 

@@ -19,7 +19,7 @@ namespace {
 
 constexpr int kHistoryLines = 500;
 
-/** What the callbacks of the library work on: it knows no object of ours. */
+/** State for the library's callbacks, which get no pointer to an object. */
 struct Edited {
     std::vector<std::string> words;
     std::string line;
@@ -53,14 +53,14 @@ char* nextWord(char const* begin, int again) {
 }
 
 char** completeFirstWord(char const* begin, int start, int /*end*/) {
-    rl_attempted_completion_over = 1; // no names of files
+    rl_attempted_completion_over = 1; // no file names
     return start == 0 ? rl_completion_matches(begin, nextWord) : nullptr;
 }
 
-/** The shell has used the terminal in its own way. */
+/** The shell has changed the terminal's settings meanwhile. */
 void takeTerminalBack() {
     constexpr int kEightBits = 1;
-    rl_deprep_terminal(); // or the library believes that all is as it left it
+    rl_deprep_terminal(); // or the library assumes that its settings still hold
     rl_prep_terminal(kEightBits);
     rl_forced_update_display();
 }
@@ -73,7 +73,7 @@ LineEditor::LineEditor(bool editing, std::filesystem::path history, std::vector<
     edited() = {};
     edited().words = std::move(words);
     if (editing_) {
-        rl_catch_signals = 0; // they are the program's
+        rl_catch_signals = 0; // the program handles signals itself
         rl_attempted_completion_function = completeFirstWord;
         using_history();
         if (!history_.empty()) {

@@ -12,9 +12,9 @@ class Signals;
 namespace velk {
 
 /**
- * Reads lines from standard input: on a terminal with editing, history and completion, else as they come.
+ * Reads lines from standard input: on a terminal with editing, history and completion, else as they are.
  *
- * One object at a time.
+ * Only one object may exist at a time.
  */
 class LineEditor {
 public:
@@ -28,7 +28,7 @@ public:
     LineEditor(LineEditor const&) = delete;
     LineEditor& operator=(LineEditor const&) = delete;
 
-    /** The next line without its end; nothing at the end of the input or when the user wants the end. */
+    /** The next line without its end; nothing at the end of the input or when the user asks to stop. */
     std::optional<std::string> next(std::string const& prompt);
 
 private:
@@ -38,7 +38,7 @@ private:
     bool editing_;
     std::filesystem::path history_;
     base::Signals& interrupt_;
-    std::string unread_; ///< bytes behind the last line
+    std::string unread_; ///< bytes after the last line
     bool inputEnded_ = false;
 };
 

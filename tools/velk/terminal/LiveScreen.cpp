@@ -14,7 +14,7 @@ constexpr char const* kClearBelow = "\x1B[J";
 std::string LiveScreen::erase(ScreenSize size) {
     std::string text;
     if (shown_ > 0) {
-        // Terminals differ in what a change of their size does to lines, so these are not looked for.
+        // Terminals treat lines differently when their size changes, so the old lines are left alone.
         text = spoilt_ || size != size_ ? kClearScreen : fmt::format("\x1B[{}A", shown_) + kClearBelow;
     }
     shown_ = 0;

@@ -13,16 +13,16 @@ struct ScreenSize {
     bool operator==(ScreenSize const&) const = default;
 };
 
-/** Lines at the end of what a terminal shows, which are drawn again and again in the same place. */
+/** Lines at the bottom of a terminal's output that are redrawn in the same place. */
 class LiveScreen {
 public:
-    /** What to print so that @p lines stand there, and nothing of the last ones. */
+    /** What to print to replace the last lines by @p lines. */
     std::string redraw(std::vector<std::string> const& lines, ScreenSize size);
 
-    /** What to print so that the lines are gone, and what is printed next stands in their place. */
+    /** What to print to remove the lines, so that the next output takes their place. */
     std::string erase(ScreenSize size);
 
-    /** Somebody else has printed: where the lines stand now is not known. */
+    /** Other output was printed: where the lines are now is unknown. */
     void spoil() { spoilt_ = true; }
 
 private:

@@ -58,7 +58,7 @@ int widthOf(std::initializer_list<int> descriptors) {
     return kUsualWidth;
 }
 
-/** Standard error has nobody behind it to whom a failure could be told. */
+/** A failure to write to standard error cannot be reported anywhere. */
 void toError(std::string_view text) {
     std::fwrite(text.data(), 1, text.size(), stderr);
     std::fflush(stderr);
@@ -116,7 +116,7 @@ void Terminal::status(std::string_view line) {
         return;
     }
     clearStatus();
-    constexpr int kFree = 3; // the last column wraps on some terminals, and Ctrl-C is echoed as ^C behind the line
+    constexpr int kFree = 3; // the last column wraps on some terminals, and Ctrl-C is echoed as ^C after the line
     int const width = std::max(widthOf({STDERR_FILENO, STDOUT_FILENO}) - kFree, 0);
     toError(firstCharacters(line, static_cast<std::size_t>(width)));
     statusShown_ = !line.empty();

@@ -12,13 +12,13 @@ namespace velk {
 
 enum class Colour { None, Red, Green, Yellow, Cyan, Bold, Dim };
 
-/** What the standard streams lead to. */
+/** Where the standard streams go. */
 struct StreamKinds {
     bool inputIsTerminal = false;
     bool outputIsTerminal = false;
     bool errorIsTerminal = false;
-    bool coloursWanted = true; ///< NO_COLOR is not set, and the terminal is no dumb one
-    bool canRedraw = true;     ///< the terminal is no dumb one, which TERM tells: it knows lines only
+    bool coloursWanted = true; ///< NO_COLOR is not set, and the terminal is not dumb
+    bool canRedraw = true;     ///< TERM does not say "dumb": the cursor can be moved
 
     static StreamKinds ofThisProcess();
 };
@@ -31,7 +31,7 @@ class Terminal {
 public:
     explicit Terminal(StreamKinds kinds) : kinds_(kinds) {}
 
-    /** Takes the status line away, so that the shell's prompt does not stand behind it. */
+    /** Removes the status line, so that the shell's prompt does not follow it. */
     ~Terminal() { clearStatus(); }
     Terminal(Terminal const&) = delete;
     Terminal& operator=(Terminal const&) = delete;
@@ -42,10 +42,10 @@ public:
     void setQuiet(bool quiet) { quiet_ = quiet; }
     [[nodiscard]] bool quiet() const { return quiet_; }
 
-    /** Columns of the terminal behind standard output, or else behind standard error; 80 without one. */
+    /** Columns of the terminal at standard output, or else at standard error; 80 without one. */
     [[nodiscard]] int width() const;
 
-    /** Lines of the terminal behind standard output; 24 without one. */
+    /** Lines of the terminal at standard output; 24 without one. */
     [[nodiscard]] int height() const;
 
     /** Data, as it is. Throws CommandError when it cannot be written. */
@@ -57,12 +57,12 @@ public:
     /** A line for the user; never silenced. */
     void error(std::string_view line);
 
-    /** A complaint: "velk: " and the text; never silenced. */
+    /** An error message: "velk: " and the text; never silenced. */
     void complain(std::string_view text);
 
     /**
-     * A line on standard error that the next one replaces; only on a terminal that is no dumb one. Empty takes it
-     * away. One that is wider than the terminal is cut: what runs over into a second line could not be replaced.
+     * A line on standard error that the next one replaces; only on a terminal that can redraw. Empty removes it.
+     * A line wider than the terminal is cut: one that wraps could not be replaced.
      */
     void status(std::string_view line);
 
@@ -73,12 +73,12 @@ public:
     [[nodiscard]] std::string colouredError(Colour colour, std::string_view text) const;
 
     /**
-     * Asks on standard error and reads a line from standard input, without its end. Nothing at the end of the input.
-     * Throws CommandError when it is interrupted.
+     * Asks on standard error and reads a line from standard input, without its line end. Nothing at the end of the
+     * input. Throws CommandError when interrupted.
      */
     std::optional<std::string> ask(std::string_view question, base::Signals& interrupt);
 
-    /** Whether ask() came to the end of the input; the last answer may be half a line then. */
+    /** Whether ask() reached the end of the input; the last answer may be half a line then. */
     [[nodiscard]] bool inputEnded() const { return inputEnded_; }
 
 private:

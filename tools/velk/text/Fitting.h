@@ -12,7 +12,7 @@ std::string firstCharacters(std::string_view text, std::size_t width);
 /** A text of at most @p width characters: one that is longer ends in "...". */
 std::string cutAtEnd(std::string_view text, std::size_t width);
 
-/** The same with the end of the text, which is where the names of variables differ: one that is longer begins "...". */
+/** The same with the end of the text, where the names of variables differ: one that is longer begins "...". */
 std::string cutAtStart(std::string_view text, std::size_t width);
 
 } // namespace velk

@@ -5,10 +5,10 @@
 
 namespace velk {
 
-/** @p bytes as UTF-8: as they are when they are that already, else taken for Latin-1. */
+/** @p bytes as UTF-8: unchanged when they are UTF-8 already, else read as Latin-1. */
 std::string toUtf8(std::string_view bytes);
 
-/** The same with control characters written as \xNN, so that it does nothing to a terminal. */
+/** The same with control characters written as \xNN, so that it cannot disturb a terminal. */
 std::string displayable(std::string_view bytes);
 
 /** @p text as a field of a CSV line: in quotes when it has commas, quotes or line ends in it. */

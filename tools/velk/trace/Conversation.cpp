@@ -5,7 +5,7 @@
 namespace velk::trace {
 namespace {
 
-/** The longest payload that either side takes. */
+/** The longest payload that either side accepts. */
 constexpr std::size_t kLongestPayload = 75'000;
 
 } // namespace
@@ -61,7 +61,7 @@ void Conversation::onReceived(Step& step) {
 void Conversation::collect(Collected& collected, Frame& frame) {
     auto const due = static_cast<std::uint16_t>(collected.blocks + 1);
     if (frame.number != due) {
-        frame.faults.push_back(fmt::format("block {} came where block {} was due", frame.number, due));
+        frame.faults.push_back(fmt::format("block {} instead of block {}", frame.number, due));
         collected.whole = false;
         return;
     }
@@ -79,13 +79,13 @@ void Conversation::onAcknowledge(Way way, Frame& frame) const {
     }
     std::uint16_t const due = way == Way::ToPlc ? received_.blocks : sent_.blocks;
     if (frame.number != due) {
-        frame.faults.push_back(due == 0
-                                   ? fmt::format("no block {} was sent before", frame.number)
-                                   : fmt::format("block {} is acknowledged, block {} came last", frame.number, due));
+        frame.faults.push_back(
+            due == 0 ? fmt::format("no block {} was sent before", frame.number)
+                     : fmt::format("block {} is acknowledged, block {} was sent last", frame.number, due));
     }
 }
 
-/** Both sides of a line have to speak in the same byte order. */
+/** Both sides of a line must use the same byte order. */
 void Conversation::compareOrders(Way way, Frame& frame) const {
     auto const panels = orders_.find(Way::ToPlc);
     if (way == Way::FromPlc && frame.orderIsCertain && panels != orders_.end() && panels->second != frame.order) {
@@ -94,7 +94,7 @@ void Conversation::compareOrders(Way way, Frame& frame) const {
     }
 }
 
-/** The next exchange may be with another station, which has an order of its own. */
+/** The next exchange may be with another station, which has its own byte order. */
 void Conversation::learnOrder(Way way, Frame const& frame) {
     if (frame.kind == FrameKind::Closing) {
         orders_.clear();

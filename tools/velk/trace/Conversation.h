@@ -10,7 +10,7 @@
 
 namespace velk::trace {
 
-/** A frame with what it means where it stands. */
+/** A frame with its meaning at its place in the conversation. */
 struct Step {
     Frame frame;
     std::optional<Request> request{};   ///< complete with this frame
@@ -18,18 +18,18 @@ struct Step {
 };
 
 /**
- * Follows what is said on a line: one exchange after another, each a request in blocks and a response in blocks.
+ * Follows the conversation on a line: one exchange after another, each a request in blocks and a response in blocks.
  *
- * What does not fit where it comes is told among the faults of its frame. Any frames are welcome, in any order; no
- * more than the longest payloads is kept.
+ * A frame that is not expected at its place is listed with a fault. Any frames are accepted, in any order; at most
+ * the longest payloads are kept.
  */
 class Conversation {
 public:
-    /** The payload of the frame that is answered lies in @p bytes. */
+    /** The payload of the returned frame is part of @p bytes. */
     Step next(Way way, plc::ByteView bytes);
 
 private:
-    /** A payload that comes in blocks. */
+    /** A payload received in blocks. */
     struct Collected {
         plc::Bytes bytes;
         std::uint16_t blocks = 0;
@@ -45,7 +45,7 @@ private:
     void onAcknowledge(Way way, Frame& frame) const;
     static void collect(Collected& collected, Frame& frame);
 
-    std::map<Way, plc::ByteOrder> orders_; ///< as the frames told them last
+    std::map<Way, plc::ByteOrder> orders_; ///< as the latest frames showed them
     Collected sent_;
     Collected received_;
     std::optional<Request> request_; ///< of the exchange under way, once it is complete

@@ -40,7 +40,7 @@ Routing decodeRouting(ByteView header) {
     return routing;
 }
 
-/** The order in which the numbers at an offset make @p wanted, when it is one of the two only. */
+/** The order in which the numbers at an offset make @p wanted, when only one of the two does. */
 std::optional<ByteOrder> orderThatGives(ByteView bytes, std::size_t offset, std::size_t wanted) {
     bool const little = plc::loadOrdered<std::uint16_t>(bytes, offset, ByteOrder::kLittle) == wanted;
     bool const big = plc::loadOrdered<std::uint16_t>(bytes, offset, ByteOrder::kBig) == wanted;
@@ -83,7 +83,7 @@ void decodeBlock(Frame& frame, ByteView bytes, std::optional<ByteOrder> usual) {
     }
     if (frame.length != frame.payload.size()) {
         frame.faults.push_back(
-            fmt::format("the length field says {} bytes, {} came", frame.length, frame.payload.size()));
+            fmt::format("the length field says {} bytes, {} received", frame.length, frame.payload.size()));
     }
     if (header.lastFlag > 1) {
         frame.faults.push_back(fmt::format("the last-block flag is {}", header.lastFlag));
@@ -105,11 +105,11 @@ void decodeAcknowledge(Frame& frame, ByteView bytes, Way way, std::optional<Byte
         frame.faults.push_back(fmt::format("the acknowledge code is {} instead of 10", frame.code));
     }
     if (bytes.size() > plc::kAckSize) {
-        frame.faults.push_back(fmt::format("{} more bytes came without a pause", bytes.size() - plc::kAckSize));
+        frame.faults.push_back(fmt::format("{} more bytes follow without a pause", bytes.size() - plc::kAckSize));
     }
 }
 
-/** Takes a routing header off the bytes. False when that is all there is to say. */
+/** Removes a routing header from the bytes. False when nothing is left to decode. */
 bool takeRouting(Frame& frame, ByteView& bytes, Way way) {
     if (bytes.size() < plc::kRoutingHeaderSize) {
         frame.faults.push_back(fmt::format("a routing header stops after {} bytes", bytes.size()));
@@ -122,7 +122,7 @@ bool takeRouting(Frame& frame, ByteView& bytes, Way way) {
             fmt::format("routing status {}: a coupler could not pass the frame on", frame.routing->status));
     }
     if (bytes.empty()) {
-        frame.faults.emplace_back("nothing came behind the routing header");
+        frame.faults.emplace_back("nothing follows the routing header");
     }
     return !bytes.empty();
 }
@@ -143,7 +143,7 @@ Frame decodeFrame(ByteView bytes, Way way, std::optional<ByteOrder> usual) {
     } else if (hasMark(bytes, plc::kAckMark)) {
         decodeAcknowledge(frame, bytes, way, usual);
     } else {
-        frame.faults.push_back(fmt::format("{} bytes that begin no frame", bytes.size()));
+        frame.faults.push_back(fmt::format("{} bytes that are not a frame", bytes.size()));
     }
     return frame;
 }

@@ -19,14 +19,14 @@ std::string_view orderText(plc::ByteOrder order);
 enum class Way { ToPlc, FromPlc };
 
 enum class FrameKind {
-    Unknown, ///< bytes that are no frame, or not enough of one
+    Unknown, ///< bytes that are not a frame, or only a part of one
     Block,
     Acknowledge, ///< of a block, by its number
     Turnaround,  ///< acknowledge 0 to the PLC: the panel waits for the response
     Closing,     ///< acknowledge 0 from the PLC: the exchange is over
 };
 
-/** The 19 bytes in front of a frame that goes through couplers. */
+/** The 19 bytes before a frame that is routed through couplers. */
 struct Routing {
     std::uint16_t blockSize = 0;
     unsigned levels = 0;
@@ -40,25 +40,25 @@ struct Frame {
     FrameKind kind = FrameKind::Unknown;
     std::optional<Routing> routing{};
     plc::ByteOrder order = plc::ByteOrder::kLittle;
-    bool orderIsCertain = false; ///< the bytes themselves tell the order
+    bool orderIsCertain = false; ///< the order follows from the bytes themselves
 
     std::uint16_t number = 0;          ///< of the block, or of the block that is acknowledged
     std::uint16_t length = 0;          ///< blocks: the length field
     bool last = false;                 ///< blocks
-    std::uint8_t checksum = 0;         ///< blocks: as it came
-    std::uint8_t rightChecksum = 0;    ///< blocks: as it has to be
+    std::uint8_t checksum = 0;         ///< blocks: as received
+    std::uint8_t rightChecksum = 0;    ///< blocks: as it should be
     std::uint16_t code = 0;            ///< acknowledges
-    plc::ByteView payload{};           ///< blocks: lies in the bytes that were decoded
+    plc::ByteView payload{};           ///< blocks: part of the bytes that were decoded
     std::vector<std::string> faults{}; ///< what is wrong with the frame, each in a few words
 };
 
 /**
- * Takes the bytes apart that came without a pause between them. Any bytes are welcome.
+ * Decodes bytes that arrived without a pause between them. Any bytes are accepted.
  *
- * Framing and byte order are found out from the bytes: a routing header has its own first byte, an acknowledge carries
- * the number 10, and the length field of a block fits the bytes that came in one of the two orders only.
+ * Framing and byte order are determined from the bytes: a routing header has its own first byte, an acknowledge carries
+ * the number 10, and the length field of a block matches the received bytes in only one of the two orders.
  *
- * @param usual the order to take where the bytes tell none
+ * @param usual the order to assume when the bytes fit both
  */
 Frame decodeFrame(plc::ByteView bytes, Way way, std::optional<plc::ByteOrder> usual = std::nullopt);
 

@@ -4,7 +4,7 @@
 
 namespace velk::trace {
 
-/** A trace as JSON lines: an object for each thing that happened, told apart by its "event". */
+/** A trace as JSON lines: an object for each event, whose kind is in "event". */
 class JsonTrace final : public TraceFormat {
 public:
     std::string begin(TraceStart const& start) override;

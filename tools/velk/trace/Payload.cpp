@@ -16,7 +16,7 @@ using plc::ServiceKind;
 
 constexpr std::size_t kStatusSize = 2;
 constexpr std::size_t kLoginSize = 14;
-constexpr std::size_t kReplyHeader = 6; ///< in front of the values of a read, and of the bytes of a file
+constexpr std::size_t kReplyHeader = 6; ///< before the values of a read, and before the bytes of a file
 constexpr std::size_t kFileNameOffset = 4;
 
 constexpr std::uint16_t kDone = 0;
@@ -59,7 +59,8 @@ void decodeFileName(Request& request, ByteView payload) {
     ByteView const bytes = payload.subspan(kFileNameOffset);
     request.fileName = std::string(bytes.begin(), std::find(bytes.begin(), bytes.end(), 0));
     if (length != bytes.size() || request.fileName->size() + 1 != bytes.size()) {
-        request.faults.push_back(fmt::format("the name's length field says {} bytes, {} came", length, bytes.size()));
+        request.faults.push_back(
+            fmt::format("the name's length field says {} bytes, {} received", length, bytes.size()));
     }
 }
 
@@ -70,7 +71,7 @@ void expectSize(Request& request, std::size_t wanted) {
     }
 }
 
-/** Bytes of an item's value. A single item that counts bits may be an array of them: it takes all there is. */
+/** Bytes of an item's value. A single item that counts bits may be an array of them: it takes all remaining bytes. */
 std::size_t valueSize(Request const& request, Item const& item, std::size_t left) {
     if (item.size != 0) {
         return item.size;
@@ -114,7 +115,7 @@ void decodeReadReply(Response& response, Request const& request, ByteView payloa
         return;
     }
     if (!request.faults.empty()) {
-        return; // without its request nobody knows where a value ends
+        return; // without its request the sizes of the values are unknown
     }
     decodeValues(response, request, payload.subspan(kReplyHeader));
 }
@@ -129,7 +130,7 @@ void decodeFilePiece(Response& response, ByteView payload, ByteOrder order) {
                           .count = plc::loadOrdered<std::uint16_t>(payload, 4, order),
                           .carried = payload.size() - kReplyHeader};
     if (piece.count > piece.carried) {
-        response.faults.push_back(fmt::format("it says {} bytes of the file, {} came", piece.count, piece.carried));
+        response.faults.push_back(fmt::format("it says {} bytes of the file, {} received", piece.count, piece.carried));
     }
     response.piece = piece;
 }

@@ -17,8 +17,8 @@ namespace velk::trace {
 struct Item {
     std::uint16_t area = 0;
     std::uint32_t offset = 0;              ///< in bytes; in bits for a single bit
-    std::uint32_t size = 0;                ///< in bytes; 0 stands for a single bit
-    plc::Bytes value{};                    ///< as it lies in the PLC; of a read only in its response
+    std::uint32_t size = 0;                ///< in bytes; 0 means a single bit
+    plc::Bytes value{};                    ///< as it is in the PLC; of a read only in its response
     std::optional<std::uint8_t> quality{}; ///< responses of reads; 1 is good
 };
 
@@ -40,7 +40,7 @@ struct Request {
     std::vector<std::string> faults{}; ///< what is wrong with the payload, each in a few words
 };
 
-/** What the PLC answers. */
+/** The PLC's response. */
 struct Response {
     plc::ServiceKind service = plc::ServiceKind::kUnknown; ///< of the request
     std::size_t size = 0;
@@ -50,16 +50,16 @@ struct Response {
     std::vector<std::string> faults{};
 };
 
-/** The payload of a whole request. Any bytes are welcome. */
+/** The payload of a whole request. Any bytes are accepted. */
 Request decodeRequest(plc::ByteView payload, plc::ByteOrder order);
 
-/** The payload of the whole response to @p request. Any bytes are welcome. */
+/** The payload of the whole response to @p request. Any bytes are accepted. */
 Response decodeResponse(plc::ByteView payload, plc::ByteOrder order, Request const& request);
 
 /** "reads a list", "link check" and so on, for people. */
 std::string_view serviceText(plc::ServiceKind service);
 
-/** What a status word means as the answer of a service. */
+/** The meaning of a status word in the response of a service. */
 std::string_view statusText(plc::ServiceKind service, std::uint16_t status);
 
 /** Whether the service was carried out. */

@@ -25,7 +25,7 @@ constexpr std::uint32_t kOutbound = 2;
 
 constexpr std::size_t kAlignment = 4;
 
-/** Puts a file together, number by number. */
+/** Builds a file, number by number. */
 class Builder {
 public:
     template <std::unsigned_integral T>
@@ -59,7 +59,7 @@ private:
 };
 
 std::string block(std::uint32_t type, Builder const& body) {
-    constexpr std::size_t kFrame = 12; // type, and the length in front and behind
+    constexpr std::size_t kFrame = 12; // type, and the length at both ends
     auto const length = static_cast<std::uint32_t>(body.content().size() + kFrame);
     return Builder().number(type).number(length).text(body.content()).number(length).content();
 }
@@ -106,7 +106,7 @@ std::string PcapngTrace::frame(TracedFrame const& frame) {
 }
 
 std::string PcapngTrace::dropped(plc::ByteView bytes, std::int64_t at) {
-    return packet(bytes, at, kInbound, "dropped: nobody waited for these bytes");
+    return packet(bytes, at, kInbound, "dropped: these bytes were not expected");
 }
 
 } // namespace velk::trace

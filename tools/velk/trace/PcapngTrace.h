@@ -9,8 +9,8 @@ inline constexpr std::uint16_t kLinkType = 147;
 
 /**
  * A trace as a capture file: one packet a frame with the bytes as they were on the line, its time in microseconds and
- * its direction, outbound to the PLC. Bytes that nobody waited for are packets with a comment that says so. Time-outs
- * and faults are no bytes and leave no packet.
+ * its direction, outbound to the PLC. Unexpected bytes are packets with a comment that says so. Time-outs and faults
+ * have no bytes, so they have no packet.
  *
  * Little-endian; see the PCAP Next Generation Capture File Format.
  */

@@ -144,12 +144,11 @@ std::string TextTrace::frame(TracedFrame const& frame) {
 }
 
 std::string TextTrace::timeout(std::int64_t at) {
-    return headed(at, "!!", "nothing came within the time-out");
+    return headed(at, "!!", "nothing received within the time-out");
 }
 
 std::string TextTrace::dropped(plc::ByteView bytes, std::int64_t at) {
-    return headed(at, "!!", fmt::format("{} that nobody waited for, dropped", bytesText(bytes.size()))) +
-           byteLines(bytes);
+    return headed(at, "!!", fmt::format("{} dropped: not expected", bytesText(bytes.size()))) + byteLines(bytes);
 }
 
 std::string TextTrace::fault(std::string_view reason, std::int64_t at) {

@@ -13,7 +13,7 @@ namespace velk::trace {
  *        0.004210 <- acknowledge of block 1, little-endian
  *                    55 55 0A 00 01 00
  *
- * Times are seconds since the trace began; "->" goes to the PLC. What is wrong stands behind "!!".
+ * Times are seconds since the trace began; "->" goes to the PLC. Faults follow "!!".
  */
 class TextTrace final : public TraceFormat {
 public:

@@ -23,7 +23,7 @@ struct TracedFrame {
     Step const& step;
 };
 
-/** Writes down what goes over a line. Everything here answers the bytes to append to the trace. */
+/** Records what is sent on a line. Every function returns the bytes to append to the trace. */
 class TraceFormat {
 public:
     virtual ~TraceFormat() = default;
@@ -33,13 +33,13 @@ public:
     virtual std::string begin(TraceStart const& start) = 0;
     virtual std::string frame(TracedFrame const& frame) = 0;
 
-    /** Nothing came within the time that the panel waits. */
+    /** Nothing was received within the time that the panel waits. */
     virtual std::string timeout(std::int64_t /*at*/) { return ""; }
 
-    /** Received bytes that nobody waited for. */
+    /** Received bytes that were not expected. */
     virtual std::string dropped(plc::ByteView bytes, std::int64_t at) = 0;
 
-    /** The port died. */
+    /** The port failed. */
     virtual std::string fault(std::string_view /*reason*/, std::int64_t /*at*/) { return ""; }
 
 protected:

@@ -25,7 +25,7 @@ struct FileCloser {
     throw CommandError(ExitCode::Usage, text);
 }
 
-/** Every frame is on the disk, or in the pipe, before the next one comes. */
+/** Every frame is written to the disk or the pipe before the next one arrives. */
 Sink fileSink(std::string const& name) {
     std::unique_ptr<std::FILE, FileCloser> opened(std::fopen(name.c_str(), "wbe"));
     if (!opened) {
@@ -65,7 +65,7 @@ std::shared_ptr<TraceRecorder> startRecorder(TraceOptions const& options, Contex
     return recorder;
 }
 
-/** Shows a session to a trace that goes on after it, and to one that was wanted before. */
+/** Shows a session to a trace that outlives it, and to one that was requested before. */
 class SessionTracer final : public Observers {
 public:
     SessionTracer(std::shared_ptr<TraceRecorder> recorder, std::unique_ptr<host::PortObserver> other)
@@ -85,14 +85,14 @@ private:
 
 TraceKind chooseKind(TraceOptions const& options) {
     if (options.format == TraceKind::Pcapng && !options.file) {
-        refuse("a pcapng trace is not for reading: name a file for it");
+        refuse("a pcapng trace cannot be printed: give a file name");
     }
     if (options.format) {
         return *options.format;
     }
     auto const kind = options.file ? traceKindOf(*options.file) : TraceKind::Text;
     if (!kind) {
-        refuse(fmt::format("the name {} does not tell the format of the trace: end it in .txt, .jsonl or .pcapng, or "
+        refuse(fmt::format("the format of the trace is not clear from the name {}: use .txt, .jsonl or .pcapng, or "
                            "give the format",
                            *options.file));
     }

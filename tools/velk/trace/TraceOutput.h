@@ -17,15 +17,15 @@ namespace velk::trace {
 /** What the command line says about a trace. */
 struct TraceOptions {
     std::optional<std::string> file; ///< without one the trace goes to standard error
-    std::optional<TraceKind> format; ///< without one the file's ending tells
+    std::optional<TraceKind> format; ///< without one it follows from the file's ending
 };
 
 /** The format that the options ask for. Throws CommandError (usage). */
 TraceKind chooseKind(TraceOptions const& options);
 
 /**
- * Has every session of @p context traced from now on, beside any trace that is wanted already. All of them go to one
- * file, which is opened with the first session. Answers a question: whether there was one.
+ * Traces every session of @p context from now on, in addition to any other trace. All of them go to one file, which is
+ * opened with the first session. Returns a function that says whether there was a session.
  */
 std::function<bool()> wantTrace(Context& context, std::shared_ptr<TraceOptions const> options);
 

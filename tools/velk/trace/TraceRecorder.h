@@ -15,12 +15,12 @@ namespace velk::trace {
 using Sink = std::function<void(std::string_view)>;
 
 /**
- * Writes a trace of everything that it is shown. The first failure to write is told once, and the trace ends there:
+ * Writes a trace of everything that it sees. The first failure to write is reported once, and the trace ends there:
  * an exchange with the PLC never fails because of its trace.
  */
 class TraceRecorder final : public host::PortObserver {
 public:
-    /** What is told to the user when the trace cannot be written. */
+    /** Receives the message for the user when the trace cannot be written. */
     using Complain = std::function<void(std::string_view)>;
 
     /** @p unixAtZero microseconds since 1970 at the zero of the clock that gives the frames their times */

@@ -40,10 +40,10 @@ std::string Argument::accept(std::string const& given) const {
         std::find_if(choices.begin(), choices.end(), [&](std::string const& each) { return sameName(each, given); });
     std::optional<int> const number = wholeNumber<int>(given);
     if (!choices.empty() && choice == choices.end()) {
-        return "'" + given + "' is wrong; it has to be " + orList(choices);
+        return "'" + given + "' is wrong; it must be " + orList(choices);
     }
     if (range && !(number && range->least <= *number && *number <= range->most)) {
-        return fmt::format("'{}' is wrong; it has to be {} to {}", given, range->least, range->most);
+        return fmt::format("'{}' is wrong; it must be {} to {}", given, range->least, range->most);
     }
     return take(choices.empty() ? given : *choice);
 }

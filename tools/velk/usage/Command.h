@@ -12,7 +12,7 @@
 
 namespace velk {
 
-/** What a shell offers for a value that has no choices of its own. */
+/** What a shell offers for a value without fixed choices. */
 enum class Offer {
     Nothing,
     Files,
@@ -21,7 +21,7 @@ enum class Offer {
     Stations,
     Variables,
     Commands,    ///< of velk
-    CommandLine, ///< of velk, behind "--"
+    CommandLine, ///< of velk, after "--"
 };
 
 /** Numbers from the least to the most. */
@@ -43,11 +43,11 @@ struct Value {
     std::optional<Range> range{};       ///< when only these are taken
     Offer offer = Offer::Nothing;
 
-    /** What stands for it: "FILE", "none|even|odd", "1..2"; empty for none. */
+    /** How the help shows it: "FILE", "none|even|odd", "1..2"; empty for none. */
     [[nodiscard]] std::string text() const;
 };
 
-/** When an argument may stand, and what counts without it. */
+/** When an argument is allowed, and its default. */
 struct Rules {
     std::string byDefault{}; ///< in words
     std::string oneOf{};     ///< of the arguments with the same word here only one may be given
@@ -59,10 +59,10 @@ struct Rules {
 /** What is wrong with a value; empty when nothing is. */
 using Check = std::function<std::string(std::string const&)>;
 
-/** Stores a value, or answers what is wrong with it. */
+/** Stores a value, or returns what is wrong with it. */
 using Take = Check;
 
-/** A flag of a command, or a word that is no flag: what help, manual, completions and the parser know of it. */
+/** A flag of a command, or a word that is not a flag: what help, manual, completions and the parser know of it. */
 struct Argument {
     std::string name;      ///< "--file" of a flag, "NAME" of a word
     std::string shortName; ///< "-f", or empty
@@ -78,7 +78,7 @@ struct Argument {
     /** "-f" and "--file". */
     [[nodiscard]] std::vector<std::string> names() const;
 
-    /** Takes a value when it is one that there is; else answers what is wrong with it. */
+    /** Stores a valid value; returns what is wrong with any other. */
     [[nodiscard]] std::string accept(std::string const& given) const;
 };
 
@@ -96,7 +96,7 @@ struct Command {
     std::function<ExitCode()> action{}; ///< what is left to do when all arguments are taken
     std::vector<Command> commands{};
 
-    /** Null when there is none such. */
+    /** Null when there is none of that name. */
     [[nodiscard]] Command const* findCommand(std::string const& called) const;
     [[nodiscard]] Argument const* findFlag(std::string const& called) const;
 
@@ -106,13 +106,13 @@ struct Command {
 /** "velk read [OPTION]... [NAME]..." */
 std::string usageLine(Command const& command, std::string const& path);
 
-/** The flag called @p name; there has to be one. */
+/** The flag called @p name; it must exist. */
 Argument& flagNamed(std::vector<Argument>& flags, std::string const& name);
 
-/** Puts flags behind others, under a heading of their own in the help when one is given. */
+/** Appends flags to others, under a separate heading in the help when one is given. */
 void appendFlags(std::vector<Argument>& flags, std::vector<Argument> more, std::string const& group = "");
 
-/** The number that is the whole of a text, or nothing. */
+/** The number that a text consists of, or nothing. */
 template <typename Number>
 std::optional<Number> wholeNumber(std::string const& text) {
     Number number{};
@@ -120,7 +120,7 @@ std::optional<Number> wholeNumber(std::string const& text) {
     return error == std::errc() && end == text.data() + text.size() ? std::optional(number) : std::nullopt;
 }
 
-/** Puts a value that passes the check into a text, a number, a list or a switch, which must outlive the parsing. */
+/** Stores a value that passes the check in a text, a number, a list or a switch, which must outlive the parsing. */
 template <typename Target>
 Take into(Target& target, Check check = {}) {
     return [&target, check = std::move(check)](std::string const& text) -> std::string {
@@ -136,13 +136,13 @@ Take into(Target& target, Check check = {}) {
         } else if (auto const number = wholeNumber<typename Target::value_type>(text)) {
             target = number;
         } else {
-            return "'" + text + "' is no whole number";
+            return "'" + text + "' is not a whole number";
         }
         return "";
     };
 }
 
-/** Puts what @p parse makes of a value into a target or behind the others in a list; @p fault tells of one that fails.
+/** Stores the result of @p parse in a target or at the end of a list; @p fault ends the message when it fails.
  */
 template <typename Target, typename Parse>
 Take parsed(Target& target, Parse parse, std::string fault) {

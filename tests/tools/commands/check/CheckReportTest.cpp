@@ -146,12 +146,12 @@ TEST(CheckText, AStepIsALine) {
 TEST(CheckText, AFailureHasTheLastWordsAndTheCauses) {
     EXPECT_EQ(failureText(failedWalk(), 80), "\n"
                                              "sent  AA AA 00\n"
-                                             "came  55 55\n"
+                                             "got   55 55\n"
                                              "      acknowledge of block 1\n"
                                              "      refused\n"
-                                             "came  nothing more within 1000 ms\n"
+                                             "got   nothing more within 1000 ms\n"
                                              "\n"
-                                             "Likeliest causes:\n"
+                                             "Most likely causes:\n"
                                              "  1. one\n"
                                              "  2. two\n"
                                              "  3. three\n");

@@ -65,7 +65,7 @@ TEST_F(Check, NothingButSilence) {
     EXPECT_EQ(symptom(FailureKind::Timeout), Symptom::Silence);
     EXPECT_EQ(lastWordsText(progress_.lastWords(), kLittle),
               (std::vector<std::string>{"sent  AA AA 09 00 01 00 52 01 42 E0 20 26 29 00 00 5D 05",
-                                        "came  nothing within 500 ms"}));
+                                        "got   nothing within 500 ms"}));
 }
 
 TEST_F(Check, BytesThatAreNoFrame) {
@@ -131,8 +131,8 @@ TEST_F(Check, SilenceAfterAnAcknowledge) {
     EXPECT_EQ(symptom(FailureKind::Timeout), Symptom::FellSilent);
     EXPECT_EQ(
         lastWordsText(progress_.lastWords(), kLittle),
-        (std::vector<std::string>{"sent  AA AA 09 00 01 00 52 01 42 E0 20 26 29 00 00 5D 05", "came  55 55 0A 00 01 00",
-                                  "      acknowledge of block 1, little-endian", "came  nothing more within 500 ms"}));
+        (std::vector<std::string>{"sent  AA AA 09 00 01 00 52 01 42 E0 20 26 29 00 00 5D 05", "got   55 55 0A 00 01 00",
+                                  "      acknowledge of block 1, little-endian", "got   nothing more within 500 ms"}));
 }
 
 TEST_F(Check, OnlyTheLastFramesAreKept) {

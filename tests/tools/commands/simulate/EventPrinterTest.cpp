@@ -55,8 +55,7 @@ TEST(PlcEvents, AreCountedAtTheEnd) {
 }
 
 TEST(PlcEvents, ThatNobodyReadAreCounted) {
-    EXPECT_EQ(velk::simulation::leftOutText(1'234, 2'500ms),
-              "       2.500  left out: 1,234 events that nobody read in time");
+    EXPECT_EQ(velk::simulation::leftOutText(1'234, 2'500ms), "       2.500  omitted: 1,234 events not read in time");
     EXPECT_EQ(velk::simulation::leftOutJson(1, 2'500ms), R"({"time":2.5,"event":"left out","count":1})");
 }
 

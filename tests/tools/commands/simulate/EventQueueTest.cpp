@@ -43,7 +43,7 @@ TEST_F(EventQueues, LeaveOutWhatDoesNotFitAndSayHowMuch) {
 TEST_F(EventQueues, HaveOneGapAtATime) {
     queue.put("123456\n", 1us);
     queue.put("too long\n", 2us);
-    queue.put("", 3us); // would fit, but behind the gap
+    queue.put("", 3us); // would fit, but comes after the gap
     EXPECT_EQ(queue.take(), "123456\n(2 until 3)\n");
 }
 

@@ -104,7 +104,7 @@ TEST_F(PlcPorts, ALinkToAFileStays) {
 }
 
 TEST_F(PlcPorts, ALinkToItselfStays) {
-    expectToStay("plc", "there is a link of that name to plc, which cannot be looked at");
+    expectToStay("plc", "there is a link of that name to plc, which cannot be examined");
 }
 
 TEST_F(PlcPorts, ALinkToAFolderStays) {

@@ -113,7 +113,7 @@ TEST_F(PlcPlan, APseudoTerminalHasAnySpeedThatALineMayHave) {
     }
     for (int const baud : {-5, 0, 49, 4'000'001, 2'000'000'000}) {
         options.baud = baud;
-        EXPECT_EQ(complaint(), "--baud: " + std::to_string(baud) + " is no line speed from 50 to 4000000 bit/s");
+        EXPECT_EQ(complaint(), "--baud: " + std::to_string(baud) + " is not a line speed from 50 to 4000000 bit/s");
     }
 }
 
@@ -199,7 +199,7 @@ TEST_F(PlcPlan, WhatIsWrongIsRefused) {
     EXPECT_EQ(complaint(), "--bad-quality: there is no variable Pressure");
     options.badQuality.clear();
     options.faults = {"kind = 'x'"};
-    EXPECT_TRUE(complaint().starts_with("--fault:1:8: 'kind' is 'x'; it has to be silent, ")) << complaint();
+    EXPECT_TRUE(complaint().starts_with("--fault:1:8: 'kind' is 'x'; it must be silent, ")) << complaint();
     options.faults = {"kind = 'bad_quality', variable = 'Pressure'"};
     EXPECT_EQ(complaint(), "--fault: there is no variable Pressure");
     options.faults = {"kind = 'bad_quality', variable = 'Level'"};
@@ -208,7 +208,7 @@ TEST_F(PlcPlan, WhatIsWrongIsRefused) {
     EXPECT_EQ(complaint(), "--fault: there is no variable Level");
     options.station.reset();
     options.faults = {"kind = 'late', item = 1"};
-    EXPECT_EQ(complaint(), "--fault:1:23: 'item' means nothing to late, only to bad_quality");
+    EXPECT_EQ(complaint(), "--fault:1:23: 'item' has no meaning for late, only for bad_quality");
     options.faults.clear();
     options.replaceProgram = {{.after = 1s, .file = path("none.toml")}};
     EXPECT_EQ(complaint(), "--replace-program: " + path("none.toml") + ": No such file or directory");
@@ -217,8 +217,7 @@ TEST_F(PlcPlan, WhatIsWrongIsRefused) {
     EXPECT_EQ(complaint(), "a line has one station, and only with the routed framing more");
     options.framing.reset();
     write("line.toml", "framing = 'Smoke'\n");
-    EXPECT_EQ(complaint(),
-              path("line.toml") + ":1:11: 'framing' is 'Smoke'; it has to be Serial_RS232 or ABB_RS232_AC");
+    EXPECT_EQ(complaint(), path("line.toml") + ":1:11: 'framing' is 'Smoke'; it must be Serial_RS232 or ABB_RS232_AC");
 }
 
 TEST_F(PlcPlan, IsToldInAFewLines) {

@@ -161,7 +161,7 @@ TEST_F(ChangeTest, TookOrDidNot) {
     readBack(5);
     expect("took", true, true, ExitCode::Good);
     readBack(7);
-    expect("did not take, or the program has changed it since", true, false, ExitCode::ItemNotGood);
+    expect("not kept, or changed by the program since", true, false, ExitCode::ItemNotGood);
 }
 
 TEST_F(ChangeTest, AcceptedAndNotReadBack) {
@@ -296,8 +296,9 @@ TEST_F(WriteTextTest, EachComplaintComesOnceAndWithItsStation) {
     EXPECT_THAT(complaintsOf(changes, naming(1)), ElementsAre("Timeout. Likely the cable."));
     EXPECT_THAT(complaintsOf(changes, naming(2)), ElementsAre("oven: Timeout. Likely the cable."));
     change_.programReplaced = true;
-    EXPECT_THAT(complaintsOf(one(), naming(2)),
-                ElementsAre("the program of oven was replaced: call again, variables and types may be other ones"));
+    EXPECT_THAT(
+        complaintsOf(one(), naming(2)),
+        ElementsAre("the program of oven was replaced: run the command again; variables and types may have changed"));
 }
 
 } // namespace

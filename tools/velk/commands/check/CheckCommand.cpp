@@ -52,8 +52,8 @@ void tellFound(LineCandidate const& candidate, Settings const& settings, Context
 ExitCode tellNothingFound(std::vector<LineCandidate> const& stirred, Terminal& terminal) {
     if (stirred.empty()) {
         terminal.complain(
-            "nothing came back with any of the usual settings: likely the wiring, a PLC that is off, or a "
-            "way through couplers that is not in the settings");
+            "no bytes came back with any of the usual settings: likely the wiring, a PLC that is off, or a "
+            "route through couplers that is not in the settings");
         return ExitCode::Silent;
     }
     terminal.complain("the PLC answers to none of the usual settings; bytes came back with these:");
@@ -96,10 +96,10 @@ ExitCode runCheck(CheckOptions const& options, Context& context) {
 Command checkCommand(Context& context) {
     auto const options = std::make_shared<CheckOptions>();
     return {.name = "check",
-            .description = "Walk the line step by step and tell what is wrong at the first step that fails",
+            .description = "Check the line step by step and say what is wrong at the first step that fails",
             .flags = withLineFlags(
                 {flag("--scan", {},
-                      "Try the usual speeds, parities, framings and byte orders and tell which the PLC answers to",
+                      "Try the usual speeds, parities, framings and byte orders and show which the PLC answers to",
                       into(options->scan)),
                  flag("--json", {}, "As a JSON document, when all is done", into(options->json))},
                 context),

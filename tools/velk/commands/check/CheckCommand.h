@@ -6,7 +6,7 @@ namespace velk {
 
 struct Context;
 
-/** Walks the line step by step, or seeks the settings that the PLC answers to. */
+/** Checks the line step by step, or finds the settings that the PLC answers to. */
 Command checkCommand(Context& context);
 
 } // namespace velk

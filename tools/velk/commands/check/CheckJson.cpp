@@ -88,7 +88,7 @@ std::string meaningOf(std::string words) {
     return toUtf8(words);
 }
 
-/** What was sent last for a step and what came: frames, and each in words. */
+/** The last sent frame of a step and the replies: as bytes, and each in words. */
 void putWords(Json& json, LastWords const& words) {
     if (words.sent.empty() && words.came.empty()) {
         return;

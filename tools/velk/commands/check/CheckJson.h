@@ -6,7 +6,7 @@
 
 namespace velk {
 
-/** A walk or a scan as a JSON document. */
+/** A check or a scan as a JSON document. */
 std::string checkJson(CheckReport const& report);
 std::string scanJson(ScanReport const& report);
 

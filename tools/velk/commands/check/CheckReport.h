@@ -15,14 +15,14 @@ namespace velk {
 
 enum class StepOutcome { Ok, Failed, NotReached, Skipped };
 
-/** What came of one step. */
+/** The result of one step. */
 struct StepReport {
     CheckStep step = CheckStep::Port;
     StepOutcome outcome = StepOutcome::NotReached;
-    std::string found{};                                       ///< when it went well, or was skipped
+    std::string found{};                                       ///< when it succeeded, or was skipped
     std::optional<base::Failure> failure{};                    ///< when it failed
-    LastWords words{};                                         ///< what was said for it
-    std::optional<std::chrono::system_clock::time_point> at{}; ///< nothing when it was not reached
+    LastWords words{};                                         ///< the frames of the step
+    std::optional<std::chrono::system_clock::time_point> at{}; ///< empty when it was not reached
 
     /** What was found, or why it failed. */
     [[nodiscard]] std::string const& text() const { return failure ? failure->text : found; }
@@ -32,10 +32,10 @@ struct StepReport {
 struct FoundProgram {
     std::uint32_t project = 0;
     std::size_t variables = 0;
-    std::uint64_t pieces = 0; ///< in which its symbol file came; 0 when it was stored already
+    std::uint64_t pieces = 0; ///< of its symbol file's upload; 0 when it was stored already
 };
 
-/** The line that is checked. */
+/** The checked line. */
 struct CheckedLine {
     std::string port;
     std::string station;
@@ -43,11 +43,11 @@ struct CheckedLine {
     CheckedSettings settings{};
 };
 
-/** A walk along a line. */
+/** A check of a line, step by step. */
 struct CheckReport {
     CheckedLine line;
     std::vector<StepReport> steps;
-    std::vector<std::string> causes; ///< of the step that failed, the likeliest first
+    std::vector<std::string> causes; ///< of the step that failed, the most likely first
     std::optional<FoundProgram> program;
 
     /** The step that failed, or null. */
@@ -56,7 +56,7 @@ struct CheckReport {
 
 /** How far the PLC answers to one candidate of a scan. */
 enum class Answer {
-    NotPossible, ///< the port does not take such settings
+    NotPossible, ///< the port does not support such settings
     None,
     Bytes,
     LinkCheck,
@@ -76,7 +76,7 @@ struct ScanReport {
     /** The settings that the PLC answers to, or null. */
     [[nodiscard]] LineCandidate const* found() const;
 
-    /** Those with which something came, and no answer. */
+    /** Those with which something was received, but no answer. */
     [[nodiscard]] std::vector<LineCandidate> stirred() const;
 };
 

@@ -11,7 +11,7 @@ enum class CheckStep {
     Bytes,      ///< bytes come back at all
     LinkCheck,  ///< the PLC answers the link check
     Login,      ///< the PLC accepts the login
-    SymbolFile, ///< the symbol file is there and right
+    SymbolFile, ///< the symbol file exists and is valid
     Read,       ///< a variable is read
 };
 

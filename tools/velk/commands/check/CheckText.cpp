@@ -54,7 +54,7 @@ std::string failureText(CheckReport const& report, std::size_t columns) {
         }
         text += "\n";
     }
-    text += "Likeliest causes:\n";
+    text += "Most likely causes:\n";
     constexpr std::size_t kIndent = 5;
     int number = 0;
     for (std::string const& cause : report.causes) {

@@ -15,7 +15,7 @@ std::string stepLabel(CheckStep step);
 /** A line for a step, in the terminal's colours. */
 std::string stepLine(StepReport const& step, Terminal const& terminal);
 
-/** What was said last and the likeliest causes, in so many columns; empty for a walk that came to its end. */
+/** The last frames and the most likely causes, in this many columns; empty for a completed check. */
 std::string failureText(CheckReport const& report, std::size_t columns);
 
 } // namespace velk

@@ -18,7 +18,7 @@ bool isFrame(trace::Frame const& frame) {
     return frame.kind != trace::FrameKind::Unknown;
 }
 
-/** What was sent stands at the front of what came. */
+/** The reply begins with the bytes that were sent. */
 bool isEcho(LastWords const& lastWords) {
     if (lastWords.sent.empty() || lastWords.came.empty()) {
         return false;
@@ -28,7 +28,7 @@ bool isEcho(LastWords const& lastWords) {
            std::equal(lastWords.sent.begin(), lastWords.sent.end(), first.begin());
 }
 
-/** What frames say by their outside alone; nothing when they are as they have to be. */
+/** What framing and byte order alone show; nothing when they are as expected. */
 std::optional<Symptom> frameSymptom(trace::Frame const& frame, CheckedSettings const& settings) {
     if (frame.routing && frame.routing->status != 0) {
         return Symptom::Routing;
@@ -45,7 +45,7 @@ std::optional<Symptom> frameSymptom(trace::Frame const& frame, CheckedSettings c
     return frame.faults.empty() ? std::nullopt : std::optional(Symptom::Damaged);
 }
 
-/** From the frames behind the one that was sent last. */
+/** From the frames after the one that was sent last. */
 std::optional<Symptom> lastWordsSymptom(LastWords const& lastWords, CheckedSettings const& settings) {
     if (isEcho(lastWords)) {
         return Symptom::Echo;
@@ -72,23 +72,22 @@ Symptom fileSymptom(LastWords const& lastWords, FailureKind kind) {
 Causes portCauses(Symptom symptom) {
     switch (symptom) {
     case Symptom::PortMissing:
-        return {"the adapter is not plugged in, or got another name: velk ports lists the ports that there are",
-                "the name is written in another way than the system does",
+        return {"the adapter is not plugged in, or got another name: velk ports lists the existing ports",
+                "the name differs from the system's name for the port",
                 "the adapter needs a driver that this machine does not have"};
     case Symptom::PortNoHardware:
-        return {"this machine has no such port, only the name for one: velk ports lists the ports that there are",
+        return {"this machine has no such port, only its name: velk ports lists the existing ports",
                 "the port is switched off in the machine's firmware",
-                "the adapter that is meant has another name, such as /dev/ttyUSB0"};
+                "the adapter has another name, such as /dev/ttyUSB0"};
     case Symptom::NotAPort:
-        return {"the name is that of a file, a folder or another device: velk ports lists the ports that there are",
+        return {"the name is that of a file, a folder or another device: velk ports lists the existing ports",
                 "a part of the path is missing, such as the last one of /dev/serial/by-id/...",
-                "the link of that name leads to something else than before"};
+                "the link of that name no longer leads to the port"};
     case Symptom::PortRefused:
         return {"you are not in the group that owns the port: velk ports names it",
-                "you joined the group, and have not logged in anew since",
-                "the rights of the device were set to another user"};
+                "you joined the group, but have not logged in again since", "the device was given to another user"};
     case Symptom::PortBusy:
-        return {"another program holds the port: end it, or take another port", "another velk is still at work on it",
+        return {"another program uses the port: close it, or use another port", "another velk still uses it",
                 "a service of the system, such as a modem manager or a login, has taken it"};
     default:
         return {"the adapter was pulled out, or lost its contact", "the adapter does not know this speed or mode",
@@ -101,9 +100,9 @@ Causes silenceCauses(CheckedSettings const& settings) {
         fmt::format("the line speed or the parity is not {} bit/s, {}: velk check --scan tries the usual ones",
                     settings.baud, settings.parity);
     std::string const framing =
-        settings.routed ? "no coupler routes the frames: framing or byte order is another one, or the routing levels, "
-                          "couplers, channels, addresses or the block size are not those of the way to the PLC"
-                        : "the framing or the byte order is another one: velk check --scan tries them all";
+        settings.routed ? "no coupler routes the frames: framing or byte order is wrong, or the routing levels, "
+                          "couplers, channels, addresses or the block size are not those of the route to the PLC"
+                        : "the framing or the byte order is wrong: velk check --scan tries them all";
     return {"the wiring: a straight cable where a crossed one is needed, the wrong connector of the PLC, A and B "
             "exchanged on RS-485, or a PLC that is off",
             speed, framing};
@@ -112,34 +111,33 @@ Causes silenceCauses(CheckedSettings const& settings) {
 Causes garbageCauses(CheckedSettings const& settings) {
     return {fmt::format("the line speed is not {} bit/s", settings.baud),
             fmt::format("the parity is not {}, or the stop bits differ", settings.parity),
-            "another device or another protocol speaks on this line, or an RS-485 line without its termination"};
+            "another device or protocol uses this line, or an RS-485 line without its termination"};
 }
 
 Causes linkCauses(Symptom symptom, CheckedSettings const& settings) {
     switch (symptom) {
     case Symptom::Echo:
-        return {"the adapter hears itself: its echo on RS-485 has to be switched off",
+        return {"the adapter hears itself: switch off its RS-485 echo",
                 "the transmit and the receive wire are bridged, or a test plug is in the connector",
-                "nobody else is on the line: what comes back is our own"};
+                "no other device is on the line: velk receives its own bytes"};
     case Symptom::OtherFraming:
-        return {fmt::format("the framing has to be {}", settings.routed ? "bare: no coupler is between" : "routed"),
+        return {fmt::format("the framing must be {}", settings.routed ? "bare: there is no coupler" : "routed"),
                 "the cable is in another connector than intended: that of the PLC instead of the coupler's, or the "
                 "other way round",
                 "another panel talks to the PLC on the same line"};
     case Symptom::OtherByteOrder:
-        return {fmt::format("the byte order has to be {}", settings.bigEndian ? "little" : "big"),
-                "the cable leads to another PLC than the one that is meant",
-                "another panel talks to another PLC on the same line"};
+        return {fmt::format("the byte order must be {}", settings.bigEndian ? "little" : "big"),
+                "the cable leads to a different PLC", "another panel talks to another PLC on the same line"};
     case Symptom::Routing:
-        return {"the coupler number, the channel or the address of a level is not that of the way to the PLC",
+        return {"the coupler number, the channel or the address of a level is not that of the route to the PLC",
                 "the number of routing levels is wrong", "the PLC behind the coupler is off or not connected"};
     case Symptom::Damaged:
-        return {"the line is disturbed: a long or unshielded cable, no common ground, no termination",
-                "the parity or the stop bits differ: some bytes come right by chance",
+        return {"there is noise on the line: a long or unshielded cable, no common ground, no termination",
+                "the parity or the stop bits differ: some bytes arrive correctly by chance",
                 "two panels talk on the same line at once"};
     default:
-        return {"the line is disturbed: a loose contact, a long or unshielded cable",
-                fmt::format("the time-out of {} ms is too short for this PLC or for the way through couplers",
+        return {"the connection is unreliable: a loose contact, a long or unshielded cable",
+                fmt::format("the time-out of {} ms is too short for this PLC or for the route through couplers",
                             settings.timeoutMs),
                 fmt::format("the block size of {} bytes is not that of the PLC", settings.blockSize)};
     }
@@ -148,7 +146,7 @@ Causes linkCauses(Symptom symptom, CheckedSettings const& settings) {
 Causes loginCauses() {
     return {"another panel or the programming tool is logged in and keeps the PLC for itself",
             "the PLC is starting or stopped, or its program does not run yet",
-            "the way through couplers, or the cable, leads to another device than the PLC that is meant"};
+            "the route through couplers, or the cable, leads to a different device"};
 }
 
 Causes fileCauses(Symptom symptom, CheckedSettings const& settings) {
@@ -167,14 +165,14 @@ Causes fileCauses(Symptom symptom, CheckedSettings const& settings) {
 
 Causes qualityCauses() {
     return {"the PLC marks the value as bad: an input module is missing, faulty or not yet running",
-            "the PLC has the variable in its symbol file and no memory for it any more",
+            "the variable is in the symbol file, but the PLC no longer has memory for it",
             "the program was replaced a moment ago: try again"};
 }
 
 Causes readCauses() {
     return {"the program was replaced a moment ago: try again",
-            "the PLC has the variable in its symbol file and no memory for it any more",
-            "the byte order is another one for values than for frames"};
+            "the variable is in the symbol file, but the PLC no longer has memory for it",
+            "values and frames have different byte orders"};
 }
 
 } // namespace
@@ -259,14 +257,14 @@ std::array<std::string, 3> likelyCauses(CheckStep failed, Symptom symptom, Check
 
 std::vector<std::string> lastWordsText(LastWords const& lastWords, CheckedSettings const& settings) {
     auto const shown = [](plc::Bytes const& bytes) {
-        constexpr std::size_t kMostBytes = 64; // of a frame that is shown
+        constexpr std::size_t kMostBytes = 64; // shown of a frame
         std::string text = trace::hexText(plc::ByteView(bytes).first(std::min(bytes.size(), kMostBytes)));
         return bytes.size() > kMostBytes ? fmt::format("{} ... ({} bytes)", text, bytes.size()) : text;
     };
     std::vector<std::string> lines;
     lines.push_back("sent  " + (lastWords.sent.empty() ? "nothing" : shown(lastWords.sent)));
     for (std::size_t i = 0; i < lastWords.came.size(); ++i) {
-        lines.push_back("came  " + shown(lastWords.came[i]));
+        lines.push_back("got   " + shown(lastWords.came[i]));
         std::string_view words = lastWords.words[i];
         for (std::size_t end = 0; end != std::string_view::npos; words.remove_prefix(std::min(end + 1, words.size()))) {
             end = words.find('\n');
@@ -275,7 +273,7 @@ std::vector<std::string> lastWordsText(LastWords const& lastWords, CheckedSettin
     }
     if (lastWords.timedOut) {
         lines.push_back(
-            fmt::format("came  nothing{} within {} ms", lastWords.came.empty() ? "" : " more", settings.timeoutMs));
+            fmt::format("got   nothing{} within {} ms", lastWords.came.empty() ? "" : " more", settings.timeoutMs));
     }
     return lines;
 }

@@ -10,7 +10,7 @@
 
 namespace velk {
 
-/** What the line is set to, as far as it can be the cause of a failure. */
+/** The settings of the line that can cause a failure. */
 struct CheckedSettings {
     int baud = 0;
     std::string parity;
@@ -23,41 +23,41 @@ struct CheckedSettings {
 /** Why a check failed. */
 enum class Symptom {
     PortMissing,    ///< there is no such port
-    PortNoHardware, ///< there is a name for it, and nothing behind
-    NotAPort,       ///< what has that name is something else
-    PortRefused,    ///< it may not be opened
-    PortBusy,       ///< somebody else holds it
-    PortFault,      ///< it cannot be opened or died, for another reason
-    Silence,        ///< nothing came at all
-    Echo,           ///< what was sent came back
-    Garbage,        ///< bytes came that are no frame
-    OtherFraming,   ///< frames came, routed where they have to be bare or the other way round
-    OtherByteOrder, ///< frames came in the other byte order
+    PortNoHardware, ///< the name exists, but no hardware
+    NotAPort,       ///< the file of that name is something else
+    PortRefused,    ///< this user may not open it
+    PortBusy,       ///< another program uses it
+    PortFault,      ///< it cannot be opened or failed, for another reason
+    Silence,        ///< nothing was received
+    Echo,           ///< the sent bytes came back
+    Garbage,        ///< bytes that are not a frame were received
+    OtherFraming,   ///< routed frames were received where bare ones are expected, or the reverse
+    OtherByteOrder, ///< frames were received in the other byte order
     Routing,        ///< a coupler could not pass the frame on
-    Damaged,        ///< frames came, and something in them is wrong
-    FellSilent,     ///< the PLC answered and then did not any more
-    Refused,        ///< the PLC answered with another status word than wanted
-    NoSymbolFile,   ///< the PLC does not give its symbol file
-    BadSymbolFile,  ///< it gives one that cannot be used
+    Damaged,        ///< received frames have errors
+    FellSilent,     ///< the PLC answered and then stopped
+    Refused,        ///< the PLC answered with an unexpected status word
+    NoSymbolFile,   ///< the PLC does not provide its symbol file
+    BadSymbolFile,  ///< it provides one that cannot be used
     BadQuality,     ///< the PLC says that the value is bad
-    BadValue,       ///< the variable was asked for and is not good
+    BadValue,       ///< the requested variable is not good
     Unclear,        ///< none of these
 };
 
 /** The step that failed: the first one that was not reached. */
 CheckStep failedStep(LineProgress const& progress, bool portOpen);
 
-/** What a failure of the port comes to. */
+/** The cause for a failure of the port. */
 Symptom portSymptom(base::FailureKind kind);
 
-/** What the kind of the failure says, and the frames. */
+/** From the kind of the failure, and from the frames. */
 Symptom symptomOf(CheckStep failed, LastWords const& lastWords, base::FailureKind kind,
                   CheckedSettings const& settings);
 
-/** The three likeliest causes, the likeliest first, each a sentence without a full stop. */
+/** The three most likely causes, the most likely first, each a sentence without a full stop. */
 std::array<std::string, 3> likelyCauses(CheckStep failed, Symptom symptom, CheckedSettings const& settings);
 
-/** What was sent last and what came, as lines with hexadecimal bytes. */
+/** The last sent frame and the replies, as lines with hexadecimal bytes. */
 std::vector<std::string> lastWordsText(LastWords const& lastWords, CheckedSettings const& settings);
 
 } // namespace velk

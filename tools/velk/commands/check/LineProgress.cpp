@@ -7,7 +7,7 @@
 namespace velk {
 namespace {
 
-constexpr std::size_t kMostKept = 8; // frames behind a block that was sent
+constexpr std::size_t kMostKept = 8; // frames after a block that was sent
 
 std::string wordsOf(trace::Step const& step) {
     std::string words = step.frame.kind == trace::FrameKind::Unknown ? std::string() : trace::frameText(step.frame);
@@ -98,7 +98,7 @@ void LineProgress::keep(plc::ByteView bytes, trace::Step step) {
         lastWords_.words.erase(lastWords_.words.begin());
     }
     lastWords_.words.push_back(wordsOf(step));
-    step.frame.payload = {}; // it lies in bytes that go away
+    step.frame.payload = {}; // it points into bytes that are freed
     lastWords_.came.emplace_back(bytes.begin(), bytes.end());
     lastWords_.meant.push_back(std::move(step.frame));
 }

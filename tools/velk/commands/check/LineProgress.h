@@ -14,26 +14,26 @@
 
 namespace velk {
 
-/** What came behind the block that was sent last; acknowledges that were sent since are left out. */
+/** What was received after the last sent block; acknowledges sent since are left out. */
 struct LastWords {
     plc::Bytes sent;                       ///< no bytes when nothing was sent
     std::vector<plc::Bytes> came;          ///< frames, in their order; the last few
     std::vector<trace::Frame> meant;       ///< the same decoded, without their payloads
     std::vector<std::string> words;        ///< the same as text, a line for the frame and one for a response
-    bool timedOut = false;                 ///< the driver waited in vain in the end
+    bool timedOut = false;                 ///< the driver's last wait timed out
     std::optional<std::uint16_t> status{}; ///< of the response, when one is complete
 };
 
-/** When a step was reached, and what was said until then. */
+/** When a step was reached, and the frames until then. */
 struct ReachedStep {
     std::int64_t at = 0; ///< microseconds of the observing clock
     LastWords words;
 };
 
 /**
- * Finds out from the frames on a line how far the driver has come with a PLC.
+ * Determines from the frames on a line how far the driver has got with a PLC.
  *
- * A step that has been reached stays reached. Any frames are welcome, in any order.
+ * A step that has been reached stays reached. Any frames are accepted, in any order.
  */
 class LineProgress final : public host::PortObserver {
 public:
@@ -48,7 +48,7 @@ public:
 
     [[nodiscard]] bool reached(CheckStep step) const { return reached_.contains(step); }
 
-    /** Null for a step that was not reached. */
+    /** Null when the step was not reached. */
     [[nodiscard]] ReachedStep const* find(CheckStep step) const;
 
     [[nodiscard]] LastWords const& lastWords() const { return lastWords_; }
@@ -56,7 +56,7 @@ public:
     /** The driver has gone on from the link check to the login. */
     [[nodiscard]] bool triedLogin() const { return triedLogin_; }
 
-    /** Pieces of the symbol file that came. */
+    /** Received pieces of the symbol file. */
     [[nodiscard]] std::uint64_t filePieces() const { return filePieces_; }
 
 private:

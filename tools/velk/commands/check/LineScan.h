@@ -17,22 +17,22 @@ struct LineCandidate {
     bool operator==(LineCandidate const&) const = default;
 };
 
-/** The candidate that the settings have themselves, for the station that is meant. */
+/** The candidate equal to the present settings, for the chosen station. */
 LineCandidate candidateOf(Settings const& settings);
 
 /**
- * The usual settings, each once, in the order in which they are best tried: the present ones first, then the other
+ * The usual settings, each once, in the best order to try: the present ones first, then the other
  * framings and byte orders at the present speed and parity, then the other parities and speeds.
  */
 std::vector<LineCandidate> scanCandidates(LineCandidate const& present);
 
-/** The settings with a candidate's in place of their own for every station, one attempt and a short time-out. */
+/** The settings with a candidate's values for every station, one attempt and a short time-out. */
 Settings settingsFor(Settings settings, LineCandidate const& candidate, int timeoutMs);
 
 /** "19200 bit/s, parity even, bare framing, big-endian". */
 std::string candidateText(LineCandidate const& candidate);
 
-/** What to write into a project file. */
+/** The text for a project file. */
 std::string projectLines(Settings const& settings, LineCandidate const& candidate);
 
 } // namespace velk

@@ -23,7 +23,7 @@ Answer Scan::tryOne(LineCandidate const& candidate) {
     Attachment const attachment(context_.observers, progress);
     Session session(settingsFor(settings_, candidate, timeoutMs_), context_, {.vanishes = true});
     if (base::Outcome const opened = session.open(); !opened.ok()) {
-        // A port that could be opened before, and is still there, only lacks these settings.
+        // A port that could be opened before, and still exists, just does not support these settings.
         if (triedAny_ && portSymptom(opened.failure().kind) == Symptom::PortFault) {
             return Answer::NotPossible;
         }
@@ -37,7 +37,7 @@ Answer Scan::tryOne(LineCandidate const& candidate) {
             throw session.error(symbols.failure());
         }
     }
-    // An answer that the driver does not take is none, although its frames may be right in another framing or order.
+    // An answer that the driver rejects does not count, even if its frames are right in another framing or order.
     bool const wentOn = progress.triedLogin();
     if (progress.reached(CheckStep::LinkCheck) && wentOn) {
         return Answer::LinkCheck;

@@ -8,15 +8,15 @@ namespace velk {
 
 struct Context;
 
-/** Seeks the settings of a line by trying them. */
+/** Finds the settings of a line by trying them. */
 class Scan {
 public:
-    /** Told of each attempt before it is made: which of how many it is. */
+    /** Called before each attempt with its number and the total. */
     using Tell = std::function<void(LineCandidate const& candidate, std::size_t number, std::size_t count)>;
 
     Scan(Settings settings, Context& context, Tell tell);
 
-    /** Ends with the settings that the PLC answers to. Throws CommandError for a port that cannot be had. */
+    /** Ends with the settings that the PLC answers to. Throws CommandError for a port that cannot be opened. */
     ScanReport run();
 
 private:

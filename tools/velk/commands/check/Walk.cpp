@@ -13,7 +13,7 @@ namespace {
 
 using SystemClock = std::chrono::system_clock;
 
-/** Nothing is tried twice: the first failure is the one to be told. */
+/** No retries: the first failure is the one to report. */
 Settings withOneAttempt(Settings settings) {
     settings.config.nodes.repeat = 1;
     for (host::NodeOverrides& own : settings.config.nodeOverrides) {
@@ -22,7 +22,7 @@ Settings withOneAttempt(Settings settings) {
     return settings;
 }
 
-/** A variable that can be read as it is, and fast, or null. */
+/** A variable that can be read directly and fast, or null. */
 Variable const* readable(SymbolTable const& table) {
     auto const& variables = table.variables();
     constexpr std::uint32_t kMostBytes = 256;
@@ -47,7 +47,7 @@ Walk::Walk(Settings settings, Context& context, UploadStyle uploads, Tell tell)
       session_(settings_, context, std::move(uploads)), progress_([this](CheckStep /*step*/) { tellReached(); }),
       attachment_(context.observers, progress_) {}
 
-// ---- telling
+// ---- reporting
 
 bool Walk::isNext(CheckStep step) const {
     return report_.steps.empty() ? step == kCheckSteps.front() : step > report_.steps.back().step;
@@ -74,7 +74,7 @@ void Walk::tellOk(CheckStep step, std::string found) {
           .at = timeOf(reached)});
 }
 
-/** Those that the frames alone tell; in the middle of an exchange. */
+/** Steps known from the frames alone; called in the middle of an exchange. */
 void Walk::tellReached() {
     for (CheckStep const step : {CheckStep::Bytes, CheckStep::LinkCheck, CheckStep::Login}) {
         if (!progress_.reached(step)) {
@@ -86,7 +86,7 @@ void Walk::tellReached() {
     }
 }
 
-/** The steps before one that was come to went well. */
+/** The steps before a reached one have succeeded. */
 void Walk::tellUntil(CheckStep end) {
     for (CheckStep const step : kCheckSteps) {
         if (step < end && isNext(step)) {
@@ -95,7 +95,7 @@ void Walk::tellUntil(CheckStep end) {
     }
 }
 
-// ---- walking
+// ---- checking
 
 ExitCode Walk::fail(CheckStep step, base::Failure const& failure) {
     base::Failure const cause = session_.explained(failure);
@@ -117,7 +117,7 @@ ExitCode Walk::fail(CheckStep step, base::Failure const& failure) {
     return code;
 }
 
-/** The port is open: the frames tell which step it was. */
+/** The port is open: the frames show which step failed. */
 ExitCode Walk::failOnLine(base::Failure const& failure) {
     return fail(failedStep(progress_, true), failure);
 }

@@ -9,15 +9,15 @@
 
 namespace velk {
 
-/** One walk along a line, from the port to a value; it ends at the first step that fails. */
+/** One check of a line, from the port to a value; it ends at the first step that fails. */
 class Walk {
 public:
-    /** Told of each step, in their order, as soon as it is known what came of it. */
+    /** Called for each step, in order, as soon as its result is known. */
     using Tell = std::function<void(StepReport const&)>;
 
     Walk(Settings settings, Context& context, UploadStyle uploads, Tell tell);
 
-    /** Throws CommandError for what is no matter of the line. */
+    /** Throws CommandError for failures outside the line. */
     ExitCode run();
 
     [[nodiscard]] CheckReport const& report() const { return report_; }

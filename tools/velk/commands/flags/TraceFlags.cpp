@@ -24,7 +24,7 @@ Argument traceFormatFlag(std::string const& name, std::shared_ptr<trace::TraceOp
         return std::string();
     };
     return flag(name, std::vector<std::string>{"text", "jsonl", "pcapng"},
-                "Format of the trace, when the file's ending does not tell", take);
+                "Format of the trace, if the file name does not say", take);
 }
 
 } // namespace velk

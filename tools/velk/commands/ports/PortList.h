@@ -9,12 +9,12 @@ namespace velk {
 /** What is known of a serial port of this machine. */
 struct PortInfo {
     std::string path;          ///< "/dev/ttyUSB0"
-    std::string stableName;    ///< a path that stays when the adapter is plugged in anew; empty when there is none
+    std::string stableName;    ///< a path that stays when the adapter is plugged in again; empty when there is none
     std::string driver;        ///< the kernel's; empty when it is not known
     std::string product;       ///< what the adapter calls itself
     std::string serial;        ///< of the adapter
     std::string heldBy;        ///< the program that has it open; empty for none
-    std::string mayNot;        ///< why this user may not open it, with what to do; empty when nothing is in the way
+    std::string mayNot;        ///< why this user may not open it, with what to do; empty when it may
     std::optional<bool> rs485; ///< the kernel switches the direction of an RS-485 line; nothing when it is not known
 };
 

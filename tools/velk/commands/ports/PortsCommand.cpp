@@ -33,7 +33,7 @@ ExitCode runPorts(bool json, Context& context) {
 Command portsCommand(Context& context) {
     auto const json = std::make_shared<bool>(false);
     return {.name = "ports",
-            .description = "List the serial ports, who holds them and whether you may open them",
+            .description = "List the serial ports, the programs that use them, and whether you may open them",
             .flags = {flag("--json", {}, "As a JSON document", into(*json))},
             .action = [json, &context] { return runPorts(*json, context); }};
 }

@@ -26,7 +26,7 @@ std::string stationName(int station, std::vector<std::string> const& names) {
     return station == plc::kNoStation || position >= names.size() ? "-" : names[position];
 }
 
-/** The causes that are always in the line of counts; the others only when they occurred. */
+/** The causes that are always counted in the line; the others only when they occurred. */
 constexpr std::array kAlwaysCounted{Cause::kExchangeDone, Cause::kListRead, Cause::kListWritten};
 
 } // namespace
@@ -52,8 +52,7 @@ std::string eventJson(plc::LineEvent const& event, std::vector<std::string> cons
 }
 
 std::string leftOutText(std::size_t count, plc::Micros time) {
-    return fmt::format("{:12.3f}  left out: {} that nobody read in time", seconds(time),
-                       counted(count, "event", "events"));
+    return fmt::format("{:12.3f}  omitted: {} not read in time", seconds(time), counted(count, "event", "events"));
 }
 
 std::string leftOutJson(std::size_t count, plc::Micros time) {

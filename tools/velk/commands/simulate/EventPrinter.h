@@ -14,18 +14,18 @@ enum class EventStyle { None, Text, Json };
 /** "    12.345  press    list read: 1 item read: PLC_PRG.Level". */
 std::string eventText(plc::LineEvent const& event, std::vector<std::string> const& stations);
 
-/** The same as a JSON object on a line of its own. */
+/** The same as a JSON object on one line. */
 std::string eventJson(plc::LineEvent const& event, std::vector<std::string> const& stations);
 
-/** In place of events that nobody read in time. */
+/** Replaces events that were not read in time. */
 std::string leftOutText(std::size_t count, plc::Micros time);
 std::string leftOutJson(std::size_t count, plc::Micros time);
 
-/** What was counted until the end. */
+/** The final counts. */
 std::string endText(plc::EventCounters const& counters, plc::Micros time);
 std::string endJson(plc::EventCounters const& counters, plc::Micros time);
 
-/** Has what the stations are asked printed, a line an event, but finished exchanges only when they are wanted. */
+/** Prints the requests to the stations, one line each, and finished exchanges only on request. */
 class EventPrinter final : public plc::LineObserver {
 public:
     /** @p queue must outlive the printer. */

@@ -25,7 +25,7 @@ void EventQueue::put(std::string_view line, plc::Micros time) {
         lines_ += line;
     }
     std::uint64_t const one = 1;
-    // It can only fail when the counter is full: then the reader is told already.
+    // It can only fail when the counter is full: then the reader has already been woken.
     [[maybe_unused]] ssize_t const written = ::write(filled_.get(), &one, sizeof one);
 }
 

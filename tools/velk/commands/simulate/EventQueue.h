@@ -12,12 +12,12 @@
 namespace velk::simulation {
 
 /**
- * Lines on their way from the thread that serves the line to the one that prints. Who puts one never waits for a
- * reader: what does not fit is left out and counted, until everything before it was taken.
+ * Lines from the thread that serves the line to the one that prints. put() never waits for a reader: what does not fit
+ * is dropped and counted, until everything before it was taken.
  */
 class EventQueue {
 public:
-    /** The line that stands for @p count others, the last of which was put at @p time. */
+    /** The line that replaces @p count others, the last of which was put at @p time. */
     using LeftOut = std::function<std::string(std::size_t count, plc::Micros time)>;
 
     EventQueue(std::size_t mostBytes, LeftOut leftOut);

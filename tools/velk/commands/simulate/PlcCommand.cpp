@@ -46,10 +46,10 @@ using simulation::PlcPort;
 using simulation::PlcService;
 using simulation::StreamWriter;
 
-/** Events that wait for a reader; beyond them they are left out. */
+/** Events that wait for a reader; further ones are dropped. */
 constexpr std::size_t kMostWaitingBytes = 1'048'576;
 
-/** For a reader that has stopped reading, or is slow, when the end has come. */
+/** For a slow or stopped reader at the end of the program. */
 constexpr StreamWriter::Patience kPatience{.standstill = std::chrono::milliseconds(500),
                                            .altogether = std::chrono::seconds(10)};
 
@@ -83,7 +83,7 @@ EventQueue::LeftOut leftOut(EventStyle style) {
     };
 }
 
-/** Neither stream is waited for: whoever does not read must not hold the PLC up. */
+/** Neither stream is waited for: a slow reader must not delay the PLC. */
 struct Streams {
     StreamWriter output{STDOUT_FILENO};
     StreamWriter notes{STDERR_FILENO, StreamWriter::OnFailure::Forget};
@@ -119,7 +119,7 @@ void carryOut(Happening const& happening, plc::Line& line) {
     }
 }
 
-/** Has everything happen at its time and prints, until the user wants the end, the time is over or the service is. */
+/** Runs timed events and prints, until the user asks to stop, or the time or the service ends. */
 class Play {
 public:
     Play(Plan const& plan, PlcOptions const& options, Context& context, EventQueue& events, Streams& streams)
@@ -142,10 +142,10 @@ public:
     [[nodiscard]] std::int64_t now() const { return context_.clock.microseconds() - begun_; }
 
 private:
-    static constexpr int kNoDescriptor = -1; // poll leaves it out
+    static constexpr int kNoDescriptor = -1; // ignored by poll
     static constexpr std::int64_t kNever = std::numeric_limits<std::int64_t>::max();
 
-    /** Waits until there is something to do. False as soon as the user wants the end. */
+    /** Waits until there is something to do. False as soon as the user asks to stop. */
     bool wait(PlcService const& service) {
         constexpr std::int64_t kMicrosPerMilli = 1000;
         StreamWriter const& output = streams_.output;
@@ -159,7 +159,7 @@ private:
         return !context_.interrupt.requested();
     }
 
-    /** What the last events left over first: so nobody has to remember more than the queue holds. */
+    /** Prints the rest of the last events first, so the queue is the only buffer. */
     void print() {
         if (!streams_.output.isPending()) {
             streams_.output.put(events_.take());
@@ -199,10 +199,10 @@ std::string endLine(plc::Line const& line, std::int64_t time, PlcOptions const& 
     return "";
 }
 
-/** A reader that has stopped reading does not keep the program. */
+/** A reader that has stopped reading must not keep the program running. */
 void printRest(Streams& streams, Terminal const& terminal) {
     if (std::size_t const left = streams.output.finish(kPatience); left > 0) {
-        note(fmt::format("Nobody read standard output: {} left out at the end.",
+        note(fmt::format("Standard output was not read: {} omitted at the end.",
                          counted(left, "line was", "lines were")),
              terminal, streams);
     }
@@ -212,16 +212,15 @@ void printRest(Streams& streams, Terminal const& terminal) {
 // ---- the flags
 
 std::vector<Argument> portFlags(PlcOptions& options) {
-    return {
-        flag("--link", "PATH", "Make a symbolic link to the port while it works", into(options.link)),
-        flag("-p,--port", {"PORT", Offer::Ports}, "A real port, in place of a pseudo-terminal", into(options.port)),
-        flag("-b,--baud", "BAUD",
-             "Line speed in bit/s; on a pseudo-terminal bytes take their time, and a panel at another speed says and "
-             "hears garbage",
-             into(options.baud)),
-        flag("--parity", parities(), "Parity of the characters", into(options.parity)),
-        flag("--stopbits", Range{1, kMostStopBits}, "Stop bits of the characters", into(options.stopBits)),
-        flag("--mode", modes(), "What a real port drives", into(options.mode))};
+    return {flag("--link", "PATH", "Make a symbolic link to the port as long as it runs", into(options.link)),
+            flag("-p,--port", {"PORT", Offer::Ports}, "A real port, in place of a pseudo-terminal", into(options.port)),
+            flag("-b,--baud", "BAUD",
+                 "Line speed in bit/s; on a pseudo-terminal bytes take as long as on a real line, and a panel at "
+                 "another speed sends and receives garbage",
+                 into(options.baud)),
+            flag("--parity", parities(), "Parity of the characters", into(options.parity)),
+            flag("--stopbits", Range{1, kMostStopBits}, "Stop bits of the characters", into(options.stopBits)),
+            flag("--mode", modes(), "Type of the line at a real port", into(options.mode))};
 }
 
 std::vector<Argument> stationFlags(PlcOptions& options) {
@@ -232,32 +231,33 @@ std::vector<Argument> stationFlags(PlcOptions& options) {
 
 std::vector<Argument> faultFlags(PlcOptions& options) {
     Rules const many{.repeats = true};
-    char const* const noShare = "is no share such as 1% or 0.01";
-    return {flag("--drop", "SHARE", "Lose so many frames, in either direction: 1%",
-                 parsed(options.drop, parseShare, noShare)),
-            flag("--flip", "SHARE", "Flip a bit in so many frames from the PLC: 0.1%",
-                 parsed(options.flip, parseShare, noShare)),
-            flag("--silent", "WHEN", "Do not answer for 5 s every 60 s: 5s@60s; only once: 5s@60s/once; always",
-                 parsed(options.silent, parseSilence,
-                        "is not written as 5s@60s (for 5 s, every 60 s), 5s@60s/once or always"),
-                 many),
-            flag("--refuse-login", {}, "Refuse every login", into(options.refuseLogin)),
-            flag("--bad-quality", "NAME", "Give this variable a bad quality", into(options.badQuality), many),
-            flag("--replace-program", "TIME[:FILE]",
-                 "Run another program after this time: that of a file, or the same under another project identifier",
-                 parsed(options.replaceProgram, parseReplacement, "is not written as 30s or 30s:FILE"), many),
-            flag("--restart", "TIME", "Switch the PLC off and on after this time",
-                 parsed(options.restart, parseTime, "is no time such as 30s"), many),
-            flag("--fault", "RULE",
-                 "Misbehave by a rule as in a description: 'kind = \"late\", probability = 0.1, delay_ms = 500'",
-                 into(options.faults), many),
-            flag("--only", "STATION", "Do all this at one station only", into(options.station)),
-            flag("--seed", "NUMBER", "Take another run of chances", into(options.seed))};
+    char const* const noShare = "is not a share such as 1% or 0.01";
+    return {
+        flag("--drop", "SHARE", "Lose this share of frames, in either direction: 1%",
+             parsed(options.drop, parseShare, noShare)),
+        flag("--flip", "SHARE", "Flip a bit in this share of frames from the PLC: 0.1%",
+             parsed(options.flip, parseShare, noShare)),
+        flag("--silent", "WHEN", "Do not answer for 5 s every 60 s: 5s@60s; only once: 5s@60s/once; always",
+             parsed(options.silent, parseSilence,
+                    "is not written as 5s@60s (for 5 s, every 60 s), 5s@60s/once or always"),
+             many),
+        flag("--refuse-login", {}, "Refuse every login", into(options.refuseLogin)),
+        flag("--bad-quality", "NAME", "Give this variable a bad quality", into(options.badQuality), many),
+        flag("--replace-program", "TIME[:FILE]",
+             "Run another program after this time: that of a file, or the same under another project identifier",
+             parsed(options.replaceProgram, parseReplacement, "is not written as 30s or 30s:FILE"), many),
+        flag("--restart", "TIME", "Switch the PLC off and on after this time",
+             parsed(options.restart, parseTime, "is not a time such as 30s"), many),
+        flag("--fault", "RULE",
+             "Apply a fault rule, written as in a description: 'kind = \"late\", probability = 0.1, delay_ms = 500'",
+             into(options.faults), many),
+        flag("--only", "STATION", "Apply the faults to one station only", into(options.station)),
+        flag("--seed", "NUMBER", "Use another random sequence", into(options.seed))};
 }
 
 std::vector<Argument> outputFlags(PlcOptions& options) {
     return {flag("--for", "TIME", "End after this time, such as 30s",
-                 parsed(options.forMicroseconds, parseInterval, "is no time such as 500ms, 2s or 1min")),
+                 parsed(options.forMicroseconds, parseInterval, "is not a time such as 500ms, 2s or 1min")),
             flag("-q,--quiet", {}, "Print nothing but the name of the port", into(options.quiet)),
             flag("-v,--verbose", {}, "Print finished exchanges, too", into(options.verbose)),
             flag("--json", {}, "Print events as JSON lines", into(options.json))};
@@ -265,7 +265,7 @@ std::vector<Argument> outputFlags(PlcOptions& options) {
 
 ExitCode runPlc(PlcOptions const& options, Context& context) {
     context.terminal.setQuiet(options.quiet);
-    std::signal(SIGPIPE, SIG_IGN); // a reader that goes away must not leave the link behind
+    std::signal(SIGPIPE, SIG_IGN); // the link must be removed even when the reader goes away
     Plan const plan = simulation::makePlan(options);
     EventQueue events(kMostWaitingBytes, leftOut(styleOf(options)));
     EventPrinter printer(styleOf(options), options.verbose, stationNames(plan), events);
@@ -293,16 +293,16 @@ Command plcCommand(Context& context) {
     auto const options = std::make_shared<PlcOptions>();
     Command command{
         .name = "plc",
-        .description = "Play the PLCs of a line on a pseudo-terminal or a real port",
+        .description = "Simulate the PLCs of a line on a pseudo-terminal or a real port",
         .words = {word(
             "PROJECT", Offer::Files,
-            "Description of a line with its stations, or of one program, which is played with the defaults of "
+            "Description of a line with its stations, or of one program, which is simulated with the defaults of "
             "the other commands: routed framing, big-endian, blocks of 128 bytes, 19200 bit/s",
             into(options->project), {.required = true})},
         .flags = outputFlags(*options),
         .action = [options, &context] { return runPlc(*options, context); }};
     appendFlags(command.flags, portFlags(*options), "Port");
-    appendFlags(command.flags, stationFlags(*options), "Stations, in place of what the description says");
+    appendFlags(command.flags, stationFlags(*options), "Station settings that override the description");
     appendFlags(command.flags, faultFlags(*options), "Misbehaviour");
     return command;
 }

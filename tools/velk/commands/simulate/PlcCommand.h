@@ -6,7 +6,7 @@ namespace velk {
 
 struct Context;
 
-/** Plays the PLCs of a line, until the user wants the end or the time is over. */
+/** Simulates the PLCs of a line, until the user asks to stop or the time is over. */
 Command plcCommand(Context& context);
 
 } // namespace velk

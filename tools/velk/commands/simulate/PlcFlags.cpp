@@ -10,7 +10,7 @@ namespace {
 
 constexpr plc::Micros kForEver = std::chrono::hours(1'000'000);
 
-/** What stands before and behind a sign; nothing behind it when there is none. */
+/** The text before and after a character; nothing after it when it is missing. */
 struct Parts {
     std::string_view before;
     std::optional<std::string_view> behind;
@@ -68,7 +68,7 @@ std::optional<plc::TimeWindow> parseSilence(std::string_view text) {
     }
     plc::TimeWindow window{.from = *from, .lasts = *lasts, .every = from};
     if (atOnce) {
-        window.every.reset(); // the beginning comes once
+        window.every.reset(); // the start comes once
     }
     if (times.behind == "once") {
         window.every.reset();

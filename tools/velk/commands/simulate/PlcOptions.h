@@ -9,7 +9,7 @@
 
 namespace velk {
 
-/** What the command line says about the simulated PLC. */
+/** The simulated PLC's part of the command line. */
 struct PlcOptions {
     std::string project; ///< a line file or a program file
 
@@ -24,7 +24,7 @@ struct PlcOptions {
     std::optional<std::string> byteOrder;
     std::optional<int> blockSize;
 
-    std::optional<std::string> station; ///< the one that the faults are for; all of them without it
+    std::optional<std::string> station; ///< the one that the faults apply to; all of them without it
     std::optional<double> drop;         ///< a share of the frames, 0 to 1
     std::optional<double> flip;         ///< the same
     std::vector<plc::TimeWindow> silent;
@@ -35,7 +35,7 @@ struct PlcOptions {
     bool refuseLogin = false;
     std::optional<std::uint32_t> seed;
 
-    std::int64_t forMicroseconds = 0; ///< 0: until the user wants the end
+    std::int64_t forMicroseconds = 0; ///< 0: until the user asks to stop
     bool quiet = false;
     bool json = false;
     bool verbose = false;

@@ -41,19 +41,19 @@ void applySettings(int descriptor, std::string const& path, plc::LineSpeed const
         refusePort(errno == ENOTTY ? host::notATerminal(path).text : host::settingFailure(path, errno).text);
     }
     termios wanted = host::rawTermios(current, settingsFor(speed));
-    wanted.c_cc[VMIN] = 1; // so that no byte is told apart from the end
+    wanted.c_cc[VMIN] = 1; // a read of 0 bytes means the end only
     bool const pseudoTerminal = host::isPseudoTerminal(descriptor);
     if (base::Outcome const set = host::applyTermios(descriptor, path, wanted, pseudoTerminal); !set.ok()) {
         refusePort(set.failure().text);
     }
-    ::tcflush(descriptor, TCIOFLUSH); // what came in at other settings is noise
+    ::tcflush(descriptor, TCIOFLUSH); // bytes received with other settings are noise
 }
 
 [[noreturn]] void refuseLink(std::string const& path, std::string const& why) {
     throw CommandError(ExitCode::Usage, fmt::format("the link {} cannot be made: {}", path, why));
 }
 
-/** A pseudo-terminal that has gone away takes its name along, and something else may have come to be there. */
+/** A closed pseudo-terminal loses its name, which something else may use by now. */
 bool isLeftBehind(std::filesystem::path const& target, std::filesystem::file_type there) {
     return there == std::filesystem::file_type::not_found ||
            (target.parent_path() == "/dev/pts" && there != std::filesystem::file_type::character);
@@ -64,13 +64,13 @@ char const* stateOf(std::filesystem::file_type there) {
     case std::filesystem::file_type::character:
         return "which is in use, by another simulated PLC perhaps";
     case std::filesystem::file_type::none:
-        return "which cannot be looked at";
+        return "which cannot be examined";
     default:
         return "which is there";
     }
 }
 
-/** A link that an earlier run left behind makes room; anything else stays. */
+/** Removes a link that an earlier run left; anything else stays. */
 void makeRoom(std::string const& path) {
     namespace fs = std::filesystem;
     std::error_code error;
@@ -80,7 +80,7 @@ void makeRoom(std::string const& path) {
                                                           : "there is a file of that name");
     }
     if (kind != fs::file_type::symlink) {
-        return; // nothing, or something that the system has a word for
+        return; // missing, or a failure that the system reports itself
     }
     fs::path const target = fs::read_symlink(path, error);
     fs::file_type const there = fs::status(path, error).type();
@@ -118,7 +118,7 @@ std::string PlcPort::wayToIt() const {
     if (link_.empty()) {
         return name_;
     }
-    bool const takenForAName = link_.find('/') == std::string::npos; // as com1 is
+    bool const takenForAName = link_.find('/') == std::string::npos; // such as com1
     return takenForAName ? "./" + link_ : link_;
 }
 
@@ -129,7 +129,7 @@ void PlcPort::openTerminal(plc::LineSpeed const& speed) {
             plc::setSpeed(terminal_->master(), speed.baud); // for panels that do not set one
         }
     } catch (std::system_error const& error) {
-        refusePort(fmt::format("no pseudo-terminal can be had: {}", error.what()));
+        refusePort(fmt::format("cannot open a pseudo-terminal: {}", error.what()));
     }
     name_ = terminal_->slaveName();
 }
@@ -146,7 +146,7 @@ void PlcPort::openSerial(std::string const& port, plc::LineSpeed const& speed, b
     std::optional<host::PortLock> lock = host::PortLock::take(serial_.get(), !host::isPseudoTerminal(serial_.get()));
     if (!lock) {
         int const error = errno;
-        serial_.close(); // or this program would be found to be the holder
+        serial_.close(); // or this program would be reported as the user of the port
         refusePort(error == EWOULDBLOCK ? host::busyPort(*path).text : host::settingFailure(*path, error).text);
     }
     lock_.emplace(std::move(*lock));

@@ -12,19 +12,19 @@
 
 namespace velk::simulation {
 
-/** The port at which stations are played: a pseudo-terminal or a serial port, with a link to it if one is wanted. */
+/** The port of the simulated stations: a pseudo-terminal or a serial port, optionally with a link to it. */
 class PlcPort {
 public:
-    /** Throws CommandError: a port that cannot be had is port trouble, a link that cannot be made is wrong usage. */
+    /** Throws CommandError: port failure when the port cannot be opened, usage when the link cannot be made. */
     PlcPort(PlcOptions const& options, plc::LineSpeed const& speed);
     ~PlcPort();
     PlcPort(PlcPort const&) = delete;
     PlcPort& operator=(PlcPort const&) = delete;
 
     [[nodiscard]] int descriptor() const;
-    /** What a panel opens: the pseudo-terminal's name. Of a serial port its own. */
+    /** The name that a panel opens: the pseudo-terminal's, or the serial port's own. */
     [[nodiscard]] std::string const& name() const { return name_; }
-    /** What to give other commands as their port: the link when there is one. */
+    /** The port for other commands: the link when there is one. */
     [[nodiscard]] std::string wayToIt() const;
     [[nodiscard]] bool isPseudoTerminal() const { return terminal_ != nullptr; }
 

@@ -34,7 +34,7 @@ bool PlcService::isOver() const {
 
 void PlcService::tellEnd() const {
     std::uint64_t const one = 1;
-    // It can only fail when the counter is full: then the end is known already.
+    // It can only fail when the counter is full: then the end is already signalled.
     [[maybe_unused]] ssize_t const written = ::write(end_.get(), &one, sizeof one);
 }
 

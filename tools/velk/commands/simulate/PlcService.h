@@ -8,7 +8,7 @@
 
 namespace velk::simulation {
 
-/** Serves a line in a thread of its own. */
+/** Serves a line in a separate thread. */
 class PlcService {
 public:
     /** @p server must outlive the service. */
@@ -19,11 +19,11 @@ public:
 
     void start();
 
-    /** Readable from the moment on when nothing is served any more. */
+    /** Readable once the service has ended. */
     [[nodiscard]] int endDescriptor() const { return end_.get(); }
     [[nodiscard]] bool isOver() const;
 
-    /** Ends and answers why the server stopped. Throws what it has thrown. */
+    /** Ends the service and returns why the server stopped. Rethrows its exception. */
     plc::FdServer::End finish();
 
 private:

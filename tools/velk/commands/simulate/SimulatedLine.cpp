@@ -27,7 +27,7 @@ constexpr std::uint32_t kUsualBaud = 19'200;
     throw CommandError(ExitCode::Usage, text);
 }
 
-/** What a description file says wrongly is a wrong use of the program. */
+/** A mistake in a description file is a usage error. */
 template <typename Read>
 auto reading(Read&& read) {
     try {
@@ -48,11 +48,11 @@ plc::LineDescription lineOfOneProgram(std::string_view text, std::string const& 
     return line;
 }
 
-/** The file that the other commands read is easily taken for the one that is played. */
+/** Recognises the project file of the other commands, which is easily confused with a description. */
 void refuseProjectFile(std::string const& text, std::string const& file) {
     bool const described = plc::hasAnyKey(text, file, {"framing", "variable"});
     if (!described && plc::hasAnyKey(text, file, {"line", "defaults"})) {
-        refuse(file + ": this is a project file, which tells velk where the PLCs are; to be played, they have to be "
+        refuse(file + ": this is a project file, which tells velk where the PLCs are; to simulate them, they must be "
                       "described: see simulated-plc.md of the documents");
     }
 }
@@ -81,14 +81,14 @@ void overrideStations(plc::LineDescription& line, PlcOptions const& options) {
     }
 }
 
-/** Frames take their time: a panel that is still sending, or receiving, has not fallen silent. */
+/** Frames take time: a panel that is still sending or receiving is not silent. */
 void allowForFrames(plc::LineDescription& line) {
     for (plc::StationDescription& station : line.stations) {
         station.exchangeTimeout += plc::timeOf(2 * (plc::kRoutingHeaderSize + station.blockSize), line.speed);
     }
 }
 
-/** A pseudo-terminal plays any speed; a real port knows the usual ones. */
+/** A pseudo-terminal simulates any speed; a real port knows the usual ones. */
 void checkBaud(int baud, bool realPort) {
     constexpr int kDataBits = 8;
     if (realPort) {
@@ -97,7 +97,8 @@ void checkBaud(int baud, bool realPort) {
             refuse("--baud: " + settings.failure().text);
         }
     } else if (baud < static_cast<int>(plc::kLeastBaud) || baud > static_cast<int>(plc::kMostBaud)) {
-        refuse(fmt::format("--baud: {} is no line speed from {} to {} bit/s", baud, plc::kLeastBaud, plc::kMostBaud));
+        refuse(
+            fmt::format("--baud: {} is not a line speed from {} to {} bit/s", baud, plc::kLeastBaud, plc::kMostBaud));
     }
 }
 
@@ -194,9 +195,9 @@ std::vector<FaultRule> faultRules(PlcOptions const& options, plc::LineDescriptio
     return rules;
 }
 
-// ---- what happens later
+// ---- timed events
 
-/** The same program as a new download of it: everything in its place, under another identifier. */
+/** The same program as after a new download: everything in its place, with another identifier. */
 plc::ProgramDescription downloadedAgain(plc::ProgramDescription program) {
     ++program.projectId;
     return program;

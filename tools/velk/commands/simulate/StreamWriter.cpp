@@ -16,8 +16,8 @@ namespace velk::simulation {
 namespace {
 
 /**
- * The same pipe or terminal once more, so that it can be written to without waiting: the mode of the stream itself
- * is shared with other programs. Closed when that cannot be had; then the stream must do.
+ * The same pipe or terminal opened again, to write without waiting: the mode of the stream itself is shared with other
+ * programs. Closed if that fails; then the stream itself is used.
  */
 base::FileDescriptor openedAgain(int stream) {
     struct stat kind {};
@@ -38,7 +38,7 @@ StreamWriter::StreamWriter(int stream, OnFailure onFailure)
     : stream_(stream), onFailure_(onFailure), own_(openedAgain(stream)) {}
 
 bool StreamWriter::write() {
-    constexpr std::size_t kAtOnce = PIPE_BUF; // a pipe with any room takes so much
+    constexpr std::size_t kAtOnce = PIPE_BUF; // a writable pipe has room for this much
     bool any = false;
     while (isPending() && (own_.isOpen() || isReady(std::chrono::milliseconds(0)))) {
         std::size_t const size = std::min(kAtOnce, text_.size() - written_);

@@ -9,12 +9,12 @@
 
 namespace velk::simulation {
 
-/** Writes to standard output, or another stream, only what it takes without waiting. */
+/** Writes to standard output or another stream without waiting. */
 class StreamWriter {
 public:
     enum class OnFailure {
-        Throw,  ///< CommandError, when nothing can be written any more
-        Forget, ///< what is put is lost, for nobody is left to be told
+        Throw,  ///< CommandError, when the stream can no longer be written
+        Forget, ///< output is dropped, because there is no reader
     };
 
     explicit StreamWriter(int stream, OnFailure onFailure = OnFailure::Throw);
@@ -23,19 +23,19 @@ public:
 
     [[nodiscard]] bool isPending() const { return written_ < text_.size(); }
 
-    /** Ready to be written to when more of what is pending can go. */
+    /** Writable when more of the pending output fits. */
     [[nodiscard]] int descriptor() const { return own_.isOpen() ? own_.get() : stream_; }
 
-    /** Writes what goes at once and answers whether any did. */
+    /** Writes what fits at once and returns whether anything did. */
     bool write();
 
-    /** What a stream that is not read any more, or too slowly, is waited for. */
+    /** How long to wait for a stream that is read slowly or no longer read. */
     struct Patience {
         std::chrono::milliseconds standstill;
         std::chrono::milliseconds altogether;
     };
 
-    /** Writes the rest and answers how many lines were left over when the patience was. */
+    /** Writes the rest and returns how many lines remained when the time was over. */
     std::size_t finish(Patience patience);
 
 private:

@@ -19,8 +19,8 @@ namespace {
 struct SymbolsOptions {
     std::vector<std::string> patterns;
     SymbolsFormat format = SymbolsFormat::Table;
-    bool stored = false; ///< nothing on the line
-    bool fetch = false;  ///< in any case
+    bool stored = false; ///< without using the line
+    bool fetch = false;  ///< even if a file is stored
 };
 
 /** The variables that the patterns find, each once, in the order of the file; all of them without a pattern. */
@@ -40,7 +40,7 @@ std::vector<Variable const*> chosen(SymbolTable const& table, std::vector<std::s
     return variables;
 }
 
-/** Tells of each pattern that finds nothing; false when there is one. */
+/** Reports each pattern that finds nothing; false when there is one. */
 bool tellWhatFindsNothing(SymbolTable const& table, std::vector<std::string> const& patterns, Terminal& terminal) {
     bool allFound = true;
     for (std::string const& pattern : patterns) {
@@ -90,7 +90,7 @@ Command symbolsCommand(Context& context) {
             .description = "List the variables of the PLC's program",
             .words = {word("PATTERN", Offer::Variables, "Only the variables of these names; * and ? are patterns",
                            into(options->patterns), {.repeats = true})},
-            .flags = withLineFlags({flag("--stored", {}, "What is stored from an earlier call; nothing on the line",
+            .flags = withLineFlags({flag("--stored", {}, "Show what an earlier run has stored, without using the line",
                                          into(options->stored), {.oneOf = "source"}),
                                     flag("--fetch", {}, "Fetch the symbol file even when the stored one is right",
                                          into(options->fetch), {.oneOf = "source"}),

@@ -49,11 +49,11 @@ std::string jsonText(std::span<Variable const* const> variables, std::uint32_t p
 /** A part of a name between dots, with what is below it. */
 struct Branch {
     std::string label;
-    Variable const* variable = nullptr;    ///< null for a part that is no variable itself
+    Variable const* variable = nullptr;    ///< null for a part that is not a variable itself
     std::map<std::string, Branch> below{}; ///< by label in upper case
 };
 
-/** No program nests so deep; a name that does keeps its rest in one piece. */
+/** Deeper than real programs nest; a deeper name keeps its rest in one piece. */
 constexpr int kMostDepth = 32;
 
 Branch makeTree(std::span<Variable const* const> variables) {

@@ -13,7 +13,7 @@ enum class SymbolsFormat { Table, Tree, Json, Csv };
 /**
  * A list of variables as text.
  *
- * @param projectId of the program that they are of; in JSON only
+ * @param projectId identifier of their program; in JSON only
  */
 std::string symbolsText(std::span<Variable const* const> variables, std::uint32_t projectId, SymbolsFormat format);
 

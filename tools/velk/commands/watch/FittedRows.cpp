@@ -18,7 +18,7 @@ using Widths = std::vector<std::size_t>;
 constexpr std::size_t kGap = 2; // between the columns of a table
 constexpr std::size_t kWhole = std::numeric_limits<std::size_t>::max();
 
-/** Columns, and to what those that give way may be narrowed. */
+/** Columns, and how far some of them may be narrowed. */
 struct Layout {
     bool types = true;
     std::size_t leastValue = kWhole;
@@ -58,7 +58,7 @@ Widths naturalWidths(std::vector<WatchRow> const& rows, std::vector<Column> cons
     return widths;
 }
 
-/** Takes from one column what the table is too wide, as far as it gives way. */
+/** Narrows one column by the excess width, as far as it may be narrowed. */
 void narrow(Widths& widths, std::vector<Column> const& columns, Column which, std::size_t least, std::size_t& excess) {
     auto const place = std::find(columns.begin(), columns.end(), which);
     if (place == columns.end()) {
@@ -111,7 +111,7 @@ std::vector<std::string> drawn(std::vector<WatchRow> const& rows, std::vector<Co
     return split(table.text());
 }
 
-/** Names and values only, cut as far as it takes. */
+/** Names and values only, cut as far as necessary. */
 std::vector<std::string> narrowest(std::vector<WatchRow> rows, bool stations, std::size_t width) {
     for (WatchRow& row : rows) {
         row.name = stations ? row.station + ":" + row.name : row.name;

@@ -18,11 +18,11 @@ struct WatchRow {
 };
 
 /**
- * A table of the rows that keeps within a width: the line of heads, a rule, and a line for each row.
+ * A table of the rows within a given width: column heads, a rule, and a line for each row.
  *
- * Whatever the width, it can be told which row is good. What has no room gives way in this order: the end of values,
- * the types, the start of stations and names, the ages. In the narrowest table the status stands in the place of a
- * value that is not good.
+ * Whatever the width, it is visible which row is good. If space is short, these are dropped in order: the end of
+ * values, the types, the start of stations and names, the ages. In the narrowest table the status replaces a value that
+ * is not good.
  *
  * @param stations with a column for them
  */

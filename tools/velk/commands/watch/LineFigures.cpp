@@ -16,7 +16,7 @@ constexpr double kSilenceMicroseconds = 20'000; // that ends a received frame
 constexpr std::size_t kMostTimes = 100'000;
 constexpr double kMillisecond = 1'000; // in microseconds
 
-/** The value that a share of the sorted times does not exceed. */
+/** The value that the given share of the sorted times does not exceed. */
 double quantileMs(std::vector<std::int64_t> const& sorted, double share) {
     if (sorted.empty()) {
         return 0;
@@ -48,7 +48,7 @@ LineFigures::LineFigures(int baud, int bitsPerByte, StoppedTime stopped)
 void LineFigures::onFrame(host::PortFrame const& frame) {
     busyMicroseconds_ += static_cast<double>(frame.bytes.size()) * microsecondsPerByte_;
     if (frame.direction == host::FrameDirection::Sent) {
-        exchanges_ += asked_ ? 0 : 1; // two frames in a row ask for one answer
+        exchanges_ += asked_ ? 0 : 1; // two frames in a row expect one answer
         asked_ = true;
         askedAt_ = frame.lastByteAt;
         stoppedBefore_ = stoppedTime();

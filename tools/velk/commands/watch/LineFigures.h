@@ -10,27 +10,27 @@
 
 namespace velk {
 
-/** How the line was in a stretch of time. */
+/** Statistics of the line over a period. */
 struct LineSummary {
     std::uint64_t exchanges = 0; ///< frames that asked for an answer
     std::uint64_t answered = 0;
     std::map<std::string, std::uint64_t> failures;  ///< by cause, as the driver words it
-    std::map<std::string, std::uint64_t> badValues; ///< of variables that alone were not good, by cause
+    std::map<std::string, std::uint64_t> badValues; ///< of single variables that were not good, by cause
     double answerMedianMs = 0;                      ///< from the end of a frame to the first byte of its answer
     double answer95Ms = 0;
     double answerWorstMs = 0;
-    double busyMs = 0; ///< the least time that what was exchanged takes on this line
+    double busyMs = 0; ///< the least time that the traffic takes on this line
 };
 
 /**
  * Measures a line: answer times, failures, and the least time that its traffic needs.
  *
- * The least time is that of the bytes at the line's speed and of the silence behind each received frame, which is
- * what ends the frame. No cycle can be shorter.
+ * The least time is that of the bytes at the line's speed and of the silence that ends each received frame. No cycle
+ * can be shorter.
  */
 class LineFigures final : public host::PortObserver {
 public:
-    /** Microseconds for which the program was stopped so far; such time is no answer time. */
+    /** Microseconds for which the program was stopped so far; not counted as answer time. */
     using StoppedTime = std::function<std::int64_t()>;
 
     /** @param baud bit/s; @param bitsPerByte start, data, parity and stop bits together */
@@ -42,7 +42,7 @@ public:
     /** Counts a failure that was reported for a call. */
     void countFailure(std::string const& cause) { ++failures_[cause]; }
 
-    /** Counts a variable that was not good where its station answered. */
+    /** Counts a variable that was not good although its station answered. */
     void countBadValue(std::string const& cause) { ++badValues_[cause]; }
 
     [[nodiscard]] std::uint64_t failureCount() const;

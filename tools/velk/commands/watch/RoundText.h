@@ -8,10 +8,10 @@
 
 namespace velk {
 
-/** The name of a variable in a line that stands for itself, with its station in front where there are several. */
+/** The name of a variable in a separate line, after its station when there are several. */
 std::string lineName(Tag const& tag, bool stations);
 
-/** A line for each reading of a round; one that is not good tells why. */
+/** A line for each reading of a round; one that is not good says why. */
 std::string roundLines(std::span<Reading const> readings, bool stations);
 
 /** A round as one line of JSON. */

@@ -6,10 +6,10 @@
 namespace velk {
 
 /**
- * When each station is asked again. One that does not answer is asked with growing pauses, so that it does not slow
- * the others: half a second longer after each failure, up to ten seconds.
+ * When each station is asked again. One that does not answer is asked after growing pauses, so that it does not slow
+ * down the others: half a second longer after each failure, up to ten seconds.
  *
- * Knows no clock: all times are microseconds that the caller gives.
+ * Uses no clock: the caller gives all times, in microseconds.
  */
 class StationPacing {
 public:

@@ -15,7 +15,7 @@ public:
     /** Throws CommandError when the file cannot be written. */
     explicit ValueFile(std::string name);
 
-    /** Puts a line for each reading behind what is there, and sees that it is kept. Throws like the constructor. */
+    /** Appends a line for each reading and flushes the file. Throws like the constructor. */
     void append(std::span<Reading const> readings);
 
 private:

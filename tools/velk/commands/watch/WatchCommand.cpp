@@ -30,7 +30,7 @@ namespace {
 struct WatchOptions {
     std::vector<std::string> names;
     std::int64_t everyMicroseconds = 500'000;
-    std::uint64_t count = 0; ///< rounds; 0: until the user wants the end
+    std::uint64_t count = 0; ///< rounds; 0: until the user asks to stop
     bool json = false;
     std::string csvFile; ///< empty for none
 };
@@ -39,7 +39,7 @@ constexpr std::int64_t kReopenPause = 1'000'000;
 constexpr std::int64_t kRedrawPause = 1'000'000; // ages grow, and windows change, between rounds
 constexpr double kMicrosecondsPerMillisecond = 1'000;
 
-/** Frames on the same terminal would be painted over. */
+/** Frames on the same terminal would be overwritten by the table. */
 bool wantsTable(WatchOptions const& options, Context const& context) {
     StreamKinds const& kinds = context.terminal.kinds();
     bool const amongFrames = context.tracesToError && kinds.errorIsTerminal;
@@ -90,9 +90,9 @@ private:
     Attachment attachment_;
     bool live_;
 
-    std::unique_ptr<Session> session_; ///< null while the line is away
+    std::unique_ptr<Session> session_; ///< null while the port is away
     base::Failure away_;               ///< why
-    std::set<int> heard_;              ///< stations of which something was found out in this round
+    std::set<int> heard_;              ///< stations with a result in this round
     StationPacing pacing_;
     std::map<int, std::string> troubles_; ///< what is wrong with stations now, by node
     std::set<std::string> complaints_;    ///< about variables
@@ -101,7 +101,7 @@ private:
     LiveScreen screen_;
     std::optional<ValueFile> file_;
     std::int64_t startedAt_ = 0;   ///< of runningTime()
-    std::int64_t nextAt_ = 0;      ///< the next round begins
+    std::int64_t nextAt_ = 0;      ///< start of the next round
     std::int64_t stoppedTime_ = 0; ///< before the table was shown
     ExitCode worst_ = ExitCode::Good;
 };
@@ -112,7 +112,7 @@ ExitCode Watch::run() {
         file_.emplace(options_.csvFile);
     }
     startedAt_ = runningTime();
-    // The first opening has to succeed: a wrong name of a port is no adapter that comes back.
+    // The first opening must succeed: a wrong port name must not be treated as an unplugged adapter.
     session_ = makeSession();
     session_->require(session_->open());
     nextAt_ = context_.clock.microseconds();
@@ -120,12 +120,12 @@ ExitCode Watch::run() {
         step();
     } while (!isOver() && wait());
     double const elapsed = static_cast<double>(runningTime() - startedAt_) / kMicrosecondsPerMillisecond;
-    context_.terminal.setQuiet(false); // the figures are told always
+    context_.terminal.setQuiet(false); // the statistics are always printed
     context_.terminal.note(summaryText(figures_.summary(), elapsed));
     return outcome();
 }
 
-/** What tells of an upload goes with it: lines that stay would push the table from its place. */
+/** Upload progress is removed when done: permanent lines would move the table. */
 std::unique_ptr<Session> Watch::makeSession() {
     return std::make_unique<Session>(settings_, context_, UploadStyle{.vanishes = live_});
 }
@@ -143,7 +143,7 @@ ExitCode Watch::outcome() const {
     return context_.interrupt.requested() ? ExitCode::Interrupted : worst_;
 }
 
-/** Until the next round, or until there is something else to do. False when the user wants the end. */
+/** Waits for the next round or for something else to do. False when the user asks to stop. */
 bool Watch::wait() {
     std::int64_t pause = nextAt_ - context_.clock.microseconds();
     if (session_ == nullptr) {
@@ -152,7 +152,7 @@ bool Watch::wait() {
     return context_.interrupt.pause(live_ ? std::min(pause, kRedrawPause) : pause);
 }
 
-/** A round when it is time for one. */
+/** A round, if one is due. */
 void Watch::step() {
     if (session_ == nullptr && openLine()) {
         nextAt_ = context_.clock.microseconds();
@@ -169,7 +169,7 @@ void Watch::step() {
     nextAt_ = std::max(nextAt_ + pause, context_.clock.microseconds());
 }
 
-/** Tries the port again after it died; false while it is away. */
+/** Tries the port again after a failure; false while it is away. */
 bool Watch::openLine() {
     auto session = makeSession();
     base::Outcome const opened = session->open();
@@ -184,12 +184,12 @@ bool Watch::openLine() {
         noteSuspension();
         context_.terminal.out(screen_.erase(screenSize()));
     }
-    context_.terminal.error("the port is back"); // and stays above the table
+    context_.terminal.error("the port is back"); // the line stays above the table
     redraw();
     return true;
 }
 
-/** A round in which nobody could be asked, and which every station fails. */
+/** A round without a port, in which every station fails. */
 void Watch::awayRound() {
     ++header_.rounds;
     header_.roundMs = 0;
@@ -216,9 +216,9 @@ void Watch::round() {
         }
     }
     if (context_.interrupt.requested()) {
-        return; // what was cut off is no news of the PLC
+        return; // an interrupted exchange says nothing about the PLC
     }
-    if (heard_.empty()) { // all of them pause
+    if (heard_.empty()) { // no station is due
         return redraw();
     }
     ++header_.rounds;
@@ -263,10 +263,10 @@ void Watch::judge(int node, bool answered) {
     }
 }
 
-/** About what the user has written, and the PLC or the driver does not have. */
+/** About variables that the user has named and the PLC or the driver does not know. */
 void Watch::complainOnce(Reading const& reading) {
     bool const isOfTheUser = reading.tag->tag == nullptr || statusWord(reading) == "missing";
-    bool const tableStands = live_ && header_.rounds > 0; // the reason stands below it
+    bool const tableStands = live_ && header_.rounds > 0; // the reason is shown below it
     std::string const text = lineName(*reading.tag, several_) + ": " + displayable(reasonText(reading));
     if (isOfTheUser && !tableStands && complaints_.insert(text).second) {
         context_.terminal.complain(text);
@@ -287,7 +287,7 @@ void Watch::stationFailed(int node, base::Failure const& failure) {
     case ExitCode::Silent:
         return pacing_.failed(node, context_.clock.microseconds());
     default:
-        return; // whoever refuses costs no time, and may be asked at once
+        return; // a PLC that refuses costs no time and may be asked again at once
     }
 }
 
@@ -319,7 +319,7 @@ void Watch::show() {
     showLive();
 }
 
-/** The table with what has become of ages, troubles and the window. */
+/** Redraws the table with current ages, troubles and window size. */
 void Watch::redraw() {
     if (live_) {
         showLive();
@@ -340,8 +340,8 @@ void Watch::noteSuspension() {
 void Watch::showLive() {
     noteSuspension();
     ScreenSize const size = screenSize();
-    std::size_t const height = std::max<std::size_t>(size.rows, 2) - 1; // the cursor stands in the last line
-    // Some terminals erase the last column along with the rest of a line that fills them.
+    std::size_t const height = std::max<std::size_t>(size.rows, 2) - 1; // the cursor is in the last line
+    // Some terminals erase the last column together with the rest of a full line.
     std::size_t const width = std::max<std::size_t>(size.columns, 2) - 1;
     context_.terminal.out(screen_.redraw(
         table_.lines(header_, std::chrono::system_clock::now(), width, height, context_.terminal), size));
@@ -361,14 +361,14 @@ Command watchCommand(Context& context) {
     };
     return {
         .name = "watch",
-        .description = "Read variables again and again and show how they change",
+        .description = "Read variables repeatedly and show how they change",
         .words = {word("NAME", Offer::Variables, "Variables, as for read; without one: all tags of the project file",
                        into(options->names), {.repeats = true})},
         .flags = withLineFlags(
             {flag("--every", "INTERVAL", "Time from round to round, such as 500ms (the default), 2s or 1min",
-                  parsed(options->everyMicroseconds, parseInterval, "is no interval such as 500ms, 2s or 1min")),
-             flag("--count", "N", "End after so many rounds; one in which no station was due is none",
-                  parsed(options->count, rounds, "is no number of rounds; it takes 1 or more")),
+                  parsed(options->everyMicroseconds, parseInterval, "is not an interval such as 500ms, 2s or 1min")),
+             flag("--count", "N", "End after this number of rounds; rounds without a due station do not count",
+                  parsed(options->count, rounds, "is not a number of rounds (1 or more)")),
              flag("--json", {}, "One JSON object a round, each on its line", into(options->json)),
              flag("--csv", {"FILE", Offer::Files},
                   "Append the values to this file as well, with the reasons of those that are not good",

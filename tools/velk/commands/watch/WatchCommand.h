@@ -6,7 +6,7 @@ namespace velk {
 
 struct Context;
 
-/** Reads variables again and again and shows how they change. */
+/** Reads variables repeatedly and shows how they change. */
 Command watchCommand(Context& context);
 
 } // namespace velk

@@ -16,7 +16,7 @@ Reading failedReading(Tag const& tag, base::Failure const& failure) {
     return reading;
 }
 
-/** What is wrong with the station, and not with one of its variables only. */
+/** What is wrong with the station, and not only with one of its variables. */
 bool isOfTheStation(ExitCode code) {
     return code != ExitCode::Good && code != ExitCode::ItemNotGood;
 }
@@ -50,7 +50,7 @@ base::Outcome WatchList::read(Session& session, int node) {
     return made.ok() ? readTags(session, node) : made;
 }
 
-/** Makes the tags that are not there yet. */
+/** Creates the missing tags. */
 base::Outcome WatchList::make(Session& session, int node) {
     for (Watched& watched : list_) {
         if (watched.request.node != node || watched.made) {
@@ -77,7 +77,7 @@ void WatchList::unmake(Session& session, int node) {
     }
 }
 
-/** The rows of the station stay what they were; one that was never seen has the name that the user gave. */
+/** Keeps the rows of the station; one that was never read has the name that the user gave. */
 void WatchList::fail(int node, Settings const& settings, base::Failure const& failure) {
     for (Watched& watched : list_) {
         if (watched.request.node != node) {

@@ -12,10 +12,10 @@ namespace velk {
 class Session;
 
 /**
- * What is watched, and what was read of it last.
+ * The watched variables and their latest readings.
  *
- * The tags of a station are made when it is asked for the first time, and anew when its PLC has got another program:
- * their types and places are those of one program.
+ * The tags of a station are created when it is first asked, and again when its PLC's program was replaced: their types
+ * and places are those of one program.
  */
 class WatchList {
 public:
@@ -24,8 +24,8 @@ public:
     [[nodiscard]] std::set<int> nodes() const;
 
     /**
-     * Reads the variables of a station. When their program turns out to be replaced, its values are dropped, and
-     * those of the new one are read.
+     * Reads the variables of a station. When the program was replaced, the values of the old one are dropped and those
+     * of the new one are read.
      *
      * The failure is that of the station; what is wrong with one variable is in its reading.
      */
@@ -34,22 +34,22 @@ public:
     /** The session is gone, and its tags with it. The readings stay. */
     void forgetTags();
 
-    /** Fails the variables of a station that cannot be asked. @p failure has words that can be shown. */
+    /** Marks the variables of a station that cannot be asked as failed. The text of @p failure can be shown. */
     void fail(int node, Settings const& settings, base::Failure const& failure);
 
-    /** What was read last, in the order of the requests. */
+    /** The latest readings, in the order of the requests. */
     [[nodiscard]] std::vector<Reading> readings() const { return readings(nodes()); }
 
     /** The same of some stations only. */
     [[nodiscard]] std::vector<Reading> readings(std::set<int> const& nodes) const;
 
 private:
-    /** One request with the variables that it stands for. */
+    /** One request with its variables. */
     struct Watched {
         TagRequest request;
         std::vector<Tag> tags;
         std::vector<Reading> readings; ///< of the tags, in their order
-        bool made = false;             ///< the tags are the driver's, of the program that runs
+        bool made = false;             ///< the tags exist in the driver, for the running program
     };
 
     base::Outcome make(Session& session, int node);

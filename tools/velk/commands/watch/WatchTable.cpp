@@ -16,7 +16,7 @@ namespace {
 
 using Lines = std::vector<std::string>;
 
-/** What stands above each other. */
+/** The parts of the screen from top to bottom. */
 struct Sections {
     Lines above;
     Lines heads;
@@ -32,7 +32,7 @@ bool wasGood(WatchedItem const& item) {
     return item.goodAt.time_since_epoch().count() != 0;
 }
 
-/** An old value stands in parentheses. */
+/** An old value is in parentheses. */
 WatchRow rowOf(WatchedItem const& item, std::chrono::system_clock::time_point now) {
     WatchRow row;
     row.station = displayable(item.station);
@@ -53,7 +53,7 @@ std::size_t lineCount(Sections const& sections) {
     return sections.above.size() + sections.heads.size() + sections.rows.size() + sections.reasons.size();
 }
 
-/** Lets go of what says nothing, and where even that is not enough, of what matters less than the rows. */
+/** Drops empty lines first, then what matters less than the rows. */
 void tighten(Sections& sections, std::size_t height) {
     constexpr std::size_t kLow = 12;
     constexpr std::size_t kLowest = 6;
@@ -68,7 +68,7 @@ void tighten(Sections& sections, std::size_t height) {
     std::erase(sections.reasons, "");
 }
 
-/** Cuts rows and reasons to the lines that are left for them; a quarter is for reasons in any case. */
+/** Cuts rows and reasons to the lines that are left for them; a quarter is always for reasons. */
 void share(Sections& sections, std::size_t left, std::size_t width) {
     std::size_t const spare = left - std::min(left, sections.rows.size());
     sections.reasons.resize(std::min(sections.reasons.size(), std::max(spare, left / 4)));
@@ -142,7 +142,7 @@ std::string WatchTable::headerLine(WatchHeader const& header) const {
                        header.roundMs, header.floorMs, counted(header.failures, "failure", "failures"));
 }
 
-/** The reasons in the order of the rows, each with the variables that it is of; not those that were told already. */
+/** The reasons in the order of the rows, each with the variables concerned, without those already shown. */
 std::vector<std::string> WatchTable::reasonLines(std::string const& told) const {
     std::vector<std::string> reasons;
     std::map<std::string, std::vector<WatchedItem const*>> items;

@@ -30,21 +30,21 @@ struct WatchedItem {
 /** The state of the line, for the lines above the table. */
 struct WatchHeader {
     std::uint64_t rounds = 0;
-    double roundMs = 0; ///< what the last round took
-    double floorMs = 0; ///< the least that it can take on this line
+    double roundMs = 0; ///< duration of the last round
+    double floorMs = 0; ///< shortest possible duration on this line
     std::uint64_t failures = 0;
-    std::string trouble; ///< what is wrong with the line now; empty when nothing is
+    std::string trouble; ///< what is wrong with the line now; empty for nothing
 };
 
-/** The live table of watched variables. Knows no clock and no terminal of its own. */
+/** The live table of watched variables. Uses neither a clock nor a terminal. */
 class WatchTable {
 public:
-    /** Takes over what came of a round. A variable keeps its last good value as long as it is among the readings. */
+    /** Stores the results of a round. A variable keeps its last good value as long as it is among the readings. */
     void update(std::span<Reading const> readings);
 
     /**
      * Lines without their ends, at most @p height of them, each at most @p width characters without colours. What is
-     * not good can be told without colours, too, and the reasons stand below the table as far as there is room.
+     * not good is visible without colours, too; the reasons are below the table as far as there is room.
      */
     [[nodiscard]] std::vector<std::string> lines(WatchHeader const& header, std::chrono::system_clock::time_point now,
                                                  std::size_t width, std::size_t height, Terminal const& terminal) const;
@@ -52,7 +52,7 @@ public:
     [[nodiscard]] std::vector<WatchedItem> const& items() const { return items_; }
 
 private:
-    /** Of which station and of what name. */
+    /** Station and name. */
     using Key = std::pair<int, std::string>;
 
     void update(WatchedItem& item, Reading const& reading) const;
@@ -61,7 +61,7 @@ private:
     [[nodiscard]] std::vector<std::string> reasonLines(std::string const& told) const;
 
     std::vector<WatchedItem> items_;
-    std::map<Key, std::size_t> places_; ///< of the items
+    std::map<Key, std::size_t> places_; ///< indexes of the items
 };
 
 /** "0.4 s", "12 s", "3 min", "2 h". */

@@ -64,7 +64,7 @@ std::string Change::reason(base::Failure const& failure, ExitCode code) const {
     if (programReplaced) {
         return "the PLC's program was replaced";
     }
-    return endsEverything(code) ? "" : failure.text; // the end of everything is told once, below the table
+    return endsEverything(code) ? "" : failure.text; // a fatal failure is printed once, below the table
 }
 
 std::string Change::text() const {
@@ -78,7 +78,7 @@ std::string Change::text() const {
         return (writeCode == ExitCode::Silent ? "no answer (" : "no good answer (") + written.failure.text +
                "), but the PLC has the value";
     case Ending::Differs:
-        return "did not take, or the program has changed it since";
+        return "not kept, or changed by the program since";
     case Ending::NotReadBack:
         return "written, not read back" + because(whyNotReadBack);
     case Ending::Unknown:

@@ -16,9 +16,9 @@ namespace velk {
 enum class Ending {
     Took,
     TookUnanswered, ///< the answer was lost, and the PLC has the value
-    Differs,        ///< the PLC took it, and has another value now
-    NotReadBack,    ///< the PLC took it
-    Unknown,        ///< the PLC may have taken it
+    Differs,        ///< the PLC accepted it, and has another value now
+    NotReadBack,    ///< the PLC accepted it
+    Unknown,        ///< the PLC may have accepted it
     Failed,         ///< the PLC refused it, or has another value
     NotWritten,     ///< the PLC was not even asked, or has another program and refused
 };
@@ -27,25 +27,25 @@ enum class Ending {
 struct Change {
     Tag const* tag = nullptr;
     host::ValueBytes wanted;
-    Reading before; ///< not good where the present value does not fit the type
+    Reading before; ///< not good when the present value does not fit the type
 
     host::TagResult written{};             ///< as the driver reports it
     Delivery delivery = Delivery::NotSent; ///< as it was seen on the line
     ExitCode writeCode = ExitCode::Good;   ///< what `written` means
     Reading after{};
     ExitCode readBackCode = ExitCode::Good; ///< what `after` means
-    std::string advice{};                   ///< of the first failure, with what is likely behind it
-    bool programReplaced = false;           ///< the value of `after` means nothing, with a tag of the old one
+    std::string advice{};                   ///< for the first failure, with its likely cause
+    bool programReplaced = false;           ///< then `after`, read with a tag of the old program, means nothing
 
     [[nodiscard]] Ending ending() const;
 
     /** The PLC has the value, and did not refuse it. */
     [[nodiscard]] bool took() const;
 
-    /** Whether the value was written; nothing when nobody knows. */
+    /** Whether the value was written; nothing when unknown. */
     [[nodiscard]] std::optional<bool> isWritten() const;
 
-    /** What the ending means for the program. */
+    /** The exit code for the ending. */
     [[nodiscard]] ExitCode exitCode() const;
 
     /** The ending in words. */
@@ -61,7 +61,7 @@ private:
     [[nodiscard]] std::string reason(base::Failure const& failure, ExitCode code) const;
 };
 
-/** The answer of the program for all of them. */
+/** The exit code for all of them. */
 ExitCode exitCodeOf(std::span<Change const> changes);
 
 } // namespace velk

@@ -10,14 +10,14 @@
 
 namespace velk {
 
-/** Whether stations are named, and how: where a project has one alone, nobody asks which. */
+/** Whether stations are named, and how: a project with one station does not need it. */
 class StationNaming {
 public:
     StationNaming(Settings const& settings, std::span<TagRequest const> requests);
 
     [[nodiscard]] bool shown() const { return shown_; }
 
-    /** The tag's name for a complaint: "PLC_PRG.Setpoint", or with its station "oven:PLC_PRG.Setpoint". */
+    /** The tag's name for a message: "PLC_PRG.Setpoint", or with its station "oven:PLC_PRG.Setpoint". */
     [[nodiscard]] std::string name(Tag const& tag) const;
 
     /** "the PLC", or the tag's station: "oven", "station 3". */
@@ -26,7 +26,7 @@ public:
     /** The same for the stations of all tags: "the PLC", "oven and press". */
     [[nodiscard]] std::string places(std::span<Tag const> tags) const;
 
-    /** Cells of a table, behind one for the station where stations are named. */
+    /** Cells of a table, after one for the station when stations are named. */
     [[nodiscard]] std::vector<std::string> withStation(std::string station, std::vector<std::string> cells) const;
 
 private:

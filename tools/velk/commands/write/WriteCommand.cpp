@@ -42,7 +42,7 @@ std::vector<TagRequest> requestsOf(std::vector<Assignment> const& assignments, S
     std::set<std::pair<int, std::string>> known;
     for (Assignment const& each : assignments) {
         TagRequest request = parseTagRequest(each.name, settings);
-        // An element of an array looks like a pattern; as a name it is looked up, and may be there.
+        // An element of an array looks like a pattern; as a name it is looked up, and may exist.
         request.isPattern = false;
         if (request.variable.find_first_of("*?") != std::string::npos) {
             throw CommandError(ExitCode::Usage, "'" + each.name + "': only single variables can be written");
@@ -57,16 +57,16 @@ std::vector<TagRequest> requestsOf(std::vector<Assignment> const& assignments, S
 
 void requireSomebodyToAsk(WriteOptions const& options, Terminal const& terminal) {
     if (!options.yes && !terminal.kinds().inputIsTerminal) {
-        throw CommandError(ExitCode::Usage, "there is no terminal to ask on: give --yes to write without a question");
+        throw CommandError(ExitCode::Usage, "no terminal for questions: give --yes to write without a question");
     }
 }
 
-/** Values of another program than the tags were made from would land in other variables, as other types. */
+/** After a change of program the values would be written to other variables, as other types. */
 void requireSamePrograms(Session& session, std::span<Tag const> tags, StationNaming const& naming) {
     for (Tag const& tag : tags) {
         if (session.isProgramReplaced(tag.node)) {
             throw CommandError(ExitCode::ItemNotGood, "the program of " + naming.place(tag) +
-                                                          " was replaced: nothing was written, call again");
+                                                          " was replaced: nothing was written; run the command again");
         }
     }
 }
@@ -81,7 +81,7 @@ void rememberPrograms(Session& session, std::span<Tag const> tags) {
     }
 }
 
-/** What is to be done, as the command line says it. */
+/** The changes as given on the command line. */
 struct Job {
     WriteOptions const& options;
     std::vector<Assignment> assignments;
@@ -89,7 +89,7 @@ struct Job {
     StationNaming naming;
 };
 
-/** What is to be done, as the PLCs have it. */
+/** The changes with the tags of the PLCs. */
 struct Plan {
     std::vector<Tag> tags;
     std::vector<Change> changes; ///< of the tags, in their order
@@ -118,10 +118,10 @@ void requireYes(Plan const& plan, Job const& job, Session& session, Context& con
     requireSamePrograms(session, plan.tags, job.naming);
 }
 
-/** What ends the command before anything is written has to say so, an interruption too. */
+/** A failure before anything is written must say so, and so must an interruption. */
 [[noreturn]] void endBeforeWriting(CommandError const& error, Terminal& terminal) {
     if (error.code() == ExitCode::Interrupted) {
-        terminal.complain(kNothingWritten); // of an interruption nothing else is told
+        terminal.complain(kNothingWritten); // an interruption has no other message
         throw error;
     }
     if (error.code() == ExitCode::Port) {
@@ -130,14 +130,14 @@ void requireYes(Plan const& plan, Job const& job, Session& session, Context& con
     throw error;
 }
 
-/** What is printed next stands on a line of its own, and not behind the ^C. */
+/** Starts a new line, so that the next output does not follow the ^C. */
 void endEcho(ExitCode code, Terminal& terminal) {
     if (code == ExitCode::Interrupted && terminal.kinds().errorIsTerminal) {
         terminal.error("");
     }
 }
 
-/** All that comes before the writing. */
+/** Everything before the writing. */
 Plan prepare(Job const& job, Session& session, Context& context) {
     bool asked = false;
     try {
@@ -156,7 +156,7 @@ Plan prepare(Job const& job, Session& session, Context& context) {
     }
 }
 
-/** What was written, or may have been, is told also when the line has come to its end. */
+/** What was written, or may have been, is reported even after the line failed. */
 ExitCode tell(std::span<Change const> changes, std::optional<CommandError> const& end, Job const& job,
               Terminal& terminal) {
     if (end) {
@@ -204,7 +204,7 @@ Command writeCommand(Context& context) {
     auto const options = std::make_shared<WriteOptions>();
     return {
         .name = "write",
-        .description = "Write values, after a look at the old ones, and read them back",
+        .description = "Show old values, write new ones, and read them back",
         .words = {word("NAME=VALUE", Offer::Variables,
                        "What to write, as [STATION:]NAME[:TYPE[(CONVERSIONS)]]=VALUE; arrays as [1, 2, 3], texts as "
                        "they are or in quotes, bytes as pairs of hexadecimal digits",

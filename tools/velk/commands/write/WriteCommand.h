@@ -15,10 +15,10 @@ struct Assignment {
     std::string value;
 };
 
-/** Takes NAME=VALUE apart at the first "=". Throws CommandError (usage). */
+/** Splits NAME=VALUE at the first "=". Throws CommandError (usage). */
 Assignment parseAssignment(std::string_view word);
 
-/** Writes values, after a look at the old ones and a question, and reads back what the PLC has then. */
+/** Shows the old values, asks, writes the new ones and reads them back. */
 Command writeCommand(Context& context);
 
 } // namespace velk

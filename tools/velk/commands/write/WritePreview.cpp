@@ -25,7 +25,7 @@ base::Result<host::ValueBytes> parseValue(Tag const& tag, std::string const& tex
     if (!bytes.ok() || bytes.value().empty()) {
         return bytes;
     }
-    constexpr std::size_t kMargin = 8; // a conversion turns whole elements round
+    constexpr std::size_t kMargin = 8; // a conversion reverses whole elements
     host::ValueBytes image(static_cast<std::size_t>(std::max(0, tag.tag->PackedLen())) + kMargin);
     if (!tag.tag->ConvertVariable(bytes.value().data(), image.data(), true)) {
         return base::Failure{base::FailureKind::Value,
@@ -41,11 +41,12 @@ std::string pitfallOf(Change const& change, StationNaming const& naming) {
         return fmt::format("{}: the present value cannot be shown as {} ({})", name, displayable(tag.typeText()),
                            displayable(change.before.result.failure.text));
     }
-    // The symbol file does not tell a BOOL that is a byte from one that is a bit among others.
+    // In the symbol file a BOOL that is a byte looks like one that is a single bit.
     if (tag.plcType == "BOOL") {
-        return fmt::format("{0} is written as a whole byte; if it is a single bit, its neighbours are lost: then write "
-                           "{0}:bit",
-                           name);
+        return fmt::format(
+            "{0} is written as a whole byte; if it is a single bit, the neighbouring bits are overwritten: use "
+            "{0}:bit",
+            name);
     }
     return "";
 }
@@ -87,7 +88,7 @@ std::vector<Change> parseChanges(std::span<Reading const> before, std::span<std:
 void tellOfPitfalls(std::span<Change const> changes, StationNaming const& naming, bool asking, Terminal& terminal) {
     for (Change const& change : changes) {
         if (std::string const text = pitfallOf(change, naming); !text.empty()) {
-            asking ? terminal.error(text) : terminal.note(text); // whoever is asked has to know
+            asking ? terminal.error(text) : terminal.note(text); // needed to answer the question
         }
     }
 }

@@ -12,24 +12,24 @@ namespace velk {
 class Session;
 class Terminal;
 
-/** What every complaint before the writing ends with. */
+/** The end of every message before the writing. */
 inline constexpr char const* kNothingWritten = "nothing was written";
 
 /**
- * Complains about the variables that cannot be written, and throws CommandError: nothing is written when anything
- * cannot be. A present value that the driver cannot convert is no reason, for the value to write replaces it.
+ * Reports the variables that cannot be written, and throws CommandError if there are any: then nothing is written. A
+ * present value that the driver cannot convert does not prevent writing, for the new value replaces it.
  *
- * One of bad quality is a reason. The PLC itself says that it does not stand for what lies there; what is written
- * could not be read back either, and a PLC that refuses one item refuses the whole list.
+ * Bad quality does: the PLC itself marks the value as invalid. The new value could not be read back either, and a PLC
+ * that refuses one item refuses the whole list.
  */
 void requireWritable(std::span<Reading const> before, StationNaming const& naming, Session const& session,
                      Terminal& terminal);
 
-/** The changes for the texts of the values. Complains about those that do not fit, and throws CommandError. */
+/** The changes for the texts of the values. Reports those that do not fit, and throws CommandError. */
 std::vector<Change> parseChanges(std::span<Reading const> before, std::span<std::string const> values,
                                  StationNaming const& naming, Terminal& terminal);
 
-/** Tells what the table does not: of present values without a text, and of BOOLs that may be single bits. */
+/** Reports what the table does not show: values without a text, and BOOLs that may be single bits. */
 void tellOfPitfalls(std::span<Change const> changes, StationNaming const& naming, bool asking, Terminal& terminal);
 
 /** The present values and those to write, as a table. */

@@ -35,7 +35,7 @@ nlohmann::ordered_json jsonOf(Change const& change) {
 std::string complaintOf(Change const& change, StationNaming const& naming) {
     std::string const place = naming.place(*change.tag);
     if (change.programReplaced) {
-        return "the program of " + place + " was replaced: call again, variables and types may be other ones";
+        return "the program of " + place + " was replaced: run the command again; variables and types may have changed";
     }
     if (change.took() || change.advice.empty()) {
         return "";

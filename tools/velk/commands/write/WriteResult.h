@@ -9,13 +9,13 @@
 
 namespace velk {
 
-/** What came of the changes, as a table. */
+/** The results of the changes, as a table. */
 std::string resultText(std::span<Change const> changes, StationNaming const& naming);
 
 /** The same as JSON. */
 std::string resultJson(std::span<Change const> changes);
 
-/** What else is to be said, a complaint each: what is likely behind failures, and what to do. */
+/** Further messages: likely causes of failures, and what to do. */
 std::vector<std::string> complaintsOf(std::span<Change const> changes, StationNaming const& naming);
 
 } // namespace velk

@@ -3,7 +3,7 @@
 namespace velk {
 namespace {
 
-/** A coupler sends a frame back that it could not pass on: that is no answer of the PLC. */
+/** A coupler sends a frame back that it could not pass on: that is not an answer of the PLC. */
 bool isOfCoupler(trace::Frame const& frame) {
     return frame.routing && frame.routing->status != 0;
 }
@@ -18,7 +18,7 @@ void WriteWatch::onFrame(host::PortFrame const& frame) {
     }
 }
 
-/** All of it may have left before the port died. */
+/** All of it may have been sent before the port failed. */
 void WriteWatch::onUnsent(std::span<unsigned char const> bytes) {
     onSent(bytes);
 }

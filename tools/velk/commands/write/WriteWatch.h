@@ -5,24 +5,24 @@
 
 namespace velk {
 
-/** What became of a list on its way to the PLC. */
+/** What happened to a list that was sent. */
 enum class Delivery {
-    NotSent,    ///< the PLC cannot have it
-    Unanswered, ///< the PLC may have it
-    Refused,    ///< the PLC answered that it does not take it
-    Accepted,   ///< the PLC answered that it took it, whatever came of the rest of the exchange
+    NotSent,    ///< the PLC cannot have received it
+    Unanswered, ///< the PLC may have received it
+    Refused,    ///< the PLC answered that it rejects it
+    Accepted,   ///< the PLC answered that it accepts it, however the rest of the exchange ended
 };
 
-/** Sees on the line whether a list that is written went out, and what the PLC answered. */
+/** Sees on the line whether a written list was sent, and the PLC's answer. */
 class WriteWatch final : public host::PortObserver {
 public:
     void onFrame(host::PortFrame const& frame) override;
     void onUnsent(std::span<unsigned char const> bytes) override;
 
-    /** Another list comes. */
+    /** Another list follows. */
     void begin();
 
-    /** Of the list that came last; the driver may have sent it several times. */
+    /** Of the latest list; the driver may have sent it several times. */
     [[nodiscard]] Delivery delivery() const;
 
 private:

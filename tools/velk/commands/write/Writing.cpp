@@ -25,13 +25,13 @@ void Writing::write(std::vector<Change>& changes) {
     }
 }
 
-/** Once the line has come to its end, a list is not tried any more. */
+/** Once the line has failed, further lists are not tried. */
 void Writing::writeList(std::vector<Change>& changes, std::span<std::size_t const> items) {
     std::vector<host::TagWrite> writes;
     for (std::size_t const item : items) {
         writes.push_back({changes[item].tag->tag, changes[item].wanted});
     }
-    // In one piece or not at all: of a list that is cut in halves nobody could say which of them the PLC has seen.
+    // In one piece or not at all: after splitting a list it would be unknown which half the PLC received.
     host::TransferPolicy const policy{.extraCalls = 0};
     watch_.begin();
     std::vector<host::TagResult> results =
@@ -67,16 +67,16 @@ Writing::Judgement Writing::judge(host::TagResult const& result) {
     }
     ExitCode const code = end_ ? end_->code() : session_.exitCode(result);
     CommandError const error = session_.error(result.failure);
-    if (endsEverything(code)) { // that is told once, for all of them
+    if (endsEverything(code)) { // reported once, for all of them
         end_ = end_ ? end_ : error;
         return {code, result.failure};
     }
     return {code, session_.explained(result.failure), error.what()};
 }
 
-/** The read has made the driver fetch the symbols of a new program: until then nothing tells that there is one. */
+/** After the read, which makes the driver fetch a new program's symbols: only then the change shows. */
 void Writing::noteReplacedPrograms(std::vector<Change>& changes) {
-    std::map<int, bool> replaced; // by node; the session tells of it once
+    std::map<int, bool> replaced; // by node; the session reports it once
     for (Change& change : changes) {
         int const node = change.tag->node;
         if (!replaced.contains(node)) {

@@ -14,7 +14,7 @@
 
 namespace velk {
 
-/** Writes values, reads them back, and notes in each what came of it, whatever happens on the way. */
+/** Writes values, reads them back, and records the result of each in any case. */
 class Writing {
 public:
     /** @p watch sees the line of the session. */
@@ -23,15 +23,15 @@ public:
     /** @p changes and @p tags are of the same variables, in the same order. */
     void run(std::vector<Change>& changes, std::span<Tag const> tags);
 
-    /** The end that the user or a dead port put to it. */
+    /** Why it stopped early: the user, or a failed port. */
     [[nodiscard]] std::optional<CommandError> const& end() const { return end_; }
 
 private:
-    /** What a result means for the program and for the user. */
+    /** A result as exit code and as text for the user. */
     struct Judgement {
         ExitCode code = ExitCode::Good;
-        base::Failure failure{}; ///< in words that can be shown
-        std::string advice{};    ///< what is likely behind it
+        base::Failure failure{}; ///< its text can be shown
+        std::string advice{};    ///< the likely cause
     };
 
     void write(std::vector<Change>& changes);
