@@ -2,6 +2,7 @@
 
 #include "host/instance/DriverFailure.h"
 #include "host/values/Counted.h"
+#include "host/values/TagLength.h"
 #include "interfaces/IProtocol.h"
 #include "interfaces/ITag.h"
 
@@ -206,10 +207,7 @@ base::Outcome checkTag(ITag const* tag) {
     if (tag == nullptr) {
         return base::Failure{FailureKind::LeftOut, "there is no such tag"};
     }
-    if (tag->GetVarLength() < 0) {
-        return base::Failure{FailureKind::LeftOut, "the tag has a negative length"};
-    }
-    return {};
+    return checkLength(*tag);
 }
 
 base::Outcome checkWrite(TagWrite const& write) {

@@ -95,8 +95,13 @@ class ReadTroubles(Troubles, ServiceTest):
     def test_a_value_that_no_response_holds_is_not_asked_for(self):
         done = self.run_velk(self.words("read", self.line().link, "PLC_PRG.Counter:int-30000", "PLC_PRG.Counter"))
         self.assert_ends(done, ITEM_NOT_GOOD)
-        self.assertIn("failed: its 120,000 bytes are more than the 75,000 that fit one response", done.stdout)
+        self.assertIn("failed: its 120000 bytes are more than the 74993 that fit one response", done.stdout)
         self.assertRegex(done.stdout, r"PLC_PRG\.Counter +DINT +1234567 +good")
+
+    def test_a_value_that_just_fits_no_response_is_not_asked_for(self):
+        done = self.run_velk(self.words("read", self.line().link, "PLC_PRG.Counter:unsignedByte-74994"))
+        self.assert_ends(done, ITEM_NOT_GOOD)
+        self.assertIn("failed: its 74994 bytes are more than the 74993 that fit one response", done.stdout)
 
     def test_another_type_than_that_of_the_program(self):
         done = self.run_velk(self.words("read", self.line().link, "-q", "--csv", "PLC_PRG.Counter:unsignedByte-4",

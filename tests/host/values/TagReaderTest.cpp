@@ -178,13 +178,29 @@ TEST_F(TagReader, ADriverWithoutDatagramsIsReadTagByTag) {
     EXPECT_EQ(protocol.calls, (Calls{"Read a", "Read b"}));
 }
 
-TEST_F(TagReader, ATagWithANegativeLengthFailsAlone) {
+TEST_F(TagReader, ATagWithoutALengthIsRefusedAndFailsAlone) {
     add("a", 1, {}).length = -5;
     add("b", 1, {2});
     add("c", 1, {});
     host::TagReader reader(protocol);
-    EXPECT_EQ(shown(reader.read(list)), (Calls{"the tag has a negative length", "good 2", "good"}));
-    EXPECT_EQ(protocol.calls, (Calls{"ReadDatagram b c"}));
+    auto const results = reader.read(list);
+    EXPECT_EQ(shown(results), (Calls{"the tag has a negative length", "good 2",
+                                     "its length is 0: the type needs a count, as in string-20 or short-10"}));
+    EXPECT_EQ(results[2].failure.kind, base::FailureKind::Unreachable);
+    EXPECT_EQ(protocol.calls, (Calls{"ReadDatagram b"}));
+    std::vector<host::TagWrite> const writes = {{list[1], {9}}, {list[2], {}}};
+    EXPECT_EQ(shown(reader.write(writes))[1], "its length is 0: the type needs a count, as in string-20 or short-10");
+    EXPECT_EQ(protocol.calls, (Calls{"ReadDatagram b", "WriteDatagram b"}));
+}
+
+TEST_F(TagReader, AValueThatFitsNoResponseIsRefusedAndFailsAlone) {
+    add("a", 1, {1}).packed = 74'993; // 75,000 bytes with the status, 4 bytes without meaning, and the quality
+    add("b", 1, {2}).packed = 74'994;
+    host::TagReader reader(protocol);
+    auto const results = reader.read(list);
+    EXPECT_EQ(shown(results), (Calls{"good 1", "its 74994 bytes are more than the 74993 that fit one response"}));
+    EXPECT_EQ(results[1].failure.kind, base::FailureKind::Unreachable);
+    EXPECT_EQ(protocol.calls, (Calls{"ReadDatagram a"}));
 }
 
 TEST_F(TagReader, APlanCanBeUsedAgain) {

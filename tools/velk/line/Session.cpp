@@ -3,6 +3,7 @@
 #include "base/Signals.h"
 #include "host/instance/ModuleFile.h"
 #include "host/values/TagAddress.h"
+#include "host/values/TagLength.h"
 #include "interfaces/ITag.h"
 #include "tools/velk/context/Choices.h"
 #include "tools/velk/context/Context.h"
@@ -26,8 +27,6 @@ using base::FailureKind;
 
 /** A name that no program has: reading it asks the PLC about the project all the same. */
 constexpr char const* kNoVariable = "VELK_ASKS_FOR_THE_PROJECT";
-
-constexpr int kMostValueBytes = 75'000; // of the driver's buffers
 
 /** The name of a variable that can be read, or of none. */
 std::string probeName(SymbolTable const* table) {
@@ -272,11 +271,9 @@ void Session::addressTag(Tag& tag, std::string const& offset) {
         return;
     }
     tag.tag = made.value();
-    if (int const length = tag.tag->GetVarLength(); length > kMostValueBytes) {
+    if (base::Outcome const checked = host::checkLength(*tag.tag); !checked.ok()) {
         freeTags({&tag, 1});
-        tag.failure = {FailureKind::Unreachable,
-                       fmt::format("its {} bytes are more than the {} that fit one response",
-                                   grouped(static_cast<unsigned>(length)), grouped(kMostValueBytes))};
+        tag.failure = checked.failure();
     }
 }
 
