@@ -1,6 +1,7 @@
 #pragma once
 
 #include "base/Result.h"
+#include "host/values/BadTags.h"
 #include "host/values/DatagramPlanner.h"
 #include "interfaces/ItemStatus.h"
 
@@ -28,10 +29,11 @@ struct TagWrite {
 
 struct TransferPolicy {
     /**
-     * How many more calls may be spent on one datagram to find the tag that spoils it: it is cut in halves until
-     * the bad tag stands alone. 16 find one bad tag of 90; 0 fails the whole datagram.
+     * Cuts a list that fails for one of its tags in halves, until every bad tag stands alone and all others have their
+     * values. For b bad tags of n that takes up to about 2 b log2(n / b) + 2 b more calls. Where the failure may also
+     * be the line's, the search ends when several calls in succession bring no value; after a time-out, at once.
      */
-    int extraCalls = 16;
+    bool findBadTags = true;
 
     /** After a time-out, do not ask the same node again in the same call: its other tags fail alike at once. */
     bool skipNodeAfterTimeout = false;
@@ -51,6 +53,9 @@ public:
     /** Reads @p tags; a null pointer is a tag that could not be created, and fails alone. */
     std::vector<TagResult> read(std::span<ITag* const> tags);
 
+    /** The same, asking apart the tags that are @p known to be bad; it is kept up to date for the next read. */
+    std::vector<TagResult> read(std::span<ITag* const> tags, BadTags& known);
+
     /** The same along a plan made for these very tags, so that a cycle plans only once. */
     std::vector<TagResult> read(std::span<ITag* const> tags, std::vector<Datagram> const& plan);
 
@@ -58,6 +63,8 @@ public:
     std::vector<TagResult> write(std::span<TagWrite const> writes);
 
 private:
+    std::vector<TagResult> read(std::span<ITag* const> tags, std::vector<Datagram> const& plan, BadTags& known);
+
     IProtocol3& protocol_;
     TransferPolicy policy_;
 };

@@ -81,6 +81,14 @@ class ReadTroubles(Troubles, ServiceTest):
         self.assertRegex(done.stdout, r"PLC_PRG\.Counter +DINT +- +failed: .*bad quality")
         self.assertRegex(done.stdout, r"PLC_PRG\.Mode +BYTE +3 +good")
 
+    def test_three_of_bad_quality_among_forty_four(self):
+        bad = {3, 20, 41}
+        line = self.line(program=self.numbers(44), flags=[word for i in bad for word in ("--bad-quality", f"V{i:02}")])
+        done = self.run_velk(self.words("read", line.link, "-q", "--json", "V*"))
+        self.assert_ends(done, ITEM_NOT_GOOD)
+        self.assertEqual([each["value"] for each in json.loads(done.stdout)],
+                         [None if i in bad else i for i in range(44)])
+
     def test_a_pattern_that_finds_nothing(self):
         done = self.run_velk([*self.say(self.line().link), "Nothing*"])
         self.assert_ends(done, ITEM_NOT_GOOD)

@@ -240,6 +240,7 @@ base::Result<SymbolTable const*> Session::symbolsAskedOnce(int node) {
 
 base::Result<SymbolTable const*> Session::fetchSymbols(int node) {
     current_.clear();
+    badTags_.clear();
     panel_.reset(); // with what it knows of the symbols
     portOpen_ = false;
     std::optional<std::uint64_t> const size = fileSize(symbolFile(node));
@@ -330,6 +331,7 @@ base::Result<std::vector<Tag>> Session::createTags(TagRequest const& request) {
 void Session::freeTags(std::span<Tag> tags) {
     for (Tag& tag : tags) {
         if (tag.tag != nullptr) {
+            badTags_.remove(tag.tag);
             panel_->driver().freeTag(tag.tag);
             tag.tag = nullptr;
         }
@@ -341,7 +343,7 @@ std::vector<host::TagResult> Session::read(std::span<Tag const> tags, host::Tran
     for (Tag const& tag : tags) {
         list.push_back(tag.tag);
     }
-    std::vector<host::TagResult> results = host::TagReader(panel_->driver().protocol(), policy).read(list);
+    std::vector<host::TagResult> results = host::TagReader(panel_->driver().protocol(), policy).read(list, badTags_);
     for (std::size_t i = 0; i < results.size(); ++i) {
         if (tags[i].tag == nullptr) {
             results[i].failure = tags[i].failure;

@@ -32,7 +32,7 @@ void Writing::writeList(std::vector<Change>& changes, std::span<std::size_t cons
         writes.push_back({changes[item].tag->tag, changes[item].wanted});
     }
     // In one piece or not at all: of a list that is cut in halves nobody could say which of them the PLC has seen.
-    host::TransferPolicy const policy{.extraCalls = 0};
+    host::TransferPolicy const policy{.findBadTags = false};
     watch_.begin();
     std::vector<host::TagResult> results =
         end_ ? std::vector<host::TagResult>(items.size())
