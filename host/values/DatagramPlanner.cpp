@@ -1,5 +1,6 @@
 #include "host/values/DatagramPlanner.h"
 
+#include "host/values/TagLength.h"
 #include "interfaces/IProtocol.h"
 #include "interfaces/ITag.h"
 
@@ -105,7 +106,7 @@ private:
 std::vector<Datagram> planDatagrams(IProtocol3& protocol, std::span<ITag* const> tags, Purpose purpose) {
     Builder builder(protocol, purpose);
     for (std::size_t index = 0; index < tags.size(); ++index) {
-        if (tags[index] != nullptr && tags[index]->GetVarLength() >= 0) {
+        if (tags[index] != nullptr && checkLength(*tags[index]).ok()) {
             builder.add(index, tags[index]);
         }
     }

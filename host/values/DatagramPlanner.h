@@ -21,10 +21,9 @@ struct Datagram {
 /**
  * Groups @p tags into datagrams with the driver's planning operations.
  *
- * Every tag is in exactly one datagram, also one that is equal to another; null pointers and tags with a
- * negative length are in none. Datagrams of
- * one node follow each other, nodes in the order in which they first appear: each change of node costs a logout
- * and a login. Writes to one node keep their order.
+ * Every tag is in exactly one datagram, also one that is equal to another; null pointers and tags with a length that
+ * cannot be asked for (checkLength()) are in none. Datagrams of one node follow each other, nodes in the order in which
+ * they first appear: each change of node costs a logout and a login. Writes to one node keep their order.
  */
 std::vector<Datagram> planDatagrams(IProtocol3& protocol, std::span<ITag* const> tags, Purpose purpose);
 

@@ -2,6 +2,7 @@
 
 #include "host/instance/DriverFailure.h"
 #include "host/values/Counted.h"
+#include "host/values/TagLength.h"
 #include "interfaces/IProtocol.h"
 #include "interfaces/ITag.h"
 
@@ -33,8 +34,19 @@ base::Failure itemFailure(idal_error_t status) {
 }
 
 /**
- * Failures that one tag of a list may cause, found before anything is sent; only the conversions of a read come last.
+ * How many calls in succession may bring no value while a list is searched for a failure that may also be the line's.
+ * 16 find one tag of 90; after that, the PLC may well refuse whatever it is asked.
  */
+constexpr int kCallsInVain = 16;
+
+/** Whose failure it is that a list failed. */
+enum class Blame {
+    Tag,       ///< one of its tags
+    TagOrLine, ///< perhaps one of its tags
+    Nobody,    ///< no tag; or trying the others does harm
+};
+
+/** What is due to one tag of a list, and is found before anything is sent; but a read's conversions come last. */
 bool isOfTheRequest(FailureKind kind) {
     switch (kind) {
     case FailureKind::Request:
@@ -58,9 +70,6 @@ bool isOfTheReply(FailureKind kind) {
     case FailureKind::ReadRefused:
     case FailureKind::WriteRefused:
     case FailureKind::OtherProject:
-    case FailureKind::NoSymbolFile:
-    case FailureKind::SymbolFileBroken:
-    case FailureKind::BadQuality:
         return true;
     default:
         return false;
@@ -81,8 +90,8 @@ public:
     /** The same for one tag, through the driver's operation for a single tag. */
     virtual bool single(std::size_t item) = 0;
 
-    /** True when the failure may be due to one tag, and trying the others without it does no harm. */
-    [[nodiscard]] virtual bool mayBlameATag(base::Failure const& failure) const = 0;
+    [[nodiscard]] virtual Blame blame(base::Failure const& failure) const = 0;
+    [[nodiscard]] virtual ITag const* tag(std::size_t item) const = 0;
 
     void fail(Items items, base::Failure const& failure) {
         for (std::size_t const item : items) {
@@ -136,9 +145,14 @@ public:
         return true;
     }
 
-    [[nodiscard]] bool mayBlameATag(base::Failure const& failure) const override {
-        return isOfTheRequest(failure.kind) || isOfTheReply(failure.kind);
+    [[nodiscard]] Blame blame(base::Failure const& failure) const override {
+        if (isOfTheRequest(failure.kind) || failure.kind == FailureKind::BadQuality) {
+            return Blame::Tag;
+        }
+        return isOfTheReply(failure.kind) ? Blame::TagOrLine : Blame::Nobody;
     }
+
+    [[nodiscard]] ITag const* tag(std::size_t item) const override { return tags_[item]; }
 
 private:
     static void note(TagResult& result, idal_error_t status, std::span<unsigned char const> value) {
@@ -186,10 +200,12 @@ public:
         return true;
     }
 
-    // A write that the PLC refused, or answered with too long a reply, may be partly done: do not repeat it.
-    [[nodiscard]] bool mayBlameATag(base::Failure const& failure) const override {
-        return isOfTheRequest(failure.kind);
+    // What the PLC itself refused, or answered at too great a length, may be half written: not again.
+    [[nodiscard]] Blame blame(base::Failure const& failure) const override {
+        return isOfTheRequest(failure.kind) ? Blame::Tag : Blame::Nobody;
     }
+
+    [[nodiscard]] ITag const* tag(std::size_t item) const override { return writes_[item].tag; }
 
 private:
     static void note(TagResult& result, idal_error_t status) {
@@ -208,10 +224,7 @@ base::Outcome checkTag(ITag const* tag) {
     if (tag == nullptr) {
         return base::Failure{FailureKind::LeftOut, "there is no such tag"};
     }
-    if (tag->GetVarLength() < 0) {
-        return base::Failure{FailureKind::LeftOut, "the tag has a negative length"};
-    }
-    return {};
+    return checkLength(*tag);
 }
 
 base::Outcome checkWrite(TagWrite const& write) {
@@ -232,37 +245,56 @@ base::Outcome checkWrite(TagWrite const& write) {
 /** Carries out a plan and assigns every failure to the tags concerned. */
 class Execution {
 public:
-    Execution(Transfer& transfer, TransferPolicy const& policy) : transfer_(transfer), policy_(policy) {}
+    Execution(Transfer& transfer, TransferPolicy const& policy, BadTags& known)
+        : transfer_(transfer), policy_(policy), known_(known) {}
 
     void run(Datagram const& datagram) {
-        if (silentNodes_.contains(datagram.node)) {
-            transfer_.fail(datagram.items, silence_);
-            return;
-        }
         node_ = datagram.node;
-        calls_ = policy_.extraCalls;
+        if (!policy_.skipNodeAfterTimeout) {
+            silentNodes_.clear();
+        }
         if (datagram.single) {
             runSingle(datagram.items);
         } else {
-            runItems(datagram.items);
+            runApart(datagram.items);
         }
     }
 
 private:
     void runSingle(Items items) {
         for (std::size_t const item : items) {
+            if (isSilent(items)) {
+                return;
+            }
             if (!guarded([&] { return transfer_.single(item); })) {
                 noteFailure(items);
             }
         }
     }
 
+    /** Tags that are known to be bad are asked alone, after all the others. */
+    void runApart(Items items) {
+        std::vector<std::size_t> ordered(items.begin(), items.end());
+        auto const bad = std::stable_partition(ordered.begin(), ordered.end(),
+                                               [&](std::size_t item) { return !known_.contains(transfer_.tag(item)); });
+        auto const together = static_cast<std::size_t>(bad - ordered.begin());
+        callsInVain_ = kCallsInVain;
+        if (together > 0) {
+            runItems(Items(ordered).first(together));
+        }
+        for (std::size_t i = together; i < ordered.size(); ++i) {
+            runItems(Items(ordered).subspan(i, 1));
+        }
+    }
+
     void runItems(Items items) {
-        if (guarded([&] { return transfer_.datagram(items); })) {
+        if (isSilent(items)) {
             return;
         }
-        if (items.size() > 1 && calls_ >= 2 && transfer_.mayBlameATag(failure_)) {
-            calls_ -= 2;
+        if (guarded([&] { return transfer_.datagram(items); })) {
+            return noteSuccess(items);
+        }
+        if (items.size() > 1 && goesOn()) {
             runItems(items.first(items.size() / 2));
             runItems(items.subspan(items.size() / 2));
             return;
@@ -270,7 +302,17 @@ private:
         noteFailure(items);
     }
 
-    /** Runs a call and keeps the reason when it fails. Running out of memory for a value also counts as a failure. */
+    /** Whether a list that failed is cut in halves, which costs two calls. */
+    bool goesOn() {
+        Blame const blame = policy_.findBadTags ? transfer_.blame(failure_) : Blame::Nobody;
+        if (blame != Blame::TagOrLine) {
+            return blame == Blame::Tag;
+        }
+        callsInVain_ -= 2;
+        return callsInVain_ >= 0;
+    }
+
+    /** Runs a call and keeps the reason when it fails. A value too big for the memory fails it as well. */
     template <typename Call>
     bool guarded(Call&& call) {
         try {
@@ -284,9 +326,28 @@ private:
         return false;
     }
 
+    /** Fails what would only wait for another time-out. */
+    bool isSilent(Items items) {
+        if (!silentNodes_.contains(node_)) {
+            return false;
+        }
+        transfer_.fail(items, silence_);
+        return true;
+    }
+
+    void noteSuccess(Items items) {
+        callsInVain_ = kCallsInVain;
+        for (std::size_t const item : items) {
+            known_.remove(transfer_.tag(item));
+        }
+    }
+
     void noteFailure(Items items) {
         transfer_.fail(items, failure_);
-        if (policy_.skipNodeAfterTimeout && failure_.kind == FailureKind::Timeout) {
+        if (items.size() == 1 && transfer_.blame(failure_) == Blame::Tag) {
+            known_.add(transfer_.tag(items.front()));
+        }
+        if (failure_.kind == FailureKind::Timeout) {
             silentNodes_.insert(node_);
             silence_ = failure_;
         }
@@ -294,11 +355,12 @@ private:
 
     Transfer& transfer_;
     TransferPolicy const& policy_;
+    BadTags& known_;
     base::Failure failure_;
-    std::set<int> silentNodes_;
+    std::set<int> silentNodes_; ///< in the rest of the datagram; in the rest of the plan where the policy says so
     base::Failure silence_;
     int node_ = 0;
-    int calls_ = 0;
+    int callsInVain_ = 0; ///< that may still follow
 };
 
 } // namespace
@@ -309,7 +371,16 @@ std::vector<TagResult> TagReader::read(std::span<ITag* const> tags) {
     return read(tags, planDatagrams(protocol_, tags, Purpose::Read));
 }
 
+std::vector<TagResult> TagReader::read(std::span<ITag* const> tags, BadTags& known) {
+    return read(tags, planDatagrams(protocol_, tags, Purpose::Read), known);
+}
+
 std::vector<TagResult> TagReader::read(std::span<ITag* const> tags, std::vector<Datagram> const& plan) {
+    BadTags none;
+    return read(tags, plan, none);
+}
+
+std::vector<TagResult> TagReader::read(std::span<ITag* const> tags, std::vector<Datagram> const& plan, BadTags& known) {
     std::vector<TagResult> results(tags.size());
     for (std::size_t i = 0; i < tags.size(); ++i) {
         if (base::Outcome const checked = checkTag(tags[i]); !checked.ok()) {
@@ -317,7 +388,7 @@ std::vector<TagResult> TagReader::read(std::span<ITag* const> tags, std::vector<
         }
     }
     Reading reading(protocol_, tags, results);
-    Execution execution(reading, policy_);
+    Execution execution(reading, policy_, known);
     std::for_each(plan.begin(), plan.end(), [&](Datagram const& datagram) { execution.run(datagram); });
     return results;
 }
@@ -334,7 +405,8 @@ std::vector<TagResult> TagReader::write(std::span<TagWrite const> writes) {
         }
     }
     Writing writing(protocol_, writes, results);
-    Execution execution(writing, policy_);
+    BadTags none; // what was bad for one value may take another
+    Execution execution(writing, policy_, none);
     for (Datagram const& datagram : planDatagrams(protocol_, tags, Purpose::Write)) {
         execution.run(datagram);
     }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "base/Result.h"
+#include "host/values/BadTags.h"
 #include "host/values/DatagramPlanner.h"
 #include "interfaces/ItemStatus.h"
 
@@ -28,10 +29,11 @@ struct TagWrite {
 
 struct TransferPolicy {
     /**
-     * How many more calls may be spent on one datagram to find the tag that makes it fail: the datagram is halved until
-     * the bad tag is alone. 16 calls find one bad tag among 90; with 0 the whole datagram fails.
+     * Cuts a list that fails for one of its tags in halves, until every bad tag stands alone and all others have their
+     * values. For b bad tags of n that takes up to about 2 b log2(n / b) + 2 b more calls. Where the failure may also
+     * be the line's, the search ends when several calls in succession bring no value; after a time-out, at once.
      */
-    int extraCalls = 16;
+    bool findBadTags = true;
 
     /**
      * After a time-out, do not ask the same node again in the same call: its other tags fail at once in the same way.
@@ -53,13 +55,18 @@ public:
     /** Reads @p tags; a null pointer is a tag that could not be created, and fails alone. */
     std::vector<TagResult> read(std::span<ITag* const> tags);
 
-    /** The same with a plan made for exactly these tags, so that cyclic reads plan only once. */
+    /** The same, asking apart the tags that are @p known to be bad; it is kept up to date for the next read. */
+    std::vector<TagResult> read(std::span<ITag* const> tags, BadTags& known);
+
+    /** The same along a plan made for these very tags, so that a cycle plans only once. */
     std::vector<TagResult> read(std::span<ITag* const> tags, std::vector<Datagram> const& plan);
 
     /** Writes in the order given, node by node. A value of the wrong length fails alone. */
     std::vector<TagResult> write(std::span<TagWrite const> writes);
 
 private:
+    std::vector<TagResult> read(std::span<ITag* const> tags, std::vector<Datagram> const& plan, BadTags& known);
+
     IProtocol3& protocol_;
     TransferPolicy policy_;
 };

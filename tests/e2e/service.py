@@ -211,6 +211,13 @@ program = "{program or DEMO / "program-1.toml"}"
             self.assertTrue(modes[place] & flag, modes)
         self.assertLessEqual(child.before.count("\x1b[?25l"), child.before.count("\x1b[?25h"))
 
+    def numbers(self, count):
+        """A program with the variables V00, V01 ... that have their number as their value."""
+        file = self.folder / "numbers.toml"
+        rows = "".join(f'    {{ name = "V{i:02}", type = "INT", value = {i} }},\n' for i in range(count))
+        file.write_text(f"project_id = 0x00C0FFEE\nvariable = [\n{rows}]\n")
+        return file
+
     def variables(self):
         """A separate program for tests that write, with one variable of each kind."""
         file = self.folder / "variables.toml"

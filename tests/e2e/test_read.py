@@ -81,6 +81,14 @@ class ReadTroubles(Troubles, ServiceTest):
         self.assertRegex(done.stdout, r"PLC_PRG\.Counter +DINT +- +failed: .*bad quality")
         self.assertRegex(done.stdout, r"PLC_PRG\.Mode +BYTE +3 +good")
 
+    def test_three_of_bad_quality_among_forty_four(self):
+        bad = {3, 20, 41}
+        line = self.line(program=self.numbers(44), flags=[word for i in bad for word in ("--bad-quality", f"V{i:02}")])
+        done = self.run_velk(self.words("read", line.link, "-q", "--json", "V*"))
+        self.assert_ends(done, ITEM_NOT_GOOD)
+        self.assertEqual([each["value"] for each in json.loads(done.stdout)],
+                         [None if i in bad else i for i in range(44)])
+
     def test_a_pattern_that_finds_nothing(self):
         done = self.run_velk([*self.say(self.line().link), "Nothing*"])
         self.assert_ends(done, ITEM_NOT_GOOD)
@@ -95,8 +103,13 @@ class ReadTroubles(Troubles, ServiceTest):
     def test_a_value_that_no_response_holds_is_not_asked_for(self):
         done = self.run_velk(self.words("read", self.line().link, "PLC_PRG.Counter:int-30000", "PLC_PRG.Counter"))
         self.assert_ends(done, ITEM_NOT_GOOD)
-        self.assertIn("failed: its 120,000 bytes are more than the 75,000 that fit one response", done.stdout)
+        self.assertIn("failed: its 120000 bytes are more than the 74993 that fit one response", done.stdout)
         self.assertRegex(done.stdout, r"PLC_PRG\.Counter +DINT +1234567 +good")
+
+    def test_a_value_that_just_fits_no_response_is_not_asked_for(self):
+        done = self.run_velk(self.words("read", self.line().link, "PLC_PRG.Counter:unsignedByte-74994"))
+        self.assert_ends(done, ITEM_NOT_GOOD)
+        self.assertIn("failed: its 74994 bytes are more than the 74993 that fit one response", done.stdout)
 
     def test_another_type_than_that_of_the_program(self):
         done = self.run_velk(self.words("read", self.line().link, "-q", "--csv", "PLC_PRG.Counter:unsignedByte-4",

@@ -106,6 +106,23 @@ class Watch(ServiceTest):
         self.assertRegex(done.stdout, r"PLC_PRG\.Counter\S* - failed: \w.+\n")
         self.assertRegex(done.stderr, r" 0 failed, 2 values not good \(.*1 x One of the values has bad quality.*\); ")
 
+    def test_values_that_were_bad_are_asked_apart_in_the_rounds_that_follow(self):
+        bad = {3, 20, 41}
+        line = self.line(program=self.numbers(44), flags=[word for i in bad for word in ("--bad-quality", f"V{i:02}")])
+
+        def frames_asked(rounds):
+            done = self.run_velk(self.words("watch", line.link, "V*", "--repeat", 1, "--json", "--count", rounds,
+                                            "--every", "1ms"))
+            self.assert_ends(done, ITEM_NOT_GOOD)
+            for each in done.stdout.splitlines():
+                self.assertEqual([item["value"] for item in json.loads(each)["items"]],
+                                 [None if i in bad else i for i in range(44)])
+            return int(re.search(r"(\d+) frames asked", done.stderr)[1])
+
+        frames_asked(1)  # fetches the symbols
+        a_list = 3 + 3  # frames of the link check, and of the list itself
+        self.assertEqual(frames_asked(3) - frames_asked(1), 2 * (1 + 3) * a_list, "one for the good ones, and each bad")
+
     def test_reasons_stand_below_the_table(self):
         line = self.line(flags=["--bad-quality", "PLC_PRG.Mode"])
         child = self.type_velk(self.words("watch", line.link, "PLC_PRG.Mode", "Horm", "--every", "10ms"))

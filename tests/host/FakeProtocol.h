@@ -24,8 +24,9 @@ public:
     bool writesDatagrams = true;
     int spoiledCode = -6;
     std::string spoiledText = "One of the values has bad quality";
-    std::set<int> silentNodes; ///< time out
-    bool works = true;         ///< Config, Start, Stop
+    std::set<int> silentNodes;              ///< time out
+    std::optional<std::size_t> silentAfter; ///< so many calls, all nodes time out
+    bool works = true;                      ///< Config, Start, Stop
     std::string ident;
     std::optional<std::string> consoleReply; ///< nothing: the command is not known
 
@@ -190,7 +191,7 @@ private:
 
     bool answers(List list) {
         for (ITag const* const tag : list) {
-            if (silentNodes.contains(fake(tag).node)) {
+            if (silentNodes.contains(fake(tag).node) || (silentAfter && calls.size() > *silentAfter)) {
                 setError(-4, "Timeout on Acknowledge");
                 return false;
             }

@@ -88,7 +88,7 @@ Reading readAll(host::Panel& panel, std::span<Variable const> variables) {
     std::vector<ITag*> tags(variables.size());
     std::transform(variables.begin(), variables.end(), tags.begin(), [](Variable const& each) { return each.tag; });
     // A failed datagram is not split to find the cause: the demonstration shows the failure.
-    host::TagReader reader(panel.driver().protocol(), {.extraCalls = 0});
+    host::TagReader reader(panel.driver().protocol(), {.findBadTags = false});
     std::vector<host::TagResult> const results = reader.read(tags);
 
     Reading reading;

@@ -4,8 +4,10 @@
 
 #include <gtest/gtest.h>
 
+#include <cmath>
 #include <deque>
 #include <optional>
+#include <set>
 
 namespace hosttest {
 namespace {
@@ -42,6 +44,24 @@ protected:
             lines.push_back(shown(result));
         }
         return lines;
+    }
+
+    /** Tags "0", "1" ... of node 1, each with its number as its value. */
+    void addMany(int count) {
+        for (int i = 0; i < count; ++i) {
+            add(std::to_string(i), 1, {static_cast<unsigned char>(i)});
+        }
+    }
+    void spoil(std::set<std::size_t> const& bad) {
+        for (std::size_t i = 0; i < tags.size(); ++i) {
+            tags[i].spoils = bad.contains(i);
+        }
+    }
+    void expectOnlyTheseFail(std::set<std::size_t> const& bad, std::vector<host::TagResult> const& results) const {
+        for (std::size_t i = 0; i < results.size(); ++i) {
+            EXPECT_EQ(results[i].good, !bad.contains(i)) << i;
+            EXPECT_EQ(results[i].value, bad.contains(i) ? Bytes{} : tags[i].value) << i;
+        }
     }
 
     FakeProtocol protocol;
@@ -95,34 +115,119 @@ TEST_F(TagReader, ATagThatSpoilsItsDatagramIsFoundAndFailsAlone) {
                                      "ReadDatagram d"}));
 }
 
-TEST_F(TagReader, SixteenMoreCallsFindOneBadTagOfNinety) {
-    for (int i = 0; i < 90; ++i) {
-        add(std::to_string(i), 1, {static_cast<unsigned char>(i)});
-    }
-    tags[57].spoils = true;
+TEST_F(TagReader, OfFortyFourTagsOnlyTheThreeBadOnesFail) {
+    addMany(44);
+    std::set<std::size_t> const bad{3, 20, 41};
+    spoil(bad);
     host::TagReader reader(protocol);
-    auto const results = reader.read(list);
-    EXPECT_EQ(std::count_if(results.begin(), results.end(), [](auto const& result) { return result.good; }), 89);
-    EXPECT_FALSE(results[57].good);
-    EXPECT_LE(protocol.calls.size(), 17U);
+    expectOnlyTheseFail(bad, reader.read(list));
+    EXPECT_LE(protocol.calls.size(), 31U) << "one call, and 2 * 3 * log2(44 / 3) + 2 * 3 = 29.2 more";
 }
 
-TEST_F(TagReader, TheSearchForBadTagsIsBounded) {
-    for (int i = 0; i < 90; ++i) {
-        add(std::to_string(i), 1, {1}).spoils = true;
+TEST_F(TagReader, WhateverTheNumberOfBadTagsAllOthersHaveTheirValues) {
+    addMany(90);
+    for (std::size_t const step : {90U, 30U, 10U, 7U, 3U, 2U, 1U}) {
+        std::set<std::size_t> bad;
+        for (std::size_t i = step / 2; i < list.size(); i += step) {
+            bad.insert(i);
+        }
+        spoil(bad);
+        protocol.calls.clear();
+        host::TagReader reader(protocol);
+        expectOnlyTheseFail(bad, reader.read(list));
+        for (std::size_t const item : bad) {
+            EXPECT_EQ(std::count(protocol.calls.begin(), protocol.calls.end(), "ReadDatagram " + tags[item].name), 1);
+        }
+        auto const count = static_cast<double>(bad.size());
+        double const more = 2 * count * std::log2(128 / count) + 2 * count; // halved as often as 128 would be
+        EXPECT_LE(static_cast<double>(protocol.calls.size()), 1 + more) << bad.size() << " are bad";
     }
+}
+
+TEST_F(TagReader, TagsThatWereBadAreAskedApartUntilTheyAreGood) {
+    for (char const* const name : {"a", "b", "c", "d"}) {
+        add(name, 1, {7});
+    }
+    spoil({0, 2});
+    host::BadTags known;
+    host::TagReader reader(protocol);
+    reader.read(list, known);
+    for (int round = 0; round < 2; ++round) {
+        protocol.calls.clear();
+        expectOnlyTheseFail({0, 2}, reader.read(list, known));
+        EXPECT_EQ(protocol.calls, (Calls{"ReadDatagram b d", "ReadDatagram a", "ReadDatagram c"}));
+    }
+    spoil({0});
+    reader.read(list, known); // finds out that c is good
+    protocol.calls.clear();
+    expectOnlyTheseFail({0}, reader.read(list, known));
+    EXPECT_EQ(protocol.calls, (Calls{"ReadDatagram b c d", "ReadDatagram a"}));
+}
+
+TEST_F(TagReader, ATimeOutEndsTheSearchForBadTags) {
+    addMany(8);
+    spoil({1, 6});
+    protocol.silentAfter = 3; // 0 to 7, 0 to 3, 0 to 1
     host::TagReader reader(protocol);
     auto const results = reader.read(list);
-    EXPECT_EQ(protocol.calls.size(), 17U) << "one call and 16 more";
+    EXPECT_EQ(protocol.calls.size(), 4U);
     for (auto const& result : results) {
-        EXPECT_EQ(shown(result), "-6 One of the values has bad quality");
+        EXPECT_EQ(shown(result), "-4 Timeout on Acknowledge");
     }
 }
 
-TEST_F(TagReader, WithoutExtraCallsTheWholeDatagramFails) {
+TEST_F(TagReader, ASilentPlcIsNotAskedAgainForTagsThatWereBad) {
+    addMany(4);
+    spoil({1, 2});
+    host::BadTags known;
+    host::TagReader reader(protocol);
+    reader.read(list, known);
+    protocol.calls.clear();
+    protocol.silentNodes = {1};
+    reader.read(list, known);
+    EXPECT_EQ(protocol.calls, (Calls{"ReadDatagram 0 3"}));
+}
+
+TEST_F(TagReader, TagsThatThePlcRefusesToReadDoNotSpoilTheOthers) {
+    addMany(44);
+    protocol.spoiledText = "Command not acknowledged by PLC";
+    std::set<std::size_t> const refused{3, 20, 41};
+    spoil(refused);
+    host::TagReader reader(protocol);
+    expectOnlyTheseFail(refused, reader.read(list));
+}
+
+TEST_F(TagReader, APlcThatRefusesWhateverItIsAskedIsNotAskedForEachTag) {
+    addMany(90);
+    protocol.spoiledText = "Command not acknowledged by PLC";
+    for (FakeTag& tag : tags) {
+        tag.spoils = true;
+    }
+    host::BadTags known;
+    host::TagReader reader(protocol);
+    for (int round = 0; round < 2; ++round) {
+        protocol.calls.clear();
+        auto const results = reader.read(list, known);
+        EXPECT_EQ(protocol.calls.size(), 17U) << "one call and 16 more in vain";
+        for (auto const& result : results) {
+            EXPECT_EQ(shown(result), "-6 Command not acknowledged by PLC");
+        }
+    }
+}
+
+TEST_F(TagReader, ASymbolFileThatDoesNotComeIsNoTagsFault) {
     add("a", 1, {1});
     add("b", 1, {2}).spoils = true;
-    host::TagReader reader(protocol, {0, false});
+    protocol.spoiledText = "Symbol file not present";
+    host::TagReader reader(protocol);
+    EXPECT_EQ(shown(reader.read(list)), (Calls{"-6 Symbol file not present", "-6 Symbol file not present"}));
+    EXPECT_EQ(protocol.calls.size(), 1U);
+}
+
+TEST_F(TagReader, WithoutASearchTheWholeDatagramFails) {
+    add("a", 1, {1});
+    add("b", 1, {2}).spoils = true;
+    host::TagReader reader(protocol, {.findBadTags = false});
     EXPECT_EQ(shown(reader.read(list)),
               (Calls{"-6 One of the values has bad quality", "-6 One of the values has bad quality"}));
     EXPECT_EQ(protocol.calls.size(), 1U);
@@ -148,7 +253,7 @@ TEST_F(TagReader, OnRequestASilentNodeIsAskedOnlyOnceACall) {
     EXPECT_EQ(protocol.calls, (Calls{"ReadDatagram a", "ReadDatagram b", "ReadDatagram c"}));
 
     protocol.calls.clear();
-    host::TagReader brisk(protocol, {16, true});
+    host::TagReader brisk(protocol, {.skipNodeAfterTimeout = true});
     EXPECT_EQ(shown(brisk.read(list)), (Calls{"-4 Timeout on Acknowledge", "-4 Timeout on Acknowledge", "good 3"}));
     EXPECT_EQ(protocol.calls, (Calls{"ReadDatagram a", "ReadDatagram c"}));
     protocol.silentNodes.clear();
@@ -178,13 +283,29 @@ TEST_F(TagReader, ADriverWithoutDatagramsIsReadTagByTag) {
     EXPECT_EQ(protocol.calls, (Calls{"Read a", "Read b"}));
 }
 
-TEST_F(TagReader, ATagWithANegativeLengthFailsAlone) {
+TEST_F(TagReader, ATagWithoutALengthIsRefusedAndFailsAlone) {
     add("a", 1, {}).length = -5;
     add("b", 1, {2});
     add("c", 1, {});
     host::TagReader reader(protocol);
-    EXPECT_EQ(shown(reader.read(list)), (Calls{"the tag has a negative length", "good 2", "good"}));
-    EXPECT_EQ(protocol.calls, (Calls{"ReadDatagram b c"}));
+    auto const results = reader.read(list);
+    EXPECT_EQ(shown(results), (Calls{"the tag has a negative length", "good 2",
+                                     "its length is 0: the type needs a count, as in string-20 or short-10"}));
+    EXPECT_EQ(results[2].failure.kind, base::FailureKind::Unreachable);
+    EXPECT_EQ(protocol.calls, (Calls{"ReadDatagram b"}));
+    std::vector<host::TagWrite> const writes = {{list[1], {9}}, {list[2], {}}};
+    EXPECT_EQ(shown(reader.write(writes))[1], "its length is 0: the type needs a count, as in string-20 or short-10");
+    EXPECT_EQ(protocol.calls, (Calls{"ReadDatagram b", "WriteDatagram b"}));
+}
+
+TEST_F(TagReader, AValueThatFitsNoResponseIsRefusedAndFailsAlone) {
+    add("a", 1, {1}).packed = 74'993; // 75,000 bytes with the status, 4 bytes without meaning, and the quality
+    add("b", 1, {2}).packed = 74'994;
+    host::TagReader reader(protocol);
+    auto const results = reader.read(list);
+    EXPECT_EQ(shown(results), (Calls{"good 1", "its 74994 bytes are more than the 74993 that fit one response"}));
+    EXPECT_EQ(results[1].failure.kind, base::FailureKind::Unreachable);
+    EXPECT_EQ(protocol.calls, (Calls{"ReadDatagram a"}));
 }
 
 TEST_F(TagReader, APlanCanBeUsedAgain) {

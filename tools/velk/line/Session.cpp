@@ -3,6 +3,7 @@
 #include "base/Signals.h"
 #include "host/instance/ModuleFile.h"
 #include "host/values/TagAddress.h"
+#include "host/values/TagLength.h"
 #include "interfaces/ITag.h"
 #include "tools/velk/context/Choices.h"
 #include "tools/velk/context/Context.h"
@@ -26,8 +27,6 @@ using base::FailureKind;
 
 /** A name that no program has: reading it still makes the PLC compare the project. */
 constexpr char const* kNoVariable = "VELK_ASKS_FOR_THE_PROJECT";
-
-constexpr int kMostValueBytes = 75'000; // of the driver's buffers
 
 /** The name of a variable that can be read, or one that does not exist. */
 std::string probeName(SymbolTable const* table) {
@@ -242,6 +241,7 @@ base::Result<SymbolTable const*> Session::symbolsAskedOnce(int node) {
 
 base::Result<SymbolTable const*> Session::fetchSymbols(int node) {
     current_.clear();
+    badTags_.clear();
     panel_.reset(); // with the symbols that it knows
     portOpen_ = false;
     std::optional<std::uint64_t> const size = fileSize(symbolFile(node));
@@ -273,11 +273,9 @@ void Session::addressTag(Tag& tag, std::string const& offset) {
         return;
     }
     tag.tag = made.value();
-    if (int const length = tag.tag->GetVarLength(); length > kMostValueBytes) {
+    if (base::Outcome const checked = host::checkLength(*tag.tag); !checked.ok()) {
         freeTags({&tag, 1});
-        tag.failure = {FailureKind::Unreachable,
-                       fmt::format("its {} bytes are more than the {} that fit one response",
-                                   grouped(static_cast<unsigned>(length)), grouped(kMostValueBytes))};
+        tag.failure = checked.failure();
     }
 }
 
@@ -334,6 +332,7 @@ base::Result<std::vector<Tag>> Session::createTags(TagRequest const& request) {
 void Session::freeTags(std::span<Tag> tags) {
     for (Tag& tag : tags) {
         if (tag.tag != nullptr) {
+            badTags_.remove(tag.tag);
             panel_->driver().freeTag(tag.tag);
             tag.tag = nullptr;
         }
@@ -345,7 +344,7 @@ std::vector<host::TagResult> Session::read(std::span<Tag const> tags, host::Tran
     for (Tag const& tag : tags) {
         list.push_back(tag.tag);
     }
-    std::vector<host::TagResult> results = host::TagReader(panel_->driver().protocol(), policy).read(list);
+    std::vector<host::TagResult> results = host::TagReader(panel_->driver().protocol(), policy).read(list, badTags_);
     for (std::size_t i = 0; i < results.size(); ++i) {
         if (tags[i].tag == nullptr) {
             results[i].failure = tags[i].failure;

@@ -2,6 +2,7 @@
 
 #include "base/Result.h"
 #include "host/instance/Panel.h"
+#include "host/values/BadTags.h"
 #include "host/values/TagReader.h"
 #include "tools/velk/context/CommandError.h"
 #include "tools/velk/context/ExitCode.h"
@@ -89,7 +90,7 @@ public:
      */
     bool isProgramReplaced(int node);
 
-    /** Reads tags; failures name the port when it has failed. */
+    /** Reads tags, asking apart those that were found bad before; failures name a dead port where there is one. */
     std::vector<host::TagResult> read(std::span<Tag const> tags, host::TransferPolicy policy = {});
 
     /** The exit code for the result of one tag. */
@@ -153,6 +154,7 @@ private:
     std::unique_ptr<host::PortObserver> tracer_;
     std::vector<std::unique_ptr<Attachment>> attachments_;
     std::unique_ptr<host::Panel> panel_;
+    host::BadTags badTags_; ///< of the panel
     bool portOpen_ = false;
     std::map<int, SymbolTable> symbols_; ///< by node
     std::map<int, FileStamp> stamps_;    ///< of the files that they are from

@@ -32,7 +32,7 @@ void Writing::writeList(std::vector<Change>& changes, std::span<std::size_t cons
         writes.push_back({changes[item].tag->tag, changes[item].wanted});
     }
     // In one piece or not at all: after splitting a list it would be unknown which half the PLC received.
-    host::TransferPolicy const policy{.extraCalls = 0};
+    host::TransferPolicy const policy{.findBadTags = false};
     watch_.begin();
     std::vector<host::TagResult> results =
         end_ ? std::vector<host::TagResult>(items.size())
