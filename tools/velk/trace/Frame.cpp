@@ -85,9 +85,6 @@ void decodeBlock(Frame& frame, ByteView bytes, std::optional<ByteOrder> usual) {
         frame.faults.push_back(
             fmt::format("the length field says {} bytes, {} came", frame.length, frame.payload.size()));
     }
-    if (header.lastFlag > 1) {
-        frame.faults.push_back(fmt::format("the last-block flag is {}", header.lastFlag));
-    }
 }
 
 void decodeAcknowledge(Frame& frame, ByteView bytes, Way way, std::optional<ByteOrder> usual) {

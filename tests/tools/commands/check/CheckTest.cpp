@@ -122,6 +122,13 @@ TEST_F(Check, DamagedBlock) {
     EXPECT_EQ(symptom(FailureKind::Garbled), Symptom::Damaged);
 }
 
+TEST_F(Check, ALastBlockFlagOfTwoIsNotDamage) {
+    exchange(kLinkCheck, kDone);
+    exchange(kLogin, "AA AA 02 00 01 00 5A 02 | 01 00"); // refused, with another flag
+    EXPECT_EQ(failed(), CheckStep::Login);
+    EXPECT_EQ(symptom(FailureKind::LoginRefused), Symptom::Refused);
+}
+
 TEST_F(Check, SilenceAfterAnAcknowledge) {
     to(kLinkCheck);
     from(kAck1);
