@@ -165,6 +165,17 @@ TEST_F(Check, RefusedLogin) {
     EXPECT_EQ(progress_.lastWords().status, 1);
 }
 
+TEST_F(Check, WhateverIsAnsweredToTheLinkCheckTheLinkWorks) {
+    for (char const* const answer : {"AA AA 00 00 01 00 56 01", "AA AA 01 00 01 00 8A 01 | 33", kRefused}) {
+        LineProgress progress;
+        for (char const* const hex : {kLinkCheck, kAck0}) {
+            progress.onFrame({host::FrameDirection::Sent, Hex(hex), 0, 0});
+        }
+        progress.onFrame({host::FrameDirection::Received, Hex(answer), 0, 0});
+        EXPECT_TRUE(progress.reached(CheckStep::LinkCheck)) << answer;
+    }
+}
+
 TEST_F(Check, NoSymbolFileAfterALogin) {
     exchange(kLinkCheck, kDone);
     exchange(kLogin, kLoggedIn);
