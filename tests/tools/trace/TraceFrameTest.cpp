@@ -116,6 +116,11 @@ TEST(TraceFrame, ARoutingStatusCountsInFramesFromThePlcOnly) {
     EXPECT_EQ(decodeFrame(bytes, Way::ToPlc).faults, Faults{});
 }
 
+TEST(TraceFrame, ARoutingStatusWithoutALevelIsNoCouplers) {
+    Bytes bytes = Hex("4F 00 02 00 00 00 00 00 00 00 00 00 00 00 00 00 00 03 00") + Hex(kBigAck1);
+    EXPECT_EQ(decodeFrame(bytes, Way::FromPlc).faults, Faults{"routing status 3, and no coupler is on the way"});
+}
+
 TEST(TraceFrame, WhatIsNoFrameIsSaidSo) {
     Frame const garbage = decodeFrame(Hex("12 34 AA AA"), Way::FromPlc);
     EXPECT_EQ(garbage.kind, FrameKind::Unknown);

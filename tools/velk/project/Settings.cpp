@@ -185,6 +185,11 @@ std::string Settings::stationName(int wanted) const {
     return std::to_string(wanted);
 }
 
+bool Settings::passesCouplers() const {
+    return std::any_of(stations.begin(), stations.end(),
+                       [&](Station const& each) { return nodeSettings(each.node).routingLevels > 0; });
+}
+
 host::NodeSettings Settings::nodeSettings(int wanted) const {
     host::NodeSettings settings = config.nodes;
     for (host::NodeOverrides const& own : config.nodeOverrides) {

@@ -31,6 +31,9 @@ struct Settings {
     /** What a node is called: its station's name, or else its number. */
     [[nodiscard]] std::string stationName(int node) const;
 
+    /** Whether the way to any station passes couplers. */
+    [[nodiscard]] bool passesCouplers() const;
+
     /** The settings of a node, its own over those for every node. */
     [[nodiscard]] host::NodeSettings nodeSettings(int node) const;
 };

@@ -25,7 +25,7 @@ constexpr char const* kLoggedIn = "AA AA 02 00 01 00 43 01 | E8 03";
 constexpr char const* kRefused = "AA AA 02 00 01 00 59 01 | 01 00";
 constexpr char const* kBigAck1 = "55 55 00 0A 00 01";
 
-constexpr CheckedSettings kLittle{19'200, "none", false, false, 128, 500};
+constexpr CheckedSettings kLittle{19'200, "none", false, false, 128, 500, false};
 
 /** What is said on a line, and what is made of it. */
 class Check : public testing::Test {
@@ -110,7 +110,18 @@ TEST_F(Check, CouplerThatCannotPassTheFrameOn) {
     from("4F 80 00 10 0A 00 00 00 00 00 00 00 00 00 00 00 00 07 00 | 55 55 0A 00 01 00");
     CheckedSettings routed = kLittle;
     routed.routed = true;
+    EXPECT_EQ(symptom(FailureKind::LoginRefused, routed), Symptom::Damaged) << "no coupler is on the way";
+    routed.couplers = true;
     EXPECT_EQ(symptom(FailureKind::LoginRefused, routed), Symptom::Routing);
+}
+
+TEST_F(Check, NoiseIsNoCouplersStatus) {
+    to(kLinkCheck);
+    // An O by chance, 234 where the status would be, and no frame behind.
+    from("4F 91 3C 81 07 22 B0 5E 13 F4 66 0D A9 70 C8 3B 5A EA 91 | 12 34 56");
+    CheckedSettings routed = kLittle;
+    routed.routed = true;
+    EXPECT_EQ(symptom(FailureKind::Garbled, routed), Symptom::Garbage);
 }
 
 TEST_F(Check, DamagedBlock) {

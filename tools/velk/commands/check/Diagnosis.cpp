@@ -30,7 +30,7 @@ bool isEcho(LastWords const& lastWords) {
 
 /** What frames say by their outside alone; nothing when they are as they have to be. */
 std::optional<Symptom> frameSymptom(trace::Frame const& frame, CheckedSettings const& settings) {
-    if (frame.routing && frame.routing->status != 0) {
+    if (settings.couplers && frame.routing && frame.routing->status != 0) {
         return Symptom::Routing;
     }
     if (!isFrame(frame)) {
