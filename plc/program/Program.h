@@ -8,6 +8,7 @@
 #include <functional>
 #include <map>
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -46,8 +47,9 @@ public:
     /// is none.
     [[nodiscard]] std::optional<Place> find(std::string_view path) const;
 
-    /// An element or a member of a place; nothing when there is none.
-    [[nodiscard]] std::optional<Place> partOf(Place const& place, PartStep const& step) const;
+    /// A member of a place by its name, or an element by its positions counted from 0: one for each dimension, or a
+    /// single one for all of them, the last dimension fastest. Nothing when there is none.
+    [[nodiscard]] std::optional<Place> partOf(Place const& place, std::span<PartStep const> steps) const;
 
     /// What lies at a place of the memory: a variable, a part of one, or else the place in figures. A size of 0 is a
     /// single bit, whose offset counts bits.
