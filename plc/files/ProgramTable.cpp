@@ -47,6 +47,17 @@ std::optional<Value> scalar(TomlNode const& node) {
     return std::visit(toValue, node.value);
 }
 
+/// A single value beside a list would be placed in the middle of that list.
+void requireOneDepth(base::TomlSection& table, TomlNode::List const& elements) {
+    auto const isList = [](TomlNode const& node) { return node.as<TomlNode::List>() != nullptr; };
+    bool const first = !elements.empty() && isList(elements.front());
+    auto const other =
+        std::find_if(elements.begin(), elements.end(), [&](TomlNode const& each) { return isList(each) != first; });
+    if (other != elements.end()) {
+        table.complaints().add(other->place, "either all elements of a list are lists, or none is");
+    }
+}
+
 /// The initial values in a list of elements or a table of members, at any depth.
 void readParts(base::TomlSection& table, TomlNode const& node, std::vector<PartStep> const& way,
                std::vector<PartValue>& parts) {
@@ -56,6 +67,7 @@ void readParts(base::TomlSection& table, TomlNode const& node, std::vector<PartS
         readParts(table, part, there, parts);
     };
     if (auto const* const elements = node.as<TomlNode::List>()) {
+        requireOneDepth(table, *elements);
         for (std::size_t i = 0; i < elements->size(); ++i) {
             readPart(i, (*elements)[i]);
         }

@@ -65,6 +65,12 @@ private:
         if (variable.name.empty()) {
             throw DescriptionError("a variable has no name", variable.line);
         }
+        if (!variable.listedOnly && variable.name.find('[') != std::string::npos) {
+            throw DescriptionError(textOf("variable ", variable.name,
+                                          ": a name has no '['; an array is one variable "
+                                          "of a type such as ARRAY [0..9] OF INT, with a list as its value"),
+                                   variable.line);
+        }
         if (variable.listedOnly && (!variable.offset || variable.value || !variable.parts.empty())) {
             throw DescriptionError(
                 textOf("variable ", variable.name, " is listed only: it needs an offset and has no value"),
@@ -90,6 +96,19 @@ std::optional<std::int32_t> nextIndex(std::string_view& text) {
     std::int32_t index = 0;
     auto const [end, error] = std::from_chars(number.data(), number.data() + number.size(), index);
     return error == std::errc{} && end == number.data() + number.size() ? std::optional(index) : std::nullopt;
+}
+
+/// The position in memory of the element at these positions, one for each dimension.
+std::optional<std::uint64_t> flatPosition(std::vector<Dimension> const& dimensions, std::span<PartStep const> steps) {
+    std::uint64_t flat = 0;
+    for (std::size_t i = 0; i < steps.size(); ++i) {
+        std::size_t const position = std::get<std::size_t>(steps[i]);
+        if (i >= dimensions.size() || position >= dimensions[i].count()) {
+            return std::nullopt;
+        }
+        flat = flat * dimensions[i].count() + position;
+    }
+    return flat;
 }
 
 } // namespace
@@ -128,16 +147,17 @@ std::optional<Place> Program::find(std::string_view path) const {
     return place;
 }
 
-std::optional<Place> Program::partOf(Place const& place, PartStep const& step) const {
-    if (auto const* const name = std::get_if<std::string>(&step)) {
+std::optional<Place> Program::partOf(Place const& place, std::span<PartStep const> steps) const {
+    if (auto const* const name = std::get_if<std::string>(&steps.front())) {
         return memberOf(place, *name);
     }
     DataType const& array = types_[place.type];
-    std::size_t const position = std::get<std::size_t>(step);
-    if (array.kind != TypeKind::kArray || position >= array.size / types_[array.element].size) {
+    auto const position = steps.size() == 1 ? std::optional<std::uint64_t>(std::get<std::size_t>(steps.front()))
+                                            : flatPosition(array.dimensions, steps);
+    if (array.kind != TypeKind::kArray || !position || *position >= array.size / types_[array.element].size) {
         return std::nullopt;
     }
-    return part(place, array.element, std::uint64_t{position} * types_[array.element].size);
+    return part(place, array.element, *position * types_[array.element].size);
 }
 
 std::string Program::describe(std::uint32_t area, std::uint32_t offset, std::uint32_t size) const {

@@ -8,6 +8,7 @@
 #include <functional>
 #include <map>
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -45,8 +46,9 @@ public:
     /// A variable, member or element, `PLC_PRG.Pumps[1].Speed`, not case-sensitive; nothing when there is none.
     [[nodiscard]] std::optional<Place> find(std::string_view path) const;
 
-    /// An element or a member of a place; nothing when there is none.
-    [[nodiscard]] std::optional<Place> partOf(Place const& place, PartStep const& step) const;
+    /// A member of a place by its name, or an element by its positions counted from 0: one for each dimension, or a
+    /// single one for all of them, the last dimension fastest. Nothing when there is none.
+    [[nodiscard]] std::optional<Place> partOf(Place const& place, std::span<PartStep const> steps) const;
 
     /// What is at a place of the memory: a variable, a part of one, or else the place in numbers. A size of 0 is a
     /// single bit, whose offset counts bits.

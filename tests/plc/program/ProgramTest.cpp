@@ -210,6 +210,10 @@ TEST(Program, ComplainsAboutVariables) {
     EXPECT_EQ(complaint({{.name = "v.a", .type = "INT", .line = 1}, {.name = "v", .type = "S", .line = 2}}),
               "2: variable v.a occurs twice");
     EXPECT_EQ(complaint({{.name = "", .type = "INT", .line = 2}}), "2: a variable has no name");
+    EXPECT_EQ(complaint({{.name = "v[0]", .type = "INT", .value = plc::Value(1), .line = 2}}),
+              "2: variable v[0]: a name has no '['; an array is one variable of a type such as ARRAY [0..9] OF INT, "
+              "with a list as its value");
+    EXPECT_EQ(complaint({{.name = "v[0]", .type = "INT", .offset = 0, .listedOnly = true, .line = 2}}), "");
     EXPECT_EQ(complaint({{.name = "v", .type = "INT", .area = 6, .line = 2}}),
               "2: variable v lies in area 6, there are areas 0 to 5");
     EXPECT_EQ(complaint({{.name = "v", .type = "DINT", .offset = 1, .line = 2}}),

@@ -80,7 +80,6 @@ TEST_F(TagRequestWords, AStationStandsInFront) {
     EXPECT_EQ(parse("oven:PLC_PRG.Counter").node, 7);
     EXPECT_EQ(parse("OVEN:PLC_PRG.Counter").node, 7);
     EXPECT_EQ(parse("3:PLC_PRG.Counter").node, 3);
-    EXPECT_EQ(parse("200:PLC_PRG.Counter").node, 200) << "a number need not be in the project file";
     EXPECT_EQ(parse("oven:PLC_PRG.Counter").variable, "PLC_PRG.Counter");
 }
 
@@ -125,7 +124,15 @@ TEST_F(TagRequestWords, WordsThatCannotBeMeantAreRefused) {
     EXPECT_THAT(refusal("a:b:c:d"), HasSubstr("[STATION:]NAME[:TYPE]"));
     EXPECT_EQ(refusal("mill:X:int"), "'mill:X:int': there is no station 'mill'; there is press or oven");
     EXPECT_EQ(refusal("mill:speed"), "'mill:speed': there is no station 'mill'; there is press or oven");
+    EXPECT_EQ(refusal("200:X.Y"), "'200:X.Y': there is no station '200'; there is press or oven");
+    EXPECT_EQ(refusal("200:X"), "'200:X': there is no station '200'; there is press or oven");
     EXPECT_THAT(refusal("X:INT"), HasSubstr("'INT' is not a data type; did you mean int?"));
+}
+
+TEST_F(TagRequestWords, WithoutStationsInTheFileAnyNumberIsOne) {
+    settings = velk::mergeSettings({}, {});
+    EXPECT_EQ(parse("200:X").node, 200);
+    EXPECT_THAT(refusal("257:X"), HasSubstr("there is no station '257'"));
 }
 
 TEST_F(TagRequestWords, WithoutAWordAllTagsAreMeant) {
@@ -173,14 +180,43 @@ TEST(Settings, TheStationIsChosenByNameOrNumber) {
     velk::LineOptions options;
     options.station = "OVEN";
     EXPECT_EQ(velk::mergeSettings(twoStations(), options).node, 7);
-    options.station = "12";
-    Settings const unknown = velk::mergeSettings(twoStations(), options);
-    EXPECT_EQ(unknown.node, 12);
-    EXPECT_EQ(unknown.stations.size(), 3U);
-    for (char const* const wrong : {"mill", "257", "-1", "3x", ""}) {
+    options.station = "7";
+    EXPECT_EQ(velk::mergeSettings(twoStations(), options).node, 7);
+    for (char const* const wrong : {"mill", "12", "07", "257", "-1", "3x", ""}) {
         options.station = wrong;
         EXPECT_THROW(velk::mergeSettings(twoStations(), options), CommandError) << wrong;
     }
+}
+
+TEST(Settings, WithoutStationsInTheFileAnyNumberIsOne) {
+    velk::LineOptions options;
+    options.station = "12";
+    Settings const settings = velk::mergeSettings({}, options);
+    EXPECT_EQ(settings.node, 12);
+    ASSERT_EQ(settings.stations.size(), 1U);
+    EXPECT_EQ(settings.stations[0].node, 12);
+    for (char const* const wrong : {"mill", "257", "-1", "3x", ""}) {
+        options.station = wrong;
+        EXPECT_THROW(velk::mergeSettings({}, options), CommandError) << wrong;
+    }
+}
+
+TEST(Settings, BareFramingHasNoCouplers) {
+    velk::LineOptions options;
+    options.framing = "bare";
+    EXPECT_NO_THROW(velk::mergeSettings(twoStations(), options));
+    options.routingLevels = 1;
+    EXPECT_THROW(velk::mergeSettings(twoStations(), options), CommandError);
+    options.framing = "routed";
+    EXPECT_NO_THROW(velk::mergeSettings(twoStations(), options));
+
+    velk::Project project = twoStations();
+    project.config.nodeOverrides.at(1).routingLevels = 1;
+    velk::LineOptions bare;
+    bare.framing = "bare";
+    EXPECT_THROW(velk::mergeSettings(project, bare), CommandError) << "the second station is behind a coupler";
+    bare.routingLevels = 0;
+    EXPECT_NO_THROW(velk::mergeSettings(project, bare));
 }
 
 TEST(Settings, FlagsOfTheCouplersCountForEveryStation) {

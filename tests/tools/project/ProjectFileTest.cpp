@@ -251,6 +251,14 @@ TEST(ProjectFile, RoutingIsChecked) {
                             "velk.toml:6:12: '1.2.3.256' is not an address such as 192.168.0.1"));
 }
 
+TEST(ProjectFile, BareFramingHasNoCouplers) {
+    EXPECT_THAT(complaintsAbout("[defaults]\nrouting_levels = 1\n[[station]]\nnode = 1\nrouting_levels = 2\n"
+                                "[[station]]\nnode = 2\nrouting_levels = 0\n[line]\nframing = \"bare\"\n"),
+                ElementsAre("velk.toml:2:18: couplers need the framing routed, and it is bare",
+                            "velk.toml:5:18: couplers need the framing routed, and it is bare"));
+    EXPECT_THAT(complaintsAbout("[line]\nframing = \"routed\"\n[defaults]\nrouting_levels = 1\n"), ElementsAre());
+}
+
 TEST(ProjectFile, TagsAreChecked) {
     EXPECT_THAT(
         complaintsAbout(R"([[station]]

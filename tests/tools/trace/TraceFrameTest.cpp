@@ -73,15 +73,23 @@ TEST(TraceFrame, ALengthThatReadsTheSameBothWaysLeavesTheOrderOpen) {
     EXPECT_EQ(later.number, 256);
 }
 
-TEST(TraceFrame, WrongChecksumLengthAndFlagAreTold) {
+TEST(TraceFrame, WrongChecksumLengthAndCodeAreTold) {
     EXPECT_EQ(decodeFrame(Hex("AA AA 02 00 01 00 59 01 00 00"), Way::FromPlc).faults,
               Faults{"wrong checksum: 59 instead of 58"});
     EXPECT_EQ(decodeFrame(Hex("AA AA 03 00 01 00 59 01 00 00"), Way::FromPlc).faults,
               Faults{"the length field says 3 bytes, 2 received"});
-    EXPECT_EQ(decodeFrame(Hex("AA AA 02 00 01 00 59 02 00 00"), Way::FromPlc).faults,
-              Faults{"the last-block flag is 2"});
     EXPECT_EQ(decodeFrame(Hex("55 55 0B 00 01 00"), Way::FromPlc, ByteOrder::kLittle).faults,
               Faults{"the acknowledge code is 11 instead of 10"});
+}
+
+TEST(TraceFrame, AnyLastBlockFlagButZeroMeansTheLastBlock) {
+    // 0xAA + 0xAA + 2 + 1 = 0x157, and the flag.
+    for (char const* const hex : {"AA AA 02 00 01 00 59 02 00 00", "AA AA 02 00 01 00 56 FF 00 00"}) {
+        Frame const frame = decodeFrame(Hex(hex), Way::FromPlc);
+        EXPECT_TRUE(frame.last) << hex;
+        EXPECT_EQ(frame.faults, Faults{}) << hex;
+    }
+    EXPECT_FALSE(decodeFrame(Hex("AA AA 02 00 01 00 57 00 00 00"), Way::FromPlc).last);
 }
 
 TEST(TraceFrame, ARoutingHeaderIsTakenApart) {
@@ -106,6 +114,11 @@ TEST(TraceFrame, ARoutingStatusCountsInFramesFromThePlcOnly) {
     EXPECT_EQ(decodeFrame(bytes, Way::FromPlc).faults,
               Faults{"routing status 3: a coupler could not pass the frame on"});
     EXPECT_EQ(decodeFrame(bytes, Way::ToPlc).faults, Faults{});
+}
+
+TEST(TraceFrame, ARoutingStatusWithoutALevelIsNoCouplers) {
+    Bytes bytes = Hex("4F 00 02 00 00 00 00 00 00 00 00 00 00 00 00 00 00 03 00") + Hex(kBigAck1);
+    EXPECT_EQ(decodeFrame(bytes, Way::FromPlc).faults, Faults{"routing status 3, and no coupler is on the way"});
 }
 
 TEST(TraceFrame, WhatIsNoFrameIsSaidSo) {

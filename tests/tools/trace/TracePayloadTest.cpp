@@ -105,6 +105,13 @@ TEST(TraceResponse, BadQualityAndWrongLengthsAreTold) {
     EXPECT_EQ(faults("00"), Faults{"it has 1 byte and no status word"});
 }
 
+TEST(TraceResponse, ALinkCheckMayBeAnsweredWithAnything) {
+    Request const request = decodeRequest(Payload(kLinkCheck), ByteOrder::kLittle);
+    for (char const* const reply : {"", "33", "01 00", "01 02 03 04 05"}) {
+        EXPECT_EQ(decodeResponse(Hex(reply), ByteOrder::kLittle, request).faults, Faults{}) << reply;
+    }
+}
+
 TEST(TraceResponse, ASingleItemThatCountsBitsTakesWhatThereIs) {
     Request const request = ReadOf(kBit, 1);
     Response const response = decodeResponse(Hex("00 00 00 00 00 00 01 FF 03"), ByteOrder::kLittle, request);

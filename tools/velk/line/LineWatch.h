@@ -8,17 +8,22 @@
 
 namespace velk {
 
+/** Properties of the line that a LineWatch observes. */
+struct WatchedLine {
+    std::size_t routingHeaderLength = 0; ///< bytes before every frame: 19 where frames are routed, else 0
+    bool couplers = false;               ///< the route to a station passes couplers
+};
+
 /** The latest events on the line, for failures whose cause the driver does not report. */
 class LineWatch final : public host::PortObserver {
 public:
-    /** @param routingHeaderLength bytes before every frame: 19 where frames are routed through couplers, else 0 */
-    explicit LineWatch(std::size_t routingHeaderLength) : routingHeaderLength_(routingHeaderLength) {}
+    explicit LineWatch(WatchedLine line) : line_(line) {}
 
     void onFrame(host::PortFrame const& frame) override {
         if (frame.direction == host::FrameDirection::Received) {
             ++received_;
             silent_ = false;
-            couplerStatus_ = statusOf(frame.bytes);
+            judge(frame.bytes);
         }
     }
     void onTimeout(std::int64_t /*at*/) override { silent_ = true; }
@@ -29,17 +34,26 @@ public:
     /** Not 0 when a coupler sent the last frame back instead of passing it on. */
     [[nodiscard]] int couplerStatus() const { return couplerStatus_; }
 
+    /** Number of the last received bytes if they are not a frame, but the driver takes them for a coupler's; else 0. */
+    [[nodiscard]] std::size_t strayBytes() const { return strayBytes_; }
+
     /** Received frames of any kind. */
     [[nodiscard]] std::uint64_t received() const { return received_; }
 
 private:
-    /** The status of a routing header is in its last byte but one. */
-    [[nodiscard]] int statusOf(std::span<unsigned char const> bytes) const {
-        return routingHeaderLength_ > 1 && bytes.size() >= routingHeaderLength_ ? bytes[routingHeaderLength_ - 2] : 0;
+    /** The driver accepts any byte at the position of the status, whatever the first bytes are. */
+    void judge(std::span<unsigned char const> bytes) {
+        constexpr unsigned char kRoutingMark = 'O';
+        std::size_t const header = line_.routingHeaderLength;
+        int const status = header > 1 && bytes.size() >= header ? bytes[header - 2] : 0; // the last byte but one
+        bool const ofCoupler = status != 0 && line_.couplers && bytes[0] == kRoutingMark;
+        couplerStatus_ = ofCoupler ? status : 0;
+        strayBytes_ = status != 0 && !ofCoupler ? bytes.size() : 0;
     }
 
-    std::size_t routingHeaderLength_;
+    WatchedLine line_;
     int couplerStatus_ = 0;
+    std::size_t strayBytes_ = 0;
     std::uint64_t received_ = 0;
     bool silent_ = false;
 };

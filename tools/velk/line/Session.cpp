@@ -60,6 +60,10 @@ std::optional<std::string> whyNotKept(std::filesystem::path const& file) {
     return !error && space.available == 0 ? std::optional(folder.string() + ": no space is left") : std::nullopt;
 }
 
+WatchedLine watchedLine(Settings const& settings) {
+    return {.routingHeaderLength = routingHeaderLength(settings.config), .couplers = settings.passesCouplers()};
+}
+
 bool sameTable(SymbolTable const& one, SymbolTable const& other) {
     return one.projectId() == other.projectId() && one.variables() == other.variables();
 }
@@ -77,7 +81,7 @@ Tag missingTag(TagRequest const& request, Settings const& settings, base::Failur
 }
 
 Session::Session(Settings settings, Context& context, UploadStyle uploads)
-    : settings_(std::move(settings)), context_(context), lineWatch_(routingHeaderLength(settings_.config)),
+    : settings_(std::move(settings)), context_(context), lineWatch_(watchedLine(settings_)),
       uploadLine_(settings_, context.terminal, std::move(uploads)) {
     attachments_.push_back(std::make_unique<Attachment>(context.observers, lineWatch_));
     attachments_.push_back(std::make_unique<Attachment>(context.observers, uploadLine_));
@@ -367,6 +371,9 @@ base::Failure Session::causeOf(base::Failure const& failure) const {
     if (int const status = lineWatch_.couplerStatus(); status != 0) {
         return {FailureKind::Coupler, fmt::format("a coupler could not pass the frame on: status {}", status),
                 failure.driverCode};
+    }
+    if (std::size_t const stray = lineWatch_.strayBytes(); stray != 0) {
+        return {FailureKind::Garbled, fmt::format("{} bytes came that begin no frame", stray), failure.driverCode};
     }
     if (failure.kind == FailureKind::LoginRefused) {
         return failure.withText("the PLC refused the login, or the logout of another station");

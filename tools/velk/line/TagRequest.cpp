@@ -44,7 +44,9 @@ bool isType(std::string const& text) {
 
 /** A mistyped station must not be reported as a wrong type. */
 void requireTypeOrStation(std::string_view word, std::vector<std::string> const& parts, Settings const& settings) {
-    bool const couldBeName = findAlias(settings, parts[1]) != nullptr || parts[1].find('.') != std::string::npos;
+    bool const isNumber = parts[0].find_first_not_of("0123456789") == std::string::npos;
+    bool const couldBeName =
+        isNumber || findAlias(settings, parts[1]) != nullptr || parts[1].find('.') != std::string::npos;
     if (!isType(parts[1]) && couldBeName) {
         refuse(word, settings.noSuchStation(parts[0]));
     }

@@ -133,6 +133,9 @@ host::NodeOverrides Reader::nodeSettings(TomlSection& section) {
         settings.model = modelName(*order);
     }
     settings.routingLevels = section.number("routing_levels", 0, kMostRoutingLevels);
+    if (settings.routingLevels.value_or(0) > 0 && framingWord(project_.config.protType) != "routed") {
+        section.complain("routing_levels", "couplers need the framing routed, and it is bare");
+    }
     settings.coupler1 = coupler("coupler1");
     settings.channel1 = section.number("channel1", 0, kMostChannel);
     settings.address1 = address(section, "address1");

@@ -138,6 +138,13 @@ void chooseStation(Settings& settings, Project const& project, LineOptions const
     }
 }
 
+void requireNoContradiction(Settings const& settings) {
+    if (settings.passesCouplers() && framingWord(settings.config.protType) != "routed") {
+        throw CommandError(ExitCode::Usage, "couplers need the framing routed, and it is bare: give --framing routed, "
+                                            "or --routing-levels 0");
+    }
+}
+
 template <typename Value>
 void take(Value& target, std::optional<Value> const& own) {
     target = own.value_or(target);
@@ -157,9 +164,13 @@ std::string stationLine(Settings const& settings, Station const& station) {
 
 std::optional<int> Settings::findStation(std::string const& text) const {
     for (Station const& station : stations) {
-        if (!station.name.empty() && sameName(station.name, text)) {
+        bool const named = !station.name.empty() && sameName(station.name, text);
+        if (named || (onlyThese && std::to_string(station.node) == text)) {
             return station.node;
         }
+    }
+    if (onlyThese) {
+        return std::nullopt;
     }
     int number = -1;
     auto const [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
@@ -183,6 +194,11 @@ std::string Settings::stationName(int wanted) const {
         }
     }
     return std::to_string(wanted);
+}
+
+bool Settings::passesCouplers() const {
+    return std::any_of(stations.begin(), stations.end(),
+                       [&](Station const& each) { return nodeSettings(each.node).routingLevels > 0; });
 }
 
 host::NodeSettings Settings::nodeSettings(int wanted) const {
@@ -210,10 +226,12 @@ Settings mergeSettings(Project const& project, LineOptions const& options) {
     Settings settings;
     settings.config = project.config;
     settings.stations = project.stations;
+    settings.onlyThese = !project.stations.empty();
     settings.tags = project.tags;
     overrideLine(settings.config, options);
     overrideStations(settings.config, options);
     chooseStation(settings, project, options);
+    requireNoContradiction(settings);
     settings.storage = options.storage ? std::filesystem::absolute(*options.storage) : project.storage.value_or("");
     return settings;
 }

@@ -16,13 +16,15 @@ struct LineOptions;
 struct Settings {
     host::DriverConfig config;
     std::vector<Station> stations; ///< at least the default one
+    bool onlyThese = false;        ///< the project file lists its stations: there are no others
     std::vector<NamedTag> tags;
     int node = 0;                                     ///< of the station used when none is named
     std::filesystem::path storage;                    ///< empty when none is named and there is no home directory
     std::string instance;                             ///< names the line in the storage
     std::optional<std::filesystem::path> projectFile; ///< the one that was read
 
-    /** The node of a station given by its name, or by a number whether the project file has it or not; or nothing. */
+    /** The node of a station given by its name or number, or nothing. Without stations in the file any number is one.
+     */
     [[nodiscard]] std::optional<int> findStation(std::string const& text) const;
 
     /** The message about a station that findStation() does not find. */
@@ -30,6 +32,9 @@ struct Settings {
 
     /** The name of a node's station, or else its number. */
     [[nodiscard]] std::string stationName(int node) const;
+
+    /** Whether the route to any station passes couplers. */
+    [[nodiscard]] bool passesCouplers() const;
 
     /** The settings of a node: its own override those for every node. */
     [[nodiscard]] host::NodeSettings nodeSettings(int node) const;

@@ -85,9 +85,6 @@ void decodeBlock(Frame& frame, ByteView bytes, std::optional<ByteOrder> usual) {
         frame.faults.push_back(
             fmt::format("the length field says {} bytes, {} received", frame.length, frame.payload.size()));
     }
-    if (header.lastFlag > 1) {
-        frame.faults.push_back(fmt::format("the last-block flag is {}", header.lastFlag));
-    }
 }
 
 void decodeAcknowledge(Frame& frame, ByteView bytes, Way way, std::optional<ByteOrder> usual) {
@@ -118,8 +115,9 @@ bool takeRouting(Frame& frame, ByteView& bytes, Way way) {
     frame.routing = decodeRouting(bytes.first(plc::kRoutingHeaderSize));
     bytes = bytes.subspan(plc::kRoutingHeaderSize);
     if (way == Way::FromPlc && frame.routing->status != 0) {
-        frame.faults.push_back(
-            fmt::format("routing status {}: a coupler could not pass the frame on", frame.routing->status));
+        frame.faults.push_back(fmt::format("routing status {}{}", frame.routing->status,
+                                           frame.routing->levels > 0 ? ": a coupler could not pass the frame on"
+                                                                     : ", and no coupler is on the way"));
     }
     if (bytes.empty()) {
         frame.faults.emplace_back("nothing follows the routing header");

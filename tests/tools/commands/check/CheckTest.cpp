@@ -25,7 +25,7 @@ constexpr char const* kLoggedIn = "AA AA 02 00 01 00 43 01 | E8 03";
 constexpr char const* kRefused = "AA AA 02 00 01 00 59 01 | 01 00";
 constexpr char const* kBigAck1 = "55 55 00 0A 00 01";
 
-constexpr CheckedSettings kLittle{19'200, "none", false, false, 128, 500};
+constexpr CheckedSettings kLittle{19'200, "none", false, false, 128, 500, false};
 
 /** What is said on a line, and what is made of it. */
 class Check : public testing::Test {
@@ -110,7 +110,18 @@ TEST_F(Check, CouplerThatCannotPassTheFrameOn) {
     from("4F 80 00 10 0A 00 00 00 00 00 00 00 00 00 00 00 00 07 00 | 55 55 0A 00 01 00");
     CheckedSettings routed = kLittle;
     routed.routed = true;
+    EXPECT_EQ(symptom(FailureKind::LoginRefused, routed), Symptom::Damaged) << "no coupler is on the way";
+    routed.couplers = true;
     EXPECT_EQ(symptom(FailureKind::LoginRefused, routed), Symptom::Routing);
+}
+
+TEST_F(Check, NoiseIsNoCouplersStatus) {
+    to(kLinkCheck);
+    // An O by chance, 234 where the status would be, and no frame behind.
+    from("4F 91 3C 81 07 22 B0 5E 13 F4 66 0D A9 70 C8 3B 5A EA 91 | 12 34 56");
+    CheckedSettings routed = kLittle;
+    routed.routed = true;
+    EXPECT_EQ(symptom(FailureKind::Garbled, routed), Symptom::Garbage);
 }
 
 TEST_F(Check, DamagedBlock) {
@@ -120,6 +131,13 @@ TEST_F(Check, DamagedBlock) {
     from("AA AA 02 00 01 00 59 01 00 00"); // the right checksum is 58
     EXPECT_EQ(failed(), CheckStep::LinkCheck);
     EXPECT_EQ(symptom(FailureKind::Garbled), Symptom::Damaged);
+}
+
+TEST_F(Check, ALastBlockFlagOfTwoIsNotDamage) {
+    exchange(kLinkCheck, kDone);
+    exchange(kLogin, "AA AA 02 00 01 00 5A 02 | 01 00"); // refused, with another flag
+    EXPECT_EQ(failed(), CheckStep::Login);
+    EXPECT_EQ(symptom(FailureKind::LoginRefused), Symptom::Refused);
 }
 
 TEST_F(Check, SilenceAfterAnAcknowledge) {
@@ -156,6 +174,17 @@ TEST_F(Check, RefusedLogin) {
     EXPECT_EQ(failed(), CheckStep::Login);
     EXPECT_EQ(symptom(FailureKind::LoginRefused), Symptom::Refused);
     EXPECT_EQ(progress_.lastWords().status, 1);
+}
+
+TEST_F(Check, WhateverIsAnsweredToTheLinkCheckTheLinkWorks) {
+    for (char const* const answer : {"AA AA 00 00 01 00 56 01", "AA AA 01 00 01 00 8A 01 | 33", kRefused}) {
+        LineProgress progress;
+        for (char const* const hex : {kLinkCheck, kAck0}) {
+            progress.onFrame({host::FrameDirection::Sent, Hex(hex), 0, 0});
+        }
+        progress.onFrame({host::FrameDirection::Received, Hex(answer), 0, 0});
+        EXPECT_TRUE(progress.reached(CheckStep::LinkCheck)) << answer;
+    }
 }
 
 TEST_F(Check, NoSymbolFileAfterALogin) {

@@ -8,6 +8,7 @@ using namespace std::chrono_literals;
 using velk::simulation::parseReplacement;
 using velk::simulation::parseShare;
 using velk::simulation::parseSilence;
+using velk::simulation::shareFault;
 
 TEST(PlcFlags, SharesArePercentOrParts) {
     EXPECT_DOUBLE_EQ(parseShare("1%").value(), 0.01);
@@ -21,6 +22,14 @@ TEST(PlcFlags, WhatIsNoShareIsRefused) {
     for (char const* const text : {"", "%", "x", "1x", "101%", "1.5", "-1%", "1%%", "nan", "inf%"}) {
         EXPECT_FALSE(parseShare(text)) << text;
     }
+}
+
+TEST(PlcFlags, AShareAboveOneWantsItsPercentSign) {
+    EXPECT_EQ(shareFault("5"), "'5' is above 1: a percentage is written 5%");
+    EXPECT_EQ(shareFault("5%"), "");
+    EXPECT_EQ(shareFault("1"), "");
+    EXPECT_EQ(shareFault("101"), "'101' is no share such as 1% or 0.01");
+    EXPECT_EQ(shareFault("much"), "'much' is no share such as 1% or 0.01");
 }
 
 TEST(PlcFlags, ASilenceComesAgainAfterItsTime) {

@@ -32,7 +32,7 @@ CheckedLine checkedLine(Settings const& settings) {
             .station = settings.stationName(settings.node),
             .node = settings.node,
             .settings = {line.baud, line.parity, line.framing == "routed", line.byteOrder == "big", node.blockSize,
-                         node.timeoutMs}};
+                         node.timeoutMs, node.routingLevels > 0}};
 }
 
 } // namespace velk

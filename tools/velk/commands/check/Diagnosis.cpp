@@ -30,7 +30,7 @@ bool isEcho(LastWords const& lastWords) {
 
 /** What framing and byte order alone show; nothing when they are as expected. */
 std::optional<Symptom> frameSymptom(trace::Frame const& frame, CheckedSettings const& settings) {
-    if (frame.routing && frame.routing->status != 0) {
+    if (settings.couplers && frame.routing && frame.routing->status != 0) {
         return Symptom::Routing;
     }
     if (!isFrame(frame)) {

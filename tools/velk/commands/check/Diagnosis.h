@@ -18,6 +18,7 @@ struct CheckedSettings {
     bool bigEndian = false;
     int blockSize = 0;
     int timeoutMs = 0;
+    bool couplers = false; ///< on the way to the station
 };
 
 /** Why a check failed. */

@@ -51,12 +51,13 @@ void LineProgress::onReceived(plc::ByteView bytes, std::int64_t at) {
 
 std::optional<CheckStep> LineProgress::onResponse(trace::Response const& response) {
     lastWords_.status = response.status;
+    if (response.service == plc::ServiceKind::kLinkCheck) {
+        return CheckStep::LinkCheck; // the driver does not look at what is answered
+    }
     if (!response.status || !trace::isSuccess(response.service, *response.status)) {
         return std::nullopt;
     }
     switch (response.service) {
-    case plc::ServiceKind::kLinkCheck:
-        return CheckStep::LinkCheck;
     case plc::ServiceKind::kLogin:
         return CheckStep::Login;
     case plc::ServiceKind::kFileOpen:

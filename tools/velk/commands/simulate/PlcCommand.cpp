@@ -38,7 +38,6 @@ using simulation::EventQueue;
 using simulation::EventStyle;
 using simulation::Happening;
 using simulation::parseReplacement;
-using simulation::parseShare;
 using simulation::parseSilence;
 using simulation::parseTime;
 using simulation::Plan;
@@ -229,14 +228,19 @@ std::vector<Argument> stationFlags(PlcOptions& options) {
             flag("--block-size", Range{kLeastBlockSize, kMostBlockSize}, "Bytes of a block", into(options.blockSize))};
 }
 
+Take share(std::optional<double>& target) {
+    return [&target](std::string const& text) {
+        std::string fault = simulation::shareFault(text);
+        target = fault.empty() ? simulation::parseShare(text) : target;
+        return fault;
+    };
+}
+
 std::vector<Argument> faultFlags(PlcOptions& options) {
     Rules const many{.repeats = true};
-    char const* const noShare = "is not a share such as 1% or 0.01";
     return {
-        flag("--drop", "SHARE", "Lose this share of frames, in either direction: 1%",
-             parsed(options.drop, parseShare, noShare)),
-        flag("--flip", "SHARE", "Flip a bit in this share of frames from the PLC: 0.1%",
-             parsed(options.flip, parseShare, noShare)),
+        flag("--drop", "SHARE", "Lose this share of frames, in either direction: 1%", share(options.drop)),
+        flag("--flip", "SHARE", "Flip a bit in this share of frames from the PLC: 0.1%", share(options.flip)),
         flag("--silent", "WHEN", "Do not answer for 5 s every 60 s: 5s@60s; only once: 5s@60s/once; always",
              parsed(options.silent, parseSilence,
                     "is not written as 5s@60s (for 5 s, every 60 s), 5s@60s/once or always"),

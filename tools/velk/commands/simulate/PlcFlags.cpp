@@ -46,6 +46,15 @@ std::optional<double> parseShare(std::string_view text) {
     return share >= 0 && share <= 1 ? std::optional(share) : std::nullopt;
 }
 
+std::string shareFault(std::string const& text) {
+    if (parseShare(text)) {
+        return "";
+    }
+    bool const percentIsMissing = parseShare(text + "%").has_value();
+    return percentIsMissing ? "'" + text + "' is above 1: a percentage is written " + text + "%"
+                            : "'" + text + "' is no share such as 1% or 0.01";
+}
+
 std::optional<plc::Micros> parseTime(std::string_view text) {
     auto const time = parseInterval(text);
     return time ? std::optional(plc::Micros(*time)) : std::nullopt;
