@@ -1,6 +1,7 @@
 #include "tools/common/TextTable.h"
 
 #include <algorithm>
+#include <limits>
 #include <utility>
 
 namespace tools {
@@ -12,7 +13,8 @@ constexpr unsigned kContinuation = 0x80;
 
 void appendPadded(std::string& line, std::string const& cell, std::size_t width) {
     line += cell;
-    line.append(width - characterCount(cell) + kGap, ' ');
+    std::size_t const filled = characterCount(cell);
+    line.append(width - std::min(width, filled) + kGap, ' ');
 }
 
 void endLine(std::string& text) {
@@ -28,7 +30,8 @@ std::size_t characterCount(std::string const& text) {
     }));
 }
 
-TextTable::TextTable(std::vector<std::string> header) {
+TextTable::TextTable(std::vector<std::string> header)
+    : limits_(header.size(), std::numeric_limits<std::size_t>::max()) {
     rows_.push_back(std::move(header));
 }
 
@@ -41,7 +44,8 @@ std::string TextTable::text(std::string const& indent) const {
     std::vector<std::size_t> widths(rows_.front().size());
     for (std::vector<std::string> const& row : rows_) {
         for (std::size_t column = 0; column < widths.size(); ++column) {
-            widths[column] = std::max(widths[column], characterCount(row[column]));
+            std::size_t const width = characterCount(row[column]);
+            widths[column] = width <= limits_[column] ? std::max(widths[column], width) : widths[column];
         }
     }
     std::string text;

@@ -35,4 +35,20 @@ TEST(Readings, JsonHasTheKindBesideTheReason) {
     EXPECT_FALSE(json.contains("driver_code"));
 }
 
+TEST(Readings, ALongValueDoesNotPushTheOthersApart) {
+    Tag tag;
+    tag.name = "A";
+    tag.access = {.dataType = "string-200", .shownAs = ICU_STRING};
+    std::vector<Reading> readings(2);
+    for (Reading& reading : readings) {
+        reading.tag = &tag;
+        reading.result.good = true;
+    }
+    readings[0].result.value.assign(200, 'x');
+    readings[1].result.value = {'y', 0};
+    std::string const text = readingsText(readings, OutputFormat::Table, {.longest = 1'000});
+    EXPECT_NE(text.find("xxx\"  good"), std::string::npos) << text;
+    EXPECT_NE(text.find("A     string-200  \"y\"    good"), std::string::npos) << text;
+}
+
 } // namespace

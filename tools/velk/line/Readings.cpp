@@ -56,6 +56,9 @@ std::string tableText(std::span<Reading const> readings, ReadingStyle const& sty
         header.insert(header.begin(), "station");
     }
     tools::TextTable table(header);
+    constexpr std::size_t kWidestValue = 60; // a long one is not to push all others apart
+    table.limitColumn(static_cast<std::size_t>(std::find(header.begin(), header.end(), "value") - header.begin()),
+                      kWidestValue);
     for (Reading const& reading : readings) {
         std::string const reason = reasonText(reading);
         std::vector<std::string> row{displayable(reading.tag->name), displayable(reading.tag->typeText()),

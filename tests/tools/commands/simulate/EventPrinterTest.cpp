@@ -23,6 +23,11 @@ TEST(PlcEvents, AreALineEach) {
         "       0.000  -      ! garbage: 3 bytes");
 }
 
+TEST(PlcEvents, AreNotSaidTwice) {
+    EXPECT_EQ(eventText({.time = 0us, .station = 0, .cause = Cause::kLoggedIn, .text = "logged in"}, kStations),
+              "       0.000  press  logged in");
+}
+
 TEST(PlcEvents, DoNothingToATerminal) {
     EXPECT_EQ(eventText({.time = 0us, .station = 0, .cause = Cause::kNoSuchFile, .text = "there is no file \x1b[2J"},
                         kStations),

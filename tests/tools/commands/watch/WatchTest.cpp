@@ -118,6 +118,14 @@ TEST(SummaryText, IsOneLineAndComputesWithoutTime) {
     EXPECT_NE(summaryText(summary, 0).find("line in use 0 %"), std::string::npos);
 }
 
+TEST(SummaryText, ALineIsNeverInUseForMoreThanTheWholeTime) {
+    LineSummary summary;
+    summary.busyMs = 104;
+    EXPECT_TRUE(summaryText(summary, 100).ends_with("; line in use 100 % of the time"));
+    summary.busyMs = 12'583;
+    EXPECT_TRUE(summaryText(summary, 100).ends_with("; no answer times"));
+}
+
 TEST(SummaryText, TellsNoAnswerTimesOfNobody) {
     LineSummary summary;
     summary.exchanges = 1;

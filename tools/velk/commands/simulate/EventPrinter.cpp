@@ -36,8 +36,10 @@ std::string eventText(plc::LineEvent const& event, std::vector<std::string> cons
     for (std::string const& name : stations) {
         longest = std::max(longest, name.size());
     }
-    return fmt::format("{:12.3f}  {:<{}}  {}{}: {}", seconds(event.time), stationName(event.station, stations), longest,
-                       plc::isComplaint(event.cause) ? "! " : "", plc::nameOf(event.cause), displayable(event.text));
+    std::string_view const cause = plc::nameOf(event.cause);
+    std::string const more = event.text == cause ? "" : ": " + displayable(event.text);
+    return fmt::format("{:12.3f}  {:<{}}  {}{}{}", seconds(event.time), stationName(event.station, stations), longest,
+                       plc::isComplaint(event.cause) ? "! " : "", cause, more);
 }
 
 std::string eventJson(plc::LineEvent const& event, std::vector<std::string> const& stations) {

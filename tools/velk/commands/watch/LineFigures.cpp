@@ -40,6 +40,16 @@ std::string causes(std::map<std::string, std::uint64_t> const& counts) {
     return text.empty() ? text : " (" + text + ")";
 }
 
+/** How much of the time the line is in use; nothing for a port without a speed, which carries more than a line could.
+ */
+std::string useText(double share) {
+    constexpr double kMeasuringError = 0.05;
+    constexpr double kPercent = 100;
+    return share > 1 + kMeasuringError
+               ? std::string()
+               : fmt::format("; line in use {:.0f} % of the time", kPercent * std::min(share, 1.0));
+}
+
 } // namespace
 
 LineFigures::LineFigures(int baud, int bitsPerByte, StoppedTime stopped)
@@ -107,11 +117,9 @@ std::string summaryText(LineSummary const& summary, double elapsedMs) {
         summary.badValues.empty() ? ""
                                   : fmt::format(", {} not good{}", counted(total(summary.badValues), "value", "values"),
                                                 causes(summary.badValues));
-    constexpr double kPercent = 100;
-    return fmt::format("{} asked, {} answered, {} failed{}{}; {}; line in use {:.0f} % of the time",
-                       counted(summary.exchanges, "frame", "frames"), summary.answered, total(summary.failures),
-                       causes(summary.failures), badValues, times,
-                       elapsedMs > 0 ? kPercent * summary.busyMs / elapsedMs : 0);
+    return fmt::format("{} asked, {} answered, {} failed{}{}; {}{}", counted(summary.exchanges, "frame", "frames"),
+                       summary.answered, total(summary.failures), causes(summary.failures), badValues, times,
+                       useText(elapsedMs > 0 ? summary.busyMs / elapsedMs : 0));
 }
 
 } // namespace velk
