@@ -129,7 +129,7 @@ class Plant(ServiceTest):
     def test_what_a_key_switch_does_not_take(self):
         done = self.run_velk(["write", "--yes", "PLC_PRG.Mode=4"])
         self.assert_ends(done, ITEM_NOT_GOOD)
-        self.assertIn("did not take", done.stdout)
+        self.assertIn("not kept", done.stdout)
 
     def test_check_of_a_station_behind_two_couplers(self):
         done = self.run_velk(["check", "--node", "oven"])

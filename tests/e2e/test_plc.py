@@ -357,7 +357,7 @@ class PlcMisbehaviour(PlcTest):
 
     def test_a_restart(self):
         line = self.play(self.description, ["--restart", "100ms", "--restart", "200ms"])
-        line.wait_until_said("restarted: restarted", 2)
+        line.wait_until_said("plc  restarted", 2)
         self.assert_counter(self.read(line))
         line.pull_out()
         self.assertIn("2 x restarted", line.said())

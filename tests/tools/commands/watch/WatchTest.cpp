@@ -123,7 +123,7 @@ TEST(SummaryText, ALineIsNeverInUseForMoreThanTheWholeTime) {
     summary.busyMs = 104;
     EXPECT_TRUE(summaryText(summary, 100).ends_with("; line in use 100 % of the time"));
     summary.busyMs = 12'583;
-    EXPECT_TRUE(summaryText(summary, 100).ends_with("; the port does not keep to the line speed"));
+    EXPECT_TRUE(summaryText(summary, 100).ends_with("; no answer times"));
 }
 
 TEST(SummaryText, TellsNoAnswerTimesOfNobody) {

@@ -40,13 +40,14 @@ std::string causes(std::map<std::string, std::uint64_t> const& counts) {
     return text.empty() ? text : " (" + text + ")";
 }
 
-/** How much of the time the line is in use. A port that carries more than its line could has no speed. */
+/** How much of the time the line is in use; nothing for a port without a speed, which carries more than a line could.
+ */
 std::string useText(double share) {
     constexpr double kMeasuringError = 0.05;
     constexpr double kPercent = 100;
     return share > 1 + kMeasuringError
-               ? std::string("the port does not keep to the line speed")
-               : fmt::format("line in use {:.0f} % of the time", kPercent * std::min(share, 1.0));
+               ? std::string()
+               : fmt::format("; line in use {:.0f} % of the time", kPercent * std::min(share, 1.0));
 }
 
 } // namespace
@@ -116,7 +117,7 @@ std::string summaryText(LineSummary const& summary, double elapsedMs) {
         summary.badValues.empty() ? ""
                                   : fmt::format(", {} not good{}", counted(total(summary.badValues), "value", "values"),
                                                 causes(summary.badValues));
-    return fmt::format("{} asked, {} answered, {} failed{}{}; {}; {}", counted(summary.exchanges, "frame", "frames"),
+    return fmt::format("{} asked, {} answered, {} failed{}{}; {}{}", counted(summary.exchanges, "frame", "frames"),
                        summary.answered, total(summary.failures), causes(summary.failures), badValues, times,
                        useText(elapsedMs > 0 ? summary.busyMs / elapsedMs : 0));
 }
