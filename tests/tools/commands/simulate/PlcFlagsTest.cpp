@@ -28,8 +28,8 @@ TEST(PlcFlags, AShareAboveOneWantsItsPercentSign) {
     EXPECT_EQ(shareFault("5"), "'5' is above 1: a percentage is written 5%");
     EXPECT_EQ(shareFault("5%"), "");
     EXPECT_EQ(shareFault("1"), "");
-    EXPECT_EQ(shareFault("101"), "'101' is no share such as 1% or 0.01");
-    EXPECT_EQ(shareFault("much"), "'much' is no share such as 1% or 0.01");
+    EXPECT_EQ(shareFault("101"), "'101' is not a share such as 1% or 0.01");
+    EXPECT_EQ(shareFault("much"), "'much' is not a share such as 1% or 0.01");
 }
 
 TEST(PlcFlags, ASilenceComesAgainAfterItsTime) {

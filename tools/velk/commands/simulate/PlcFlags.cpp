@@ -52,7 +52,7 @@ std::string shareFault(std::string const& text) {
     }
     bool const percentIsMissing = parseShare(text + "%").has_value();
     return percentIsMissing ? "'" + text + "' is above 1: a percentage is written " + text + "%"
-                            : "'" + text + "' is no share such as 1% or 0.01";
+                            : "'" + text + "' is not a share such as 1% or 0.01";
 }
 
 std::optional<plc::Micros> parseTime(std::string_view text) {
