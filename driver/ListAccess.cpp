@@ -49,19 +49,10 @@ bool ListAccess::run(bool write, ITag const* const* tags, int n, unsigned char* 
     count_ = n;
     data_ = data;
     explicitLength_ = len;
-    Login& login = session_.login;
-    login.beginCall();
-    try {
-        bool const done = runSteps();
-        login.endCall();
-        return done;
-    } catch (...) {
-        // A service of the host threw, or the host cancels the thread: the call failed, too. No destructor does this,
-        // for GCC 12 leaves out a store in one that only runs while an exception passes.
-        login.failed();
-        login.endCall();
-        throw;
-    }
+    session_.login.beginCall();
+    bool const done = runSteps();
+    session_.login.endCall();
+    return done;
 }
 
 bool ListAccess::runSteps() {

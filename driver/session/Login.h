@@ -45,7 +45,16 @@ public:
         failedCalls_ = 0;
     }
 
-    void beginCall() { doubted_ = false; }
+    /** A call before that has no end was ended by an exception, or by the host cancelling its thread: it failed, too.
+     */
+    void beginCall() {
+        if (inCall_) {
+            failed();
+            endCall();
+        }
+        inCall_ = true;
+        doubted_ = false;
+    }
 
     /** The node served the present call: counting starts again. */
     void succeeded() {
@@ -57,6 +66,7 @@ public:
     void failed() { doubted_ = true; }
 
     void endCall() {
+        inCall_ = false;
         if (doubted_ && loggedIn_ && ++failedCalls_ >= kFailuresThatForget) {
             forget();
         }
@@ -66,6 +76,7 @@ private:
     NodeParams params_;
     std::uint32_t node_ = 0;
     bool loggedIn_ = false;
+    bool inCall_ = false;  ///< between beginCall() and endCall()
     bool doubted_ = false; ///< the present call failed
     int failedCalls_ = 0;  ///< failed calls in a row with the present login
 };
