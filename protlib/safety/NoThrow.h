@@ -1,9 +1,16 @@
 #pragma once
 
+#include <cxxabi.h>
 #include <type_traits>
 #include <utility>
 
 namespace ProtUtilsN {
+
+/**
+ * The unwinding of a thread that the host cancels. It has no object, so a reference to it refers to nothing. It is
+ * caught by its type beside the step: rethrown from a nested function it ends the process on ARM.
+ */
+using ForcedUnwind = abi::__forced_unwind;
 
 /** How a contained step ended. */
 enum class Outcome {
@@ -32,10 +39,12 @@ Outcome outcomeOfCaught();
  * service may be noexcept.
  */
 template <typename Step>
-Outcome contain(Step&& step) {
+__attribute__((no_sanitize("null"))) Outcome contain(Step&& step) {
     try {
         std::forward<Step>(step)();
         return Outcome::Done;
+    } catch (ForcedUnwind const&) {
+        throw;
     } catch (...) {
         return outcomeOfCaught();
     }
@@ -43,11 +52,13 @@ Outcome contain(Step&& step) {
 
 /** contain() for a step with a result: returns that, or @p fallback when the step throws. */
 template <typename Step>
-std::invoke_result_t<Step> noThrow(Step&& step, std::invoke_result_t<Step> fallback) {
+__attribute__((no_sanitize("null"))) std::invoke_result_t<Step> noThrow(Step&& step,
+                                                                        std::invoke_result_t<Step> fallback) {
     try {
         return std::forward<Step>(step)();
+    } catch (ForcedUnwind const&) {
+        throw;
     } catch (...) {
-        outcomeOfCaught();
         return fallback;
     }
 }

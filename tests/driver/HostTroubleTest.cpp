@@ -151,6 +151,9 @@ TEST_F(HostTroubleTest, AfterFiveCallsInARowThatAnExceptionEndsTheLoginIsForgott
 }
 
 TEST_F(HostTroubleTest, CancelledThreadUnwindsThroughTheCall) {
+    if (velktest::kNotShownOnArm) {
+        GTEST_SKIP() << "a thread cancelled in a call ends the process on ARM";
+    }
     trouble.strike = CancelThisThread;
     for (auto const& [name, call] : Calls()) {
         bool struck = true;
@@ -179,6 +182,9 @@ TEST_F(HostTroubleTest, PortThatThrowsWhenItIsReleasedIsGivenUp) {
 }
 
 TEST_F(HostTroubleTest, ThreadThatIsCancelledInStopLeavesADriverThatCanBeDeleted) {
+    if (velktest::kNotShownOnArm) {
+        GTEST_SKIP() << "a thread cancelled in a call ends the process on ARM";
+    }
     ASSERT_NO_FATAL_FAILURE(Prepare("Stop"));
     trouble.strike = CancelThisThread;
     trouble.at = 1;

@@ -356,6 +356,9 @@ TEST_F(TroubledHostTest, ReleaseThatThrowsDuringAFailedInitialisationDoesNotKeep
 }
 
 TEST_F(TroubledHostTest, ThreadThatIsCancelledInInitEndsAndWhatItAcquiredIsGivenBackInTheEnd) {
+    if (velktest::kNotShownOnArm) {
+        GTEST_SKIP() << "a thread cancelled in a call ends the process on ARM";
+    }
     Expect("create IDiag", velktest::CancelThisThread);
     EXPECT_TRUE(velktest::IsCancelledIn([&] { module->Init(&troubled); }));
     EXPECT_TRUE(host.Logged("release").empty());
@@ -364,6 +367,9 @@ TEST_F(TroubledHostTest, ThreadThatIsCancelledInInitEndsAndWhatItAcquiredIsGiven
 }
 
 TEST_F(TroubledHostTest, ModuleCanBeInitialisedAgainAfterAThreadWasCancelledInInit) {
+    if (velktest::kNotShownOnArm) {
+        GTEST_SKIP() << "a thread cancelled in a call ends the process on ARM";
+    }
     Expect("create ISocketFactory", velktest::CancelThisThread);
     EXPECT_TRUE(velktest::IsCancelledIn([&] { module->Init(&troubled); }));
     Expect("", nullptr);
@@ -376,6 +382,9 @@ TEST_F(TroubledHostTest, ModuleCanBeInitialisedAgainAfterAThreadWasCancelledInIn
 }
 
 TEST_F(TroubledHostTest, CloseGoesOnWhereACancelledThreadEnded) {
+    if (velktest::kNotShownOnArm) {
+        GTEST_SKIP() << "a thread cancelled in a call ends the process on ARM";
+    }
     ASSERT_TRUE(module->Init(&troubled));
     Expect("release IDriverInterface", velktest::CancelThisThread);
     EXPECT_TRUE(velktest::IsCancelledIn([&] { module->Close(); }));

@@ -97,6 +97,9 @@ TEST_F(ProtocolFactoryTest, DeletingAnInstanceOutlivesAHostThatThrowsWhenItClose
 }
 
 TEST_F(ProtocolFactoryTest, InstanceIsStillThereAfterAThreadWasCancelledInItsDeletion) {
+    if (velktest::kNotShownOnArm) {
+        GTEST_SKIP() << "a thread cancelled in a call ends the process on ARM";
+    }
     velktest::ScriptedPort port;
     TroubledSerialFactory serial;
     serial.port = &port;

@@ -71,6 +71,9 @@ TEST_F(ModuleTest, ServicesAreReleasedWhenAnInitialisedModuleIsUnloaded) {
 }
 
 TEST_F(ModuleTest, ServicesAreReleasedAtUnloadingHoweverOftenTheModuleWasInitialised) {
+    if (velktest::kNotShownOnArm) {
+        GTEST_SKIP() << "a thread cancelled in a call ends the process on ARM";
+    }
     for (int i = 0; i < 3; ++i) {
         ASSERT_TRUE(module->Init(&host));
     }
@@ -90,6 +93,9 @@ public:
 };
 
 TEST_F(ModuleTest, CancelledThreadUnwindsOutOfTheModule) {
+    if (velktest::kNotShownOnArm) {
+        GTEST_SKIP() << "a thread cancelled in a call ends the process on ARM";
+    }
     CancelledHost cancelled;
     EXPECT_TRUE(IsCancelledIn([&] { module->Init(&cancelled); }));
     EXPECT_TRUE(module->Init(&host));

@@ -387,6 +387,9 @@ TEST_F(Table, WhatTheHostThrowsInAYieldFailsTheLoadAndPassesThrough) {
 }
 
 TEST_F(Table, ThreadThatIsCancelledInAYieldEndsAndLeavesAUsableTable) {
+    if (velktest::kNotShownOnArm) {
+        GTEST_SKIP() << "a thread cancelled in a call ends the process on ARM";
+    }
     directory.Put("yield.sdb", fileWith({"a", "b", "c", "d"}));
     std::string const path = directory.Path("yield.sdb");
     for (int yields = 1; yields <= kYieldsOfFour; ++yields) {
@@ -437,6 +440,9 @@ struct CancellingFile {
 };
 
 TEST_F(Table, ThreadThatIsCancelledWhileItReadsTheFileEnds) {
+    if (velktest::kNotShownOnArm) {
+        GTEST_SKIP() << "a thread cancelled in a call ends the process on ARM";
+    }
     CancellingFile file(fileWith({"a", "b"}));
     OpenFile const open = file.open();
     ASSERT_NE(open, nullptr);

@@ -41,6 +41,9 @@ TEST(NoThrow, SaysWhetherAStepWithoutResultCameToItsEnd) {
 }
 
 TEST(Contain, CancelledThreadEndsAndTakesNothingWithIt) {
+    if (velktest::kNotShownOnArm) {
+        GTEST_SKIP() << "a thread cancelled in a call ends the process on ARM";
+    }
     bool wentOn = false;
     auto const owned = std::make_shared<int>(0);
     EXPECT_TRUE(velktest::IsCancelledIn([&] {
@@ -52,6 +55,9 @@ TEST(Contain, CancelledThreadEndsAndTakesNothingWithIt) {
 }
 
 TEST(NoThrow, CancelledThreadEndsAndTakesNothingWithIt) {
+    if (velktest::kNotShownOnArm) {
+        GTEST_SKIP() << "a thread cancelled in a call ends the process on ARM";
+    }
     EXPECT_TRUE(velktest::IsCancelledIn([] { noThrow([] { velktest::CancelThisThread(); }); }));
     EXPECT_TRUE(velktest::IsCancelledIn([] {
         noThrow(
