@@ -25,7 +25,7 @@ inline constexpr char const* kHostExceptionText = "Exception in a host service";
 /**
  * Returns the kind of exception that has just been caught; for the functions below.
  *
- * The unwinding of a thread that the host cancels continues from here: stopping it would abort the process.
+ * The unwinding of a cancelled thread must not end here: whoever catches lets it pass, as the functions below do.
  */
 Outcome outcomeOfCaught();
 
